@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Installs what building and testing need on Debian 12. Quick when everything is there; docs/dependencies.md says why each.
+set -euo pipefail
+
+packages=(
+  build-essential cmake ninja-build pkg-config ccache
+  liblmdb-dev libcli11-dev nlohmann-json3-dev
+  libgtest-dev libgmock-dev libbenchmark-dev
+)
+case "${1:-build}" in
+  build) ;;
+  bench) packages+=(socat) ;;
+  check) packages+=(clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
+  *) echo "usage: setup.sh [build|bench|check]" >&2; exit 2 ;;
+esac
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+sudo=
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "setup: please install: ${missing[*]}" >&2; exit 1; }
+  sudo=sudo
+fi
+echo "setup: installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
