@@ -1,0 +1,62 @@
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <stdexcept>
+#include <vector>
+
+namespace sim {
+
+std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
+  Options options;
+  std::vector<std::string> faults;
+  std::uint32_t printTime = 0;
+
+  CLI::App app("A simulated printer on loopback. Prints its ports as one line of JSON when it is ready.",
+               "qvn-sim");
+  app.add_option("--model", options.identity.model, "Model name")->capture_default_str();
+  app.add_option("--serial", options.identity.serial, "Serial number")->capture_default_str();
+  app.add_option("--name", options.identity.name, "Name that people gave it")->capture_default_str();
+  app.add_option("--address", options.address, "IPv4 address to stand on")->capture_default_str();
+  app.add_option("--discovery-port", options.discoveryPort, "UDP port for discovery; 0: any free one");
+  app.add_option("--print-port", options.printPort, "TCP port for print data; 0: any free one");
+  app.add_option("--bidi-port", options.bidiPort, "TCP port for NPA packets; 0: any free one");
+  app.add_option("--jobs", options.jobs, "Directory for finished jobs (job-<id>.prn and job-<id>.json)");
+  app.add_flag("--discard", options.discard, "Keep records of jobs only, not their data");
+  app.add_option("--print-time", printTime, "Milliseconds from receiving a job to having printed it");
+  app.add_option("--cancel-run", options.cancelRun, "Zero bytes at the end of a job that cancel it")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  app.add_option("--trace", options.trace, "File for every packet received and sent");
+  app.add_flag("--events", options.events, "Print a line of JSON for every job that ends");
+  app.add_flag("--quit-on-eof", options.quitAtEndOfInput, "End when standard input does");
+  app.add_option("--fault", faults, "A fault to have (repeatable)")->allow_extra_args(false);
+  app.footer(
+      "Faults: delay-reply=MS[:COMMAND[:TIMES]] late-reply=MS[:COMMAND[:TIMES]] drop-reply=COMMAND[:TIMES]\n"
+      "corrupt-reply=... misframe-reply=... double-reply=... reject=... close-bidi=... (as drop-reply)\n"
+      "busy never-finish slow-print=BYTES_PER_SECOND close-mid-job=BYTES[:TIMES]\n"
+      "Standard input takes commands, one a line: alert HEX, send HEX, status BYTE [WORD], power-on-reset,\n"
+      "fault NAME[=VALUE], clear-faults, quit.");
+  try {
+    app.parse(argc, argv);
+    for (const std::string& fault : faults) options.faults.add(fault);
+    for (const std::string* text :
+         {&options.identity.model, &options.identity.serial, &options.identity.name}) {
+      if (text->empty() || text->size() > 63 || text->find_first_of("\n<>") != std::string::npos) {
+        throw std::invalid_argument(
+            "model, serial and name: 1 to 63 characters on one line, without < and >");
+      }
+    }
+  } catch (const CLI::ParseError& error) {
+    exitCode = app.exit(error);
+    return std::nullopt;
+  } catch (const std::invalid_argument& error) {
+    std::cerr << "qvn-sim: " << error.what() << '\n';
+    exitCode = 2;
+    return std::nullopt;
+  }
+  options.printTime = std::chrono::milliseconds(printTime);
+  return options;
+}
+
+}  // namespace sim

@@ -1,0 +1,34 @@
+// What the command line says.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "fault_switches.h"
+#include "printer.h"
+
+namespace sim {
+
+struct Options {
+  Identity identity;
+  std::string address = "127.0.0.1";
+  std::uint16_t discoveryPort = 0;
+  std::uint16_t printPort = 0;
+  std::uint16_t bidiPort = 0;
+  std::filesystem::path jobs;
+  bool discard = false;
+  std::filesystem::path trace;
+  std::chrono::milliseconds printTime{0};
+  std::uint64_t cancelRun = 4096;
+  bool events = false;
+  bool quitAtEndOfInput = false;
+  FaultSwitches faults;
+};
+
+// Nothing when the process is to end with `exitCode` (help was asked for, or the arguments are wrong).
+std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode);
+
+}  // namespace sim

@@ -1,0 +1,36 @@
+// The one thread of the simulator: it waits for sockets and timers and calls their handlers.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+
+namespace sim {
+
+class EventLoop {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Handler = std::function<void()>;
+
+  // Calls `onReadable` whenever the descriptor can be read, was closed by the peer or has an error. Handlers
+  // may be called once too often and must not block. Watching again replaces the handler.
+  void watch(int fd, Handler onReadable);
+  void unwatch(int fd);
+
+  // Calls `handler` once after the delay.
+  void after(std::chrono::milliseconds delay, Handler handler);
+
+  // Runs until stop.
+  void run();
+  void stop() { stopped_ = true; }
+
+ private:
+  void runDueTimers();
+  int millisecondsToNextTimer() const;
+
+  std::map<int, Handler> watched_;
+  std::multimap<Clock::time_point, Handler> timers_;
+  bool stopped_ = false;
+};
+
+}  // namespace sim

@@ -1,0 +1,42 @@
+// The raw print port: one connection at a time, the next one waits.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "bytes.h"
+#include "event_loop.h"
+#include "fault_switches.h"
+#include "job_queue.h"
+#include "sockets.h"
+
+namespace sim {
+
+class PrintPort {
+ public:
+  PrintPort(EventLoop& loop, FaultSwitches& faults, JobQueue& jobs, const std::string& address,
+            std::uint16_t port);
+
+  std::uint16_t port() const { return localPort(listener_); }
+
+  // Takes in what has arrived, as far as the faults allow.
+  void readArrived();
+
+ private:
+  enum class ReadResult : std::uint8_t { Data, Nothing, Closed };
+
+  ReadResult readOnce();
+  void closeConnection();
+  std::size_t allowance();
+
+  EventLoop& loop_;
+  FaultSwitches& faults_;
+  JobQueue& jobs_;
+  Descriptor listener_;
+  Descriptor connection_;
+  Bytes buffer_;
+  std::uint64_t allowed_ = 0;  // bytes that a slow device will still take before the next step
+  bool stepPending_ = false;
+};
+
+}  // namespace sim
