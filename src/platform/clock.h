@@ -43,6 +43,10 @@ QVN_PLATFORM_API Clock& clock();
 // thread that waits is started; the caller keeps ownership and outlives all users.
 QVN_PLATFORM_API Clock* replaceClock(Clock* replacement);
 
+// Whether another clock than the system's is in force. Only this layer asks: what the system itself waits for
+// goes by the system's clock.
+bool clockIsReplaced();
+
 // The clock's monotonic milliseconds cut to 32 bits; wraps every 49.7 days.
 QVN_PLATFORM_API std::uint32_t tickCount();
 

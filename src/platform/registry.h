@@ -79,4 +79,9 @@ QVN_PLATFORM_API ErrorCode forEachValue(
 // process and others, wait. Does not nest.
 QVN_PLATFORM_API ErrorCode transaction(const std::function<ErrorCode()>& changes);
 
+// A sentence on the last failure of this process that has to do with the store itself (damaged, full, not
+// accessible) rather than with a key or value: which file, and what is wrong with it. Empty when none
+// occurred.
+QVN_PLATFORM_API std::string lastFailure();
+
 }  // namespace qvn::platform::registry
