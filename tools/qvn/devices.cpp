@@ -1,0 +1,199 @@
+#include "devices.h"
+
+#include "attribute_table.h"
+#include "failure.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "text_values.h"
+
+namespace qvn::cli {
+
+namespace {
+
+constexpr DeviceKind kKinds[] = {
+    {"printer", "PrinterStore", QvnEnumPrinters, QvnGetStringPrinter, QvnGetLongPrinter,
+     QvnGetByteArrayPrinter, QvnDeletePrinter},
+    {"scanner", "ScannerStore", QvnEnumScanners, QvnGetStringScanner, QvnGetLongScanner, nullptr,
+     QvnDeleteScanner},
+    {"hid", "HidStore", QvnEnumHids, QvnGetStringHid, QvnGetLongHid, nullptr, QvnDeleteHid},
+};
+
+constexpr DeviceFamily kFamilies[] = {
+    {"CpdPrinter", "printer"}, {"BpdPrinter", "printer"}, {"CpdScanner", "scanner"},
+    {"BpdScanner", "scanner"}, {"CpdHid", "hid"},
+};
+
+// The enumeration callback has no argument of its own to carry these.
+std::vector<std::uint32_t>* foundHandles = nullptr;
+
+void onDeviceFound(std::uint32_t, std::uint32_t handle) {
+  foundHandles->push_back(handle);
+}
+
+// Calls a reader that follows the output buffer rule with a buffer that is large enough.
+template <typename Character, typename Read>
+std::uint32_t readWhole(const Read& read, std::vector<Character>& buffer) {
+  buffer.resize(256);
+  for (;;) {
+    std::uint32_t required = 0;
+    const std::uint32_t result = read(buffer.data(), static_cast<std::uint32_t>(buffer.size()), &required);
+    if (result == QRN_ERROR_INSUFFICIENT_BUFFER && required > buffer.size()) {
+      buffer.resize(required);
+      continue;
+    }
+    buffer.resize(result == QRN_ERROR_SUCCESS ? required : 0);
+    return result;
+  }
+}
+
+}  // namespace
+
+std::span<const DeviceKind> deviceKinds() {
+  return kKinds;
+}
+
+const DeviceKind& kindNamed(const std::string& name) {
+  for (const DeviceKind& kind : kKinds) {
+    if (name == kind.name) {
+      return kind;
+    }
+  }
+  throw UsageError("'" + name + "' is no kind of device: use printer, scanner or hid");
+}
+
+std::span<const DeviceFamily> deviceFamilies() {
+  return kFamilies;
+}
+
+std::string Device::text() const {
+  return std::string(kind->name) + " " + std::to_string(handle);
+}
+
+std::vector<Device> listDevices(const Session& session, const DeviceKind& kind,
+                                const std::string& transport) {
+  std::vector<std::uint32_t> handles;
+  foundHandles = &handles;
+  const std::uint32_t result = kind.enumerate(session.client(), transport.c_str(), nullptr, onDeviceFound);
+  foundHandles = nullptr;
+  require(result, "cannot list the stored devices");
+  std::vector<Device> devices;
+  for (const std::uint32_t handle : handles) {
+    devices.push_back({&kind, handle});
+  }
+  return devices;
+}
+
+std::optional<Json> readAttribute(const Session& session, const Device& device,
+                                  const std::string& descriptor) {
+  const DeviceKind* const kind = device.kind;
+  const std::uint32_t handle = device.handle;
+  const char* key = descriptor.c_str();
+  std::uint32_t result = QRN_ERROR_NOT_FOUND;
+  Json value;
+  if (AttributeCodec::isString(descriptor)) {
+    std::vector<char> text;
+    result = readWhole(
+        [&](char* buffer, std::uint32_t size, std::uint32_t* required) {
+          return kind->getString(session.client(), handle, key, buffer, size, required);
+        },
+        text);
+    if (!text.empty()) {
+      value = std::string(text.data());
+    }
+  } else if (AttributeCodec::isLong(descriptor)) {
+    std::uint32_t number = 0;
+    result = kind->getLong(session.client(), handle, key, &number);
+    value = number;
+  } else if (AttributeCodec::isByteArray(descriptor)) {
+    if (kind->getByteArray == nullptr) {
+      return std::nullopt;
+    }
+    std::vector<std::uint8_t> bytes;
+    result = readWhole(
+        [&](std::uint8_t* buffer, std::uint32_t size, std::uint32_t* required) {
+          return kind->getByteArray(session.client(), handle, key, buffer, size, required);
+        },
+        bytes);
+    value = formatHex(std::string(bytes.begin(), bytes.end()));
+  } else {
+    throw UsageError("'" + descriptor + "' is no attribute descriptor");
+  }
+  if (result == QRN_ERROR_NOT_FOUND) {
+    return std::nullopt;
+  }
+  require(result, "cannot read " + attributeName(descriptor) + " of " + device.text());
+  return value;
+}
+
+std::string readText(const Session& session, const Device& device, const std::string& descriptor) {
+  const auto value = readAttribute(session, device, descriptor);
+  return value ? cell(*value) : "";
+}
+
+bool isStored(const Session& session, const Device& device) {
+  return readAttribute(session, device, attribute::kHandle).has_value();
+}
+
+Device selectPrinter(const Session& session, const std::string& name) {
+  const DeviceKind& printers = kKinds[0];
+  if (name.empty()) {
+    const auto stored = listDevices(session, printers, "ALL_TRANSPORT");
+    if (stored.size() == 1) {
+      return stored.front();
+    }
+    if (stored.empty()) {
+      throw Failure(
+          "no printer of a registered transport is stored: see 'qvn transport add' and 'qvn discover'");
+    }
+    throw UsageError("several printers are stored: name one with --device (see 'qvn device list')");
+  }
+  if (const auto handle = parseNumber(name)) {
+    const Device printer{&printers, *handle};
+    if (!isStored(session, printer)) {
+      throw Failure("there is no " + printer.text(), QRN_ERROR_INVALID_HANDLE);
+    }
+    return printer;
+  }
+  std::uint32_t handle = 0;
+  require(QvnEnumSpecificPrinter(session.client(), name.c_str(), &handle),
+          "there is no printer with the port name '" + name + "'");
+  return {&printers, handle};
+}
+
+Device selectDevice(const Session& session, std::uint32_t handle, const std::string& kindName) {
+  std::vector<Device> matches;
+  for (const DeviceKind& kind : kKinds) {
+    const Device device{&kind, handle};
+    if ((kindName.empty() || &kind == &kindNamed(kindName)) && isStored(session, device)) {
+      matches.push_back(device);
+    }
+  }
+  if (matches.empty()) {
+    const std::string kind = kindName.empty() ? "device" : kindName;
+    throw Failure("there is no " + kind + " " + std::to_string(handle), QRN_ERROR_INVALID_HANDLE);
+  }
+  if (matches.size() > 1) {
+    throw UsageError("several kinds of device have the handle " + std::to_string(handle) +
+                     ": say which with --kind");
+  }
+  return matches.front();
+}
+
+Json describeDevice(const Session& session, const Device& device) {
+  const auto read = [&](const char* descriptor) {
+    const auto value = readAttribute(session, device, descriptor);
+    return value ? *value : Json();
+  };
+  return {{"kind", device.kind->name},
+          {"handle", device.handle},
+          {"family", read(attribute::kDevice)},
+          {"transport", read(attribute::kTransport)},
+          {"portname", read(attribute::kPortname)},
+          {"address", read(attribute::kAddress)}};
+}
+
+void printDevices(const Json& devices, bool json) {
+  printListing(devices, {"kind", "handle", "family", "transport", "portname", "address"}, json);
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,83 @@
+#include "library_settings.h"
+
+#include "failure.h"
+#include "qvn/transport/settings.h"
+
+namespace qvn::cli {
+
+namespace registry = platform::registry;
+
+namespace {
+
+std::string inQuotes(std::string_view key, std::string_view name) {
+  return "'" + std::string(key) + (key.ends_with('\\') ? "" : "\\") + std::string(name) + "'";
+}
+
+}  // namespace
+
+std::string libraryKey(std::string_view key) {
+  return std::string(kLibraryRegistryRoot) + std::string(key);
+}
+
+std::optional<registry::Value> readLibraryValue(std::string_view key, std::string_view name) {
+  registry::Key opened;
+  registry::Value value;
+  platform::ErrorCode error = registry::openKey(registry::Hive::LocalMachine, libraryKey(key), opened);
+  if (error == platform::kSuccess) {
+    error = registry::getValue(opened, name, value);
+  }
+  if (error == platform::kFileNotFound) {
+    return std::nullopt;
+  }
+  require(error, "cannot read " + inQuotes(key, name) + " from the registry");
+  return value;
+}
+
+void writeLibraryValue(std::string_view key, std::string_view name, const registry::Value& value) {
+  registry::Key opened;
+  platform::ErrorCode error =
+      registry::createKey(registry::Hive::LocalMachine, libraryKey(key), {true, true}, opened);
+  if (error == platform::kSuccess) {
+    error = registry::setValue(opened, name, value.type, value.data);
+  }
+  require(error, "cannot write " + inQuotes(key, name) + " to the registry");
+}
+
+std::vector<std::pair<std::string, registry::Value>> listLibraryValues(std::string_view key) {
+  std::vector<std::pair<std::string, registry::Value>> values;
+  registry::Key opened;
+  platform::ErrorCode error = registry::openKey(registry::Hive::LocalMachine, libraryKey(key), opened);
+  if (error == platform::kFileNotFound) {
+    return values;
+  }
+  if (error == platform::kSuccess) {
+    error = registry::forEachValue(
+        opened, [&](std::string_view name, registry::ValueType type, std::string_view data) {
+          values.emplace_back(std::string(name), registry::Value{type, std::string(data)});
+        });
+  }
+  require(error, "cannot read the key '" + std::string(key) + "' of the registry");
+  return values;
+}
+
+registry::Value dwordValue(std::uint32_t number) {
+  registry::Value value{registry::ValueType::Dword, std::string(4, '\0')};
+  for (char& byte : value.data) {
+    byte = static_cast<char>(number & 0xFF);
+    number >>= 8;
+  }
+  return value;
+}
+
+std::optional<std::uint32_t> numberOf(const registry::Value& value) {
+  if (value.type != registry::ValueType::Dword || value.data.size() != 4) {
+    return std::nullopt;
+  }
+  std::uint32_t number = 0;
+  for (auto byte = value.data.rbegin(); byte != value.data.rend(); ++byte) {
+    number = number << 8 | static_cast<unsigned char>(*byte);
+  }
+  return number;
+}
+
+}  // namespace qvn::cli

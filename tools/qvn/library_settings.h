@@ -1,0 +1,32 @@
+// Values in the registry below the library's own root, where no exported function reads or writes them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/registry.h"
+
+namespace qvn::cli {
+
+// The full path of a key given relative to the library's root.
+std::string libraryKey(std::string_view key);
+
+// The value, or none when the key or the value does not exist. Throws Failure when it cannot be read.
+std::optional<platform::registry::Value> readLibraryValue(std::string_view key, std::string_view name);
+
+// Writes the value, making its key, and the library's root, where they are missing. Throws Failure.
+void writeLibraryValue(std::string_view key, std::string_view name, const platform::registry::Value& value);
+
+// All values of the key in the order they were first written; none when it does not exist.
+std::vector<std::pair<std::string, platform::registry::Value>> listLibraryValues(std::string_view key);
+
+platform::registry::Value dwordValue(std::uint32_t number);
+
+// None when the value is not a DWORD.
+std::optional<std::uint32_t> numberOf(const platform::registry::Value& value);
+
+}  // namespace qvn::cli

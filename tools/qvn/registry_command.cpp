@@ -1,0 +1,82 @@
+// qvn registry: the registry as a script.
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+#include "commands.h"
+#include "failure.h"
+#include "library_settings.h"
+#include "registry_script.h"
+
+namespace qvn::cli {
+
+namespace {
+
+void exportScript(const std::string& file, const std::string& key) {
+  std::string script;
+  require(writeRegistryScript(key, script), "cannot read the key '" + key + "'");
+  if (file == "-") {
+    std::cout << script;
+    return;
+  }
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  if (!(out << script) || !out.flush()) {
+    throw Failure("cannot write '" + file + "': " + std::strerror(errno));
+  }
+}
+
+void importScript(const std::string& file) {
+  std::ifstream stream;
+  if (file != "-") {
+    stream.open(file, std::ios::binary);
+  }
+  std::istream& in = file == "-" ? std::cin : stream;
+  const std::string script{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  if (in.bad() || (file != "-" && !stream.is_open())) {
+    throw Failure("cannot read '" + file + "': " + std::strerror(errno));
+  }
+  std::size_t line = 0;
+  std::uint32_t result = 0;
+  try {
+    result = applyRegistryChanges(parseRegistryScript(script), line);
+  } catch (const RegistryScriptError& error) {
+    throw Failure(file + ": " + error.what() + "; nothing was imported");
+  }
+  const std::string where = line == 0 ? "" : " at line " + std::to_string(line);
+  require(result, "nothing was imported from '" + file + "'; it failed" + where);
+}
+
+}  // namespace
+
+void addRegistryCommand(CLI::App& app) {
+  struct Options {
+    std::string file = "-";
+    std::string key;
+  };
+  const auto options = std::make_shared<Options>();
+  options->key = libraryKey("");
+  options->key.pop_back();
+  CLI::App* verb = app.add_subcommand("registry", "Save the registry as a script, or carry a script out");
+  verb->require_subcommand(1);
+  verb->footer(
+      "An import is made whole or not at all; it changes what the script names and leaves the rest.\n\n"
+      "Examples:\n"
+      "  qvn registry export saved.qvnreg\n"
+      "  qvn registry export --key 'Software\\Quorin Tools'\n"
+      "  qvn registry import saved.qvnreg");
+
+  CLI::App* exportVerb = verb->add_subcommand("export", "Write a key and everything below it");
+  exportVerb->add_option("FILE", options->file, "Where to; - is standard output")->capture_default_str();
+  exportVerb->add_option("--key", options->key, "The key")->capture_default_str();
+  exportVerb->callback([options] { exportScript(options->file, options->key); });
+
+  CLI::App* importVerb = verb->add_subcommand("import", "Make the changes of a script");
+  importVerb->add_option("FILE", options->file, "The script; - is standard input")->required();
+  importVerb->callback([options] { importScript(options->file); });
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,131 @@
+// qvn status: whether printers answer, their state and their status cache.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "commands.h"
+#include "devices.h"
+#include "failure.h"
+#include "qvn/transport/attributes.h"
+#include "text_values.h"
+
+namespace qvn::cli {
+
+namespace {
+
+// What the cache holds ahead of its entries, and the largest cache there is.
+constexpr std::size_t kCacheHeader = 7;
+constexpr std::uint32_t kLargestCache = 1024;
+// An entry: id (2 bytes, big-endian), length (1 byte), that many bytes.
+constexpr std::size_t kEntryHeader = 3;
+
+const char* stateName(std::uint32_t state) {
+  switch (state) {
+    case 1:
+      return "printing";
+    case 2:
+      return "error";
+    case 3:
+      return "idle";
+    default:
+      return "unknown";
+  }
+}
+
+// The entries as {"17": "00", ...}; what is cut off at the end is left out.
+Json cacheEntries(std::string_view cache) {
+  Json entries = Json::object();
+  cache.remove_prefix(std::min(kCacheHeader, cache.size()));
+  while (cache.size() >= kEntryHeader) {
+    const auto byteAt = [&](std::size_t offset) -> unsigned {
+      return static_cast<unsigned char>(cache[offset]);
+    };
+    const unsigned id = byteAt(0) << 8 | byteAt(1);
+    const std::size_t length = byteAt(2);
+    cache.remove_prefix(kEntryHeader);
+    if (length > cache.size()) {
+      break;
+    }
+    entries[std::to_string(id)] = formatHex(cache.substr(0, length), " ");
+    cache.remove_prefix(length);
+  }
+  return entries;
+}
+
+// Opens the printer to see whether it answers.
+Json statusOf(const Session& session, const Device& printer) {
+  Json status = {{"handle", printer.handle}, {"portname", readText(session, printer, attribute::kPortname)},
+                 {"answers", false},         {"state", nullptr},
+                 {"cache", nullptr},         {"problem", nullptr}};
+  const std::uint32_t opened = QvnOpenPrinter(session.client(), printer.handle);
+  if (opened != QRN_ERROR_SUCCESS) {
+    status["problem"] = describeResult(opened);
+    return status;
+  }
+  status["answers"] = true;
+  std::uint32_t state = 0;
+  if (QvnGetCurrentStatePrinter(session.client(), printer.handle, &state) == QRN_ERROR_SUCCESS) {
+    status["state"] = stateName(state);
+  }
+  std::string cache(kLargestCache, '\0');
+  std::uint32_t length = 0;
+  if (QvnGetCachePrinter(session.client(), printer.handle, reinterpret_cast<std::uint8_t*>(cache.data()),
+                         kLargestCache, &length) == QRN_ERROR_SUCCESS) {
+    cache.resize(length);
+    status["cache"] = cacheEntries(cache);
+  }
+  QvnClosePrinter(session.client(), printer.handle);
+  return status;
+}
+
+// The cache on one line: "17=00 18=00 2A".
+std::string cacheText(const Json& cache) {
+  std::string text;
+  for (const auto& [id, bytes] : cache.items()) {
+    text += (text.empty() ? "" : "  ") + id + "=" + cell(bytes);
+  }
+  return text.empty() ? "-" : text;
+}
+
+void status(const std::string& name, bool json) {
+  const Session session;
+  const std::vector<Device> printers = name.empty()
+                                           ? listDevices(session, deviceKinds().front(), "ALL_TRANSPORT")
+                                           : std::vector<Device>{selectPrinter(session, name)};
+  Json all = Json::array();
+  bool everyOneAnswers = true;
+  for (const Device& printer : printers) {
+    all.push_back(statusOf(session, printer));
+    everyOneAnswers = everyOneAnswers && all.back()["answers"].get<bool>();
+  }
+  if (json) {
+    printJson(all);
+  } else {
+    for (Json& one : all) {
+      one["answers"] = one["answers"].get<bool>() ? "yes" : "no";
+      one["cache"] = one["cache"].is_null() ? Json() : Json(cacheText(one["cache"]));
+    }
+    printListing(all, {"handle", "portname", "answers", "state", "cache", "problem"}, false);
+  }
+  if (!everyOneAnswers) {
+    std::cout.flush();
+    throw Failure("not every printer answers");
+  }
+}
+
+}  // namespace
+
+void addStatusCommand(CLI::App& app) {
+  struct Options {
+    std::string device;
+    bool json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* verb = app.add_subcommand("status", "Ask printers whether they answer and what they report");
+  verb->add_option("--device", options->device, "A printer's handle or port name; without it all of them");
+  verb->add_flag("--json", options->json, "Print JSON");
+  verb->footer("Examples:\n  qvn status\n  qvn status --device LAB1 --json");
+  verb->callback([options] { status(options->device, options->json); });
+}
+
+}  // namespace qvn::cli

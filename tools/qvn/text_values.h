@@ -1,0 +1,21 @@
+// Numbers and bytes as a person writes them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qvn::cli {
+
+// An unsigned 32-bit number, decimal or with 0x; none when the text is anything else.
+std::optional<std::uint32_t> parseNumber(std::string_view text);
+
+// Two hexadecimal digits per byte; blanks, commas, colons and dashes between bytes are skipped. None when the
+// text is anything else.
+std::optional<std::string> parseHex(std::string_view text);
+
+// Upper-case digits, two per byte, with `separator` between bytes.
+std::string formatHex(std::string_view bytes, std::string_view separator = "");
+
+}  // namespace qvn::cli
