@@ -1,5 +1,6 @@
 #include "platform/paths.h"
 
+#include <fcntl.h>
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -8,11 +9,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <mutex>
 
 #include "platform/failure.h"
 #include "platform/state_directory.h"
+#include "platform/thread.h"
 
 namespace qvn::platform {
 namespace {
@@ -57,6 +60,19 @@ ErrorCode prepareStateDirectory(std::filesystem::path& directory) {
   return makeStateDirectory(directory);
 }
 
+// Opens a directory of root's to the group of the accounts that print; 0 or an errno value.
+int shareWithGroup(const std::filesystem::path& directory) {
+  std::array<char, 4096> buffer;
+  group entry{};
+  group* found = nullptr;
+  // Changing the group clears the set-group-id bit: the group comes first.
+  if (getgrnam_r(kGroup, &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
+      chown(directory.c_str(), static_cast<uid_t>(-1), found->gr_gid) != 0) {
+    return errno;
+  }
+  return chmod(directory.c_str(), S_ISGID | S_IRWXU | S_IRWXG) != 0 ? errno : 0;
+}
+
 // The component with every byte that a file name cannot hold replaced.
 std::string fileName(std::string_view component) {
   std::string name(component);
@@ -80,23 +96,20 @@ ErrorCode existingDirectory(const char* directory, std::string& path) {
 }  // namespace
 
 ErrorCode makeStateDirectory(const std::filesystem::path& directory) {
-  const bool root = geteuid() == 0;
-  if (mkdir(directory.c_str(), S_IRWXU) != 0) {
-    if (errno != EEXIST) return errorFromErrno(errno);
-    std::error_code error;
-    return std::filesystem::is_directory(directory, error) ? kSuccess : kPathNotFound;
+  std::error_code error;
+  if (std::filesystem::is_directory(directory, error)) return kSuccess;
+  // Made under another name: nobody meets it before it has its group and mode.
+  const std::filesystem::path made = std::filesystem::path(directory) +=
+      ".new-" + std::to_string(currentThreadId());
+  if (mkdir(made.c_str(), S_IRWXU) != 0 && errno != EEXIST) return errorFromErrno(errno);
+  int failure = geteuid() == 0 ? shareWithGroup(made) : 0;
+  if (failure == 0 && renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, directory.c_str(), RENAME_NOREPLACE) != 0) {
+    failure = errno;
   }
-  if (!root) return kSuccess;
-  // Changing the group clears the set-group-id bit: the group comes first.
-  std::array<char, 4096> buffer;
-  group entry{};
-  group* found = nullptr;
-  if (getgrnam_r(kGroup, &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
-      chown(directory.c_str(), static_cast<uid_t>(-1), found->gr_gid) != 0) {
-    return errorFromErrno(errno);
-  }
-  if (chmod(directory.c_str(), S_ISGID | S_IRWXU | S_IRWXG) != 0) return errorFromErrno(errno);
-  return kSuccess;
+  if (failure == 0) return kSuccess;
+  rmdir(made.c_str());
+  if (failure != EEXIST) return errorFromErrno(failure);
+  return std::filesystem::is_directory(directory, error) ? kSuccess : kPathNotFound;
 }
 
 mode_t fileMode(Access access) {

@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "platform/file_size_signal.h"
+#include "platform/registry_check.h"
 #include "platform/registry_path.h"
 #include "platform/registry_record.h"
 #include "platform/unique_descriptor.h"
@@ -140,40 +141,32 @@ int prepareLockFile(const fs::path& file, mode_t mode) {
   return posix_fallocate(existing.get(), 0, kLockFileSize);
 }
 
-// Everything that opening the environment leaves unchecked. Reading a map beyond the file's end would be a
-// bus error, so the file's size comes first.
-StoreFailure checkStore(MDB_env* environment, const fs::path& file) {
-  const auto damaged = [&](const std::string& what) {
-    return StoreFailure{kRegistryCorrupt, file.string() + " is damaged: " + what};
-  };
-  int descriptor = -1;
-  struct stat status {};
-  MDB_envinfo info{};
-  MDB_stat statistics{};
-  mdb_env_get_fd(environment, &descriptor);
-  mdb_env_info(environment, &info);
-  mdb_env_stat(environment, &statistics);
-  if (fstat(descriptor, &status) != 0) return describeStoreError(file, errno);
-  if (static_cast<std::size_t>(status.st_size) / statistics.ms_psize <= info.me_last_pgno) {
-    return damaged("its end is missing");
-  }
+StoreFailure damaged(const fs::path& file, const std::string& what) {
+  if (what.empty()) return {};
+  return {kRegistryCorrupt, file.string() + " is damaged: " + what};
+}
 
+StoreFailure checkHead(const fs::path& file) {
+  const UniqueDescriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (!descriptor) return describeStoreError(file, errno);
+  return damaged(file, findDamageInHead(descriptor.get()));
+}
+
+StoreFailure checkFormat(MDB_env* environment, const fs::path& file) {
   MDB_txn* transaction = nullptr;
   int error = mdb_txn_begin(environment, nullptr, MDB_RDONLY, &transaction);
   if (error != 0) return describeStoreError(file, error);
   const ScopedTransaction owner(transaction);
   MDB_dbi map = 0;
-  MDB_val key = lend(StoreName::format().bytes());
   const StoreName format = StoreName::format();
-  key = lend(format.bytes());
+  MDB_val key = lend(format.bytes());
   MDB_val data{};
   error = mdb_dbi_open(transaction, nullptr, 0, &map);
   if (error == 0) error = mdb_get(transaction, map, &key, &data);
-  if (error == MDB_NOTFOUND) return damaged("it is not a registry");
+  if (error == MDB_NOTFOUND) return damaged(file, "it is not a registry");
   if (error != 0) return describeStoreError(file, error);
   const std::string_view found(static_cast<const char*>(data.mv_data), data.mv_size);
-  if (found != kStoreFormat) return damaged("it has another format");
-  return {};
+  return damaged(file, found == kStoreFormat ? "" : "it has another format");
 }
 
 }  // namespace
@@ -221,19 +214,17 @@ MDB_env* openStoreFile(const fs::path& stateDirectory, StoreFailure& failure) {
   if (lstat(file.c_str(), &status) != 0) {
     failure = errno == ENOENT ? makeStore(stateDirectory, file) : describeStoreError(file, errno);
     if (failure.code != kSuccess) return nullptr;
-  } else if (S_ISREG(status.st_mode) && status.st_size == 0) {
-    failure = {kRegistryCorrupt, file.string() + " is damaged: it is empty"};
-    return nullptr;
   }
+  failure = checkHead(file);
+  if (failure.code != kSuccess) return nullptr;
+
   const mode_t mode = modeFor(stateDirectory);
   Environment environment;
   int error = prepareLockFile(file, mode);
   if (error == 0) error = openEnvironment(file, 0, mode, environment);
-  if (error != 0) {
-    failure = describeStoreError(file, error);
-    return nullptr;
-  }
-  failure = checkStore(environment.get(), file);
+  failure =
+      error == 0 ? damaged(file, findDamageInPages(environment.get())) : describeStoreError(file, error);
+  if (failure.code == kSuccess) failure = checkFormat(environment.get(), file);
   return failure.code == kSuccess ? environment.release() : nullptr;
 }
 
