@@ -45,11 +45,14 @@ void BidiPort::sendToAll(ByteView bytes) {
 }
 
 void BidiPort::acceptWaiting() {
-  Descriptor socket = acceptTcp(listener_);
-  if (!socket.isOpen() || connections_.size() >= kMaxConnections) return;
-  const ConnectionId id = ++lastId_;
-  loop_.watch(socket.get(), [this, id] { readFrom(id); });
-  connections_[id].socket = std::move(socket);
+  for (;;) {
+    Descriptor socket = acceptTcp(listener_);
+    if (!socket.isOpen()) return;
+    if (connections_.size() >= kMaxConnections) continue;  // the host sees it closed
+    const ConnectionId id = ++lastId_;
+    loop_.watch(socket.get(), [this, id] { readFrom(id); });
+    connections_[id].socket = std::move(socket);
+  }
 }
 
 void BidiPort::readFrom(ConnectionId id) {

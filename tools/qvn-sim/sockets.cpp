@@ -51,7 +51,7 @@ Descriptor listenTcp(const std::string& address, std::uint16_t port, int receive
     setsockopt(listener.get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
   }
   bindTo(listener, address, port);
-  if (listen(listener.get(), 16) != 0) fail("listen");
+  if (listen(listener.get(), SOMAXCONN) != 0) fail("listen");
   return listener;
 }
 

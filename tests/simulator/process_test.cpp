@@ -1,0 +1,67 @@
+// The simulator as a process: how it starts and ends.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "simulator/simulator_process.h"
+#include "simulator/test_sockets.h"
+
+namespace qvn::test {
+namespace {
+
+TEST(SimulatorProcessTest, TellsWhatItIsAndWhere) {
+  const SimulatorProcess device({"--model", "M", "--serial", "S"});
+  const nlohmann::json& line = device.readyLine();
+  EXPECT_EQ(line.at("family"), "CpdPrinter");
+  EXPECT_EQ(line.at("model"), "M");
+  EXPECT_EQ(line.at("serial"), "S");
+  EXPECT_EQ(line.at("pid"), device.pid());
+  EXPECT_EQ(line.at("address"), "127.0.0.1");
+}
+
+TEST(SimulatorProcessTest, EndsCleanly) {
+  SimulatorProcess quit;
+  quit.command("quit");
+  EXPECT_EQ(quit.wait(), 0);
+  for (const int signal : {SIGTERM, SIGINT}) {
+    SimulatorProcess device;
+    device.signal(signal);
+    EXPECT_EQ(device.wait(), 0) << "signal " << signal;
+  }
+  SimulatorProcess stays;
+  stays.closeInput();
+  EXPECT_EQ(Stream::connect(stays.address(), stays.bidiPort()).ask("A5 00 05 50 E0 82 02 02").substr(0, 5),
+            "A5 00");
+  SimulatorProcess goes({"--quit-on-eof"});
+  goes.closeInput();
+  EXPECT_EQ(goes.wait(), 0);
+}
+
+TEST(SimulatorProcessTest, RefusesWrongArguments) {
+  const SimulatorProcess device;
+  EXPECT_EQ(runSimulator({"--help"}), 0);
+  EXPECT_EQ(runSimulator({"--fault", "dance"}), 2);
+  EXPECT_EQ(runSimulator({"--serial", "a<b"}), 2);
+  EXPECT_NE(runSimulator({"--dance"}), 0);
+  EXPECT_EQ(runSimulator({"--address", "nowhere"}), 1);
+  EXPECT_EQ(runSimulator({"--bidi-port", std::to_string(device.bidiPort())}), 1) << "taken";
+}
+
+TEST(SimulatorProcessTest, TracesPackets) {
+  const std::filesystem::path file = std::filesystem::path(std::getenv("QVN_HOME")) / "trace";
+  {
+    const SimulatorProcess device({"--trace", file.string()});
+    Stream::connect(device.address(), device.bidiPort()).ask("A5 00 05 50 E0 82 02 02");
+  }
+  std::ifstream in(file);
+  std::string line;
+  std::getline(in, line);
+  EXPECT_EQ(line, R"({"connection":1,"received":"A5000550E0820202"})");
+  std::getline(in, line);
+  EXPECT_EQ(line, R"({"connection":1,"sent":"A5000520E0820202"})");
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,51 @@
+// A simulated device in a child process, ended by its id and reaped with this object.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace qvn::test {
+
+class SimulatorProcess {
+ public:
+  // Returns once the device is ready. Throws std::runtime_error when it does not start.
+  explicit SimulatorProcess(const std::vector<std::string>& arguments = {});
+  ~SimulatorProcess();
+  SimulatorProcess(const SimulatorProcess&) = delete;
+  SimulatorProcess& operator=(const SimulatorProcess&) = delete;
+
+  pid_t pid() const { return pid_; }
+  std::string address() const { return ready_.at("address"); }
+  std::uint16_t discoveryPort() const { return ready_.at("discovery"); }
+  std::uint16_t bidiPort() const { return ready_.at("bidi"); }
+  std::uint16_t printPort() const { return ready_.at("print"); }
+  const nlohmann::json& readyLine() const { return ready_; }
+
+  // Has the device carry out one line of its standard input and gives its answer.
+  nlohmann::json command(const std::string& line);
+  // The next line the device prints, within 10 s.
+  nlohmann::json nextLine();
+  // The record of the next job that ends; the device needs "--events".
+  nlohmann::json nextJob() { return nextLine().at("job"); }
+
+  void closeInput();
+  void signal(int number);
+  // Waits for its end and gives its exit code, or minus the signal that ended it.
+  int wait();
+
+ private:
+  pid_t pid_ = -1;
+  int input_ = -1;
+  int output_ = -1;
+  std::string pending_;
+  nlohmann::json ready_;
+};
+
+// Runs the simulator with arguments that make it end by itself; gives its exit code.
+int runSimulator(const std::vector<std::string>& arguments);
+
+}  // namespace qvn::test
