@@ -1,0 +1,40 @@
+# What an installation holds: the module and its platform library, the headers, the static kit for transport
+# plug-ins, the tools, and the two ways for other builds to find them (pkg-config and find_package). Transports
+# install themselves.
+include(CMakePackageConfigHelpers)
+
+set(qvn_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qvn)
+
+foreach(target QR__serv qvn_platform qvn_transport_kit)
+  if(TARGET ${target})
+    install(TARGETS ${target} EXPORT qvn
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  endif()
+endforeach()
+# Each finds the platform library wherever the whole is put.
+if(TARGET QR__serv)
+  set_target_properties(QR__serv PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
+if(TARGET qvn_transport_ipv4)
+  set_target_properties(qvn_transport_ipv4 PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
+endif()
+if(TARGET qvn)
+  install(TARGETS qvn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT qvn NAMESPACE qvn:: FILE qvnTargets.cmake DESTINATION ${qvn_package_dir})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qvnConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/qvnConfig.cmake INSTALL_DESTINATION ${qvn_package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/qvnConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/qvnConfig.cmake ${PROJECT_BINARY_DIR}/qvnConfigVersion.cmake
+  DESTINATION ${qvn_package_dir})
+
+# The prefix as seen from the directory of the file, which may be moved with the rest.
+file(RELATIVE_PATH qvn_prefix_from_pkgconfig /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/qvn.pc.in ${PROJECT_BINARY_DIR}/qvn.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/qvn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -16,6 +16,7 @@ namespace qvn::cli {
 namespace {
 
 constexpr int kFollowInterval = 200;  // milliseconds
+constexpr std::size_t kLinesBeforeFollowing = 10;
 
 std::filesystem::path logFile() {
   return platform::nativePath("c:\\qr__.log");
@@ -25,19 +26,17 @@ void turn(bool on) {
   writeLibraryValue("Logger", "startLog", dwordValue(on ? 1 : 0));
 }
 
-std::ifstream openLog() {
+// Prints the last `count` lines (all when 0) as they stand, less the carriage returns, and returns the offset
+// up to which the log was read.
+std::uintmax_t show(std::size_t count) {
   std::ifstream file(logFile(), std::ios::binary);
   if (!file) {
     throw Failure("nothing has been logged yet: there is no '" + logFile().string() + "'");
   }
-  return file;
-}
-
-// Prints the last `count` lines (all when 0) as they stand, less the carriage returns.
-void show(std::size_t count) {
-  std::ifstream file = openLog();
+  std::uintmax_t end = 0;
   std::deque<std::string> lines;
   for (std::string line; std::getline(file, line);) {
+    end += line.size() + (file.eof() ? 0 : 1);
     if (line.ends_with('\r')) {
       line.pop_back();
     }
@@ -53,16 +52,16 @@ void show(std::size_t count) {
   for (const std::string& line : lines) {
     std::cout << line << '\n';
   }
+  return end;
 }
 
-// Prints what is logged from now on. A log that was deleted and begun anew is read from its beginning.
+// Prints the end of the log and what is logged from then on. A log that was deleted and begun anew is read
+// from its beginning.
 void follow() {
   Interrupt::install();
   std::error_code none;
-  std::uintmax_t at = std::filesystem::file_size(logFile(), none);
-  if (none) {
-    at = 0;
-  }
+  std::uintmax_t at = std::filesystem::exists(logFile(), none) ? show(kLinesBeforeFollowing) : 0;
+  std::cout.flush();
   while (!Interrupt::requested()) {
     const std::uintmax_t size = std::filesystem::file_size(logFile(), none);
     if (!none && size < at) {
@@ -108,7 +107,8 @@ void addLogCommand(CLI::App& app) {
   showVerb->add_option("--lines", *lines, "Only so many lines at its end");
   showVerb->callback([lines] { show(*lines); });
 
-  verb->add_subcommand("follow", "Print what is logged from now on, until Ctrl-C")->callback(follow);
+  verb->add_subcommand("follow", "Print the last lines and what is logged from then on, until Ctrl-C")
+      ->callback(follow);
   verb->add_subcommand("path", "Print the log's file name")->callback([] {
     std::cout << logFile().string() << '\n';
   });

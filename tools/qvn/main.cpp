@@ -25,7 +25,7 @@ constexpr char kFooter[] =
     "\n"
     "Start with:\n"
     "  qvn transport add qvn_ipv4.so\n"
-    "  qvn discover --transport IPv4 printer.example\n"
+    "  qvn discover --transport IPv4 192.0.2.17\n"
     "  qvn print document.prn";
 
 int complain(const std::exception& error, int exitCode) {

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Installs the tree into a prefix of its own and builds against it what people outside build: a C program by
+# pkg-config, the same by find_package, and a transport plug-in. Runs the programs.
+set -euo pipefail
+
+build_dir=$1
+lib_dir=$2
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+export QVN_HOME=$work/home
+
+cmake --install "$build_dir" --prefix "$prefix" >"$work/install.log"
+
+export PKG_CONFIG_PATH=$prefix/$lib_dir/pkgconfig
+read -r -a flags <<<"$(pkg-config --cflags --libs qvn)"
+cc -std=c99 -pedantic -Wall -Werror -o "$work/client" "$here/installed/client.c" "${flags[@]}" \
+  "-Wl,-rpath,$prefix/$lib_dir"
+"$work/client"
+echo "client by pkg-config: ok"
+
+cmake -S "$here/installed" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
+cmake --build "$work/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
+"$work/build/client"
+echo "client by find_package: ok"
+
+QVN_TRANSPORT_PATH=$work/build "$prefix/bin/qvn" transport add installed_transport.so
+"$prefix/bin/qvn" transport list
+"$prefix/bin/qvn" transport list --json | grep -q '"name": "HBN1"'
+echo "transport by find_package: ok"

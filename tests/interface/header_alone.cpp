@@ -1,0 +1,1 @@
+#include "qvn/qvn.h"

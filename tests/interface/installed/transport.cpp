@@ -1,0 +1,59 @@
+// The smallest transport plug-in: it has a name and reaches nothing.
+#include <qvn/transport/attribute_codec.h>
+#include <qvn/transport/attributes.h>
+#include <qvn/transport/plugin.h>
+
+#include <cstring>
+
+namespace {
+
+class NoConnections final : public qvn::ConnectionManager {
+ public:
+  qvn::Connectable* getConnection(const std::string&, const std::string&) override { return &none_; }
+  void releaseConnection(qvn::Connectable*) override {}
+
+ private:
+  qvn::Connectable none_;
+};
+
+class NoVisitors final : public qvn::VisitorManager {
+ public:
+  qvn::Visitor* getVisitor(const std::string&) override { return nullptr; }
+  void releaseVisitor(qvn::Visitor*) override {}
+};
+
+NoConnections connections;
+NoVisitors visitors;
+qvn::Discoverer discoverer;
+
+}  // namespace
+
+QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t size, std::uint32_t*) {
+  std::string info;
+  qvn::AttributeCodec::setString(info, qvn::attribute::kTransport, "HBN1");
+  qvn::AttributeCodec::setString(info, qvn::attribute::kTransportType, "NETWORK_TRANSPORT");
+  std::strncpy(buffer, info.c_str(), size - 1);
+  return 0;
+}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
+  return 0;
+}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
+  return 0;
+}
+// Not 0, so that nobody asks it to discover.
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
+  return 0;
+}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() {
+  return 0;
+}
+QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
+  return &connections;
+}
+QVN_TRANSPORT_EXPORT qvn::VisitorManager* TransportGetVisitorManager() {
+  return &visitors;
+}
+QVN_TRANSPORT_EXPORT qvn::Discoverer* TransportGetDiscoverer() {
+  return &discoverer;
+}
