@@ -1,0 +1,34 @@
+// What a device answers to a discovery question, one datagram each:
+//
+//   asked     "QVN-DISCOVER 1 <token>\n"
+//   answered  "QVN-DEVICE 1 <token>\n", then lines "key=value\n": family, model, serial, name, print, bidi
+//
+// Unknown keys are skipped, so that devices may tell more.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qvn::ipv4 {
+
+// No answer is longer.
+inline constexpr std::size_t kMaxAnswer = 1400;
+
+struct DeviceAnswer {
+  std::string family;
+  std::string model;
+  std::string serial;
+  std::string name;
+  std::uint16_t printPort = 0;
+  std::uint16_t bidiPort = 0;
+};
+
+std::string discoveryQuestion(std::string_view token);
+
+// Nothing when the datagram does not answer that question, lacks something, or says something that must not
+// get into an attribute text.
+std::optional<DeviceAnswer> parseAnswer(std::string_view datagram, std::string_view token);
+
+}  // namespace qvn::ipv4

@@ -1,0 +1,49 @@
+// The connections of all devices, by device and name.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "ip_connection.h"
+#include "qvn/transport/connection_manager.h"
+#include "retired_sessions.h"
+
+namespace qvn::ipv4 {
+
+// Ports and address come from the attribute text: "Address", "IpPort" (print data), "ChannelId" (NPA
+// packets). Alerts come on the bidi connection, so "alert" is another name for it. "cache" and
+// "configuration" need no channel; a connection of an unknown name cannot be opened (1).
+class IpConnectionManager : public ConnectionManager {
+ public:
+  Connectable* getConnection(const std::string& deviceAttributes, const std::string& connectionName) override;
+  void releaseConnection(Connectable* connection) override;
+
+  // Closes everything and waits for the threads.
+  void closeAll();
+
+ private:
+  struct Key {
+    std::string family;  // handles are unique per kind of device
+    std::uint32_t handle = 0;
+    std::string name;
+
+    friend auto operator<=>(const Key&, const Key&) = default;
+  };
+  struct Entry {
+    std::unique_ptr<IpConnection> connection;
+    std::uint32_t holders = 0;
+  };
+
+  std::unique_ptr<IpConnection> makeConnection(const std::string& name);
+  void dropUnusedLocked();
+
+  RetiredSessions retired_;  // outlives the connections
+  std::mutex mutex_;
+  std::map<Key, Entry> entries_;
+};
+
+}  // namespace qvn::ipv4
