@@ -1,6 +1,8 @@
 #include "platform/module.h"
 
 #include <dlfcn.h>
+#include <elf.h>
+#include <fcntl.h>
 #include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,12 +10,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <vector>
 
 #include "platform/failure.h"
+#include "platform/unique_descriptor.h"
 
 namespace qvn::platform {
 namespace {
@@ -120,6 +125,31 @@ Failure checkTrusted(const fs::path& path) {
   return failure;
 }
 
+// Whether the file holds all that its headers say is in it. The dynamic linker maps what they promise and
+// would die of a bus error in a file that was cut short.
+Failure checkWhole(const fs::path& path) {
+  const UniqueDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat status {};
+  if (!file || fstat(file.get(), &status) != 0)
+    return {errorFromErrno(errno), path.string() + " cannot be read"};
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  const auto read = [&](std::uint64_t offset, auto& record) {
+    return offset < size &&
+           pread(file.get(), &record, sizeof record, static_cast<off_t>(offset)) == ssize_t{sizeof record};
+  };
+  ElfW(Ehdr) header{};
+  if (!S_ISREG(status.st_mode) || !read(0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) {
+    return {kBadExecutableFormat, path.string() + " is not a module"};
+  }
+  for (unsigned i = 0; i < header.e_phnum; ++i) {
+    ElfW(Phdr) segment{};
+    const bool whole = read(header.e_phoff + std::uint64_t{i} * sizeof segment, segment) &&
+                       segment.p_offset <= size && segment.p_filesz <= size - segment.p_offset;
+    if (!whole) return {kBadExecutableFormat, path.string() + " is cut short"};
+  }
+  return {};
+}
+
 std::string linkerMessage() {
   const char* const message = dlerror();
   return message != nullptr ? message : "";
@@ -138,11 +168,8 @@ void* open(const std::string& name, Failure& failure) {
   const fs::path path = locate(name);
   if (!path.empty()) {
     failure = checkTrusted(path);
+    if (failure.code == kSuccess) failure = checkWhole(path);
     if (failure.code != kSuccess) return nullptr;
-    if (access(path.c_str(), R_OK) != 0) {
-      failure = {errorFromErrno(errno), path.string() + " cannot be read"};
-      return nullptr;
-    }
     void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) failure = {kBadExecutableFormat, linkerMessage()};
     return handle;

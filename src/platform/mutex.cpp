@@ -8,6 +8,7 @@
 
 #include "platform/failure.h"
 #include "platform/shared_object.h"
+#include "platform/thread.h"
 #include "platform/wait_word.h"
 
 namespace qvn::platform {
@@ -20,6 +21,7 @@ constexpr Milliseconds kRecheck = 20;
 // count of releases to change and then try it, since their time is the clock's.
 struct MutexState {
   pthread_mutex_t lock;
+  std::atomic<std::uint32_t> owner;  // the holding thread; that of a dead holder until the next one
   WaitWord releases;
   std::atomic<std::uint32_t> timedWaiters;
 };
@@ -43,32 +45,32 @@ class NativeMutex final : public NamedMutex {
       : object_(std::move(object)), state_(*static_cast<MutexState*>(object_->payload())) {}
 
   WaitResult acquire(Milliseconds timeout) override {
-    // Pinned before the lock is taken: once it is, the memory must stay.
-    object_->pins.fetch_add(1);
     const int result = timeout == kInfinite ? pthread_mutex_lock(&state_.lock) : lockWithin(timeout);
     switch (result) {
       case 0:
-        return WaitResult::Signalled;
+        object_->holds.fetch_add(1);
+        break;
       case EOWNERDEAD:
         pthread_mutex_consistent(&state_.lock);
-        return WaitResult::Abandoned;
+        object_->holds.store(1);  // What the dead holder had counted is void.
+        break;
       case EBUSY:
-        object_->pins.fetch_sub(1);
         return WaitResult::TimedOut;
       default:
-        object_->pins.fetch_sub(1);
         setLastError(errorFromErrno(result));
         return WaitResult::Failed;
     }
+    state_.owner.store(currentThreadId());
+    return result == EOWNERDEAD ? WaitResult::Abandoned : WaitResult::Signalled;
   }
 
   ErrorCode release() override {
+    if (state_.owner.load() != currentThreadId()) return fail(kNotOwner);
+    if (object_->holds.fetch_sub(1) == 1) state_.owner.store(0);
     const int result = pthread_mutex_unlock(&state_.lock);
-    if (result == EPERM) return fail(kNotOwner);
     if (result != 0) return fail(errorFromErrno(result));
     state_.releases.fetch_add(1);
     if (state_.timedWaiters.load() != 0) wakeWaiters(state_.releases);
-    object_->pins.fetch_sub(1);
     return kSuccess;
   }
 
@@ -101,8 +103,9 @@ std::unique_ptr<NamedMutex> NamedMutex::create(const std::string& name, bool ini
       [&](void* payload) {
         auto& state = *new (payload) MutexState{};
         result = initialise(state);
-        // Taken before anybody else can open it.
-        owned = result == 0 && initiallyOwned && pthread_mutex_lock(&state.lock) == 0;
+        // Taken before anybody else can open it, so it is free.
+        owned = result == 0 && initiallyOwned && pthread_mutex_trylock(&state.lock) == 0;
+        if (owned) state.owner.store(currentThreadId());
       },
       error);
   if (!object) return nullptr;
@@ -110,7 +113,7 @@ std::unique_ptr<NamedMutex> NamedMutex::create(const std::string& name, bool ini
     error = fail(errorFromErrno(result));
     return nullptr;
   }
-  if (owned) object->pins.fetch_add(1);
+  if (owned) object->holds.store(1);
   return std::make_unique<NativeMutex>(std::move(object));
 }
 

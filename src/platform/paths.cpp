@@ -55,6 +55,7 @@ ErrorCode prepareStateDirectory(std::filesystem::path& directory) {
   if (directory.empty()) return kPathNotFound;
   directory = std::filesystem::absolute(directory, error).lexically_normal();
   if (error) return errorFromErrno(error.value());
+  if (!directory.has_filename()) directory = directory.parent_path();  // It ended in a slash.
   std::filesystem::create_directories(directory.parent_path(), error);
   if (error) return errorFromErrno(error.value());
   return makeStateDirectory(directory);

@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <vector>
 
 #include "platform/failure.h"
 #include "platform/file_size_signal.h"
@@ -33,11 +34,13 @@ namespace {
 constexpr std::uint32_t kMagic = 0x51564E01;
 constexpr std::size_t kMaxFileName = 255;
 
-// The named objects that this process has open: one mapping each, however often they are opened, so that the
-// addresses agree as well as the contents.
+// The objects that this process has open. Those with a name: one mapping each, however often they are opened,
+// so that the addresses agree as well as the contents.
 struct OpenObjects {
   std::mutex mutex;
   std::map<std::string, SharedObject*> byName;
+  std::vector<SharedObject*>
+      heldWithoutName;  // nobody's any more, but in the list of a thread that holds them
 };
 
 OpenObjects& openObjects() {
@@ -177,18 +180,16 @@ SharedObjectPtr SharedObjectPtr::open(const std::string& name, SharedObject::Kin
 
 SharedObjectPtr::~SharedObjectPtr() {
   if (object_ == nullptr) return;
-  if (!object_->isShared()) {
-    // Memory that a thread's list of held mutexes runs through stays for good.
-    if (object_->pins.load() == 0) delete object_;
-    return;
-  }
+  const bool held = object_->holds.load() != 0;
   OpenObjects& objects = openObjects();
   const std::lock_guard guard(objects.mutex);
   if (object_->references_ > 1) {
     --object_->references_;
-  } else if (object_->pins.load() == 0) {
+  } else if (!held) {
     objects.byName.erase(object_->name_);
     delete object_;
+  } else if (!object_->isShared()) {
+    objects.heldWithoutName.push_back(object_);
   }
 }
 

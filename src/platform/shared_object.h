@@ -31,9 +31,9 @@ class SharedObject {
   // Objects with a name may change hands with other processes, which can be killed at any point.
   bool isShared() const { return !name_.empty(); }
 
-  // How many holds of this process forbid taking the memory away: a thread's list of the robust mutexes it
-  // holds runs through it.
-  std::atomic<std::int32_t> pins{0};
+  // How often a thread of this process holds the object. While it is not 0 the memory stays, whoever lets go
+  // of the object: a thread's list of the robust mutexes that it holds runs through it.
+  std::atomic<std::uint32_t> holds{0};
 
  private:
   friend class SharedObjectPtr;

@@ -1,9 +1,12 @@
 #include "support/manual_clock.h"
 
-#include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <numeric>
+#include <string>
 #include <thread>
 
 namespace qvn::test {
@@ -11,26 +14,31 @@ namespace {
 
 using platform::Milliseconds;
 
-// How long a wait blocks in real time before it looks again, whether or not it was notified: time is moved
-// without the lock of the waiter, so a notification may come before the waiter blocks.
-constexpr auto kRealSlice = std::chrono::milliseconds(3);
-
-// A skipped wait is put off while the process computes for more than this share of a slice, at most so often.
-constexpr auto kBusySlice = std::chrono::microseconds(300);
+// A skipped wait is put off at most so often because other threads compute.
 constexpr int kMaxBusySlices = 100;
 
 constexpr auto kRealPatience = std::chrono::seconds(10);
 
-std::chrono::nanoseconds processorTime() {
-  timespec spent{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &spent);
-  return std::chrono::seconds(spent.tv_sec) + std::chrono::nanoseconds(spent.tv_nsec);
+// Whether a thread of this process other than the caller runs or waits for a processor.
+bool othersCompute() {
+  const std::string self = std::to_string(gettid());
+  std::error_code error;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
+    if (task.path().filename() == self) continue;
+    std::string status;
+    std::getline(std::ifstream(task.path() / "stat"), status);
+    // The state is the letter after the name, which is in parentheses.
+    const std::size_t nameEnd = status.rfind(") ");
+    if (nameEnd != std::string::npos && status[nameEnd + 2] == 'R') return true;
+  }
+  return false;
 }
 
 }  // namespace
 
-ManualClock::ManualClock(Mode mode)
+ManualClock::ManualClock(Mode mode, std::chrono::milliseconds patience)
     : mode_(mode),
+      patience_(patience),
       previous_(platform::replaceClock(this)),
       epoch_(std::chrono::sys_days(std::chrono::year_month_day(std::chrono::year(2020), std::chrono::month(5),
                                                                std::chrono::day(17)))) {}
@@ -91,11 +99,13 @@ bool ManualClock::wait(std::unique_lock<std::mutex>& lock, std::condition_variab
   int busySlices = 0;
   Time seen = monotonicMilliseconds();
   while (true) {
-    const auto before = processorTime();
-    const bool notified = condition.wait_for(lock, kRealSlice) == std::cv_status::no_timeout;
+    // Whether notified or not, it looks again after a while: the time is moved without the waiter's lock, so
+    // a notification may come before the waiter blocks.
+    const bool notified = condition.wait_for(lock, patience_) == std::cv_status::no_timeout;
     result = ready();
     if (result) break;
 
+    const bool busy = mode_ == Mode::AutoAdvance && !notified && othersCompute();
     const std::lock_guard guard(mutex_);
     if (deadline && time_ >= *deadline) break;
     if (mode_ != Mode::AutoAdvance || !deadline || notified) continue;
@@ -103,7 +113,7 @@ bool ManualClock::wait(std::unique_lock<std::mutex>& lock, std::condition_variab
       seen = time_;
       continue;
     }
-    if (processorTime() - before > kBusySlice && ++busySlices < kMaxBusySlices) continue;
+    if (busy && ++busySlices < kMaxBusySlices) continue;
     busySlices = 0;
     moveTo(*earliestDeadline());
     seen = time_;

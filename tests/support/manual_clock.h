@@ -23,13 +23,15 @@ class ManualClock final : public platform::Clock {
     // Time stands still: sleeps and timed waits end when advance() reaches their end, or when what they wait
     // for happens.
     Explicit,
-    // A sleep moves the time forward by its duration and returns. A timed wait gives the other threads a
-    // moment of real time (longer as long as they compute) to make its condition hold, then moves the time to
-    // the end of the wait that ends first.
+    // A sleep moves the time forward by its duration and returns. A timed wait blocks for as long as another
+    // thread of the process computes, and for a moment of real time beyond, so that its condition may come to
+    // hold; then it moves the time to the end of the wait that ends first.
     AutoAdvance,
   };
 
-  explicit ManualClock(Mode mode = Mode::Explicit);
+  // `patience` is that moment. Make it longer when a wait may be for another process.
+  explicit ManualClock(Mode mode = Mode::Explicit,
+                       std::chrono::milliseconds patience = std::chrono::milliseconds(3));
   ~ManualClock() override;
   ManualClock(const ManualClock&) = delete;
   ManualClock& operator=(const ManualClock&) = delete;
@@ -74,6 +76,7 @@ class ManualClock final : public platform::Clock {
   void moveTo(Time time);
 
   const Mode mode_;
+  const std::chrono::milliseconds patience_;
   platform::Clock* const previous_;
 
   mutable std::mutex mutex_;

@@ -1,0 +1,68 @@
+// Processes for tests of what several processes share. Fork before the test starts a thread.
+#pragma once
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+
+namespace qvn::test {
+
+// A child that runs `body` and exits with what it returns; killed at the end of the scope if still running.
+class Forked {
+ public:
+  explicit Forked(const std::function<int()>& body) : pid_(fork()) {
+    if (pid_ == 0) _exit(body());
+  }
+  ~Forked() {
+    if (pid_ > 0) kill();
+  }
+  Forked(const Forked&) = delete;
+  Forked& operator=(const Forked&) = delete;
+
+  // The exit code, or 128 + n when signal n ended it.
+  int wait() {
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+  }
+
+  // Ends it without giving it a chance.
+  void kill() {
+    ::kill(pid_, SIGKILL);
+    wait();
+  }
+
+ private:
+  pid_t pid_;
+};
+
+// Numbers from one process to another, in order.
+class Pipe {
+ public:
+  Pipe() {
+    if (pipe(ends_) != 0) ends_[0] = ends_[1] = -1;
+  }
+  ~Pipe() {
+    close(ends_[0]);
+    close(ends_[1]);
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  void tell(int number) { static_cast<void>(!write(ends_[1], &number, sizeof number)); }
+
+  // Blocks until the other side has told one.
+  int hear() {
+    int number = -1;
+    static_cast<void>(!read(ends_[0], &number, sizeof number));
+    return number;
+  }
+
+ private:
+  int ends_[2];
+};
+
+}  // namespace qvn::test

@@ -1,0 +1,105 @@
+// Threads: exit codes, waits, identity, priority, last error.
+#include "platform/thread.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <atomic>
+
+#include "support/manual_clock.h"
+
+namespace qvn::platform {
+namespace {
+
+std::unique_ptr<ThreadHandle> start(std::function<std::uint32_t()> body, std::uint32_t stack = 4096) {
+  ErrorCode error = kInvalidHandle;
+  auto thread = ThreadHandle::start(std::move(body), stack, error);
+  EXPECT_EQ(error, kSuccess);
+  return thread;
+}
+
+TEST(Thread, EndsWithTheValueOfItsBody) {
+  std::uint32_t inside = 0;
+  const auto thread = start([&] {
+    inside = currentThreadId();
+    return 7U;
+  });
+  EXPECT_EQ(thread->wait(kInfinite), WaitResult::Signalled);
+  EXPECT_EQ(thread->exitCode(), 7U);
+  EXPECT_EQ(thread->id(), inside);
+  EXPECT_NE(inside, currentThreadId());
+}
+
+TEST(Thread, AWaitForARunningOneEndsByTheClock) {
+  test::ManualClock manual(test::ManualClock::Mode::AutoAdvance);
+  ErrorCode error = kSuccess;
+  const auto release = NamedEvent::create("", true, false, {}, error);
+  {
+    const auto thread = start([&] {
+      release->wait(kInfinite);
+      return 0U;
+    });
+    EXPECT_EQ(thread->wait(15'000), WaitResult::TimedOut);
+    EXPECT_EQ(thread->exitCode(), kStillActive);
+    release->set();
+  }
+  EXPECT_EQ(manual.monotonicMilliseconds(), 15'000U);
+}
+
+TEST(Thread, TheHandleOutlivesTheThread) {
+  std::atomic<bool> done{false};
+  start([&] {
+    done = true;
+    return 0U;
+  }).reset();
+  EXPECT_TRUE(done);
+}
+
+TEST(Thread, TheStackHintIsNoLimit) {
+  for (const std::uint32_t hint : {0U, 4096U, 64U << 20}) {
+    const auto thread = start(
+        [] {
+          volatile char block[200'000] = {};
+          return static_cast<std::uint32_t>(block[100]);
+        },
+        hint);
+    EXPECT_EQ(thread->wait(kInfinite), WaitResult::Signalled);
+  }
+}
+
+TEST(Thread, PriorityIsRelativeToTheProcess) {
+  ErrorCode error = kSuccess;
+  const auto release = NamedEvent::create("", true, false, {}, error);
+  const auto thread = start([&] {
+    release->wait(kInfinite);
+    return 0U;
+  });
+  EXPECT_TRUE(thread->setPriority(0));
+  EXPECT_TRUE(thread->setPriority(-5));
+  EXPECT_EQ(getpriority(PRIO_PROCESS, thread->id()), getpriority(PRIO_PROCESS, 0) + 5);
+  release->set();
+  EXPECT_EQ(thread->wait(kInfinite), WaitResult::Signalled);
+  EXPECT_FALSE(thread->setPriority(0));
+  EXPECT_EQ(lastError(), kInvalidHandle);
+}
+
+TEST(Thread, LastErrorIsTheThreadsOwn) {
+  setLastError(5);
+  ErrorCode inNewThread = 99;
+  start([&] {
+    inNewThread = lastError();
+    setLastError(6);
+    return 0U;
+  }).reset();
+  EXPECT_EQ(inNewThread, kSuccess);
+  EXPECT_EQ(lastError(), 5U);
+}
+
+TEST(Thread, ABodyIsRequired) {
+  ErrorCode error = kSuccess;
+  EXPECT_EQ(ThreadHandle::start(nullptr, 0, error), nullptr);
+  EXPECT_EQ(error, kInvalidParameter);
+}
+
+}  // namespace
+}  // namespace qvn::platform
