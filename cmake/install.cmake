@@ -20,6 +20,8 @@ endif()
 if(TARGET qvn_transport_ipv4)
   set_target_properties(qvn_transport_ipv4 PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
 endif()
+# Its headers need it of whoever includes them.
+target_compile_features(qvn_transport_kit INTERFACE cxx_std_20)
 if(TARGET qvn)
   install(TARGETS qvn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()

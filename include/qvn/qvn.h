@@ -587,9 +587,10 @@ QVN_EXPORT uint32_t QvnSetDiscoveryDefaults(uint32_t clientId, const char* trans
 QVN_EXPORT uint32_t QvnInstall(void);
 
 /*
- * Takes the library off the machine: uninstalls the registered transports and removes its registry data.
- * Stored devices of other installations stay unless the setting DeleteStoreOnUninstall says otherwise. Ends
- * logging for the rest of the process. Needs no QvnInitialize. Returns 0 always.
+ * Takes the library off the machine: uninstalls the registered transports and removes its settings, its
+ * registered transports and its stored devices from the registry; with the setting DeleteStoreOnUninstall
+ * also what installations share, when this was the last. Ends logging for the rest of the process. Needs no
+ * QvnInitialize. Returns 0 always; failures leave things in place.
  */
 QVN_EXPORT uint32_t QvnUninstall(void);
 

@@ -1,5 +1,7 @@
 # Compares the functions that the header declares and those that the module exports with the list of expected
 # ones. Needs EXPECTED, HEADER, MODULE and NM.
+cmake_minimum_required(VERSION 3.25)
+
 file(STRINGS ${EXPECTED} expected)
 
 file(STRINGS ${HEADER} lines REGEX "^QVN_EXPORT ")

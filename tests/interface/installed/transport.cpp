@@ -16,15 +16,28 @@ class NoConnections final : public qvn::ConnectionManager {
   qvn::Connectable none_;
 };
 
+class NoOperation final : public qvn::Visitor {
+ public:
+  void visit(qvn::Connectable&) override { result_ = QRN_ERROR_INVALID_FUNCTION; }
+};
+
 class NoVisitors final : public qvn::VisitorManager {
  public:
-  qvn::Visitor* getVisitor(const std::string&) override { return nullptr; }
+  qvn::Visitor* getVisitor(const std::string&) override { return &none_; }
   void releaseVisitor(qvn::Visitor*) override {}
+
+ private:
+  NoOperation none_;
+};
+
+class NoDevices final : public qvn::Discoverer {
+ public:
+  std::uint32_t discover(const std::string&) override { return QRN_ERROR_SUCCESS; }
 };
 
 NoConnections connections;
 NoVisitors visitors;
-qvn::Discoverer discoverer;
+NoDevices discoverer;
 
 }  // namespace
 
@@ -41,7 +54,6 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
   return 0;
 }
-// Not 0, so that nobody asks it to discover.
 QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
   return 0;
 }
