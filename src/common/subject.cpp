@@ -1,38 +1,93 @@
 #include "qvn/transport/subject.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace qvn {
 
 Subject::~Subject() = default;
 
 void Subject::attach(Observer& observer) {
-  CriticalSectionLock lock(observersLock_);
+  std::lock_guard<std::mutex> lock(mutex_);
   observers_.push_back(&observer);
 }
 
 void Subject::detach(Observer& observer) {
-  CriticalSectionLock lock(observersLock_);
+  std::unique_lock<std::mutex> lock(mutex_);
   const auto found = std::find(observers_.begin(), observers_.end(), &observer);
-  if (found != observers_.end()) observers_.erase(found);
+  if (found == observers_.end()) return;
+  observers_.erase(found);
+  ++version_;
+  waitForUpdates(observer, lock);
 }
 
-bool Subject::isAttached(const Observer& observer) {
-  CriticalSectionLock lock(observersLock_);
-  return std::find(observers_.begin(), observers_.end(), &observer) != observers_.end();
+void Subject::waitForUpdates(const Observer& observer) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  waitForUpdates(observer, lock);
+}
+
+void Subject::waitForUpdates(const Observer& observer, std::unique_lock<std::mutex>& lock) {
+  const std::thread::id self = std::this_thread::get_id();
+  // Two threads in updates of one observer that both detach it must not wait for each other.
+  const bool insideUpdate = std::any_of(running_.begin(), running_.end(), [&](const RunningUpdate& update) {
+    return update.observer == &observer && update.thread == self;
+  });
+  if (insideUpdate) return;
+  updateEnded_.wait(lock, [&] {
+    return std::none_of(running_.begin(), running_.end(),
+                        [&](const RunningUpdate& update) { return update.observer == &observer; });
+  });
+}
+
+bool Subject::beginUpdate(const Observer& observer, std::uint32_t snapshotVersion) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (version_ != snapshotVersion &&
+      std::find(observers_.begin(), observers_.end(), &observer) == observers_.end()) {
+    return false;
+  }
+  running_.push_back({&observer, std::this_thread::get_id()});
+  return true;
+}
+
+void Subject::endUpdate(const Observer& observer) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  const std::thread::id self = std::this_thread::get_id();
+  // The last one: an observer's update may itself notify.
+  const auto found = std::find_if(running_.rbegin(), running_.rend(), [&](const RunningUpdate& update) {
+    return update.observer == &observer && update.thread == self;
+  });
+  if (found != running_.rend()) running_.erase(std::next(found).base());
+  updateEnded_.notify_all();
 }
 
 template <typename Call>
 void Subject::notifyEach(Call&& call) {
   try {
-    std::vector<Observer*> snapshot;
+    // Few observers are the rule: they need no allocation.
+    std::array<Observer*, 8> few;
+    std::vector<Observer*> many;
+    std::span<Observer*> snapshot;
+    std::uint32_t version = 0;
     {
-      CriticalSectionLock lock(observersLock_);
-      snapshot = observers_;
+      std::lock_guard<std::mutex> lock(mutex_);
+      if (observers_.size() <= few.size()) {
+        snapshot = {few.begin(), std::copy(observers_.begin(), observers_.end(), few.begin())};
+      } else {
+        many = observers_;
+        snapshot = many;
+      }
+      version = version_;
     }
-    // Outside the lock, so that an observer may attach and detach from inside its update.
     for (Observer* observer : snapshot) {
-      if (isAttached(*observer)) call(*observer);
+      if (!beginUpdate(*observer, version)) continue;
+      struct UpdateEnd {
+        Subject& subject;
+        const Observer& observer;
+        ~UpdateEnd() { subject.endUpdate(observer); }
+      } end{*this, *observer};
+      // Outside the lock, so that an observer may attach and detach from inside its update.
+      call(*observer);
     }
   } catch (...) {
     // Whoever notifies is a transport's thread, which can do nothing about an observer that throws.

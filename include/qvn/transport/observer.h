@@ -5,15 +5,15 @@
 #include <list>
 #include <string>
 
+#include "qvn/transport/critical_section.h"
 #include "qvn/transport/data.h"
 
 namespace qvn {
 
 class Subject;
 
-// An observer keeps the list of the subjects it is attached to. The list is not synchronised: one observer is
-// attached and detached by one thread at a time. Whoever owns an observer detaches it from every subject
-// before destroying it. A plug-in never derives from Observer; it only notifies through Subject.
+// An observer keeps the list of the subjects it is attached to. Whoever owns an observer detaches it from every
+// subject before destroying it. A plug-in never derives from Observer; it only notifies through Subject.
 class Observer {
  public:
   Observer() = default;
@@ -21,8 +21,8 @@ class Observer {
   Observer& operator=(const Observer&) = delete;
   virtual ~Observer();
 
-  // Attaching twice makes two entries on both sides. Detaching removes the first entry and does nothing when
-  // there is none.
+  // Attaching twice makes two entries on both sides. Detaching removes the first entry, if there is one, and
+  // returns when no other thread is inside an update for that subject any more.
   void attachTo(Subject& subject);
   void detachFrom(Subject& subject);
 
@@ -39,6 +39,10 @@ class Observer {
   virtual void doUpdate(Data& data);
 
  private:
+  bool forget(Subject& subject);
+
+  // A reply may arrive just when its task gives up, and then both detach.
+  CriticalSection subjectsLock_;
   std::list<Subject*> subjects_;
   std::uint32_t subjectCount_ = 0;
 };

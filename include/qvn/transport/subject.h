@@ -2,11 +2,13 @@
 // what a device sends by notifying the device's observers.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "qvn/transport/critical_section.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 
@@ -24,6 +26,8 @@ class Subject {
   virtual ~Subject();
 
   virtual void attach(Observer& observer);
+  // Returns when no other thread is in a call of the observer's update for this subject any more, so that the
+  // observer may be destroyed; from inside such a call it returns at once.
   virtual void detach(Observer& observer);
 
   // Calls each observer that was attached when the pass began and still is when its turn comes, in the order
@@ -34,13 +38,28 @@ class Subject {
   virtual void notify(const std::string& text);
   virtual void notify(Data& data);
 
+  // The waiting of detach, for an observer that detached itself from inside its update on another thread.
+  void waitForUpdates(const Observer& observer);
+
  private:
+  struct RunningUpdate {
+    const Observer* observer;
+    std::thread::id thread;
+  };
+
   template <typename Call>
   void notifyEach(Call&& call);
-  bool isAttached(const Observer& observer);
+  bool beginUpdate(const Observer& observer, std::uint32_t snapshotVersion);
+  void endUpdate(const Observer& observer);
+  void waitForUpdates(const Observer& observer, std::unique_lock<std::mutex>& lock);
 
   std::vector<Observer*> observers_;
-  CriticalSection observersLock_;
+  // Counts the detaches: while it stands still, whoever is in a snapshot is still attached.
+  std::uint32_t version_ = 0;
+  std::vector<RunningUpdate> running_;
+  std::condition_variable updateEnded_;
+  // Guards the lists; never held while an observer runs.
+  std::mutex mutex_;
 };
 
 }  // namespace qvn

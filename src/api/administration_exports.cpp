@@ -1,0 +1,78 @@
+// The exported functions for installers and configuration tools.
+#include "api/exported_call.h"
+#include "api/system.h"
+#include "qvn/qvn.h"
+#include "transport/transports.h"
+
+using namespace qvn;
+
+namespace {
+
+LogText plainEntry(const char* function) { return LogText() << function << "()"; }
+
+}  // namespace
+
+// Nothing is installed or uninstalled yet, which these two would not report anyway.
+uint32_t QvnInstall(void) { return QRN_ERROR_SUCCESS; }
+
+uint32_t QvnUninstall(void) { return QRN_ERROR_SUCCESS; }
+
+// There is no spooler to register the monitor with yet.
+uint32_t QvnAddMonitor(void) {
+  constexpr std::uint32_t kNotSupported = 50;
+  return tracedCall([] { return plainEntry("QvnAddMonitor"); }, [](ExitDetail&) { return kNotSupported; });
+}
+
+uint32_t QvnAddTransport(const char* moduleFileName) {
+  return tracedCall([] { return plainEntry("QvnAddTransport"); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (moduleFileName == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      std::uint32_t rc = Transports::getInstance().addTransport(moduleFileName);
+                      if (rc == QRN_ERROR_SUCCESS) {
+                        rc = Transports::getInstance().installTransport(moduleFileName);
+                      }
+                      exit.set([&] { return LogText() << " transport=" << moduleFileName; });
+                      return rc;
+                    });
+}
+
+uint32_t QvnRemoveTransport(const char* name) {
+  return tracedCall([] { return plainEntry("QvnRemoveTransport"); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (name == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      const std::uint32_t rc = Transports::getInstance().removeTransport(name);
+                      exit.set([&] { return LogText() << " transport=" << name; });
+                      return rc;
+                    });
+}
+
+uint32_t QvnSuspend(void) {
+  return tracedCall([] { return plainEntry("QvnSuspend"); }, [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+}
+
+uint32_t QvnResume(void) {
+  return tracedCall([] { return plainEntry("QvnResume"); }, [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+}
+
+uint32_t QvnGetHostInfo(uint32_t clientId, const char* key, char* buffer, uint32_t bufferSize,
+                        uint32_t* required) {
+  return tracedCall([=] { return entryText("QvnGetHostInfo", clientId); },
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
+                        return QRN_ERROR_INVALID_PARAMETER;
+                      }
+                      *required = 0;
+                      buffer[0] = '\0';
+                      return System::qvnGetHostInfo(key, buffer, bufferSize, *required);
+                    });
+}
+
+uint32_t QvnSetHostInfo(uint32_t clientId, const char* key, const char* value, uint32_t valueLength) {
+  return tracedCall([=] { return entryText("QvnSetHostInfo", clientId); },
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (key == nullptr || value == nullptr || valueLength == 0) {
+                        return QRN_ERROR_INVALID_PARAMETER;
+                      }
+                      return System::qvnSetHostInfo(key, value);
+                    });
+}

@@ -1,0 +1,42 @@
+#include "api/discovery_manager.h"
+
+#include "common/observation.h"
+#include "common/trace_scope.h"
+#include "device/device_factories.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "transport/transports.h"
+
+namespace qvn {
+
+std::uint32_t DiscoveryManager::discover(const std::string& transport, const std::string& options) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(),
+                   [] { return LogText() << "DiscoveryManager::discover()"; });
+  Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+  const Observation observation(*this, discoverer);
+  const std::uint32_t rc = callTransport("discover", [&] { return discoverer.discover(options); });
+  trace.setRc(rc);
+  return rc;
+}
+
+std::uint32_t DiscoveryManager::discoverSpecific(const std::string& deviceAttributes) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(),
+                   [] { return LogText() << "DiscoveryManager::discoverSpecific()"; });
+  std::string transport;
+  std::uint32_t rc = AttributeCodec::getString(deviceAttributes, attribute::kTransport, transport);
+  if (rc == QRN_ERROR_SUCCESS) {
+    Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+    const Observation observation(*this, discoverer);
+    rc = callTransport("discoverSpecific", [&] { return discoverer.discoverSpecific(deviceAttributes); });
+  }
+  trace.setRc(rc);
+  return rc;
+}
+
+void DiscoveryManager::doUpdate(const std::string& deviceAttributes) {
+  logDetail(log_component::server(), [&] { return LogText() << "Discovered device: " << deviceAttributes; });
+  const auto device = DeviceFactories::getInstance().makeDevice(deviceAttributes);
+  if (device) device->update();
+}
+
+}  // namespace qvn

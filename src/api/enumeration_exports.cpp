@@ -1,0 +1,163 @@
+// The exported functions that enumerate and discover devices.
+#include <algorithm>
+
+#include "api/exported_call.h"
+#include "api/system.h"
+#include "device/hid_store.h"
+#include "device/printer_store.h"
+#include "device/scanner_store.h"
+#include "qvn/qvn.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "transport/transport_names.h"
+#include "transport/transports.h"
+
+using namespace qvn;
+
+namespace {
+
+const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
+
+template <typename Store>
+std::uint32_t findByName(const char* name, std::uint32_t& handle) {
+  handle = 0;
+  std::string text;
+  const std::uint32_t rc = Store::getInstance().findByPortname(name, text);
+  return rc != QRN_ERROR_SUCCESS ? rc : AttributeCodec::getLong(text, attribute::kHandle, handle);
+}
+
+// Looks the device up by name; when there is none, lets the local transports look for devices and tries again.
+template <typename Store>
+std::uint32_t enumSpecific(const char* function, std::uint32_t clientId, const char* name, std::uint32_t* handle,
+                           const char* notFoundText) {
+  return tracedCall([=] { return entryText(function, clientId); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (name == nullptr || handle == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      std::uint32_t rc = findByName<Store>(name, *handle);
+                      if (rc == QRN_ERROR_UNKNOWN_PORT) {
+                        logDetail(log_component::server(), [&] {
+                          return entryText(function, clientId) << notFoundText << ", performing local discovery";
+                        });
+                        System::qvnDiscovery(kLocalTransport, "");
+                        rc = findByName<Store>(name, *handle);
+                      }
+                      exit.set([&] { return LogText() << " name=" << name << " handle=" << *handle; });
+                      return rc;
+                    });
+}
+
+}  // namespace
+
+uint32_t QvnEnumPrinters(uint32_t clientId, const char* transport, const char* filter,
+                         QvnDeviceFoundCallback callback) {
+  return tracedCall([=] { return entryText("QvnEnumPrinters", clientId); },
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (transport == nullptr || callback == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      return System::qvnEnumPrinters(clientId, transport, orEmpty(filter), callback);
+                    });
+}
+
+uint32_t QvnEnumScanners(uint32_t clientId, const char* transport, const char* /*ignored*/,
+                         QvnDeviceFoundCallback callback) {
+  return tracedCall([=] { return entryText("QvnEnumScanners", clientId); },
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (transport == nullptr || callback == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      return System::qvnEnumScanners(clientId, transport, callback);
+                    });
+}
+
+uint32_t QvnEnumHids(uint32_t clientId, const char* transport, const char* /*ignored*/,
+                     QvnDeviceFoundCallback callback) {
+  return tracedCall([=] { return entryText("QvnEnumHids", clientId); },
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (transport == nullptr || callback == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      return System::qvnEnumHids(clientId, transport, callback);
+                    });
+}
+
+// There is no spooler to list queues from yet: the listing fails, which these two report in the log only.
+uint32_t QvnEnumWindowsScanners(uint32_t clientId, const char* transport, QvnQueueFoundCallback callback) {
+  return tracedCall([=] { return entryText("QvnEnumWindowsScanners", clientId); },
+                    [&](ExitDetail&) {
+                      return transport == nullptr || callback == nullptr ? QRN_ERROR_INVALID_PARAMETER
+                                                                         : QRN_ERROR_SUCCESS;
+                    });
+}
+
+uint32_t QvnEnumWindowsHids(uint32_t clientId, const char* transport, QvnQueueFoundCallback callback) {
+  return tracedCall(
+      [=] {
+        return LogText() << "QvnEnumWindowsHids(clientId=" << clientId << ", transport=" << transport << ")";
+      },
+      [&](ExitDetail&) {
+        return transport == nullptr || callback == nullptr ? QRN_ERROR_INVALID_PARAMETER : QRN_ERROR_SUCCESS;
+      });
+}
+
+uint32_t QvnEnumSpecificPrinter(uint32_t clientId, const char* portName, uint32_t* handle) {
+  return enumSpecific<PrinterStore>("QvnEnumSpecificPrinter", clientId, portName, handle,
+                                    " QvnEnumSpecificPrinter() failed");
+}
+
+uint32_t QvnEnumSpecificScanner(uint32_t clientId, const char* deviceName, uint32_t* handle) {
+  return enumSpecific<ScannerStore>("QvnEnumSpecificScanner", clientId, deviceName, handle,
+                                    " QvnEnumSpecificScanner() rc=1796");
+}
+
+uint32_t QvnEnumSpecificHid(uint32_t clientId, const char* deviceName, uint32_t* handle) {
+  return enumSpecific<HidStore>("QvnEnumSpecificHid", clientId, deviceName, handle,
+                                " QvnEnumSpecificHid() rc=1796");
+}
+
+uint32_t QvnDiscovery(uint32_t clientId, const char* transport, const char* options) {
+  return tracedCall([=] { return entryText("QvnDiscovery", clientId); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (transport == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      const std::uint32_t rc = System::qvnDiscovery(transport, orEmpty(options));
+                      exit.set([&] { return LogText() << " transport=" << transport; });
+                      return rc;
+                    });
+}
+
+uint32_t QvnValidatePortName(uint32_t clientId, const char* name) {
+  return tracedCall([=] { return entryText("QvnValidatePortName", clientId); },
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (name == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      return System::qvnValidatePortName(name);
+                    });
+}
+
+uint32_t QvnGetDiscoveryDefaults(uint32_t clientId, const char* transport, char* buffer, uint32_t bufferSize,
+                                 uint32_t* required) {
+  return tracedCall([=] { return entryText("QvnGetDiscoveryDefaults", clientId); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (transport == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
+                        return QRN_ERROR_INVALID_PARAMETER;
+                      }
+                      *required = 0;
+                      buffer[0] = '\0';
+                      Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+                      const std::uint32_t rc = callTransport(
+                          "getDefaults", [&] { return discoverer.getDefaults(buffer, bufferSize, required); });
+                      exit.set([&] {
+                        LogText text;
+                        text << " transport=" << transport << " default=";
+                        return text.hex(buffer, std::min(*required, bufferSize));
+                      });
+                      return rc;
+                    });
+}
+
+uint32_t QvnSetDiscoveryDefaults(uint32_t clientId, const char* transport, const char* defaults) {
+  return tracedCall([=] { return entryText("QvnSetDiscoveryDefaults", clientId); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (transport == nullptr || defaults == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+                      const std::uint32_t rc =
+                          callTransport("setDefaults", [&] { return discoverer.setDefaults(defaults); });
+                      exit.set([&] {
+                        return LogText() << " transport=" << transport << " defaults=" << defaults;
+                      });
+                      return rc;
+                    });
+}

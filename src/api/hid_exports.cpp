@@ -1,0 +1,93 @@
+// The exported functions of HID devices. No device family makes HIDs yet: what needs a live one answers 6.
+#include "api/exported_call.h"
+#include "api/stored_attributes.h"
+#include "device/hid_store.h"
+#include "device/hid_table.h"
+#include "qvn/qvn.h"
+
+using namespace qvn;
+
+namespace {
+
+constexpr std::uint32_t kNoHid = QRN_ERROR_INVALID_HANDLE;
+
+}  // namespace
+
+uint32_t QvnOpenHid(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnOpenHid", clientId, handle, [](ExitDetail&) { return kNoHid; });
+}
+
+uint32_t QvnCloseHid(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnCloseHid", clientId, handle, [](ExitDetail&) { return kNoHid; });
+}
+
+uint32_t QvnDeleteHid(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnDeleteHid", clientId, handle, [&](ExitDetail&) -> std::uint32_t {
+    if (HidTable::getInstance().find(handle)) return QRN_ERROR_BUSY;
+    return HidStore::getInstance().remove(handle);
+  });
+}
+
+uint32_t QvnRegisterForReportsHid(uint32_t clientId, uint32_t handle, QvnHidReportCallback callback) {
+  return deviceCall("QvnRegisterForReportsHid", clientId, handle, [&](ExitDetail&) {
+    return callback == nullptr ? QRN_ERROR_INVALID_FUNCTION : kNoHid;
+  });
+}
+
+uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnUnregisterForReportsHid", clientId, handle,
+                    [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+}
+
+uint32_t QvnRegisterForNotificationsHid(uint32_t clientId, uint32_t handle, QvnNotificationCallback callback) {
+  return deviceCall("QvnRegisterForNotificationsHid", clientId, handle, [&](ExitDetail&) {
+    return callback == nullptr || clientId == 0 ? QRN_ERROR_INVALID_PARAMETER : kNoHid;
+  });
+}
+
+uint32_t QvnUnregisterForNotificationsHid(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnUnregisterForNotificationsHid", clientId, handle, [&](ExitDetail&) {
+    return clientId == 0 ? QRN_ERROR_INVALID_PARAMETER : QRN_ERROR_SUCCESS;
+  });
+}
+
+uint32_t QvnGetLongHid(uint32_t clientId, uint32_t handle, const char* key, uint32_t* value) {
+  return untracedCall([&]() -> std::uint32_t {
+    std::uint32_t rc = QRN_ERROR_SUCCESS;
+    if (key == nullptr || value == nullptr) {
+      rc = QRN_ERROR_INVALID_PARAMETER;
+    } else if (handle == 0) {
+      rc = QRN_ERROR_INVALID_HANDLE;
+    } else {
+      rc = getStoredLong<HidStore>(handle, key, *value);
+    }
+    logDetail(log_component::server(), [&] {
+      LogText text;
+      text << "QvnGetLongHid(clientId=" << clientId << ", handle=" << handle << ", key=" << key << ") rc=" << rc;
+      return value == nullptr ? text : (text << ", value=0x").radix(*value, 16);
+    });
+    return rc;
+  });
+}
+
+uint32_t QvnGetStringHid(uint32_t clientId, uint32_t handle, const char* key, char* buffer, uint32_t bufferSize,
+                         uint32_t* required) {
+  return deviceCall("QvnGetStringHid", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
+    if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
+      return QRN_ERROR_INVALID_PARAMETER;
+    }
+    const std::uint32_t rc = getStoredString<HidStore>(handle, key, buffer, bufferSize, *required);
+    exit.set([&] { return LogText() << " key=" << key << " value=" << buffer; });
+    return rc;
+  });
+}
+
+uint32_t QvnGetCurrentStateHid(uint32_t clientId, uint32_t handle, uint32_t* state) {
+  return tracedCall([=] { return entryText("QvnGetCurrentStateHid", handle, clientId); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      *state = 0;
+                      exit.set([&] { return LogText() << ", state=" << *state; });
+                      return kNoHid;
+                    });
+}

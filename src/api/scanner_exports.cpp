@@ -1,0 +1,115 @@
+// The exported functions of scanners. No device family makes scanners yet: what needs a live one answers 6.
+#include "api/exported_call.h"
+#include "api/stored_attributes.h"
+#include "device/scanner_store.h"
+#include "device/scanner_table.h"
+#include "qvn/qvn.h"
+
+using namespace qvn;
+
+namespace {
+
+constexpr std::uint32_t kNoScanner = QRN_ERROR_INVALID_HANDLE;
+
+}  // namespace
+
+uint32_t QvnOpenScanner(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnOpenScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+}
+
+uint32_t QvnCloseScanner(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnCloseScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+}
+
+uint32_t QvnDeleteScanner(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnDeleteScanner", clientId, handle, [&](ExitDetail&) -> std::uint32_t {
+    if (ScannerTable::getInstance().find(handle)) return QRN_ERROR_BUSY;
+    return ScannerStore::getInstance().remove(handle);
+  });
+}
+
+uint32_t QvnStartJobScanner(uint32_t clientId, uint32_t handle, void* /*job*/) {
+  return deviceCall("QvnStartJobScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+}
+
+uint32_t QvnEndJobScanner(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnEndJobScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+}
+
+uint32_t QvnCancelJobScanner(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnCancelJobScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+}
+
+uint32_t QvnExchangeDataScanner(uint32_t clientId, uint32_t handle, const uint8_t* request,
+                                uint32_t requestLength, uint8_t* reply, uint32_t replySize,
+                                uint32_t* replyLength) {
+  return deviceCall("QvnExchangeDataScanner", clientId, handle, [&](ExitDetail&) -> std::uint32_t {
+    if (request == nullptr || reply == nullptr || replyLength == nullptr || replySize == 0 ||
+        requestLength == 0) {
+      return QRN_ERROR_INVALID_PARAMETER;
+    }
+    *replyLength = 0;
+    return kNoScanner;
+  });
+}
+
+uint32_t QvnGetStringScanner(uint32_t clientId, uint32_t handle, const char* key, char* buffer,
+                             uint32_t bufferSize, uint32_t* required) {
+  return deviceCall("QvnGetStringScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
+    if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
+      return QRN_ERROR_INVALID_PARAMETER;
+    }
+    const std::uint32_t rc = getStoredString<ScannerStore>(handle, key, buffer, bufferSize, *required);
+    exit.set([&] { return LogText() << " key=" << key << " value=" << buffer; });
+    return rc;
+  });
+}
+
+uint32_t QvnGetLongScanner(uint32_t clientId, uint32_t handle, const char* key, uint32_t* value) {
+  return deviceCall("QvnGetLongScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
+    if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+    const std::uint32_t rc = getStoredLong<ScannerStore>(handle, key, *value);
+    exit.set([&] { return LogText() << " key=" << key << " value=" << *value; });
+    return rc;
+  });
+}
+
+uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle, uint32_t* state) {
+  return tracedCall([=] { return entryText("QvnGetCurrentStateScanner", handle, clientId); },
+                    [&](ExitDetail& exit) -> std::uint32_t {
+                      if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      *state = 0;
+                      exit.set([&] { return LogText() << " state=" << *state; });
+                      return kNoScanner;
+                    });
+}
+
+uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, const char* key, const char* value) {
+  return deviceCall("QvnSetJobStringScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
+    if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+    exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
+    return kNoScanner;
+  });
+}
+
+uint32_t QvnSetJobLongScanner(uint32_t clientId, uint32_t handle, const char* key, uint32_t value) {
+  return deviceCall("QvnSetJobLongScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
+    if (key == nullptr || value == 0) return QRN_ERROR_INVALID_PARAMETER;
+    exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
+    return kNoScanner;
+  });
+}
+
+// The scanner's answer to the next two does not reach the client.
+uint32_t QvnRegisterForAsyncDataScanner(uint32_t clientId, uint32_t handle, uint32_t mask,
+                                        QvnScanDataCallback /*callback*/) {
+  return deviceCall("QvnRegisterForAsyncDataScanner", clientId, handle, [&](ExitDetail& exit) {
+    exit.set([&] { return (LogText() << " mask=").maskBytes(mask); });
+    return QRN_ERROR_SUCCESS;
+  });
+}
+
+uint32_t QvnUnregisterForAsyncDataScanner(uint32_t clientId, uint32_t handle) {
+  return deviceCall("QvnUnregisterForAsyncDataScanner", clientId, handle,
+                    [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+}

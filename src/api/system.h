@@ -1,0 +1,73 @@
+// System: the library's services in the order of their birth and death, and what the exported functions forward
+// to.
+//
+// Birth: Localize, the logger, the stores, Transports, PrinterTable and ScannerTable, DiscoveryManager,
+// JobTracker, DeviceFactories, the device factories. HidTable is made on first use.
+// Death: the live printers' threads, JobTracker, DeviceFactories, Transports (which unloads the plug-ins), the
+// tables, DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "common/process_service.h"
+#include "device/client_registration.h"
+#include "device/job_description.h"
+#include "printer/cpd_printer_factory.h"
+#include "qvn/qvn.h"
+
+namespace qvn {
+
+class System : public ProcessService<System> {
+ public:
+  // The arguments of the exported functions, checked by them. Device operations answer 6 when the handle's table
+  // has no object; the others what the device, the store or the transport answers.
+
+  // Printers (system_printers.cpp).
+  static std::uint32_t qvnOpenPrinter(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnClosePrinter(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnDeletePrinter(std::uint32_t handle);
+  static std::uint32_t qvnStartJobPrinter(std::uint32_t clientId, std::uint32_t handle, const JobRequest& job);
+  static std::uint32_t qvnWritePrinter(std::uint32_t clientId, std::uint32_t handle, const std::uint8_t* buffer,
+                                       std::uint32_t bufferSize, std::uint32_t& bytesWritten);
+  static std::uint32_t qvnEndJobPrinter(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnCancelJobPrinter(std::uint32_t handle);
+  static std::uint32_t qvnExchangeNpaPrinter(std::uint32_t clientId, std::uint32_t handle, Data& request,
+                                             Data& reply);
+  static std::uint32_t qvnGetCachePrinter(std::uint32_t clientId, std::uint32_t handle, Data& cache);
+  static std::uint32_t qvnGetCurrentStatePrinter(std::uint32_t clientId, std::uint32_t handle,
+                                                 std::uint32_t& state);
+  static std::uint32_t qvnSetLongPrinter(std::uint32_t handle, const std::string& key, std::uint32_t value);
+  static std::uint32_t qvnSetStringPrinter(std::uint32_t handle, const std::string& key,
+                                           const std::string& value);
+  static std::uint32_t qvnSetByteArrayPrinter(std::uint32_t handle, const std::string& key, const Data& bytes);
+  static std::uint32_t qvnRegisterForAlertsPrinter(std::uint32_t handle, const AlertRegistration& registration);
+  static std::uint32_t qvnUnregisterForAlertsPrinter(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnRegisterForNotificationsPrinter(std::uint32_t handle,
+                                                          const NotificationRegistration& registration);
+  static std::uint32_t qvnUnregisterForNotificationsPrinter(std::uint32_t clientId, std::uint32_t handle);
+
+  // Enumeration and discovery (system_enumeration.cpp).
+  static std::uint32_t qvnEnumPrinters(std::uint32_t clientId, const std::string& transport,
+                                       const std::string& filter, QvnDeviceFoundCallback callback);
+  static std::uint32_t qvnEnumScanners(std::uint32_t clientId, const std::string& transport,
+                                       QvnDeviceFoundCallback callback);
+  static std::uint32_t qvnEnumHids(std::uint32_t clientId, const std::string& transport,
+                                   QvnDeviceFoundCallback callback);
+  static std::uint32_t qvnDiscovery(const std::string& transport, const std::string& options);
+  static std::uint32_t qvnValidatePortName(const std::string& name);
+
+  // Host information (system_host_info.cpp).
+  static std::uint32_t qvnGetHostInfo(const std::string& key, char* buffer, std::uint32_t bufferSize,
+                                      std::uint32_t& required);
+  static std::uint32_t qvnSetHostInfo(const std::string& key, const std::string& value);
+
+ private:
+  friend class ProcessService<System>;
+  System();
+  ~System();
+
+  CpdPrinterFactory cpdPrinterFactory_;
+};
+
+}  // namespace qvn

@@ -1,0 +1,22 @@
+// BidiTask: exchanges one NPA packet with a printer.
+#pragma once
+
+#include "bidi/exchange_task.h"
+
+namespace qvn {
+
+// Result: 0 with the reply in the response; 1 when the printer does not allow exchanges now; 22 when it refused
+// the command; else the transport's code.
+class BidiTask : public ExchangeTask {
+ public:
+  BidiTask(Device& device, Connectable& connection, Data& request, Data& response);
+  ~BidiTask() override = default;
+
+ protected:
+  std::uint32_t doExecute() override;
+  std::uint32_t runMethod() override;
+  using Observer::doUpdate;
+  void doUpdate(Data& data) override;
+};
+
+}  // namespace qvn

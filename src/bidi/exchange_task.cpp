@@ -1,0 +1,18 @@
+#include "bidi/exchange_task.h"
+
+#include "common/thread.h"
+
+namespace qvn {
+
+ExchangeTask::ExchangeTask(Device& device, Connectable& connection, Data& request, Data& response)
+    : request_(request), response_(response), device_(device), connection_(connection) {}
+
+std::uint32_t ExchangeTask::runOnWorker() {
+  MethodRunnable<ExchangeTask> runnable(*this, &ExchangeTask::runMethod);
+  Thread thread(runnable);
+  thread.startAndWait();
+  std::uint32_t exitCode = 0;
+  return thread.getExitCode(exitCode) ? exitCode : QRN_ERROR_SUCCESS;
+}
+
+}  // namespace qvn

@@ -1,0 +1,43 @@
+// ExchangeTask: the base of the tasks that send one request to a device and wait for its reply.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "common/observation.h"
+#include "common/task.h"
+#include "device/visitor_run.h"
+#include "qvn/transport/device.h"
+
+namespace qvn {
+
+// The exchange runs on a worker thread (runMethod) while the caller waits. The task observes the device
+// meanwhile: the transport delivers the reply to doUpdate on a thread of its own before the visitor returns.
+class ExchangeTask : public Task, public Observer {
+ protected:
+  // `request` and `response` are the caller's; the response is emptied first.
+  ExchangeTask(Device& device, Connectable& connection, Data& request, Data& response);
+
+  // Runs runMethod on a worker thread and gives its result.
+  std::uint32_t runOnWorker();
+
+  virtual std::uint32_t runMethod() = 0;
+
+  // Applies the visitor of that name to the connection, observing the device while it runs. `beforeRun` is
+  // called once everything is in place. The visitor's result.
+  template <typename BeforeRun>
+  std::uint32_t exchange(const std::string& visitorName, BeforeRun&& beforeRun) {
+    response_.reset();
+    const Observation observation(*this, device_);
+    VisitorRun visitor(device_, visitorName);
+    beforeRun();
+    return visitor.run(connection_, &request_);
+  }
+
+  Data& request_;
+  Data& response_;
+  Device& device_;
+  Connectable& connection_;
+};
+
+}  // namespace qvn

@@ -1,0 +1,46 @@
+// What the three stores (printers, scanners, HIDs) have in common: each is a part of the PersistenceStore.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "qvn/result_codes.h"
+
+namespace qvn {
+
+class DeviceStore {
+ public:
+  DeviceStore(const DeviceStore&) = delete;
+  DeviceStore& operator=(const DeviceStore&) = delete;
+
+  // Writes the text under the handle that it carries; a text without one gives the codec's code.
+  std::uint32_t persist(const std::string& text);
+  std::uint32_t read(std::uint32_t handle, std::string& text);
+  std::uint32_t remove(std::uint32_t handle);
+  std::uint32_t findByPortname(const std::string& portName, std::string& text);
+  std::uint32_t enumerate(std::vector<std::string>& texts);
+
+ protected:
+  explicit DeviceStore(const char* name) : name_(name) {}
+  ~DeviceStore() = default;
+
+  // Puts the object that `make` gives for the stored text into the table: 1168 nothing is stored, 6 there is no
+  // object for it.
+  template <typename Table, typename Make>
+  std::uint32_t restoreInto(Table& table, std::uint32_t handle, Make&& make) {
+    std::string text;
+    const std::uint32_t rc = read(handle, text);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    auto object = make(text);
+    if (!object) return QRN_ERROR_INVALID_HANDLE;
+    table.add(handle, std::move(object));
+    return QRN_ERROR_SUCCESS;
+  }
+
+ private:
+  const char* name_;
+};
+
+}  // namespace qvn

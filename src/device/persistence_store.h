@@ -1,0 +1,37 @@
+// PersistenceStore: the devices that outlive their processes, as attribute texts in the registry.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/mutex.h"
+#include "common/process_service.h"
+#include "common/settings_store.h"
+
+namespace qvn {
+
+// One value per device, named after its handle in decimal, below the store's key. Every operation holds a
+// mutex that all processes share for its whole duration, waiting for it without limit.
+class PersistenceStore : public ProcessService<PersistenceStore> {
+ public:
+  // 0, or the registry's code.
+  std::uint32_t write(const std::string& store, std::uint32_t handle, const std::string& text);
+  std::uint32_t remove(const std::string& store, std::uint32_t handle);
+  // 0, or 1168 when there is no readable text.
+  std::uint32_t read(const std::string& store, std::uint32_t handle, std::string& text);
+  // The first text, in the order of writing, that carries the port name, compared without case: 0; 1796 when
+  // none does; 1359 when a text before it cannot be read.
+  std::uint32_t findByPortname(const std::string& store, const std::string& portName, std::string& text);
+  // Every text that can be read; always 0.
+  std::uint32_t enumerate(const std::string& store, std::vector<std::string>& texts);
+
+ private:
+  friend class ProcessService<PersistenceStore>;
+  PersistenceStore();
+  ~PersistenceStore() = default;
+
+  Mutex mutex_;
+};
+
+}  // namespace qvn

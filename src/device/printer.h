@@ -1,0 +1,65 @@
+// Printer: the base of the printer devices.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "device/client_registration.h"
+#include "device/job_description.h"
+#include "device/notification.h"
+#include "qvn/transport/device.h"
+
+namespace qvn {
+
+// Operations that a family does not override answer 1. Client threads call them; each family locks for itself.
+class Printer : public Device {
+ public:
+  ~Printer() override = 0;
+
+  virtual std::uint32_t doStartJob(const JobRequest& job);
+  // Takes print data; the request's count tells how many bytes were taken.
+  virtual std::uint32_t doPrint(Data& request);
+  virtual std::uint32_t doWrite(Data& request);
+  virtual std::uint32_t doEndJob();
+  virtual std::uint32_t doCancelPrint();
+  // Exchanges a raw NPA packet; the response is replaced by the reply.
+  virtual std::uint32_t doExchangeNpa(Data& request, Data& response);
+  virtual std::uint32_t doGetCache(Data& cache);
+  virtual std::uint32_t doRegisterForAlerts(const AlertRegistration& registration);
+  virtual std::uint32_t doUnregisterForAlerts(std::uint32_t clientId);
+  virtual std::uint32_t doRegisterForNotifications(const NotificationRegistration& registration);
+  virtual std::uint32_t doUnregisterForNotifications(std::uint32_t clientId);
+  // 1 busy printing, 2 error, 3 idle.
+  virtual std::uint32_t doGetCurrentState(std::uint32_t& state);
+  virtual void notifyJobStatus(const Notification& record);
+  virtual void setBidiAllowed(bool allowed);
+
+  // The named connection of the device's transport; give it back with doReleaseConnection.
+  virtual Connectable* doGetConnection(const std::string& connectionName);
+  virtual void doReleaseConnection(Connectable* connection);
+  // Keeps a connection beyond the operation that got it, or ends that.
+  virtual void doPersistConnection(Connectable* connection, bool keep);
+
+  // Ends the printer's own threads, throwing away what they still had to write. Before the transports go.
+  virtual void shutDown();
+
+  JobDescription& jobDescription() { return jobDescription_; }
+
+ protected:
+  // A printer's attribute changes when its transport accepts the change, which is then written to the store.
+  std::uint32_t doSetByteArray(const std::string& descriptor, const std::uint8_t* bytes,
+                               std::uint32_t length) override;
+  std::uint32_t doSetLong(const std::string& descriptor, std::uint32_t value) override;
+  std::uint32_t doSetString(const std::string& descriptor, const std::string& value) override;
+  void doPersist() override;
+  void doUpdate() override;
+
+ private:
+  std::uint32_t configure(const std::string& descriptor, const std::string& attributes);
+
+  JobDescription jobDescription_;
+  // Held while an attribute is changed, so that of two changes at once none is lost.
+  CriticalSection configurationLock_;
+};
+
+}  // namespace qvn

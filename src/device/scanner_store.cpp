@@ -1,0 +1,14 @@
+#include "device/scanner_store.h"
+
+#include "device/device_factories.h"
+#include "device/scanner_table.h"
+
+namespace qvn {
+
+std::uint32_t ScannerStore::restore(std::uint32_t handle) {
+  return restoreInto(ScannerTable::getInstance(), handle, [](const std::string& text) {
+    return DeviceFactories::getInstance().makeScanner(text);
+  });
+}
+
+}  // namespace qvn

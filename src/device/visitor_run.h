@@ -1,0 +1,30 @@
+// Runs one named operation of a device's transport on a connection.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "qvn/transport/device.h"
+#include "qvn/transport/visitor_manager.h"
+
+namespace qvn {
+
+// A visitor of the device's transport, released when the scope ends. The transport may throw anything.
+class VisitorRun {
+ public:
+  VisitorRun(Device& device, const std::string& visitorName);
+  ~VisitorRun();
+  VisitorRun(const VisitorRun&) = delete;
+  VisitorRun& operator=(const VisitorRun&) = delete;
+
+  // Hands the visitor the device, and the data when there is any, lets the connection run it and gives its
+  // result.
+  std::uint32_t run(Connectable& connection, Data* data = nullptr);
+
+ private:
+  Device& device_;
+  VisitorManager& manager_;
+  Visitor* visitor_;
+};
+
+}  // namespace qvn

@@ -1,0 +1,31 @@
+// DcSummaryTask: asks a printer for its summary and passes on what the transport must know of it.
+#pragma once
+
+#include "bidi/exchange_task.h"
+#include "device/printer.h"
+#include "npa/dc_summary_command.h"
+
+namespace qvn {
+
+// Writes the largest packet size and the NPA revisions into the printer's attributes. A printer without
+// bidirectional exchange is left as it is: 0.
+class DcSummaryTask : public ExchangeTask {
+ public:
+  DcSummaryTask(Printer& printer, Connectable& connection);
+  ~DcSummaryTask() override = default;
+
+ protected:
+  std::uint32_t doExecute() override;
+  std::uint32_t runMethod() override;
+  using Observer::doUpdate;
+  void doUpdate(Data& data) override;
+
+ private:
+  std::uint32_t applySummary();
+
+  Printer& printer_;
+  DcSummaryCommand command_;
+  Data reply_;
+};
+
+}  // namespace qvn

@@ -1,0 +1,33 @@
+// NotificationTask: tells the clients of a printer what its job does.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "device/client_registration.h"
+#include "device/notification.h"
+#include "qvn/transport/critical_section.h"
+
+namespace qvn {
+
+// Every registered client gets every record, whatever category it registered with. Clients are called on the
+// thread that notifies, without a lock of this object held.
+class NotificationTask {
+ public:
+  explicit NotificationTask(std::uint32_t printerHandle) : printerHandle_(printerHandle) {}
+
+  // Replaces the registration that the client has.
+  std::uint32_t registerClient(const NotificationRegistration& registration);
+  // 1 when the client has no registration.
+  std::uint32_t unregisterClient(std::uint32_t clientId);
+  void notify(const Notification& record);
+
+ private:
+  bool find(std::uint32_t clientId, NotificationRegistration& registration);
+
+  std::uint32_t printerHandle_;
+  CriticalSection clientsLock_;
+  std::map<std::uint32_t, NotificationRegistration> clients_;
+};
+
+}  // namespace qvn

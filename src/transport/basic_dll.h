@@ -1,0 +1,104 @@
+// BasicDll: one loaded module, shared by all its owners in the process.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "common/exception.h"
+#include "platform/module.h"
+#include "qvn/transport/critical_section.h"
+
+namespace qvn {
+
+// Counts the owners of every module in the process. One lock serialises loading, unloading and counting.
+class ModuleOwners {
+ public:
+  static CriticalSection& lock();
+  // Each gives the number of owners afterwards.
+  static std::uint32_t add(const void* moduleIdentity);
+  static std::uint32_t remove(const void* moduleIdentity);
+  static std::uint32_t count(const void* moduleIdentity);
+};
+
+// The handler's onLoad runs when the first owner loads the module, its onUnload before the last one lets go.
+template <typename Handler>
+class BasicDll {
+ public:
+  BasicDll() = default;
+  explicit BasicDll(const std::string& moduleName) { init(moduleName); }
+  BasicDll(const BasicDll&) = delete;
+  BasicDll& operator=(const BasicDll&) = delete;
+  ~BasicDll();
+
+  // Throws Win32Exception when the module cannot be loaded or its handler refuses it.
+  void init(const std::string& moduleName);
+
+  // Throws Win32Exception when the module does not export it.
+  void* getProcAddress(const char* entryPoint) const;
+  // Null when the module does not export it.
+  void* findProcAddress(const char* entryPoint) const;
+
+  template <typename Function>
+  Function* entry(const char* entryPoint) const {
+    return reinterpret_cast<Function*>(getProcAddress(entryPoint));
+  }
+
+  const std::string& getName() const { return name_; }
+
+ private:
+  std::string name_;
+  std::unique_ptr<platform::Module> module_;
+  Handler handler_;
+};
+
+inline constexpr char kBasicDllFile[] = "../../export\\common/basicdll";
+
+template <typename Handler>
+void BasicDll<Handler>::init(const std::string& moduleName) {
+  name_ = moduleName;
+  CriticalSectionLock lock(ModuleOwners::lock());
+  platform::ErrorCode error = platform::kSuccess;
+  auto module = platform::Module::load(moduleName, error);
+  if (!module) {
+    throw Win32Exception("BasicDll<Handler>::init() Unable to load DLL=" + moduleName, error, kBasicDllFile, 296);
+  }
+  module_ = std::move(module);
+  if (ModuleOwners::count(module_->identity()) == 0) {
+    try {
+      handler_.onLoad(*this);
+    } catch (...) {
+      module_.reset();
+      throw;
+    }
+  }
+  ModuleOwners::add(module_->identity());
+}
+
+template <typename Handler>
+BasicDll<Handler>::~BasicDll() {
+  if (!module_) return;
+  CriticalSectionLock lock(ModuleOwners::lock());
+  if (ModuleOwners::remove(module_->identity()) == 0) handler_.onUnload(*this);
+  module_.reset();
+}
+
+template <typename Handler>
+void* BasicDll<Handler>::findProcAddress(const char* entryPoint) const {
+  platform::ErrorCode error = platform::kSuccess;
+  return module_->find(entryPoint, error);
+}
+
+template <typename Handler>
+void* BasicDll<Handler>::getProcAddress(const char* entryPoint) const {
+  platform::ErrorCode error = platform::kSuccess;
+  void* const address = module_->find(entryPoint, error);
+  if (address == nullptr) {
+    throw Win32Exception("BasicDll<Handler>::getProcAddress() Unable to get proc address=", error, kBasicDllFile,
+                         83);
+  }
+  return address;
+}
+
+}  // namespace qvn

@@ -1,0 +1,38 @@
+#include "transport/transport_dll.h"
+
+namespace qvn {
+namespace {
+
+// The published code for a module of another revision.
+constexpr std::uint32_t kRevisionMismatch = 1306;
+
+}  // namespace
+
+void TransportDllHandler::onLoad(const TransportDll& dll) {
+  if (void* const address = dll.findProcAddress(transport_entry::kGetAbiVersion)) {
+    const auto getAbiVersion = reinterpret_cast<transport_entry::GetAbiVersion*>(address);
+    const std::uint32_t version = callTransport(transport_entry::kGetAbiVersion, getAbiVersion);
+    if (version != QVN_TRANSPORT_ABI_VERSION) {
+      throw Win32Exception("Transport interface version=" + std::to_string(version) + " of DLL=" + dll.getName() +
+                               " is not " + std::to_string(QVN_TRANSPORT_ABI_VERSION),
+                           kRevisionMismatch, "TransportDllHandler", __LINE__);
+    }
+  }
+  const auto initialize = dll.entry<transport_entry::Initialize>(transport_entry::kInitialize);
+  const std::uint32_t rc = callTransport(transport_entry::kInitialize, initialize);
+  if (rc != QRN_ERROR_SUCCESS) {
+    throw Win32Exception("Unable to initialize DLL=", platform::lastError(), "TransportDllHandler", 32);
+  }
+}
+
+void TransportDllHandler::onUnload(const TransportDll& dll) {
+  if (void* const address = dll.findProcAddress(transport_entry::kUninitialize)) {
+    try {
+      reinterpret_cast<transport_entry::Uninitialize*>(address)();
+    } catch (...) {
+      // The module goes either way.
+    }
+  }
+}
+
+}  // namespace qvn

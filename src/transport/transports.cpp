@@ -1,0 +1,267 @@
+#include "transport/transports.h"
+
+#include <algorithm>
+#include <array>
+
+#include "common/os_version.h"
+#include "common/trace_scope.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "transport/transport_names.h"
+
+namespace qvn {
+
+using namespace setting_key;
+
+namespace {
+
+constexpr std::uint32_t kLocalSelection = SettingsStore::kLocal;
+constexpr std::size_t kInfoSize = 256;
+
+// The key that a kind's transports are registered under; null for another kind.
+const char* registrationKey(const std::string& kind) {
+  if (kind == kLocalTransport) return kLocalTransports;
+  if (kind == kNetworkTransport) return kNetworkTransports;
+  return nullptr;
+}
+
+std::uint32_t callEntry(const TransportDll& dll, const char* entryPoint) {
+  return callTransport(entryPoint, dll.entry<transport_entry::Install>(entryPoint));
+}
+
+}  // namespace
+
+template <typename Service>
+Service& Transports::fromTransport(const std::string& transport, const char* entryPoint, const char* operation,
+                                   Service& fallback) {
+  try {
+    TransportDll* const dll = loadTransportDll(transport, true);
+    if (dll == nullptr) return fallback;
+    Service* const service = callTransport(entryPoint, dll->entry<Service*()>(entryPoint));
+    if (service != nullptr) return *service;
+    logError(log_component::server(), [&] {
+      return LogText() << operation << " " << entryPoint << " of transport=" << transport << " gave nothing";
+    });
+  } catch (const Win32Exception& exception) {
+    logError(log_component::server(),
+             [&] { return LogText() << operation << " exception=" << exception.describe(); });
+  }
+  return fallback;
+}
+
+template <typename Service>
+Service& Transports::fromDevice(const std::string& deviceAttributes, const char* entryPoint,
+                                const char* operation, Service& fallback) {
+  std::string transport;
+  if (AttributeCodec::getString(deviceAttributes, attribute::kTransport, transport) != QRN_ERROR_SUCCESS) {
+    return fallback;
+  }
+  return fromTransport(transport, entryPoint, operation, fallback);
+}
+
+ConnectionManager& Transports::getConnectionManager(const std::string& deviceAttributes) {
+  return fromDevice<ConnectionManager>(deviceAttributes, transport_entry::kGetConnectionManager,
+                                       "Transports::getConnectionManager()", fallbackConnectionManager_);
+}
+
+VisitorManager& Transports::getVisitorManager(const std::string& deviceAttributes) {
+  return fromDevice<VisitorManager>(deviceAttributes, transport_entry::kGetVisitorManager,
+                                    "Transports::getVisitorManager()", fallbackVisitorManager_);
+}
+
+Discoverer& Transports::getDiscoverer(const std::string& transport) {
+  return fromTransport<Discoverer>(transport, transport_entry::kGetDiscoverer, "Transports::getDiscoverer()",
+                                   fallbackDiscoverer_);
+}
+
+std::vector<std::string> Transports::getTransportNames(const std::string& kindOrName) const {
+  std::vector<std::string> names;
+  if (kindOrName == kAllTransport) {
+    settings_.getValueNames(kLocalTransports, names, kLocalSelection);
+    std::vector<std::string> network;
+    settings_.getNetworkTransports(network);
+    names.insert(names.end(), network.begin(), network.end());
+  } else if (const char* const key = registrationKey(kindOrName)) {
+    settings_.getValueNames(key, names, kLocalSelection);
+  } else {
+    names.push_back(kindOrName);
+  }
+  return names;
+}
+
+TransportDll* Transports::findLoaded(const std::string& transport) {
+  std::lock_guard<std::mutex> lock(loadedMutex_);
+  const auto found = loaded_.find(transport);
+  return found == loaded_.end() ? nullptr : found->second.get();
+}
+
+std::string Transports::registeredModule(const std::string& transport) const {
+  std::string moduleName;
+  if (!settings_.getString(kLocalTransports, transport, moduleName, kLocalSelection)) {
+    settings_.getString(kNetworkTransports, transport, moduleName, kLocalSelection);
+  }
+  return moduleName;
+}
+
+TransportDll* Transports::loadTransportDll(const std::string& transport, bool discover) {
+  if (TransportDll* const dll = findLoaded(transport)) return dll;
+  try {
+    const std::string moduleName = registeredModule(transport);
+    if (moduleName.empty()) return nullptr;
+    const OsVersion& os = OsVersion::getInstance();
+    if (transport == kUsb1Transport && os.majorVersion() == 4 && os.minorVersion() == 0) return nullptr;
+
+    auto dll = std::make_unique<TransportDll>(moduleName);
+    TransportDll* result = nullptr;
+    bool inserted = false;
+    {
+      std::lock_guard<std::mutex> lock(loadedMutex_);
+      // Another thread may have been faster; the module then has two owners for the moment.
+      const auto position = loaded_.try_emplace(transport, nullptr);
+      inserted = position.second;
+      if (inserted) position.first->second.swap(dll);
+      result = position.first->second.get();
+    }
+    if (inserted && discover) discoverLocal(transport);
+    return result;
+  } catch (const Win32Exception& exception) {
+    logError(log_component::server(), [&] {
+      return LogText() << "Transports::loadTransportDll() exception=" << exception.describe();
+    });
+    return nullptr;
+  }
+}
+
+void Transports::discoverLocal(const std::string& transport) {
+  const std::vector<std::string> local = getTransportNames(kLocalTransport);
+  if (!discover_ || std::find(local.begin(), local.end(), transport) == local.end()) return;
+  const std::uint32_t rc = discover_(transport, "");
+  if (rc == QRN_ERROR_SUCCESS) return;
+  logDetail(log_component::server(), [&] {
+    return LogText() << "Transports::loadTransportDll()" << "DiscoveryManager.discover error=" << rc;
+  });
+}
+
+void Transports::unload(const std::string& transport) {
+  std::unique_ptr<TransportDll> unloaded;
+  std::lock_guard<std::mutex> lock(loadedMutex_);
+  const auto found = loaded_.find(transport);
+  if (found == loaded_.end()) return;
+  unloaded = std::move(found->second);
+  loaded_.erase(found);
+}
+
+std::uint32_t Transports::getTransportInfo(const std::string& moduleName, std::string& transport,
+                                           std::string& kind) {
+  try {
+    const TransportDll dll(moduleName);
+    std::array<char, kInfoSize> buffer{};
+    std::uint32_t reserved = 0;
+    const auto getInfo = dll.entry<transport_entry::GetInfo>(transport_entry::kGetInfo);
+    const std::uint32_t rc = callTransport(transport_entry::kGetInfo, [&] {
+      return getInfo(buffer.data(), static_cast<std::uint32_t>(buffer.size()), &reserved);
+    });
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    const auto end = std::find(buffer.begin(), buffer.end(), '\0');
+    const std::string info(buffer.begin(), end);
+    const std::uint32_t kindRc = AttributeCodec::getString(info, attribute::kTransportType, kind);
+    if (kindRc != QRN_ERROR_SUCCESS) return kindRc;
+    return AttributeCodec::getString(info, attribute::kTransport, transport);
+  } catch (const Win32Exception& exception) {
+    logError(log_component::server(), [&] {
+      return LogText() << "Transports::getTransportInfo() exception=" << exception.describe();
+    });
+    return exception.getCode();
+  }
+}
+
+std::uint32_t Transports::addTransport(const std::string& moduleName) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
+    return LogText() << "Transports::addTransport() module name=" << moduleName;
+  });
+  std::string transport;
+  std::string kind;
+  const std::uint32_t rc = getTransportInfo(moduleName, transport, kind);
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  const char* const key = registrationKey(kind);
+  if (key == nullptr) return QRN_ERROR_SUCCESS;
+  return settings_.setString(key, transport, moduleName, kLocalSelection) ? QRN_ERROR_SUCCESS
+                                                                          : QRN_ERROR_INVALID_PARAMETER;
+}
+
+std::uint32_t Transports::removeTransport(const std::string& name) {
+  if (!settings_.deleteValue(kLocalTransports, name, kLocalSelection) ||
+      !settings_.deleteValue(kNetworkTransports, name, kLocalSelection)) {
+    unload(name);
+    return QRN_ERROR_SUCCESS;
+  }
+  std::string transport;
+  std::string kind;
+  const std::uint32_t rc = getTransportInfo(name, transport, kind);
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  if (const char* const key = registrationKey(kind)) settings_.deleteValue(key, transport, kLocalSelection);
+  unload(transport);
+  return QRN_ERROR_SUCCESS;
+}
+
+std::uint32_t Transports::installTransport(const std::string& moduleName) {
+  try {
+    std::string transport;
+    std::string kind;
+    std::uint32_t rc = getTransportInfo(moduleName, transport, kind);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    const TransportDll* const dll = loadTransportDll(transport, false);
+    if (dll == nullptr) return QRN_ERROR_SUCCESS;
+    rc = callEntry(*dll, transport_entry::kInstall);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    return discover_ ? discover_(transport, "") : QRN_ERROR_SUCCESS;
+  } catch (const Win32Exception& exception) {
+    return exception.getCode();
+  }
+}
+
+std::vector<std::string> Transports::registeredModules() const {
+  std::vector<std::string> modules;
+  for (const char* const key : {kLocalTransports, kNetworkTransports}) {
+    std::vector<std::string> names;
+    settings_.getValueNames(key, names, kLocalSelection);
+    for (const std::string& name : names) {
+      std::string moduleName;
+      if (settings_.getString(key, name, moduleName, kLocalSelection)) modules.push_back(moduleName);
+    }
+  }
+  return modules;
+}
+
+void Transports::installRegisteredTransports() {
+  for (const std::string& moduleName : registeredModules()) {
+    const std::string prefix = "Transports::installRegisteredTransports()";
+    logDetail(log_component::server(), [&] { return LogText() << prefix << " transport=" << moduleName; });
+    try {
+      const TransportDll dll(moduleName);
+      const std::uint32_t rc = callEntry(dll, transport_entry::kInstall);
+      if (rc == QRN_ERROR_SUCCESS) continue;
+      logDetail(log_component::server(),
+                [&] { return LogText() << prefix << " TransportInstall() error=" << rc; });
+    } catch (const Win32Exception& exception) {
+      logError(log_component::server(),
+               [&] { return LogText() << prefix << " exception=" << exception.describe(); });
+    }
+  }
+}
+
+void Transports::uninstallRegisteredTransports() {
+  for (const std::string& moduleName : registeredModules()) {
+    try {
+      const TransportDll dll(moduleName);
+      callEntry(dll, transport_entry::kUninstall);
+    } catch (const Win32Exception& exception) {
+      logError(log_component::server(), [&] {
+        return LogText() << "Transports::uninstallRegisteredTransports()" << " exception="
+                         << exception.describe();
+      });
+    }
+  }
+}
+
+}  // namespace qvn
