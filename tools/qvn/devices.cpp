@@ -77,6 +77,7 @@ std::vector<Device> listDevices(const Session& session, const DeviceKind& kind,
   foundHandles = nullptr;
   require(result, "cannot list the stored devices");
   std::vector<Device> devices;
+  devices.reserve(handles.size());
   for (const std::uint32_t handle : handles) {
     devices.push_back({&kind, handle});
   }

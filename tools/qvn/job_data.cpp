@@ -15,7 +15,7 @@ namespace qvn::cli {
 
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::size_t kBlockSize = 0x40000;  // 256 KiB
 
 }  // namespace
 

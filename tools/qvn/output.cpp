@@ -74,6 +74,7 @@ void printListing(const Json& objects, const std::vector<std::string>& names, bo
   std::vector<std::vector<std::string>> rows;
   for (const Json& object : objects) {
     std::vector<std::string> row;
+    row.reserve(names.size());
     for (const std::string& name : names) {
       row.push_back(object.contains(name) ? cell(object[name]) : "-");
     }

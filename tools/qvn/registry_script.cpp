@@ -19,12 +19,12 @@ constexpr std::string_view kHexDigits = "0123456789abcdef";
 // The length of the well-formed UTF-8 character that the text begins with; 0 when it is not one.
 std::size_t utf8Length(std::string_view text) {
   struct Form {
-    unsigned char mask, lead;
     std::size_t length;
     char32_t smallest;
+    unsigned char mask, lead;
   };
   constexpr Form kForms[] = {
-      {0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
+      {1, 0, 0x80, 0x00}, {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
   const auto first = static_cast<unsigned char>(text.front());
   for (const Form& form : kForms) {
     if ((first & form.mask) != form.lead) {
