@@ -86,6 +86,11 @@ Bytes bytesOf(std::string_view text) {
 
 Stream::Stream(Stream&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
 
+Stream& Stream::operator=(Stream&& other) noexcept {
+  std::swap(fd_, other.fd_);
+  return *this;
+}
+
 Stream Stream::connect(const std::string& address, std::uint16_t port) {
   Stream stream(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const sockaddr_in at = where(address, port);
@@ -153,8 +158,8 @@ void Stream::close() {
   if (fd_ >= 0) ::close(std::exchange(fd_, -1));
 }
 
-Listener::Listener() : fd_(boundSocket(SOCK_STREAM, "127.0.0.1", port_)) {
-  check(listen(fd_, 8) == 0, "listen");
+Listener::Listener(int backlog) : fd_(boundSocket(SOCK_STREAM, "127.0.0.1", port_)) {
+  check(listen(fd_, backlog) == 0, "listen");
 }
 
 Listener::~Listener() {

@@ -23,6 +23,7 @@ class Stream {
  public:
   explicit Stream(int fd) : fd_(fd) {}
   Stream(Stream&& other) noexcept;
+  Stream& operator=(Stream&& other) noexcept;
   ~Stream() { close(); }
 
   // Connects to a port on an address of loopback.
@@ -50,7 +51,8 @@ class Stream {
 // A TCP port on 127.0.0.1 for devices that misbehave.
 class Listener {
  public:
-  Listener();
+  // `backlog` connections may wait to be accepted.
+  explicit Listener(int backlog = 8);
   ~Listener();
   Listener(const Listener&) = delete;
   Listener& operator=(const Listener&) = delete;
@@ -59,8 +61,8 @@ class Listener {
   Stream accept();
 
  private:
+  std::uint16_t port_ = 0;  // before the socket, whose binding sets it
   int fd_ = -1;
-  std::uint16_t port_ = 0;
 };
 
 // A UDP port on an address of loopback.
@@ -78,8 +80,8 @@ class Datagrams {
   void answer(std::string_view datagram);
 
  private:
+  std::uint16_t port_ = 0;  // before the socket, whose binding sets it
   int fd_ = -1;
-  std::uint16_t port_ = 0;
   std::string lastFrom_;
   std::uint16_t lastPort_ = 0;
 };

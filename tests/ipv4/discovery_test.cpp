@@ -1,0 +1,172 @@
+// Finding devices, and what devices that lie can do about it.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+
+#include "ipv4/transport_module.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "simulator/simulator_process.h"
+
+namespace qvn::test {
+namespace {
+
+class DiscoveryLog : public Observer {
+ public:
+  std::vector<std::string> texts;
+
+ protected:
+  using Observer::doUpdate;
+  void doUpdate(const std::string& text) override { texts.push_back(text); }
+};
+
+std::string stringOf(const std::string& text, const char* descriptor) {
+  std::string value;
+  AttributeCodec::getString(text, descriptor, value);
+  return value;
+}
+
+std::uint32_t longOf(const std::string& text, const char* descriptor) {
+  std::uint32_t value = 0;
+  AttributeCodec::getLong(text, descriptor, value);
+  return value;
+}
+
+std::string placeOf(const SimulatorProcess& device) {
+  return device.address() + ":" + std::to_string(device.discoveryPort());
+}
+
+class Discovery : public testing::Test {
+ protected:
+  Discovery() {
+    installSettings();
+    log.attachTo(module.discoverer);
+  }
+  ~Discovery() override { log.detachFrom(module.discoverer); }
+
+  std::uint32_t discover(const std::string& options) {
+    log.texts.clear();
+    return module.discoverer.discover(options);
+  }
+
+  TransportModule module;
+  DiscoveryLog log;
+};
+
+TEST_F(Discovery, DescribesADeviceSoThatItCanBeUsed) {
+  const SimulatorProcess simulator({"--serial", "A-1", "--model", "Laser 5", "--name", "hall"});
+  ASSERT_EQ(discover(placeOf(simulator)), 0u);
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(log.texts[0],
+            "<Address>127.0.0.1</Address><ChannelId>" + std::to_string(simulator.bidiPort()) +
+                "</ChannelId><Device>CpdPrinter</Device><Handle>40001</Handle><IpPort>" +
+                std::to_string(simulator.printPort()) +
+                "</IpPort><Nickname>hall</Nickname><PortType>TCP</PortType><Portname>IP_A-1</Portname>"
+                "<Printer Model>Laser 5</Printer Model><SerialNumber>A-1</SerialNumber>"
+                "<Transport>IPv4</Transport><TransportType>NETWORK_TRANSPORT</TransportType><UdpPort>" +
+                std::to_string(simulator.discoveryPort()) + "</UdpPort>");
+  EXPECT_EQ(OpenConnection(module, log.texts[0], "print").openCode(), 0u);
+  EXPECT_EQ(OpenConnection(module, log.texts[0], "bidi").openCode(), 0u);
+}
+
+TEST_F(Discovery, KeepsADevicesHandleWhereverItGoes) {
+  std::string first;
+  {
+    const SimulatorProcess a({"--serial", "A"});
+    const SimulatorProcess b({"--serial", "B", "--address", "127.0.0.2"});
+    ASSERT_EQ(discover(placeOf(a) + "," + placeOf(b)), 0u);
+    ASSERT_EQ(log.texts.size(), 2u);
+    EXPECT_NE(longOf(log.texts[0], attribute::kHandle), longOf(log.texts[1], attribute::kHandle));
+    first = stringOf(log.texts[0], attribute::kSerialNumber) == "A" ? log.texts[0] : log.texts[1];
+    ASSERT_EQ(discover(placeOf(a)), 0u);
+    EXPECT_EQ(log.texts, std::vector<std::string>{first});
+  }
+  const SimulatorProcess moved({"--serial", "A", "--address", "127.0.0.3"});
+  ASSERT_EQ(discover(placeOf(moved)), 0u);
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), longOf(first, attribute::kHandle));
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kAddress), "127.0.0.3");
+
+  EXPECT_EQ(module.discoverer.discoverSpecific(first), 1460u) << "nothing answers at the old place";
+  EXPECT_EQ(module.discoverer.discoverSpecific(log.texts[0]), 0u);
+  EXPECT_EQ(log.texts.size(), 2u);
+  std::string other = log.texts[0];
+  AttributeCodec::setString(other, attribute::kSerialNumber, "C");
+  EXPECT_EQ(module.discoverer.discoverSpecific(other), 1168u) << "another device answers there";
+  EXPECT_EQ(module.discoverer.discoverSpecific(""), 87u);
+  EXPECT_EQ(log.texts.size(), 2u);
+}
+
+TEST_F(Discovery, TakesNoHarmFromDevicesThatLie) {
+  // Each answers every question in a way of its own; %t stands for the question's token.
+  const std::string lines = "family=CpdPrinter\nmodel=M\nserial=S%n\nname=N\nprint=1\nbidi=2\n";
+  const std::string kAnswers[] = {
+      "garbage",
+      "",
+      "QVN-DEVICE 1 0123456789abcdef\n" + lines,                 // the answer to an earlier question
+      "QVN-DEVICE 1 %t\n" + lines.substr(0, lines.size() - 5),   // cut short
+      "QVN-DEVICE 1 %t\n" + lines + "model=</Printer Model>\n",  //
+      "QVN-DEVICE 1 %t\n" + lines + "pad=" + std::string(9000, 'x') + "\n",
+      "QVN-DEVICE 1 %t\n" + lines + "handle=40001\nHandle=40001\n",  // claims a handle: taken, but numbered
+      "QVN-DEVICE 1 %t\nfamily=CpdPrinter\nmodel=M\nserial=S6\nprint=1\nbidi=2\n",  // claims to be that one
+  };
+  std::array<Datagrams, std::size(kAnswers)> devices;
+  Datagrams unasked;
+  std::string options;
+  for (const Datagrams& device : devices) options += "127.0.0.1:" + std::to_string(device.port()) + ",";
+  std::thread answering([&] {
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+      const std::string question = devices[i].receive();
+      const std::string token = question.substr(15, question.size() - 16);
+      std::string answer = kAnswers[i];
+      if (const auto at = answer.find("%t"); at != std::string::npos) answer.replace(at, 2, token);
+      if (const auto at = answer.find("%n"); at != std::string::npos)
+        answer.replace(at, 2, std::to_string(i));
+      for (int times = 0; times < 3; ++times) devices[i].answer(answer);  // over and over
+    }
+  });
+  EXPECT_EQ(discover(options), 0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "S6");
+  EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), 40001u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kNickname), "N") << "the first to claim the serial number";
+}
+
+TEST_F(Discovery, RemembersWhereToLook) {
+  const SimulatorProcess simulator;
+  EXPECT_EQ(discover(""), 0u);
+  EXPECT_TRUE(log.texts.empty()) << "nowhere, until told";
+  char buffer[64] = "untouched";
+  std::uint32_t required = 0;
+  EXPECT_EQ(module.discoverer.getDefaults(buffer, sizeof buffer, &required), 0u);
+  EXPECT_STREQ(buffer, "");
+  EXPECT_EQ(required, 1u);
+  EXPECT_EQ(module.discoverer.setDefaults("nowhere"), 87u);
+  EXPECT_EQ(module.discoverer.setDefaults(nullptr), 87u);
+  const std::string place = placeOf(simulator);
+  EXPECT_EQ(module.discoverer.setDefaults(place.c_str()), 0u);
+  EXPECT_EQ(module.discoverer.getDefaults(buffer, 5, &required), 122u);
+  EXPECT_EQ(required, place.size() + 1);
+  EXPECT_EQ(module.discoverer.getDefaults(nullptr, 0, &required), 122u);
+  EXPECT_EQ(module.discoverer.getDefaults(buffer, sizeof buffer, nullptr), 0u);
+  EXPECT_EQ(buffer, place);
+  EXPECT_EQ(discover(""), 0u);
+  EXPECT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(discover("nowhere"), 87u);
+}
+
+TEST(DiscoveryWithoutLibrary, WritesNothing) {
+  TransportModule module;
+  DiscoveryLog log;
+  log.attachTo(module.discoverer);
+  const SimulatorProcess simulator;
+  EXPECT_EQ(module.discoverer.discover(placeOf(simulator)), 2u);
+  EXPECT_EQ(module.discoverer.setDefaults("127.0.0.1"), 2u);
+  EXPECT_TRUE(log.texts.empty());
+  log.detachFrom(module.discoverer);
+}
+
+}  // namespace
+}  // namespace qvn::test

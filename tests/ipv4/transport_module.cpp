@@ -1,0 +1,133 @@
+#include "ipv4/transport_module.h"
+
+#include <ostream>
+#include <stdexcept>
+
+#include "platform/registry.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "qvn/transport/plugin.h"
+#include "qvn/transport/settings.h"
+
+namespace qvn::test {
+namespace {
+
+namespace registry = platform::registry;
+
+std::unique_ptr<platform::Module> loadModule() {
+  platform::ErrorCode error = 0;
+  std::string detail;
+  auto module = platform::Module::load(QVN_IPV4_MODULE, error, &detail);
+  if (module == nullptr) throw std::runtime_error("cannot load " QVN_IPV4_MODULE ": " + detail);
+  return module;
+}
+
+template <typename Function>
+Function* find(const platform::Module& module, const char* name) {
+  platform::ErrorCode error = 0;
+  void* address = module.find(name, error);
+  if (address == nullptr) throw std::runtime_error(std::string("no ") + name);
+  return reinterpret_cast<Function*>(address);
+}
+
+}  // namespace
+
+void installSettings() {
+  registry::Key key;
+  if (registry::createKey(registry::Hive::LocalMachine, kLibraryRegistryRoot, {}, key) != 0) {
+    throw std::runtime_error("cannot make the library's key");
+  }
+  setSetting("ReadTimeout", 100);
+  setSetting("NpaTimeout", 100);
+  setSetting("PJLWriteTimeout", 50);
+  setSetting("9200UnicastDiscoveryTimeout", 100);
+}
+
+void setSetting(const char* name, std::uint32_t value) {
+  registry::Key key;
+  const std::string path = std::string(kLibraryRegistryRoot) + "Ip1\\Settings\\";
+  const std::string_view bytes(reinterpret_cast<const char*>(&value), sizeof value);
+  if (registry::createKey(registry::Hive::LocalMachine, path, {}, key) != 0 ||
+      registry::setValue(key, name, registry::ValueType::Dword, bytes) != 0) {
+    throw std::runtime_error("cannot store the setting");
+  }
+}
+
+TransportModule::TransportModule() : TransportModule(loadModule()) {}
+
+TransportModule::TransportModule(std::unique_ptr<platform::Module> module)
+    : connections(
+          *find<transport_entry::GetConnectionManager>(*module, transport_entry::kGetConnectionManager)()),
+      visitors(*find<transport_entry::GetVisitorManager>(*module, transport_entry::kGetVisitorManager)()),
+      discoverer(*find<transport_entry::GetDiscoverer>(*module, transport_entry::kGetDiscoverer)()),
+      module_(std::move(module)) {
+  find<transport_entry::Initialize>(*module_, transport_entry::kInitialize)();
+}
+
+TransportModule::~TransportModule() {
+  find<transport_entry::Uninitialize>(*module_, transport_entry::kUninitialize)();
+}
+
+void* TransportModule::entryPoint(const char* name) const {
+  platform::ErrorCode error = 0;
+  return module_->find(name, error);
+}
+
+std::vector<PacketLog::Entry> PacketLog::waitFor(std::size_t count) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  added_.wait_for(lock, std::chrono::seconds(10), [&] { return entries_.size() >= count; });
+  return entries_;
+}
+
+std::vector<PacketLog::Entry> PacketLog::entries() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return entries_;
+}
+
+void PacketLog::doUpdate(Data& data) {
+  const std::string packet = toHex(Bytes(data.getBuffer(), data.getBuffer() + data.getLength()));
+  if (onPacket) onPacket(packet);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  entries_.push_back({packet, std::this_thread::get_id()});
+  added_.notify_all();
+}
+
+std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort, const std::string& address,
+                          std::uint32_t handle) {
+  std::string text;
+  AttributeCodec::setString(text, attribute::kDevice, "CpdPrinter");
+  AttributeCodec::setLong(text, attribute::kHandle, handle);
+  AttributeCodec::setString(text, attribute::kAddress, address);
+  AttributeCodec::setLong(text, attribute::kIpPort, printPort);
+  AttributeCodec::setLong(text, attribute::kChannelId, bidiPort);
+  return text;
+}
+
+OpenConnection::OpenConnection(TransportModule& module, const std::string& attributes, const char* name)
+    : module_(module),
+      connection_(module.connections.getConnection(attributes, name)),
+      openCode_(connection_->open()) {}
+
+OpenConnection::~OpenConnection() {
+  connection_->close();
+  module_.connections.releaseConnection(connection_);
+}
+
+void PrintTo(const ExchangeResult& result, std::ostream* out) {
+  *out << "result " << result.result << ", reply code " << result.replyCode;
+}
+
+ExchangeResult exchange(TransportModule& module, Connectable& connection, Device& device,
+                        std::string_view request) {
+  const Bytes bytes = hex(request);
+  Data data(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  Visitor* visitor = module.visitors.getVisitor(visitor_name::kNpaData);
+  visitor->setData(data);
+  visitor->setDevice(device);
+  connection.accept(*visitor);
+  const ExchangeResult result{visitor->getResult(), data.getRc()};
+  module.visitors.releaseVisitor(visitor);
+  return result;
+}
+
+}  // namespace qvn::test

@@ -1,0 +1,98 @@
+// The transport as the library sees it: loaded as a module, used through its managers.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/module.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
+#include "qvn/transport/discoverer.h"
+#include "qvn/transport/observer.h"
+#include "qvn/transport/visitor_manager.h"
+#include "simulator/test_sockets.h"
+
+namespace qvn::test {
+
+// Makes the library's key in the registry, so that settings are kept, and shortens the time-outs.
+void installSettings();
+void setSetting(const char* name, std::uint32_t value);
+
+class TransportModule {
+ public:
+  TransportModule();
+  // Uninitialises and unloads.
+  ~TransportModule();
+
+  void* entryPoint(const char* name) const;
+  ConnectionManager& connections;
+  VisitorManager& visitors;
+  Discoverer& discoverer;
+
+ private:
+  explicit TransportModule(std::unique_ptr<platform::Module> module);
+  std::unique_ptr<platform::Module> module_;
+};
+
+// What a device told its observers, packet by packet.
+class PacketLog : public Observer {
+ public:
+  struct Entry {
+    std::string packet;
+    std::thread::id thread;
+  };
+  // Waits for that many packets, at most 10 s.
+  std::vector<Entry> waitFor(std::size_t count);
+  std::vector<Entry> entries();
+
+  // Called for each packet, on the delivering thread, before it is logged.
+  std::function<void(const std::string&)> onPacket;
+
+ protected:
+  using Observer::doUpdate;
+  void doUpdate(Data& data) override;
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable added_;
+  std::vector<Entry> entries_;
+};
+
+std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort,
+                          const std::string& address = "127.0.0.1", std::uint32_t handle = 7);
+
+// A printer with one connection of the module, as the library holds one.
+class OpenConnection {
+ public:
+  OpenConnection(TransportModule& module, const std::string& attributes, const char* name);
+  ~OpenConnection();
+  Connectable* operator->() const { return connection_; }
+  Connectable& operator*() const { return *connection_; }
+
+  std::uint32_t openCode() const { return openCode_; }
+
+ private:
+  TransportModule& module_;
+  Connectable* const connection_;
+  const std::uint32_t openCode_;
+};
+
+struct ExchangeResult {
+  std::uint32_t result;     // of the visitor
+  std::uint32_t replyCode;  // of the request
+  friend bool operator==(const ExchangeResult&, const ExchangeResult&) = default;
+};
+void PrintTo(const ExchangeResult& result, std::ostream* out);
+
+ExchangeResult exchange(TransportModule& module, Connectable& connection, Device& device,
+                        std::string_view request);
+
+}  // namespace qvn::test
