@@ -158,6 +158,7 @@ class SpawnAttributes {
 
   int spawn(std::vector<std::string>& words, pid_t& pid) const {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     return posix_spawnp(&pid, arguments.front(), &actions_, &attributes_, arguments.data(), environ);

@@ -39,7 +39,6 @@ constexpr std::uint16_t kBranchPage = 0x01;
 constexpr std::uint16_t kLeafPage = 0x02;
 constexpr std::uint16_t kOverflowPage = 0x04;
 constexpr std::uint16_t kHeadPage = 0x08;
-constexpr std::uint16_t kDirtyPage = 0x10;  // only means something in memory
 
 // Node: data size 4 (in a branch the low part of a page number) | flags 2 (its high part) | key size 2 | key
 // | data
@@ -142,7 +141,7 @@ class PageWalk {
     if (!claim(number, 1)) return false;
     const std::string_view page = pageAt(number);
     const bool leaf = level == tree.depth;
-    const auto flags = static_cast<std::uint16_t>(load<std::uint16_t>(page, kPageFlags) & ~kDirtyPage);
+    const auto flags = load<std::uint16_t>(page, kPageFlags);
     if (load<std::uint64_t>(page, 0) != number) return refuse("has another page's number");
     if (flags != (leaf ? kLeafPage : kBranchPage)) return refuse("is of the wrong kind");
 
@@ -213,7 +212,7 @@ class PageWalk {
     if (!claim(first, 1)) return false;
     const std::string_view page = pageAt(first);
     const PageNumber count = load<std::uint32_t>(page, kOverflowPages);
-    const auto flags = static_cast<std::uint16_t>(load<std::uint16_t>(page, kPageFlags) & ~kDirtyPage);
+    const auto flags = load<std::uint16_t>(page, kPageFlags);
     if (load<std::uint64_t>(page, 0) != first || flags != kOverflowPage)
       return refuse("is of the wrong kind");
     if (count == 0 || count * pageSize_ < kPageHeaderSize + size) return refuse("is too short for its data");
@@ -309,8 +308,7 @@ std::string findDamageInHead(int descriptor) {
     if (got != static_cast<ssize_t>(buffer.size())) return "it cannot be read";
     const std::string_view head(buffer.data(), buffer.size());
     const auto flags = load<std::uint16_t>(head, kPageFlags);
-    if ((flags & kHeadPage) == 0 || load<std::uint32_t>(head, kHeadMagic) != kMagic)
-      return "it is not a registry";
+    if (flags != kHeadPage || load<std::uint32_t>(head, kHeadMagic) != kMagic) return "it is not a registry";
     if (load<std::uint32_t>(head, kHeadVersion) != kVersion) return "it has another format";
     if (load<std::uint32_t>(head, kHeadFreeTree) != pageSize) return "it has another page size";
     if (load<std::uint64_t>(head, kHeadLastPage) >= pages) return "its end is missing";

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/file_lock.h"
 #include "platform/file_size_signal.h"
 #include "platform/registry_check.h"
 #include "platform/registry_path.h"
@@ -106,7 +107,7 @@ int writeFirstEntries(MDB_env* environment) {
 // Makes the store under another name first: a file with the store's name is always a whole one.
 StoreFailure makeStore(const fs::path& directory, const fs::path& file) {
   const UniqueDescriptor gate(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!gate || flock(gate.get(), LOCK_EX) != 0) return describeStoreError(directory, errno);
+  if (!gate || !lockFile(gate.get(), LOCK_EX)) return describeStoreError(directory, errno);
   struct stat status {};
   if (lstat(file.c_str(), &status) == 0) return {};
 

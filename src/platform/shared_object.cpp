@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/failure.h"
+#include "platform/file_lock.h"
 #include "platform/file_size_signal.h"
 #include "platform/paths.h"
 #include "platform/state_directory.h"
@@ -67,14 +68,6 @@ std::string fileName(const std::string& name) {
     }
   }
   return file;
-}
-
-bool lockFile(int descriptor, int operation) {
-  int result = 0;
-  do {
-    result = flock(descriptor, operation);
-  } while (result != 0 && errno == EINTR);
-  return result == 0;
 }
 
 }  // namespace
