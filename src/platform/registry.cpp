@@ -88,7 +88,7 @@ ErrorCode makePath(WriteTransaction& transaction, Hive hive, std::string_view pa
   KeyRecord parent{};
   if (const ErrorCode error = findKey(transaction, name, parent); error != kSuccess) return error;
   for (std::string_view part = takeComponent(path); !part.empty(); part = takeComponent(path)) {
-    if (const ErrorCode error = name.appendComponent(part); error != kSuccess) return error;
+    if (const ErrorCode error = name.appendPath(part); error != kSuccess) return error;
     KeyRecord record{};
     ErrorCode error = findKey(transaction, name, record);
     if (error == kFileNotFound) {

@@ -15,10 +15,6 @@ constexpr char lowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool isName(std::string_view text) {
-  return !text.empty() && text.size() <= kMaxName && std::memchr(text.data(), '\0', text.size()) == nullptr;
-}
-
 }  // namespace
 
 StoreName StoreName::format() {
@@ -55,26 +51,31 @@ StoreName StoreName::copyOf(std::string_view bytes) {
   return name;
 }
 
-ErrorCode StoreName::appendComponent(std::string_view component) {
-  if (!isName(component)) return kInvalidParameter;
-  // The first component has no separator in the caller's spelling of the path.
-  if (size_ + 1 + component.size() > kPrefixSize + 1 + kMaxPath) return kNameTooLong;
-  append(kSeparator);
-  appendFolded(component);
-  return kSuccess;
-}
-
+// One pass over the text: the library opens a key for every line that it may have to log.
 ErrorCode StoreName::appendPath(std::string_view path) {
-  for (std::string_view component = takeComponent(path); !component.empty();
-       component = takeComponent(path)) {
-    if (const ErrorCode error = appendComponent(component); error != kSuccess) return error;
+  char* const begin = bytes_.data();
+  // The first component has no separator in the caller's spelling of the path.
+  const char* const limit = begin + kPrefixSize + 1 + kMaxPath;
+  char* out = begin + size_;
+  std::size_t componentSize = 0;
+  for (const char c : path) {
+    if (c == '\\') {
+      componentSize = 0;
+      continue;
+    }
+    if (c == '\0' || componentSize == kMaxName) return kInvalidParameter;
+    if (limit - out < (componentSize == 0 ? 2 : 1)) return kNameTooLong;
+    if (componentSize++ == 0) *out++ = kSeparator;
+    *out++ = lowerCase(c);
   }
+  size_ = static_cast<std::size_t>(out - begin);
   return kSuccess;
 }
 
 ErrorCode StoreName::appendValueName(std::string_view name) {
-  if (!isName(name)) return kInvalidParameter;
-  appendFolded(name);
+  const bool hasZero = name.find('\0') != std::string_view::npos;
+  if (name.empty() || name.size() > kMaxName || hasZero) return kInvalidParameter;
+  for (const char c : name) append(lowerCase(c));
   return kSuccess;
 }
 
@@ -86,21 +87,14 @@ void StoreName::skipPrefix() {
   ++bytes_[size_ - 1];
 }
 
-void StoreName::appendFolded(std::string_view text) {
-  std::transform(text.begin(), text.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(size_), lowerCase);
-  size_ += text.size();
-}
-
 void StoreName::appendNumber(std::uint64_t number) {
   for (int shift = 56; shift >= 0; shift -= 8) append(static_cast<char>(number >> shift & 0xFF));
 }
 
 std::string_view takeComponent(std::string_view& path) {
-  const std::size_t start = std::min(path.find_first_not_of('\\'), path.size());
-  path.remove_prefix(start);
-  const std::size_t end = std::min(path.find('\\'), path.size());
-  const std::string_view component = path.substr(0, end);
-  path.remove_prefix(end);
+  path.remove_prefix(std::min(path.find_first_not_of('\\'), path.size()));
+  const std::string_view component = path.substr(0, path.find('\\'));
+  path.remove_prefix(component.size());
   return component;
 }
 

@@ -32,14 +32,11 @@ class StoreName {
   // A copy of `bytes`, which the store gave.
   static StoreName copyOf(std::string_view bytes);
 
-  // Goes down one level from a key. 87 when the component is empty, too long or holds a zero byte; 206 when
-  // the path gets too long.
-  ErrorCode appendComponent(std::string_view component);
-
-  // Goes down a path, as appendComponent for each of its components. Empty components are ignored.
+  // Goes down a path from a key. Empty components are ignored; 87 when one is too long or holds a zero byte,
+  // 206 when the whole gets too long, and the name is of no use then.
   ErrorCode appendPath(std::string_view path);
 
-  // Completes valuesOf to the name of one value. 87 as above.
+  // Completes valuesOf to the name of one value. 87 when the name is empty, too long or holds a zero byte.
   ErrorCode appendValueName(std::string_view name);
 
   // Turns a key into the start of all names below it.
@@ -52,7 +49,6 @@ class StoreName {
 
  private:
   void append(char byte) { bytes_[size_++] = byte; }
-  void appendFolded(std::string_view text);
   void appendNumber(std::uint64_t number);
 
   std::array<char, kCapacity> bytes_;  // Only the first size_ are ever read.
