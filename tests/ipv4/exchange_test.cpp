@@ -187,12 +187,14 @@ TEST_F(Exchange, RegistersForAlertsAgainWhenItConnectsAgain) {
 TEST_F(Exchange, MayBeClosedFromInsideAnAlert) {
   Connectable* bidi = module->connections.getConnection(attributes(), "bidi");
   ASSERT_EQ(bidi->open(), 0u);
+  std::atomic<bool> exchanged{false};
   log.onPacket = [&](const std::string& packet) {
-    if (packet != kReset) return;
+    if (packet != kReset || !exchanged) return;
     bidi->close();
     module->connections.releaseConnection(bidi);
   };
   EXPECT_EQ(exchange(*module, *bidi, device, kLock), kReplied);
+  exchanged = true;
   simulator.command("power-on-reset");
   EXPECT_EQ(log.waitFor(2).size(), 2u);
 }
