@@ -1,0 +1,135 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+#include <vector>
+
+#include "device/printer_store.h"
+#include "support/library_fixture.h"
+#include "support/manual_clock.h"
+
+namespace qvn::test {
+namespace {
+
+TEST(Initialization, Nests) {
+  EXPECT_EQ(QvnInitialize(), 0u);
+  EXPECT_EQ(QvnInitialize(), 0u);
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(QvnSuspend(), 0u);
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(QvnSuspend(), 1u);
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(QvnInitialize(), 0u);
+  EXPECT_EQ(QvnSuspend(), 0u) << "calls too many do not count below 0";
+  EXPECT_EQ(QvnUninitialize(), 0u);
+}
+
+TEST(ClientIds, StartAtTheTickCountAndRiseByOneWithoutZero) {
+  ManualClock clock;
+  clock.advance(0xFFFFFFFE);
+  std::uint32_t id = 0;
+  for (const std::uint32_t expected : {0xFFFFFFFEu, 0xFFFFFFFFu, 1u, 2u}) {
+    EXPECT_EQ(QvnGetClientId(&id), 0u);
+    EXPECT_EQ(id, expected);
+  }
+}
+
+TEST(ClientIds, AreOneOnAMachineThatHasJustStarted) {
+  ManualClock clock;
+  std::uint32_t id = 0;
+  QvnGetClientId(&id);
+  EXPECT_EQ(id, 1u);
+}
+
+// What the callback of an enumeration does; run on the calling thread inside the exported call.
+std::function<void()> duringCallback;
+void found(std::uint32_t, std::uint32_t) { duringCallback(); }
+
+class InitializationTest : public LibraryTest {
+ protected:
+  InitializationTest() { PrinterStore::getInstance().persist(FakeTransport::printerText(7)); }
+};
+
+TEST_F(InitializationTest, TheLastUninitialisationWaitsForACallInFlight) {
+  std::promise<void> inside;
+  std::promise<void> goOn;
+  std::atomic<bool> callEnded{false};
+  duringCallback = [&] {
+    inside.set_value();
+    goOn.get_future().wait();
+    EXPECT_EQ(QvnSuspend(), 0u) << "the library is still there for the call";
+  };
+  std::thread caller([&] {
+    EXPECT_EQ(QvnEnumPrinters(1, "FAKE", nullptr, found), 0u);
+    callEnded = true;
+  });
+  inside.get_future().wait();
+  std::thread uninitializer([&] {
+    EXPECT_EQ(QvnUninitialize(), 0u);
+    EXPECT_TRUE(callEnded);
+  });
+  while (QvnSuspend() == 0) std::this_thread::yield();  // no new calls any more
+  callEnded = true;                                      // set before the call can end
+  goOn.set_value();
+  uninitializer.join();
+  caller.join();
+  EXPECT_EQ(QvnInitialize(), 0u);
+}
+
+TEST_F(InitializationTest, ACallbackMayUninitialiseAndInitialiseAgain) {
+  duringCallback = [] {
+    EXPECT_EQ(QvnUninitialize(), 0u);
+    EXPECT_EQ(QvnSuspend(), 0u) << "inside the call the library stays";
+  };
+  EXPECT_EQ(QvnEnumPrinters(1, "FAKE", nullptr, found), 0u);
+  EXPECT_EQ(QvnSuspend(), 1u) << "gone with the call";
+  EXPECT_EQ(fake.calls("uninitialize").size(), 0u) << "was never loaded";
+
+  EXPECT_EQ(QvnInitialize(), 0u);
+  duringCallback = [] {
+    EXPECT_EQ(QvnUninitialize(), 0u);
+    EXPECT_EQ(QvnInitialize(), 0u);
+  };
+  EXPECT_EQ(QvnEnumPrinters(1, "FAKE", nullptr, found), 0u);
+  EXPECT_EQ(QvnSuspend(), 0u);
+}
+
+TEST_F(InitializationTest, EightThreadsMayCallInitialiseAndUninitialiseAtOnce) {
+  duringCallback = [] {};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([t] {
+      for (int i = 0; i < 50; ++i) {
+        if ((i + t) % 3 == 0) {
+          EXPECT_EQ(QvnInitialize(), 0u);
+        }
+        std::uint32_t value = 0;
+        const std::uint32_t rc = QvnGetLongPrinter(1, 7, "<Name>Handle</Name><Type>Long</Type>", &value);
+        EXPECT_TRUE(rc == 0 || rc == 1) << rc;
+        QvnEnumPrinters(1, "FAKE", nullptr, found);
+        if (QvnOpenPrinter(1, 7) == 0) {
+          QvnClosePrinter(1, 7);
+        }
+        EXPECT_EQ(QvnUninitialize(), 0u);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(QvnInitialize(), 0u);
+}
+
+TEST_F(InitializationTest, UninitialisingInTheMiddleOfAJobEndsItsWriter) {
+  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
+  fake.onExchange = [](const Data&) { return bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5}); };
+  ASSERT_EQ(QvnStartJobPrinter(1, 7, 1, "q", "h", "j", "u"), 0u);
+  std::uint32_t written = 0;
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(QvnWritePrinter(1, 7, bytes({1, 2}).getBuffer(), 2, &written), 0u);
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(fake.calls("uninitialize").size(), 1u);
+  EXPECT_EQ(QvnInitialize(), 0u);
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,120 @@
+// The lines that exported functions write, as an administrator reads them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "common/basic_logger.h"
+#include "device/printer_store.h"
+#include "platform/paths.h"
+#include "platform/registry.h"
+#include "qvn/transport/attributes.h"
+#include "qvn/transport/settings.h"
+#include "support/library_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+
+void alert(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
+
+// In the registry before the library looks: it looks again only after ten seconds.
+struct StartedLog {
+  StartedLog() {
+    using namespace platform::registry;
+    Key key;
+    createKey(Hive::LocalMachine, std::string(kLibraryRegistryRoot) + "Logger", {}, key);
+    for (const auto& [name, value] :
+         {std::pair{"startLog", 1u}, {"All", 2u}, {"Clocktime_In_Header", 0u}, {"Bidi", 0u}}) {
+      setValue(key, name, ValueType::Dword, {reinterpret_cast<const char*>(&value), sizeof value});
+    }
+  }
+};
+
+class TraceTest : public StartedLog, public LibraryTest {
+ protected:
+  TraceTest() {
+    BasicLogger::getInstance().deleteLogFile();
+    PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+  }
+
+  // The lines so far, without the component's column.
+  std::vector<std::string> lines() {
+    std::ifstream file(platform::nativePath("c:\\qr__.log"), std::ios::binary);
+    std::vector<std::string> found;
+    for (std::string line; std::getline(file, line);) {
+      EXPECT_TRUE(line.ends_with('\r'));
+      EXPECT_EQ(line.substr(0, 26), "Server                    ");
+      found.push_back(line.substr(26, line.size() - 27));
+    }
+    BasicLogger::getInstance().deleteLogFile();
+    return found;
+  }
+};
+
+TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
+  std::uint32_t number = 0;
+  char text[8];
+  std::uint8_t bytesOut[8];
+  QvnSuspend();
+  EXPECT_THAT(lines(), ElementsAre("+QvnSuspend()", "-QvnSuspend() rc=0"));
+  QvnSetClientInfo(5, "k", "v");
+  EXPECT_THAT(lines(), ElementsAre("+QvnSetClientInfo() clientId=5", "-QvnSetClientInfo() clientId=5 rc=0 key=k value=v"));
+  QvnOpenPrinter(5, 0);
+  EXPECT_THAT(lines(), ElementsAre("+QvnOpenPrinter(0) clientId=5", "-QvnOpenPrinter(0) clientId=5 rc=6"));
+  QvnStartJobPrinter(5, 7, 3, "obj", nullptr, nullptr, nullptr);
+  EXPECT_THAT(lines(), ElementsAre("+QvnStartJobPrinter(7) clientId=5",
+                                   "-QvnStartJobPrinter(7) clientId=5 rc=6 printObject=obj spoolerJobId=3"));
+  QvnStartJobPrinter(5, 7, 3, nullptr, nullptr, nullptr, nullptr);
+  EXPECT_THAT(lines(), ElementsAre("+QvnStartJobPrinter(7) clientId=5", "-QvnStartJobPrinter(7) clientId=5 rc=87"));
+  QvnWritePrinter(5, 7, bytes({1}).getBuffer(), 1, &number);
+  EXPECT_THAT(lines(), ElementsAre("+QvnWritePrinter(7) clientId=5 bufferSize=1",
+                                   "-QvnWritePrinter(7) clientId=5 bufferSize=1 rc=6 bytesWritten=0"));
+  QvnExchangeNpaPrinter(5, 7, bytes({1}).getBuffer(), 1, bytesOut, 8, &number);
+  EXPECT_THAT(lines(), ElementsAre("+QvnExchangeNpaPrinter(7) clientId=5", "-QvnExchangeNpaPrinter(7) clientId=5"));
+  QvnRegisterForAlertsPrinter(5, 7, 0x100002, alert);
+  EXPECT_THAT(lines(), ElementsAre("+QvnRegisterForAlertsPrinter(7) clientId=5",
+                                   "-QvnRegisterForAlertsPrinter(7) clientId=5 rc=6 mask=02 00 10 00 "));
+  QvnGetWideStringPrinter(5, 7, attribute::kPortname, bytesOut, 2, &number);
+  EXPECT_THAT(lines(), ElementsAre("+QvnGetWideStringPrinter(7) clientId=5",
+                                   std::string("-QvnGetWideStringPrinter(7) clientId=5 rc=122 key=") +
+                                       attribute::kPortname + " value=0000"));
+  QvnEnumWindowsHids(5, "USB1", nullptr);
+  EXPECT_THAT(lines(), ElementsAre("+QvnEnumWindowsHids(clientId=5, transport=USB1)",
+                                   "-QvnEnumWindowsHids(clientId=5, transport=USB1) rc=87"));
+  QvnGetLongPrinter(5, 7, attribute::kHandle, &number);
+  QvnGetStringPrinter(5, 7, attribute::kPortname, text, 8, &number);
+  EXPECT_THAT(lines(), ElementsAre()) << "these two are not traced";
+  QvnGetCurrentStatePrinter(5, 7, &number);
+  EXPECT_EQ(lines().back(), "-QvnGetCurrentStatePrinter(7) clientId=5 rc=0 state=3");
+}
+
+TEST_F(TraceTest, DetailLinesComeWithTheirLevel) {
+  ApplicationSettings().setLong("Logger", "All", 8, 0);
+  std::uint32_t value = 0;
+  QvnGetLongHid(5, 7, attribute::kVid, &value);
+  EXPECT_THAT(lines(), ElementsAre(std::string("QvnGetLongHid(clientId=5, handle=7, key=") + attribute::kVid +
+                                   ") rc=1168, value=0x0"));
+  QvnGetLongHid(5, 7, attribute::kVid, nullptr);
+  EXPECT_THAT(lines(), ElementsAre(std::string("QvnGetLongHid(clientId=5, handle=7, key=") + attribute::kVid +
+                                   ") rc=87"));
+  QvnGetClientId(nullptr);
+  QvnInitialize();
+  QvnUninitialize();
+  EXPECT_THAT(lines(), ElementsAre("QvnGetClientId() bad parameter", "QvnInitialize() initializeCount=2",
+                                   "QvnUninitialize() initializeCount=1"));
+}
+
+TEST_F(TraceTest, NothingIsWrittenAfterTheLastUninitialisationOfTheProcess) {
+  QvnUninitialize();
+  QvnInitialize();
+  lines();
+  QvnSuspend();
+  QvnSetLongPrinter(5, 7, attribute::kHandle, 1);
+  EXPECT_THAT(lines(), ElementsAre());
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,103 @@
+#include "bidi/bidi_task.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "bidi/generic_bidi_task.h"
+#include "npa/job_commands.h"
+#include "printer/cpd_printer.h"
+#include "support/library_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class BidiTaskTest : public LibraryTest {
+ protected:
+  BidiTaskTest() {
+    printer.setAttributes(FakeTransport::printerText(7));
+    printer.setBidiAllowed(true);
+    connection = printer.doGetConnection("bidi");
+  }
+
+  std::uint32_t run() { return BidiTask(printer, *connection, command.packet(), response).execute(); }
+
+  CpdPrinter printer;
+  Connectable* connection = nullptr;
+  StartJobCommand command;
+  Data response{"old", 3};
+};
+
+TEST_F(BidiTaskTest, TheReplyIsTheResponse) {
+  fake.onExchange = [](const Data&) { return bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 9}); };
+  EXPECT_EQ(run(), 0u);
+  EXPECT_EQ(asText(response), asText(bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 9})));
+}
+
+TEST_F(BidiTaskTest, NothingIsSentWhileNoExchangeIsAllowed) {
+  printer.setBidiAllowed(false);
+  fake.takeCalls();
+  EXPECT_EQ(run(), 1u);
+  EXPECT_THAT(fake.calls(), IsEmpty());
+  EXPECT_EQ(asText(response), "old");
+}
+
+TEST_F(BidiTaskTest, ARejectedCommandGives22) {
+  fake.onExchange = [](const Data&) { return bytes({0xA5, 0, 6, 0x80, 5, 0, 0, 0, 0}); };
+  EXPECT_EQ(run(), 22u);
+}
+
+TEST_F(BidiTaskTest, DataThatIsNoReplyIsIgnored) {
+  fake.onExchange = [](const Data&) { return bytes({0xA5, 0, 6, 0, 6, 0, 0, 0, 0}); };
+  EXPECT_EQ(run(), 0u) << "the transport says that something arrived";
+  EXPECT_EQ(response.getLength(), 0u);
+  fake.onExchange = nullptr;
+  EXPECT_EQ(run(), 1460u);
+}
+
+TEST_F(BidiTaskTest, OfTwoRepliesTheFirstCounts) {
+  fake.onExchange = [&](const Data&) {
+    fake.deliver(bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 1}));
+    return bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 2});
+  };
+  EXPECT_EQ(run(), 0u);
+  EXPECT_EQ(response.getBuffer()[8], 1);
+}
+
+TEST_F(BidiTaskTest, AfterwardsTheDeviceHasNoObserver) {
+  fake.onVisitor = [](const std::string&, Data*) { return 31u; };
+  EXPECT_EQ(run(), 31u);
+  fake.onVisitor = [](const std::string&, Data*) -> std::uint32_t { throw 5; };
+  EXPECT_EQ(run(), 1359u) << "what the transport throws is a result code";
+  fake.onVisitor = nullptr;
+  response = Data("kept", 4);
+  fake.deliver(bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 1}));
+  EXPECT_EQ(asText(response), "kept") << "a late reply";
+}
+
+TEST_F(BidiTaskTest, GenericTasksRunAnyVisitorByName) {
+  struct Takes : GenericBidiTask {
+    using GenericBidiTask::GenericBidiTask;
+    using Observer::doUpdate;
+    void doUpdate(Data& data) override { response_ = data; }
+  };
+  Data request("ask", 3);
+  fake.takeCalls();
+  fake.onVisitor = [&](const std::string&, Data* data) {
+    fake.deliver(Data("answer", 6));
+    data->setRc(3);
+    return 0u;
+  };
+  Takes task(printer, *connection, request, response, "escCommandVisitor");
+  EXPECT_EQ(task.execute(), 3u) << "the request's code";
+  EXPECT_EQ(asText(response), "answer");
+  EXPECT_THAT(fake.calls(), ElementsAre("visit escCommandVisitor bidi"));
+  fake.onVisitor = [](const std::string&, Data*) { return 8u; };
+  EXPECT_EQ(GenericBidiTask(printer, *connection, request, response, "other").execute(), 8u);
+  EXPECT_EQ(response.getLength(), 0u);
+}
+
+}  // namespace
+}  // namespace qvn::test

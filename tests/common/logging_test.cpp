@@ -1,0 +1,179 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "common/application_settings.h"
+#include "common/exception.h"
+#include "common/library_logger.h"
+#include "common/localize.h"
+#include "common/trace_scope.h"
+#include "platform/paths.h"
+#include "support/manual_clock.h"
+
+namespace qvn {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+const char moduleAddress = 0;
+
+// Made before the fixture's members, which need it.
+struct Localized {
+  Localized() { Localize::createInstance(&moduleAddress); }
+  ~Localized() { Localize::destroyInstance(); }
+};
+
+class LoggingTest : public Localized, public testing::Test {
+ protected:
+  LoggingTest() {
+    settings.create();
+    BasicLogger::setInstance(std::make_unique<LibraryLogger>());
+    set("Clocktime_In_Header", 0);
+  }
+  ~LoggingTest() override { BasicLogger::destroyInstance(); }
+
+  void set(const std::string& name, std::uint32_t value) { settings.setLong("Logger", name, value, 0); }
+
+  std::string contents() {
+    std::ifstream file(platform::nativePath("c:\\qr__.log"), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  // Component names are padded to this.
+  std::string line(std::string component, const std::string& text) {
+    component.resize(25, ' ');
+    return component + " " + text + "\r\n";
+  }
+
+  // Before anything reads the tick count.
+  test::ManualClock clock;
+  ApplicationSettings settings;
+  Component& server = log_component::server();
+};
+
+TEST(BasicLogger, ThrowsAndIsDisabledWhileThereIsNone) {
+  EXPECT_FALSE(BasicLogger::isEnabled(log_component::server(), 1));
+  try {
+    BasicLogger::getInstance();
+    FAIL();
+  } catch (const Win32Exception& exception) {
+    EXPECT_EQ(exception.getMessage(), "BasicLogger::getInstance()");
+    EXPECT_EQ(exception.getCode(), 1u);
+    EXPECT_EQ(exception.describe().rfind("file:", 0), std::string::npos);
+  }
+}
+
+TEST_F(LoggingTest, WithoutStartLogOnlyErrorsAreWritten) {
+  for (const std::uint32_t level : {1u, 2u, 4u, 8u}) {
+    log(server, level, [=] { return LogText() << "level " << level; });
+  }
+  EXPECT_EQ(contents(), line("Server", "level 1"));
+}
+
+TEST_F(LoggingTest, StartLogIsSeenWithinTenSeconds) {
+  EXPECT_FALSE(BasicLogger::isEnabled(server, 8));
+  set("startLog", 1);
+  clock.advance(10000);
+  EXPECT_FALSE(BasicLogger::isEnabled(server, 8));
+  clock.advance(1);
+  EXPECT_TRUE(BasicLogger::isEnabled(server, 8));
+  std::uint32_t all = 0;
+  EXPECT_TRUE(settings.getLong("Logger", "All", all, 0)) << "the first test writes the masks";
+  EXPECT_EQ(all, 0xFFFFFFFFu);
+}
+
+TEST_F(LoggingTest, AMaskBitOfAllOrOfTheComponentWantsTheLevel) {
+  set("startLog", 1);
+  set("All", 0);
+  set("Server", 8);
+  EXPECT_TRUE(BasicLogger::isEnabled(server, 8));
+  EXPECT_FALSE(BasicLogger::isEnabled(server, 2));
+  EXPECT_TRUE(BasicLogger::isEnabled(log_component::bidi(), 2)) << "Bidi's own default is everything";
+  EXPECT_FALSE(BasicLogger::isEnabled(log_component::serverHid(), 2));
+  set("All", 2);
+  EXPECT_TRUE(BasicLogger::isEnabled(log_component::serverHid(), 2));
+}
+
+TEST_F(LoggingTest, WithoutTheLibrarysKeyNothingIsWritten) {
+  settings.deleteKey("", 0);
+  logError(server, [] { return LogText() << "lost"; });
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(LoggingTest, StoppedStaysStopped) {
+  BasicLogger::stop();
+  logError(server, [] { return LogText() << "lost"; });
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(LoggingTest, TheHeaderShowsWhatIsAskedFor) {
+  set("Clocktime_In_Header", 1);
+  set("Proc_Id_In_Header", 1);
+  set("Thread_Id_In_Header", 1);
+  logError(server, [] { return LogText() << "text"; });
+  EXPECT_THAT(contents(), MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2}-[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3} "
+                                       "pid=[0-9a-f]{4,} tid=[0-9a-f]{4,} Server {20}text\r\n"));
+}
+
+TEST_F(LoggingTest, TraceScopesIndentWhatLiesBetween) {
+  set("startLog", 1);
+  {
+    TraceScope outer(BasicLogger::getInstance(), server, [] { return LogText() << "outer()"; });
+    {
+      TraceScope inner(BasicLogger::getInstance(), server, [] { return LogText() << "inner()"; });
+      inner.logDetail([] { return LogText() << " detail"; });
+      std::thread([&] { logDetail(server, [] { return LogText() << "other thread"; }); }).join();
+      inner.setRc(6);
+    }
+    TraceScope disabled(
+        BasicLogger::getInstance(), server, []() -> LogText { throw 1; }, 2, false);
+    outer.setExitText("0 more");
+  }
+  EXPECT_EQ(contents(), line("Server", "+outer()") + line("Server", " +inner()") +
+                            line("Server", "  inner() detail") + line("Server", "other thread") +
+                            line("Server", " -inner() rc=6") + line("Server", "-outer() rc=0 more"));
+}
+
+TEST_F(LoggingTest, AScopeEnteredWhileUnwantedWritesNothingLater) {
+  {
+    TraceScope scope(BasicLogger::getInstance(), server, [] { return LogText() << "x"; });
+    set("startLog", 1);
+    clock.advance(20000);
+  }
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(LoggingTest, TheColumnWidthAndTheFileCanBeChanged) {
+  BasicLogger& logger = BasicLogger::getInstance();
+  EXPECT_EQ(logger.setNameWidth(0), 87u);
+  EXPECT_EQ(logger.setNameWidth(3), 0u);
+  logger.log(server, 1, "text");
+  EXPECT_EQ(contents(), "Server text\r\n");
+  logger.deleteLogFile();
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST(LogComponents, AreTheVocabularyInItsOrder) {
+  EXPECT_EQ(log_component::at(14).getName(), "Server");
+  EXPECT_EQ(log_component::at(14).getMask(), 0u);
+  EXPECT_EQ(log_component::at(13).getName(), "PrintMonitor");
+  EXPECT_EQ(log_component::at(13).getMask(), 0xFFFFFFFFu);
+  EXPECT_EQ(log_component::at(24).getName(), "InstallHelper");
+}
+
+TEST(LogText, WritesEachKindOfValue) {
+  const std::uint8_t bytes[] = {0x0A, 0xFF};
+  EXPECT_EQ((LogText() << "a" << 4294967295u << -5 << true << false).str(), "a4294967295-5truefalse");
+  EXPECT_EQ(LogText().radix(255, 16).radix(5, 2).str(), "ff101");
+  EXPECT_EQ(LogText().hex(bytes, 2).hex(nullptr, 2).str(), "0AFF");
+  EXPECT_EQ(LogText().maskBytes(0x00100002).str(), "02 00 10 00 ");
+  EXPECT_EQ((LogText() << static_cast<const void*>(nullptr)).str(), "0x00000000");
+}
+
+}  // namespace
+}  // namespace qvn

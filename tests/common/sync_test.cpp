@@ -1,0 +1,167 @@
+// Events, mutexes, threads and child processes as the library wraps them.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "common/application.h"
+#include "common/event.h"
+#include "common/exception.h"
+#include "common/inter_process_lock.h"
+#include "common/mutex.h"
+#include "common/thread.h"
+#include "support/manual_clock.h"
+
+namespace qvn {
+namespace {
+
+// Runs the check on a thread of its own: another owner.
+template <typename Check>
+void onOtherThread(Check&& check) {
+  std::thread(check).join();
+}
+
+TEST(Mutex, TimeZeroNeverTriesButAMutexLockOfZeroDoes) {
+  Mutex mutex(false, "", false);
+  EXPECT_FALSE(mutex.acquire(0));
+  const MutexLock lock(mutex, 0);
+  EXPECT_TRUE(lock.acquired());
+}
+
+TEST(Mutex, OneReleaseUndoesEveryHold) {
+  Mutex mutex(true, "", false);
+  EXPECT_TRUE(mutex.acquire(1));
+  EXPECT_TRUE(mutex.acquire(1));
+  onOtherThread([&] {
+    mutex.release();  // not its owner: nothing happens
+    EXPECT_FALSE(MutexLock(mutex, 0).acquired());
+  });
+  mutex.release();
+  onOtherThread([&] { EXPECT_TRUE(MutexLock(mutex, 0).acquired()); });
+  EXPECT_NO_THROW(mutex.release());
+}
+
+TEST(InterProcessLock, NeedsAName) {
+  Mutex unnamed(false, "", true);
+  try {
+    const InterProcessLock lock(unnamed);
+    FAIL();
+  } catch (const Win32Exception& exception) {
+    EXPECT_EQ(exception.describe(), "file:InterProcessLock:16: InterProcessLock has no name");
+    EXPECT_EQ(exception.getCode(), 0u);
+  }
+  Mutex named(false, "syncTest", true);
+  {
+    const InterProcessLock lock(named);
+    Mutex sameName(false, "syncTest", true);
+    onOtherThread([&] { EXPECT_FALSE(MutexLock(sameName, 0).acquired()); });
+  }
+  onOtherThread([&] { EXPECT_TRUE(MutexLock(named, 0).acquired()); });
+}
+
+TEST(Event, AutoResetReleasesOneWaitAndManualResetAll) {
+  test::ManualClock clock(test::ManualClock::Mode::AutoAdvance);
+  Event automatic(false, true, "", false);
+  EXPECT_TRUE(automatic.wait(0));
+  EXPECT_FALSE(automatic.wait(0));
+  Event manual(true, false, "", false);
+  EXPECT_FALSE(manual.wait(60000));
+  manual.set();
+  EXPECT_TRUE(manual.wait(0));
+  EXPECT_TRUE(manual.wait(0xFFFFFFFF));
+  manual.reset();
+  EXPECT_FALSE(manual.wait(0));
+}
+
+struct Gives : Runnable {
+  std::uint32_t run() override { return value; }
+  std::uint32_t value = 7;
+};
+
+TEST(Thread, StartAndWaitEndsWithTheExitCode) {
+  Gives gives;
+  Thread thread(gives);
+  std::uint32_t code = 1;
+  platform::ThreadHandle* handle = nullptr;
+  EXPECT_FALSE(thread.getExitCode(code));
+  EXPECT_FALSE(thread.getHandle(handle));
+  EXPECT_FALSE(thread.waitFor(0));
+  EXPECT_EQ(code, 1u);
+  thread.startAndWait();
+  EXPECT_TRUE(thread.getExitCode(code));
+  EXPECT_EQ(code, 7u);
+  EXPECT_TRUE(thread.getHandle(handle));
+  EXPECT_TRUE(thread.waitFor(0));
+}
+
+TEST(Thread, RunsWhileItsStarterGoesOn) {
+  struct Waits : Runnable {
+    std::uint32_t run() override { return event.wait(platform::kInfinite) ? 3 : 4; }
+    Event event{true, false, "", false};
+  };
+  for (const bool launch : {true, false}) {
+    Waits waits;
+    Thread thread(waits);
+    if (launch) {
+      thread.launch();
+    } else {
+      thread.start();
+    }
+    std::uint32_t code = 0;
+    EXPECT_FALSE(thread.getExitCode(code));
+    EXPECT_EQ(code, 259u);
+    waits.event.set();
+    EXPECT_TRUE(thread.waitFor(platform::kInfinite));
+    EXPECT_TRUE(thread.getExitCode(code));
+    EXPECT_EQ(code, 3u);
+  }
+}
+
+TEST(Thread, WhatItsRunnableThrowsBecomesTheExitCode) {
+  struct Throws : Runnable {
+    std::uint32_t run() override {
+      if (plain) throw 5;
+      throw Win32Exception("x", 31, "", 0);
+    }
+    bool plain = false;
+  };
+  for (const auto& [plain, expected] : {std::pair{false, 31u}, std::pair{true, 1359u}}) {
+    Throws throws;
+    throws.plain = plain;
+    Thread thread(throws);
+    thread.startAndWait();
+    std::uint32_t code = 0;
+    EXPECT_TRUE(thread.getExitCode(code));
+    EXPECT_EQ(code, expected);
+  }
+}
+
+TEST(Runnables, CallWhatTheyAreBoundTo) {
+  struct Object {
+    std::uint32_t twice() { return 2 * value; }
+    std::uint32_t value = 21;
+  } object;
+  EXPECT_EQ((MethodRunnable<Object>(object, &Object::twice).run()), 42u);
+  EXPECT_EQ(FunctionRunnable(&object, [](void* argument) { return static_cast<Object*>(argument)->value; }).run(),
+            21u);
+}
+
+TEST(Application, LaunchesAProcessWaitsForItAndSaysWhenItCannot) {
+  test::ManualClock clock(test::ManualClock::Mode::AutoAdvance, std::chrono::milliseconds(1000));
+  Application ends("true");
+  ends.launch();
+  ASSERT_TRUE(ends.waitFor(15000));
+  EXPECT_FALSE(ends.isRunning());
+  EXPECT_TRUE(ends.setPriorityClass(32));
+
+  Application missing("qvn-no-such-program /s /i x");
+  try {
+    missing.start();
+    FAIL();
+  } catch (const Win32Exception& exception) {
+    EXPECT_EQ(exception.getMessage(), "Application::launch()");
+    EXPECT_EQ(exception.getCode(), 2u);
+  }
+}
+
+}  // namespace
+}  // namespace qvn

@@ -1,0 +1,149 @@
+// Devices: their attributes, their stores, the factories and the tables of live objects.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "device/device_factories.h"
+#include "device/persistence_store.h"
+#include "device/printer_store.h"
+#include "device/printer_table.h"
+#include "device/scanner_store.h"
+#include "printer/printer_object.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "support/library_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+
+class DeviceStoreTest : public LibraryTest {
+ protected:
+  PrinterStore& store = PrinterStore::getInstance();
+  PrinterTable& table = PrinterTable::getInstance();
+
+  std::string stored(std::uint32_t handle) {
+    std::string text;
+    EXPECT_EQ(store.read(handle, text), 0u);
+    return text;
+  }
+};
+
+TEST_F(DeviceStoreTest, ATextIsStoredUnderItsHandleInDecimal) {
+  const std::string text = FakeTransport::printerText(12);
+  EXPECT_EQ(store.persist(text), 0u);
+  std::string value;
+  EXPECT_TRUE(ApplicationSettings().getString("PrinterStore", "12", value, 0));
+  EXPECT_EQ(value, text);
+  EXPECT_EQ(store.persist("<Device>CpdPrinter</Device>"), 1168u);
+  EXPECT_EQ(store.read(13, value), 1168u);
+  EXPECT_EQ(ScannerStore::getInstance().read(12, value), 1168u) << "kinds are apart";
+  EXPECT_EQ(store.remove(12), 0u);
+  EXPECT_EQ(store.read(12, value), 1168u);
+}
+
+TEST_F(DeviceStoreTest, ARediscoveredPrinterKeepsItsPortNameAndAPositiveTrueEndOfJob) {
+  const struct {
+    const char* stored;
+    const char* reported;
+    const char* merged;
+  } cases[] = {
+      {"", "<Handle>1</Handle><Portname>new</Portname>", "<Handle>1</Handle><Portname>new</Portname>"},
+      {"<Handle>1</Handle><Portname>old</Portname>", "<Handle>1</Handle><Portname>new</Portname>",
+       "<Handle>1</Handle><Portname>old</Portname>"},
+      {"<Handle>1</Handle><Portname></Portname>", "<Handle>1</Handle><Portname>new</Portname>",
+       "<Handle>1</Handle><Portname>new</Portname>"},
+      {"<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>", "<Handle>1</Handle><TrueEndOfJob>0</TrueEndOfJob>",
+       "<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>"},
+      {"<Handle>1</Handle><TrueEndOfJob>0</TrueEndOfJob>", "<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>",
+       "<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>"},
+  };
+  for (const auto& c : cases) {
+    store.remove(1);
+    if (*c.stored != '\0') store.persist(c.stored);
+    EXPECT_EQ(store.update(c.reported), 0u);
+    EXPECT_EQ(stored(1), c.merged);
+  }
+  EXPECT_EQ(store.update("<Portname>x</Portname>"), 1168u);
+}
+
+TEST_F(DeviceStoreTest, ThePortNameSearchIgnoresCaseAndStopsAtAnUnreadableText) {
+  std::string text;
+  EXPECT_EQ(store.findByPortname("USB001", text), 1796u);
+  store.persist(FakeTransport::printerText(1, "LPT1"));
+  store.persist(FakeTransport::printerText(2, "usb001"));
+  EXPECT_EQ(store.findByPortname("USB001", text), 0u);
+  EXPECT_EQ(text, FakeTransport::printerText(2, "usb001"));
+  ApplicationSettings().setLong("PrinterStore", "3", 5, 0);
+  EXPECT_EQ(store.findByPortname("LPT1", text), 0u) << "found before the unreadable one";
+  EXPECT_EQ(store.findByPortname("COM1", text), 1359u);
+  std::vector<std::string> texts;
+  EXPECT_EQ(store.enumerate(texts), 0u);
+  EXPECT_EQ(texts.size(), 2u) << "unreadable texts are skipped";
+}
+
+TEST_F(DeviceStoreTest, LiveObjectsAreSharedAndCounted) {
+  store.persist(FakeTransport::printerText(7));
+  EXPECT_EQ(table.find(7), nullptr);
+  const PrinterObject* const first = table.acquire(7).get();
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(table.acquire(7).get(), first);
+  table.release(7);
+  EXPECT_EQ(table.find(7).get(), first);
+  table.release(7);
+  EXPECT_EQ(table.find(7), nullptr);
+  table.release(7);
+  EXPECT_EQ(table.acquire(8), nullptr) << "not stored";
+  store.remove(7);
+  EXPECT_EQ(table.acquire(7), nullptr) << "a removed handle cannot be restored";
+}
+
+TEST_F(DeviceStoreTest, AFamilyWithoutFactoryCannotBeRestoredAndIsKept) {
+  const std::string unknown = "<Device>Teapot</Device><Handle>4</Handle>";
+  store.persist(unknown);
+  EXPECT_EQ(store.restore(4), 6u);
+  EXPECT_EQ(stored(4), unknown);
+  EXPECT_EQ(DeviceFactories::getInstance().makeDevice(unknown), nullptr);
+  EXPECT_EQ(DeviceFactories::getInstance().makeScanner(FakeTransport::printerText(1)), nullptr)
+      << "a family of another kind";
+}
+
+TEST_F(DeviceStoreTest, AnAttributeChangesOnlyWhenTheTransportAcceptsIt) {
+  store.persist(FakeTransport::printerText(7, "OLD"));
+  const auto device = DeviceFactories::getInstance().makeDevice(FakeTransport::printerText(7, "OLD"));
+  Data offered;
+  fake.onVisitor = [&](const std::string&, Data* data) {
+    offered = *data;
+    return 31u;
+  };
+  EXPECT_EQ(device->setString(attribute::kPortname, "NEW"), 31u);
+  EXPECT_EQ(asText(offered), FakeTransport::printerText(7, "NEW"));
+  EXPECT_EQ(stored(7), FakeTransport::printerText(7, "OLD"));
+  EXPECT_EQ(device->getAttributes(), FakeTransport::printerText(7, "OLD"));
+  EXPECT_THAT(fake.calls(), testing::IsSupersetOf({std::string("get configuration"),
+                                                   "visit " + std::string(attribute::kPortname) + " configuration",
+                                                   std::string("release configuration")}));
+
+  fake.onVisitor = nullptr;
+  EXPECT_EQ(device->setString(attribute::kPortname, "NEW"), 0u);
+  EXPECT_EQ(stored(7), FakeTransport::printerText(7, "NEW"));
+  EXPECT_EQ(device->setLong(attribute::kHandle, 8), 87u) << "read only";
+  EXPECT_EQ(device->setLong(attribute::kPortname, 8), 1629u);
+  EXPECT_EQ(device->getHandle(), 7u);
+}
+
+TEST_F(DeviceStoreTest, ThreadsThatRestoreTheSamePrinterShareOneObject) {
+  store.persist(FakeTransport::printerText(7));
+  std::vector<const PrinterObject*> seen(8);
+  std::vector<std::thread> threads;
+  for (auto& slot : seen) threads.emplace_back([&] { slot = table.acquire(7).get(); });
+  for (auto& thread : threads) thread.join();
+  EXPECT_THAT(seen, testing::Each(seen.front()));
+  for (std::size_t i = 0; i < seen.size(); ++i) table.release(7);
+  EXPECT_EQ(table.find(7), nullptr);
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,72 @@
+// A transport inside the test's own process: the library loads it as the module it is, the test scripts what
+// its devices do and reads back what the library asked of it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qvn/transport/plugin.h"
+
+namespace qvn::test {
+
+class __attribute__((visibility("default"))) FakeTransport {
+ public:
+  static constexpr char kName[] = "FAKE";
+
+  static FakeTransport& instance();
+  // Puts the module's file under its name into the registry as a network transport.
+  static void registerModule();
+  // A Cpd printer of this transport.
+  static std::string printerText(std::uint32_t handle, const std::string& portName = "PORT");
+
+  // What the devices do. Unset: opens and visitors give 0, writes take everything, exchanges get no reply and
+  // the request's code 1460.
+  std::function<std::uint32_t(const std::string& connection)> onOpen;
+  std::function<void(Data& data)> onWrite;
+  std::function<std::optional<Data>(const Data& request)> onExchange;
+  std::function<std::uint32_t(const std::string& visitor, Data* data)> onVisitor;
+  // The devices that a discovery reports.
+  std::function<std::vector<std::string>(const std::string& options)> onDiscover;
+
+  // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "visit startJobPrinter print",
+  // "write 5", "close print", "release print", "discover".
+  void record(const std::string& call);
+  std::vector<std::string> calls() const;
+  std::vector<std::string> takeCalls();
+  // The calls that begin so.
+  std::vector<std::string> calls(const std::string& prefix) const;
+  // All bytes that were written.
+  std::string written() const;
+
+  // Delivers data to the device of the latest visitor, on the caller's thread.
+  void deliver(Data data);
+
+  struct Connection;
+  struct Visit;
+  class Connections;
+  class Visitors;
+  class Discovery;
+
+  ConnectionManager* connectionManager();
+  VisitorManager* visitorManager();
+  Discoverer* discoverer();
+
+ private:
+  FakeTransport();
+
+  mutable std::mutex mutex_;
+  std::vector<std::string> calls_;
+  std::string written_;
+  Device* device_ = nullptr;
+  std::unique_ptr<Connections> connections_;
+  std::unique_ptr<Visitors> visitors_;
+  std::unique_ptr<Discovery> discovery_;
+};
+
+}  // namespace qvn::test

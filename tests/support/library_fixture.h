@@ -1,0 +1,51 @@
+// The library initialised in the test's process, with the fake transport registered.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "common/application_settings.h"
+#include "qvn/qvn.h"
+#include "support/fake_transport.h"
+
+namespace qvn::test {
+
+class LibraryTest : public testing::Test {
+ protected:
+  LibraryTest() {
+    FakeTransport::registerModule();
+    EXPECT_EQ(QvnInitialize(), 0u);
+  }
+  ~LibraryTest() override {
+    EXPECT_EQ(QvnUninitialize(), 0u);
+    fake.onOpen = nullptr;
+    fake.onWrite = nullptr;
+    fake.onExchange = nullptr;
+    fake.onVisitor = nullptr;
+    fake.onDiscover = nullptr;
+  }
+
+  void set(const std::string& setting, std::uint32_t value) {
+    ASSERT_TRUE(ApplicationSettings().setLong(setting_key::kSettings, setting, value, SettingsStore::kLocal));
+  }
+
+  FakeTransport& fake = FakeTransport::instance();
+};
+
+// Bytes written as numbers.
+inline Data bytes(std::initializer_list<int> values) {
+  Data data;
+  for (const int value : values) {
+    const auto byte = static_cast<std::uint8_t>(value);
+    data.append(&byte, 1);
+  }
+  return data;
+}
+
+inline std::string asText(const Data& data) {
+  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
+}
+
+}  // namespace qvn::test

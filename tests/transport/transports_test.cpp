@@ -1,0 +1,156 @@
+#include "transport/transports.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "support/library_fixture.h"
+#include "transport/transport_names.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kFallbackOpen = 1;
+
+class TransportsTest : public LibraryTest {
+ protected:
+  Transports& transports = Transports::getInstance();
+  ApplicationSettings settings;
+  std::string fakeModule = [] {
+    std::string path;
+    ApplicationSettings().getString("Transports\\Network", "FAKE", path, 0);
+    return path;
+  }();
+
+  static std::string broken(const std::string& fault) {
+    return std::string(QVN_BROKEN_MODULES) + "qvn_broken_" + fault + ".so";
+  }
+  static std::string text(const std::string& transport) { return "<Transport>" + transport + "</Transport>"; }
+
+  // What a connection of the transport answers to being opened: the fallback's is 1.
+  std::uint32_t openOf(const std::string& transport) {
+    return transports.getConnectionManager(text(transport)).getConnection(text(transport), "bidi")->doOpen();
+  }
+};
+
+TEST_F(TransportsTest, AModuleIsLoadedOnceAndInitialisedOnce) {
+  EXPECT_EQ(openOf("FAKE"), 0u);
+  transports.getVisitorManager(text("FAKE"));
+  transports.getDiscoverer("FAKE");
+  EXPECT_THAT(fake.calls("initialize"), ElementsAre("initialize"));
+  EXPECT_THAT(fake.calls("discover"), IsEmpty()) << "only local transports are discovered when loaded";
+  transports.unload("FAKE");
+  EXPECT_THAT(fake.calls("uninitialize"), ElementsAre("uninitialize"));
+  EXPECT_EQ(openOf("FAKE"), 0u) << "the next request loads it again";
+}
+
+TEST_F(TransportsTest, ALocalTransportIsDiscoveredWhenItIsLoaded) {
+  settings.setString("Transports\\Local", "FAKE", fakeModule, 0);
+  settings.deleteValue("Transports\\Network", "FAKE", 0);
+  EXPECT_EQ(openOf("FAKE"), 0u);
+  EXPECT_EQ(openOf("FAKE"), 0u);
+  EXPECT_THAT(fake.calls("discover"), ElementsAre("discover"));
+}
+
+TEST_F(TransportsTest, WhatCannotBeLoadedIsReplacedByTheFallbacks) {
+  const struct {
+    const char* what;
+    std::string module;
+  } cases[] = {
+      {"not registered", ""},
+      {"missing", "/nowhere/module.so"},
+      {"not a shared object", __FILE__},
+      {"without entry point", broken("no_entry")},
+      {"fails to initialise", broken("fails_to_initialize")},
+      {"null managers", broken("null_managers")},
+      {"throwing managers", broken("throws")},
+      {"another interface version", broken("other_abi")},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    if (!c.module.empty()) settings.setString("Transports\\Network", "BAD", c.module, 0);
+    EXPECT_EQ(openOf("BAD"), kFallbackOpen);
+    VisitorManager& visitors = transports.getVisitorManager(text("BAD"));
+    Visitor* const visitor = visitors.getVisitor("npaDataVisitor");
+    EXPECT_EQ(visitor->getResult(), 1u);
+    visitors.releaseVisitor(visitor);
+    Discoverer& discoverer = transports.getDiscoverer("BAD");
+    std::uint32_t required = 0;
+    EXPECT_EQ(discoverer.discover(""), 0u);
+    EXPECT_EQ(discoverer.discoverSpecific(""), 0u);
+    EXPECT_EQ(discoverer.getDefaults(nullptr, 0, &required), 1u);
+    EXPECT_EQ(discoverer.setDefaults(""), 1u);
+    transports.unload("BAD");
+  }
+}
+
+TEST_F(TransportsTest, TheFailuresCodeSaysWhy) {
+  const struct {
+    std::string module;
+    std::uint32_t rc;
+  } cases[] = {
+      {"/nowhere/module.so", 126},
+      {broken("no_entry"), 127},
+      {broken("fails_to_initialize"), 31},
+      {broken("other_abi"), 1306},
+      {broken("bad_info"), 1168},
+      {broken("no_abi"), 0},
+  };
+  for (const auto& c : cases) {
+    std::string name;
+    std::string kind;
+    EXPECT_EQ(transports.getTransportInfo(c.module, name, kind), c.rc) << c.module;
+  }
+}
+
+TEST_F(TransportsTest, AddRegistersUnderTheKindThatTheModuleGives) {
+  settings.deleteValue("Transports\\Network", "FAKE", 0);
+  EXPECT_EQ(QvnAddTransport(fakeModule.c_str()), 0u);
+  EXPECT_THAT(transports.getTransportNames("NETWORK_TRANSPORT"), ElementsAre("FAKE"));
+  EXPECT_THAT(fake.calls("install"), ElementsAre("install"));
+  EXPECT_THAT(fake.calls("discover"), ElementsAre("discover")) << "an added transport is searched";
+  EXPECT_EQ(QvnAddTransport(broken("other_kind").c_str()), 0u) << "another kind registers nothing";
+  EXPECT_EQ(transports.addTransport(broken("no_abi")), 0u);
+  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), ElementsAre("BROKEN", "FAKE"));
+  EXPECT_THAT(transports.getTransportNames("HBN3"), ElementsAre("HBN3"));
+}
+
+TEST_F(TransportsTest, RemoveTakesTheTransportsOrTheModulesName) {
+  EXPECT_EQ(openOf("FAKE"), 0u);
+  EXPECT_EQ(QvnRemoveTransport(fakeModule.c_str()), 0u);
+  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
+  EXPECT_EQ(openOf("FAKE"), kFallbackOpen);
+
+  settings.setString("Transports\\Network", "FAKE", fakeModule, 0);
+  EXPECT_EQ(QvnRemoveTransport("FAKE"), 126u) << "removed, yet no module of that name";
+  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
+}
+
+TEST_F(TransportsTest, EveryRegisteredModuleIsInstalledWhateverTheOthersDo) {
+  settings.setString("Transports\\Local", "A", "/nowhere/module.so", 0);
+  settings.setString("Transports\\Local", "B", broken("no_entry"), 0);
+  transports.installRegisteredTransports();
+  EXPECT_THAT(fake.calls("install"), ElementsAre("install"));
+  transports.uninstallRegisteredTransports();
+}
+
+TEST(TransportNames, MatchWithoutCase) {
+  const struct {
+    const char* filter;
+    const char* name;
+    bool matches;
+  } cases[] = {
+      {"usb1", "USB1", true},           {"all_transport", "X", true},        {"LOCAL_TRANSPORT", "usb1", true},
+      {"LOCAL_TRANSPORT", "PAR1", true}, {"LOCAL_TRANSPORT", "IPv4", false}, {"NETWORK_TRANSPORT", "hbn3", true},
+      {"NETWORK_TRANSPORT", "HBN1", true}, {"NETWORK_TRANSPORT", "ipV4", true}, {"NETWORK_TRANSPORT", "USB1", false},
+      {"NETWORK_TRANSPORT", "OTHER", false}, {"USB1", "PAR1", false},
+  };
+  for (const auto& c : cases) EXPECT_EQ(transportMatches(c.filter, c.name), c.matches) << c.filter << " " << c.name;
+}
+
+}  // namespace
+}  // namespace qvn::test
