@@ -14,11 +14,11 @@ namespace {
 
 namespace registry = platform::registry;
 
-std::unique_ptr<platform::Module> loadModule() {
+std::unique_ptr<platform::Module> loadModule(const char* path) {
   platform::ErrorCode error = 0;
   std::string detail;
-  auto module = platform::Module::load(QVN_IPV4_MODULE, error, &detail);
-  if (module == nullptr) throw std::runtime_error("cannot load " QVN_IPV4_MODULE ": " + detail);
+  auto module = platform::Module::load(path, error, &detail);
+  if (module == nullptr) throw std::runtime_error(std::string("cannot load ") + path + ": " + detail);
   return module;
 }
 
@@ -53,7 +53,8 @@ void setSetting(const char* name, std::uint32_t value) {
   }
 }
 
-TransportModule::TransportModule() : TransportModule(loadModule()) {}
+TransportModule::TransportModule() : TransportModule(QVN_IPV4_MODULE) {}
+TransportModule::TransportModule(const char* path) : TransportModule(loadModule(path)) {}
 
 TransportModule::TransportModule(std::unique_ptr<platform::Module> module)
     : connections(

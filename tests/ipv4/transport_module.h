@@ -28,7 +28,9 @@ void setSetting(const char* name, std::uint32_t value);
 
 class TransportModule {
  public:
+  // The IPv4 transport, or the module at that path.
   TransportModule();
+  explicit TransportModule(const char* path);
   // Uninitialises and unloads.
   ~TransportModule();
 
