@@ -19,7 +19,7 @@ using namespace qvn::ipv4;
 // Made with the module and gone with it; threads exist only between TransportInitialize and
 // TransportUninitialize.
 IpConnectionManager connectionManager;
-IpVisitorManager visitorManager;
+IpVisitorManager visitorManager(connectionManager);
 IpDiscoverer discoverer;
 
 }  // namespace
@@ -34,32 +34,18 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   return QRN_ERROR_SUCCESS;
 }
 
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
-  return QRN_ERROR_SUCCESS;
-}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return QRN_ERROR_SUCCESS; }
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
   connectionManager.closeAll();
   return QRN_ERROR_SUCCESS;
 }
 
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() {
-  return QRN_ERROR_SUCCESS;
-}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return QRN_ERROR_SUCCESS; }
 
-QVN_TRANSPORT_EXPORT ConnectionManager* TransportGetConnectionManager() {
-  return &connectionManager;
-}
-QVN_TRANSPORT_EXPORT VisitorManager* TransportGetVisitorManager() {
-  return &visitorManager;
-}
-QVN_TRANSPORT_EXPORT Discoverer* TransportGetDiscoverer() {
-  return &discoverer;
-}
+QVN_TRANSPORT_EXPORT ConnectionManager* TransportGetConnectionManager() { return &connectionManager; }
+QVN_TRANSPORT_EXPORT VisitorManager* TransportGetVisitorManager() { return &visitorManager; }
+QVN_TRANSPORT_EXPORT Discoverer* TransportGetDiscoverer() { return &discoverer; }
 
-QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() {
-  return QVN_TRANSPORT_ABI_VERSION;
-}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() { return QVN_TRANSPORT_ABI_VERSION; }

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "npa_connection.h"
+#include "print_connection.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
@@ -21,16 +22,24 @@ class AnsweringVisitor : public Visitor {
 
 class NpaDataVisitor : public Visitor {
  public:
+  explicit NpaDataVisitor(IpConnectionManager& connections) : connections_(connections) {}
+
   void visit(Connectable& connection) override {
-    auto* npa = dynamic_cast<NpaConnection*>(&connection);
-    if (npa == nullptr) {
-      result_ = QRN_ERROR_INVALID_FUNCTION;
-    } else if (data_ == nullptr || device_ == nullptr) {
+    if (data_ == nullptr || device_ == nullptr) {
       result_ = QRN_ERROR_INVALID_PARAMETER;
-    } else {
+    } else if (auto* const npa = dynamic_cast<NpaConnection*>(&connection)) {
       result_ = npa->exchange(*data_, *device_);
+    } else if (dynamic_cast<PrintConnection*>(&connection) != nullptr) {
+      Connectable* const bidi = connections_.getConnection(device_->getAttributes(), connection_name::kBidi);
+      result_ = static_cast<NpaConnection*>(bidi)->exchange(*data_, *device_);
+      connections_.releaseConnection(bidi);
+    } else {
+      result_ = QRN_ERROR_INVALID_FUNCTION;
     }
   }
+
+ private:
+  IpConnectionManager& connections_;
 };
 
 // Nothing of what can be changed is kept in the device, so all there is to do is to refuse what would make it
@@ -62,13 +71,11 @@ bool contains(const std::array<const char*, N>& names, const std::string& name) 
 }  // namespace
 
 Visitor* IpVisitorManager::getVisitor(const std::string& name) {
-  if (name == visitor_name::kNpaData) return new NpaDataVisitor;
+  if (name == visitor_name::kNpaData) return new NpaDataVisitor(connections_);
   if (contains(kChangeable, name)) return new ConfigurationVisitor;
   return new AnsweringVisitor(contains(kNothingToDo, name) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION);
 }
 
-void IpVisitorManager::releaseVisitor(Visitor* visitor) {
-  delete visitor;
-}
+void IpVisitorManager::releaseVisitor(Visitor* visitor) { delete visitor; }
 
 }  // namespace qvn::ipv4

@@ -6,9 +6,7 @@
 
 namespace qvn::ipv4 {
 
-NpaConnection::~NpaConnection() {
-  retired_.retire(std::move(session_));
-}
+NpaConnection::~NpaConnection() { retired_.retire(std::move(session_)); }
 
 void NpaConnection::setEndpoint(const Endpoint& endpoint) {
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -110,8 +108,6 @@ void NpaConnection::remember(PacketView request) {
   registrations_[Packet(effect.begin(), effect.end())].assign(request.begin(), request.end());
 }
 
-void NpaConnection::endSessionLocked() {
-  retired_.retire(std::exchange(session_, nullptr));
-}
+void NpaConnection::endSessionLocked() { retired_.retire(std::exchange(session_, nullptr)); }
 
 }  // namespace qvn::ipv4

@@ -46,7 +46,7 @@ class Connectable {
   virtual std::string getLabel() const;
 
   // On a connection: how many holders keep it beyond the operation that asked for it. A connection manager
-  // must not destroy a connection whose tag is not 0.
+  // must not destroy a connection whose tag is not 0. Any thread.
   virtual void setTag(std::uint32_t tag);
   virtual std::uint32_t getTag() const;
 
@@ -62,7 +62,7 @@ class Connectable {
  private:
   Connectable* children_[2] = {nullptr, nullptr};
   std::string label_;
-  std::uint32_t tag_ = 0;
+  std::atomic<std::uint32_t> tag_{0};
   std::atomic<std::uint32_t> openCount_{0};
 };
 

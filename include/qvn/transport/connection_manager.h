@@ -25,7 +25,8 @@ class ConnectionManager {
 
   // The connection of that name to the device that the attribute text describes (keyed by its handle), not
   // opened. Asking again while one exists gives the same object. Never null. The transport owns it; it is
-  // valid until it was released as often as it was asked for and its tag is 0.
+  // valid until it was released as often as it was asked for and its tag is 0. A holder that takes its tag
+  // off releases it once more: the manager then has the occasion to drop it.
   virtual Connectable* getConnection(const std::string& deviceAttributes,
                                      const std::string& connectionName) = 0;
   virtual void releaseConnection(Connectable* connection) = 0;
