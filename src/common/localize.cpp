@@ -45,8 +45,7 @@ void Localize::destroyInstance() {
   delete instance.exchange(nullptr);
 }
 
-Localize::Localize(const void* moduleAddress)
-    : moduleAddress_(moduleAddress), modulePath_(platform::modulePath(moduleAddress)) {
+Localize::Localize(const void* moduleAddress) : modulePath_(platform::modulePath(moduleAddress)) {
   const std::size_t separator = modulePath_.find_last_of("\\/");
   const std::string fileName = separator == std::string::npos ? modulePath_ : modulePath_.substr(separator + 1);
   localId_ = toLower(fileName.substr(0, kLocalIdLength));

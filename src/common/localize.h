@@ -41,7 +41,6 @@ class Localize {
 
   std::string brandPrefix() const { return localId_.substr(0, 2); }
 
-  const void* moduleAddress_;
   std::string localId_;
   std::string modulePath_;
   std::atomic<std::uint32_t> defaultModelId_{0};

@@ -7,9 +7,15 @@
 
 namespace qvn {
 
+// What the task exchanges; made before the task's other base, which refers to it.
+struct DcSummaryExchange {
+  DcSummaryCommand command_;
+  Data reply_;
+};
+
 // Writes the largest packet size and the NPA revisions into the printer's attributes. A printer without
 // bidirectional exchange is left as it is: 0.
-class DcSummaryTask : public ExchangeTask {
+class DcSummaryTask : private DcSummaryExchange, public ExchangeTask {
  public:
   DcSummaryTask(Printer& printer, Connectable& connection);
   ~DcSummaryTask() override = default;
@@ -24,8 +30,6 @@ class DcSummaryTask : public ExchangeTask {
   std::uint32_t applySummary();
 
   Printer& printer_;
-  DcSummaryCommand command_;
-  Data reply_;
 };
 
 }  // namespace qvn
