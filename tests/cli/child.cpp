@@ -76,13 +76,9 @@ void Child::write(const std::string& text) {
   }
 }
 
-void Child::closeInput() {
-  closeOnce(input_);
-}
+void Child::closeInput() { closeOnce(input_); }
 
-void Child::signal(int number) const {
-  kill(id_, number);
-}
+void Child::signal(int number) const { kill(id_, number); }
 
 bool Child::readSome() {
   pollfd entries[] = {{outputPipe_, POLLIN, 0}, {errorPipe_, POLLIN, 0}};

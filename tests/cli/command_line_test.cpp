@@ -142,8 +142,7 @@ TEST_F(CommandLine, StoresShowsAndForgetsDevices) {
 
 TEST_F(CommandLine, StoresTheAttributesSortedUnderTheHandle) {
   addPrinter("7", "LAB1");
-  EXPECT_EQ(ok({"registry", "export"}),
-            "[Software\\Quorin Tools\\Qvn\\Local\\qr__]\n\n"
+  EXPECT_EQ(ok({"registry", "export", "--key", "Software\\Quorin Tools\\Qvn\\Local\\qr__\\PrinterStore"}),
             "[Software\\Quorin Tools\\Qvn\\Local\\qr__\\PrinterStore]\n"
             "\"7\"=\"<Address>127.0.0.1</Address><Device>CpdPrinter</Device><Handle>7</Handle>"
             "<NpaRevisionLevel>010203</NpaRevisionLevel><Portname>LAB1</Portname>"

@@ -23,8 +23,9 @@ class PrintServer : public testing::Test {
     for (const std::string& fault : faults) arguments.insert(arguments.end(), {"--fault", fault});
     device_ = std::make_unique<SimulatorProcess>(arguments);
     ok({"registry", "import", "-"}, "[-Software]");
-    // The true end of a job is asked for at intervals; a person's patience is not what is tested here.
+    // The true end of a job is asked for at intervals, and a job that is lost has none.
     ok({"settings", "set", "TeojInterval", "20"});
+    ok({"settings", "set", "TeojDuration", "500"});
     ok({"transport", "add", "qvn_ipv4.so"});
     ok({"discover", "--transport", "IPv4", place()});
   }

@@ -103,9 +103,7 @@ std::string_view between(std::string_view text, std::string_view before, std::st
 
 }  // namespace
 
-std::span<const std::string_view> attributeDescriptors() {
-  return kDescriptors;
-}
+std::span<const std::string_view> attributeDescriptors() { return kDescriptors; }
 
 std::string attributeName(std::string_view descriptor) {
   return std::string(between(descriptor, "<Name>", "</Name>"));

@@ -26,9 +26,7 @@ constexpr DeviceFamily kFamilies[] = {
 // The enumeration callback has no argument of its own to carry these.
 std::vector<std::uint32_t>* foundHandles = nullptr;
 
-void onDeviceFound(std::uint32_t, std::uint32_t handle) {
-  foundHandles->push_back(handle);
-}
+void onDeviceFound(std::uint32_t, std::uint32_t handle) { foundHandles->push_back(handle); }
 
 // Calls a reader that follows the output buffer rule with a buffer that is large enough.
 template <typename Character, typename Read>
@@ -48,9 +46,7 @@ std::uint32_t readWhole(const Read& read, std::vector<Character>& buffer) {
 
 }  // namespace
 
-std::span<const DeviceKind> deviceKinds() {
-  return kKinds;
-}
+std::span<const DeviceKind> deviceKinds() { return kKinds; }
 
 const DeviceKind& kindNamed(const std::string& name) {
   for (const DeviceKind& kind : kKinds) {
@@ -61,13 +57,9 @@ const DeviceKind& kindNamed(const std::string& name) {
   throw UsageError("'" + name + "' is no kind of device: use printer, scanner or hid");
 }
 
-std::span<const DeviceFamily> deviceFamilies() {
-  return kFamilies;
-}
+std::span<const DeviceFamily> deviceFamilies() { return kFamilies; }
 
-std::string Device::text() const {
-  return std::string(kind->name) + " " + std::to_string(handle);
-}
+std::string Device::text() const { return std::string(kind->name) + " " + std::to_string(handle); }
 
 std::vector<Device> listDevices(const Session& session, const DeviceKind& kind,
                                 const std::string& transport) {

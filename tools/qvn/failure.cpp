@@ -34,11 +34,12 @@ constexpr CodeName kCodeNames[] = {
     {QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED, "QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED"},
 };
 
-// The system's message as the tail of a sentence: no line end, no full stop, a small first letter.
+// The system's message as the tail of a sentence: no line end, no full stop, a small first letter. Empty when
+// there is none.
 std::string meaning(std::uint32_t code) {
   std::string text;
   if (platform::messageText(code, text) != platform::kSuccess) {
-    return "it failed";
+    return "";
   }
   while (!text.empty() &&
          (std::isspace(static_cast<unsigned char>(text.back())) != 0 || text.back() == '.')) {
@@ -53,13 +54,14 @@ std::string meaning(std::uint32_t code) {
 }  // namespace
 
 std::string describeResult(std::uint32_t code) {
-  std::string text = meaning(code) + " (result " + std::to_string(code);
+  std::string number = "result " + std::to_string(code);
   for (const CodeName& entry : kCodeNames) {
     if (entry.code == code) {
-      text += std::string(", ") + entry.name;
+      number += std::string(", ") + entry.name;
     }
   }
-  return text + ")";
+  const std::string text = meaning(code);
+  return text.empty() ? number : text + " (" + number + ")";
 }
 
 Failure::Failure(const std::string& sentence) : std::runtime_error(sentence) {}

@@ -57,9 +57,7 @@ void Interrupt::install() {
   sigaction(SIGTERM, &action, nullptr);
 }
 
-bool Interrupt::requested() {
-  return request.load();
-}
+bool Interrupt::requested() { return request.load(); }
 
 bool Interrupt::waitReadable(int descriptor, int timeoutMilliseconds) {
   return pollTwo(descriptor, requestDescriptor, timeoutMilliseconds);

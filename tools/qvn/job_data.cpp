@@ -67,9 +67,7 @@ InputFile::InputFile(const std::string& name)
   }
 }
 
-InputFile::~InputFile() {
-  close(descriptor_);
-}
+InputFile::~InputFile() { close(descriptor_); }
 
 std::size_t InputFile::read(char* buffer, std::size_t size) {
   while (!Interrupt::requested()) {

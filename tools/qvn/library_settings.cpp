@@ -15,9 +15,7 @@ std::string inQuotes(std::string_view key, std::string_view name) {
 
 }  // namespace
 
-std::string libraryKey(std::string_view key) {
-  return std::string(kLibraryRegistryRoot) + std::string(key);
-}
+std::string libraryKey(std::string_view key) { return std::string(kLibraryRegistryRoot) + std::string(key); }
 
 std::optional<registry::Value> readLibraryValue(std::string_view key, std::string_view name) {
   registry::Key opened;
@@ -33,14 +31,16 @@ std::optional<registry::Value> readLibraryValue(std::string_view key, std::strin
   return value;
 }
 
+registry::Key makeLibraryKey(std::string_view key) {
+  registry::Key made;
+  require(registry::createKey(registry::Hive::LocalMachine, libraryKey(key), {true, true}, made),
+          "cannot make the key '" + std::string(key) + "' of the registry");
+  return made;
+}
+
 void writeLibraryValue(std::string_view key, std::string_view name, const registry::Value& value) {
-  registry::Key opened;
-  platform::ErrorCode error =
-      registry::createKey(registry::Hive::LocalMachine, libraryKey(key), {true, true}, opened);
-  if (error == platform::kSuccess) {
-    error = registry::setValue(opened, name, value.type, value.data);
-  }
-  require(error, "cannot write " + inQuotes(key, name) + " to the registry");
+  require(registry::setValue(makeLibraryKey(key), name, value.type, value.data),
+          "cannot write " + inQuotes(key, name) + " to the registry");
 }
 
 std::vector<std::pair<std::string, registry::Value>> listLibraryValues(std::string_view key) {

@@ -21,6 +21,9 @@ std::optional<platform::registry::Value> readLibraryValue(std::string_view key, 
 // Writes the value, making its key, and the library's root, where they are missing. Throws Failure.
 void writeLibraryValue(std::string_view key, std::string_view name, const platform::registry::Value& value);
 
+// Makes the key, and the library's root, where they are missing. Throws Failure.
+platform::registry::Key makeLibraryKey(std::string_view key);
+
 // All values of the key in the order they were first written; none when it does not exist.
 std::vector<std::pair<std::string, platform::registry::Value>> listLibraryValues(std::string_view key);
 

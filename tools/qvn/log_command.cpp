@@ -18,13 +18,9 @@ namespace {
 constexpr int kFollowInterval = 200;  // milliseconds
 constexpr std::size_t kLinesBeforeFollowing = 10;
 
-std::filesystem::path logFile() {
-  return platform::nativePath("c:\\qr__.log");
-}
+std::filesystem::path logFile() { return platform::nativePath("c:\\qr__.log"); }
 
-void turn(bool on) {
-  writeLibraryValue("Logger", "startLog", dwordValue(on ? 1 : 0));
-}
+void turn(bool on) { writeLibraryValue("Logger", "startLog", dwordValue(on ? 1 : 0)); }
 
 // Prints the last `count` lines (all when 0) as they stand, less the carriage returns, and returns the offset
 // up to which the log was read.

@@ -1,5 +1,6 @@
 // qvn print: files to a printer, each as a job of its own.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -20,8 +21,9 @@ namespace qvn::cli {
 
 namespace {
 
-// How long to leave a printer alone that takes nothing now.
-constexpr platform::Milliseconds kRetryInterval = 20;
+// How long to leave a printer alone that takes nothing now: longer each time, until it takes something.
+constexpr platform::Milliseconds kShortestPause = 10;
+constexpr platform::Milliseconds kLongestPause = 500;
 
 struct Options {
   std::vector<std::string> files;
@@ -102,6 +104,7 @@ void cancelJob(const OpenPrinter& printer) {
 // Writes the block; stops early when a stop is requested. Returns the code of the first failure, else 0.
 std::uint32_t writeBlock(const OpenPrinter& printer, const std::string& block) {
   std::size_t at = 0;
+  platform::Milliseconds pause = kShortestPause;
   while (at < block.size() && !Interrupt::requested()) {
     std::uint32_t written = 0;
     const std::uint32_t result = QvnWritePrinter(printer.client(), printer.device().handle,
@@ -112,7 +115,10 @@ std::uint32_t writeBlock(const OpenPrinter& printer, const std::string& block) {
     }
     at += written;
     if (written == 0) {
-      platform::sleep(kRetryInterval);
+      platform::sleep(pause);
+      pause = std::min(2 * pause, kLongestPause);
+    } else {
+      pause = kShortestPause;
     }
   }
   return QRN_ERROR_SUCCESS;
@@ -158,7 +164,7 @@ std::uint64_t printJob(const OpenPrinter& printer, const JobNames& names, const 
       cancelJob(printer);
     }
     canceller.settle();
-    progress.note(Interrupt::requested() ? "cancelling" : "waiting for the printer; Ctrl-C cancels the job");
+    progress.note(Interrupt::requested() ? "cancelling" : "waiting for the printer");
     ended = QvnEndJobPrinter(client, handle);
   }
   if (Interrupt::requested()) {

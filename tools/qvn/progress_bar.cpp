@@ -63,9 +63,7 @@ std::string progressLine(const std::string& label, std::uint64_t done, std::opti
   return line;
 }
 
-bool standardErrorIsTerminal() {
-  return isatty(STDERR_FILENO) == 1;
-}
+bool standardErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
 
 ProgressBar::ProgressBar(std::string label, std::optional<std::uint64_t> total, bool visible)
     : label_(std::move(label)),

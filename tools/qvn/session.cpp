@@ -10,8 +10,6 @@ Session::Session() {
   QvnGetClientId(&client_);
 }
 
-Session::~Session() {
-  QvnUninitialize();
-}
+Session::~Session() { QvnUninitialize(); }
 
 }  // namespace qvn::cli

@@ -14,6 +14,9 @@ namespace qvn::cli {
 
 namespace {
 
+constexpr std::pair<const char*, const char*> kKinds[] = {{"Transports\\Local", "LOCAL_TRANSPORT"},
+                                                          {"Transports\\Network", "NETWORK_TRANSPORT"}};
+
 struct RegisteredTransport {
   std::string name;
   std::string kind;
@@ -22,8 +25,6 @@ struct RegisteredTransport {
 
 // No exported function lists them.
 std::vector<RegisteredTransport> registeredTransports() {
-  constexpr std::pair<const char*, const char*> kKinds[] = {{"Transports\\Local", "LOCAL_TRANSPORT"},
-                                                            {"Transports\\Network", "NETWORK_TRANSPORT"}};
   std::vector<RegisteredTransport> transports;
   for (const auto& [key, kind] : kKinds) {
     for (const auto& [name, value] : listLibraryValues(key)) {
@@ -50,7 +51,11 @@ void remove(const std::string& name) {
   if (!isRegistered(name)) {
     throw Failure("no transport '" + name + "' is registered", QRN_ERROR_NOT_FOUND);
   }
-  // The library goes on to look for a module of the same name, and answers how that went; what counts is
+  // The library removes nothing while the key of either kind is missing.
+  for (const auto& [key, kind] : kKinds) {
+    makeLibraryKey(key);
+  }
+  // It goes on to look for a module of the same name, and answers how that went; what counts is
   // whether the registration is gone.
   const std::uint32_t result = QvnRemoveTransport(name.c_str());
   if (isRegistered(name)) {
