@@ -116,11 +116,13 @@ TEST_F(Ipv4Transport, AnswersEachVisitorByName) {
       {attribute::kIpMask, good, 1},
       {attribute::kHandle, good, 1},
   };
+  Device device;
   const OpenConnection connection(module, good, "configuration");
   for (const Case& c : kCases) {
     Data data(c.data);
     Visitor* visitor = module.visitors.getVisitor(c.name);
     visitor->setData(data);
+    visitor->setDevice(device);
     connection->accept(*visitor);
     EXPECT_EQ(visitor->getResult(), c.result) << c.name << " " << c.data;
     module.visitors.releaseVisitor(visitor);

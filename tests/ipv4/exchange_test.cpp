@@ -73,6 +73,15 @@ TEST_F(Exchange, DeliversTheReplyOnTheReadersThreadBeforeItReturns) {
   EXPECT_NE(log.entries()[0].thread, std::this_thread::get_id());
 }
 
+TEST_F(Exchange, CarriesThePacketsOfAPrintConnectionOnTheBidiOne) {
+  device.setAttributes(attributes());
+  const OpenConnection print(*module, attributes(), "print");
+  EXPECT_EQ(ask(print, kStartJob), (ExchangeResult{1229, 1229})) << "the printer is not open";
+  const OpenConnection bidi(*module, attributes(), "bidi");
+  EXPECT_EQ(ask(print, kStartJob), kReplied);
+  ASSERT_EQ(log.entries().size(), 1u);
+}
+
 TEST_F(Exchange, RefusesWhatIsNoPacket) {
   const OpenConnection bidi(*module, attributes(), "bidi");
   for (const char* request : {"", "A5", "A5 00 02 50", "A5 00 03 50 01", "A4 00 02 50 01"}) {

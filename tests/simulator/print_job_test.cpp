@@ -39,9 +39,7 @@ class SimulatedJobs : public testing::Test {
   const std::filesystem::path jobs;
 };
 
-Stream bidiOf(const SimulatorProcess& device) {
-  return Stream::connect(device.address(), device.bidiPort());
-}
+Stream bidiOf(const SimulatorProcess& device) { return Stream::connect(device.address(), device.bidiPort()); }
 Stream printOf(const SimulatorProcess& device) {
   return Stream::connect(device.address(), device.printPort());
 }

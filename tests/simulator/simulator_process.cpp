@@ -100,9 +100,7 @@ void SimulatorProcess::closeInput() {
   input_ = -1;
 }
 
-void SimulatorProcess::signal(int number) {
-  kill(pid_, number);
-}
+void SimulatorProcess::signal(int number) { kill(pid_, number); }
 
 int SimulatorProcess::wait() {
   const pid_t pid = pid_;

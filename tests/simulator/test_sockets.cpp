@@ -61,9 +61,7 @@ Bytes hex(std::string_view digits) {
   return bytes;
 }
 
-Bytes repeated(std::size_t count, std::uint8_t byte) {
-  return Bytes(count, byte);
-}
+Bytes repeated(std::size_t count, std::uint8_t byte) { return Bytes(count, byte); }
 
 std::string toHex(const Bytes& bytes) {
   std::string text;
@@ -80,9 +78,7 @@ Bytes operator+(Bytes left, const Bytes& right) {
   return left;
 }
 
-Bytes bytesOf(std::string_view text) {
-  return Bytes(text.begin(), text.end());
-}
+Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
 Stream::Stream(Stream&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
 
@@ -162,9 +158,7 @@ Listener::Listener(int backlog) : fd_(boundSocket(SOCK_STREAM, "127.0.0.1", port
   check(listen(fd_, backlog) == 0, "listen");
 }
 
-Listener::~Listener() {
-  ::close(fd_);
-}
+Listener::~Listener() { ::close(fd_); }
 
 Stream Listener::accept() {
   waitReadable(fd_);
@@ -173,9 +167,7 @@ Stream Listener::accept() {
 
 Datagrams::Datagrams(const std::string& address) : fd_(boundSocket(SOCK_DGRAM, address, port_)) {}
 
-Datagrams::~Datagrams() {
-  ::close(fd_);
-}
+Datagrams::~Datagrams() { ::close(fd_); }
 
 void Datagrams::send(const std::string& address, std::uint16_t port, std::string_view datagram) {
   const sockaddr_in at = where(address, port);
@@ -195,8 +187,6 @@ std::string Datagrams::receive() {
   return std::string(buffer, static_cast<std::size_t>(got));
 }
 
-void Datagrams::answer(std::string_view datagram) {
-  send(lastFrom_, lastPort_, datagram);
-}
+void Datagrams::answer(std::string_view datagram) { send(lastFrom_, lastPort_, datagram); }
 
 }  // namespace qvn::test

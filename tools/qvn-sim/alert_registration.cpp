@@ -19,9 +19,7 @@ bool begins(ByteView alert, const std::array<std::uint8_t, N>& body) {
          std::equal(body.begin(), body.end(), alert.begin() + npa::kCommand);
 }
 
-std::uint8_t at(ByteView alert, std::size_t offset) {
-  return offset < alert.size() ? alert[offset] : 0;
-}
+std::uint8_t at(ByteView alert, std::size_t offset) { return offset < alert.size() ? alert[offset] : 0; }
 
 }  // namespace
 

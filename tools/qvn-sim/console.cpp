@@ -82,8 +82,6 @@ void Console::run(std::string_view line) {
   }
 }
 
-void printLine(const std::string& line) {
-  std::cout << line << '\n' << std::flush;
-}
+void printLine(const std::string& line) { std::cout << line << '\n' << std::flush; }
 
 }  // namespace sim

@@ -10,13 +10,9 @@
 
 namespace sim {
 
-void EventLoop::watch(int fd, Handler onReadable) {
-  watched_[fd] = std::move(onReadable);
-}
+void EventLoop::watch(int fd, Handler onReadable) { watched_[fd] = std::move(onReadable); }
 
-void EventLoop::unwatch(int fd) {
-  watched_.erase(fd);
-}
+void EventLoop::unwatch(int fd) { watched_.erase(fd); }
 
 void EventLoop::after(std::chrono::milliseconds delay, Handler handler) {
   timers_.emplace(Clock::now() + delay, std::move(handler));

@@ -61,9 +61,7 @@ bool JobQueue::isPrinted(std::uint16_t id) const {
          std::chrono::steady_clock::now() - job->second.when >= printTime_;
 }
 
-void JobQueue::receive(ByteView bytes) {
-  scanner_.add(bytes);
-}
+void JobQueue::receive(ByteView bytes) { scanner_.add(bytes); }
 
 void JobQueue::drained() {
   if (current_ && !current_->cancelSeen && current_->trailingZeros >= cancelRun_) {

@@ -63,9 +63,7 @@ const CommandEntry& entryOf(Command command) {
                        [command](const CommandEntry& entry) { return entry.command == command; });
 }
 
-std::string_view nameOf(Command command) {
-  return entryOf(command).name;
-}
+std::string_view nameOf(Command command) { return entryOf(command).name; }
 
 Bytes makePacket(std::uint8_t flags, ByteView body, std::size_t total) {
   Bytes packet(std::max(total, kCommand + body.size()), 0);

@@ -6,9 +6,7 @@
 
 namespace sim {
 
-void PacketAssembler::add(ByteView bytes) {
-  pending_.insert(pending_.end(), bytes.begin(), bytes.end());
-}
+void PacketAssembler::add(ByteView bytes) { pending_.insert(pending_.end(), bytes.begin(), bytes.end()); }
 
 std::optional<Bytes> PacketAssembler::next() {
   auto start = pending_.begin();

@@ -101,9 +101,7 @@ Bytes Printer::reset() {
   return npa::makePacket(npa::kNotARequest, npa::kPowerOnReset);
 }
 
-Bytes Printer::cancelAcknowledge() {
-  return npa::makePacket(npa::kNotARequest, npa::kCancelAcknowledge);
-}
+Bytes Printer::cancelAcknowledge() { return npa::makePacket(npa::kNotARequest, npa::kCancelAcknowledge); }
 
 Bytes Printer::lock(ConnectionId from) {
   constexpr std::array<std::uint8_t, 4> kLocked = {0xE0, 0x82, 0x02, 0x01};

@@ -13,9 +13,7 @@
 namespace sim {
 namespace {
 
-[[noreturn]] void fail(const char* what) {
-  throw std::system_error(errno, std::generic_category(), what);
-}
+[[noreturn]] void fail(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
 sockaddr_in socketAddress(const std::string& address, std::uint16_t port) {
   sockaddr_in result{};
@@ -34,9 +32,7 @@ void bindTo(const Descriptor& socket, const std::string& address, std::uint16_t 
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-  close();
-}
+Descriptor::~Descriptor() { close(); }
 
 void Descriptor::close() {
   if (fd_ >= 0) ::close(std::exchange(fd_, -1));

@@ -141,27 +141,11 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   std::memcpy(buffer, kInfo, sizeof kInfo);
   return QRN_ERROR_SUCCESS;
 }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() {
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT ConnectionManager* TransportGetConnectionManager() {
-  return &connections;
-}
-QVN_TRANSPORT_EXPORT VisitorManager* TransportGetVisitorManager() {
-  return &visitors;
-}
-QVN_TRANSPORT_EXPORT Discoverer* TransportGetDiscoverer() {
-  return &finder;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() {
-  return QVN_TRANSPORT_ABI_VERSION;
-}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT ConnectionManager* TransportGetConnectionManager() { return &connections; }
+QVN_TRANSPORT_EXPORT VisitorManager* TransportGetVisitorManager() { return &visitors; }
+QVN_TRANSPORT_EXPORT Discoverer* TransportGetDiscoverer() { return &finder; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() { return QVN_TRANSPORT_ABI_VERSION; }

@@ -1,7 +1,6 @@
 // What the connections of this transport have in common.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "qvn/result_codes.h"
@@ -14,13 +13,6 @@ class IpConnection : public Connectable {
  public:
   // Where the device is; the next open goes there. Called whenever the connection is asked for.
   virtual void setEndpoint(const Endpoint& endpoint) = 0;
-
-  // The tag is read and changed by threads that share nothing else.
-  void setTag(std::uint32_t tag) override { tag_ = tag; }
-  std::uint32_t getTag() const override { return tag_; }
-
- private:
-  std::atomic<std::uint32_t> tag_{0};
 };
 
 // A connection without a channel of its own: its visitors do all there is to do.

@@ -35,7 +35,7 @@ std::uint32_t NpaConnection::doClose() {
 
 void NpaConnection::setTag(std::uint32_t tag) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  IpConnection::setTag(tag);
+  Connectable::setTag(tag);
   if (!isWantedLocked()) endSessionLocked();
 }
 
