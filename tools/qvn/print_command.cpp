@@ -124,7 +124,7 @@ std::uint32_t writeBlock(const OpenPrinter& printer, const std::string& block) {
   return QRN_ERROR_SUCCESS;
 }
 
-// Prints the data as one job and returns the number of its bytes.
+// Prints the file as one job and returns the number of its bytes.
 std::uint64_t printJob(const OpenPrinter& printer, const JobNames& names, const std::string& title,
                        InputFile& file, bool showProgress) {
   const auto [client, handle] = std::pair(printer.client(), printer.device().handle);
@@ -143,8 +143,13 @@ std::uint64_t printJob(const OpenPrinter& printer, const JobNames& names, const 
   {
     ProgressBar progress(title, file.size(), showProgress);
     OnInterrupt canceller([&] { cancelJob(printer); });
-    JobData data([&](char* buffer, std::size_t size) { return file.read(buffer, size); },
-                 names.endsWithMarker);
+    JobData data(
+        [&](char* buffer, std::size_t size) {
+          const std::size_t count = file.read(buffer, size);
+          done += count;
+          return count;
+        },
+        names.endsWithMarker);
     try {
       while (result == QRN_ERROR_SUCCESS && !complete && !jobCancelled) {
         const std::string block = data.next();
@@ -153,7 +158,6 @@ std::uint64_t printJob(const OpenPrinter& printer, const JobNames& names, const 
         }
         complete = block.empty();
         result = writeBlock(printer, block);
-        done += block.size();
         progress.update(done);
         if (printerInError) {
           progress.note("the printer does not take the data; Ctrl-C cancels the job");
