@@ -3,6 +3,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
+
+#include "api/let_go.h"
 
 namespace qvn {
 
@@ -12,7 +15,8 @@ class AcquiredObject {
   explicit AcquiredObject(std::uint32_t handle)
       : handle_(handle), object_(Table::getInstance().acquire(handle)), held_(object_ != nullptr) {}
   ~AcquiredObject() {
-    if (held_) Table::getInstance().release(handle_);
+    if (held_) letGo(Table::getInstance().release(handle_));
+    letGo(std::move(object_));
   }
   AcquiredObject(const AcquiredObject&) = delete;
   AcquiredObject& operator=(const AcquiredObject&) = delete;

@@ -23,7 +23,8 @@ void leave() {
 
 }  // namespace
 
-CallGate::Pass::Pass() : entered_((gate.fetch_add(1, std::memory_order_acq_rel) & kOpen) != 0 || ownCalls > 0) {
+CallGate::Pass::Pass()
+    : entered_((gate.fetch_add(1, std::memory_order_acq_rel) & kOpen) != 0 || ownCalls > 0) {
   if (entered_) {
     ++ownCalls;
   } else {

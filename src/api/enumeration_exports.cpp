@@ -26,17 +26,19 @@ std::uint32_t findByName(const char* name, std::uint32_t& handle) {
   return rc != QRN_ERROR_SUCCESS ? rc : AttributeCodec::getLong(text, attribute::kHandle, handle);
 }
 
-// Looks the device up by name; when there is none, lets the local transports look for devices and tries again.
+// Looks the device up by name; when there is none, lets the local transports look for devices and tries
+// again.
 template <typename Store>
-std::uint32_t enumSpecific(const char* function, std::uint32_t clientId, const char* name, std::uint32_t* handle,
-                           const char* notFoundText) {
+std::uint32_t enumSpecific(const char* function, std::uint32_t clientId, const char* name,
+                           std::uint32_t* handle, const char* notFoundText) {
   return tracedCall([=] { return entryText(function, clientId); },
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (name == nullptr || handle == nullptr) return QRN_ERROR_INVALID_PARAMETER;
                       std::uint32_t rc = findByName<Store>(name, *handle);
                       if (rc == QRN_ERROR_UNKNOWN_PORT) {
                         logDetail(log_component::server(), [&] {
-                          return entryText(function, clientId) << notFoundText << ", performing local discovery";
+                          return entryText(function, clientId)
+                                 << notFoundText << ", performing local discovery";
                         });
                         System::qvnDiscovery(kLocalTransport, "");
                         rc = findByName<Store>(name, *handle);
@@ -129,35 +131,35 @@ uint32_t QvnValidatePortName(uint32_t clientId, const char* name) {
 
 uint32_t QvnGetDiscoveryDefaults(uint32_t clientId, const char* transport, char* buffer, uint32_t bufferSize,
                                  uint32_t* required) {
-  return tracedCall([=] { return entryText("QvnGetDiscoveryDefaults", clientId); },
-                    [&](ExitDetail& exit) -> std::uint32_t {
-                      if (transport == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
-                        return QRN_ERROR_INVALID_PARAMETER;
-                      }
-                      *required = 0;
-                      buffer[0] = '\0';
-                      Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-                      const std::uint32_t rc = callTransport(
-                          "getDefaults", [&] { return discoverer.getDefaults(buffer, bufferSize, required); });
-                      exit.set([&] {
-                        LogText text;
-                        text << " transport=" << transport << " default=";
-                        return text.hex(buffer, std::min(*required, bufferSize));
-                      });
-                      return rc;
-                    });
+  return tracedCall(
+      [=] { return entryText("QvnGetDiscoveryDefaults", clientId); },
+      [&](ExitDetail& exit) -> std::uint32_t {
+        if (transport == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
+          return QRN_ERROR_INVALID_PARAMETER;
+        }
+        *required = 0;
+        buffer[0] = '\0';
+        Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+        const std::uint32_t rc = callTransport(
+            "getDefaults", [&] { return discoverer.getDefaults(buffer, bufferSize, required); });
+        exit.set([&] {
+          LogText text;
+          text << " transport=" << transport << " default=";
+          return text.hex(buffer, std::min(*required, bufferSize));
+        });
+        return rc;
+      });
 }
 
 uint32_t QvnSetDiscoveryDefaults(uint32_t clientId, const char* transport, const char* defaults) {
-  return tracedCall([=] { return entryText("QvnSetDiscoveryDefaults", clientId); },
-                    [&](ExitDetail& exit) -> std::uint32_t {
-                      if (transport == nullptr || defaults == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-                      const std::uint32_t rc =
-                          callTransport("setDefaults", [&] { return discoverer.setDefaults(defaults); });
-                      exit.set([&] {
-                        return LogText() << " transport=" << transport << " defaults=" << defaults;
-                      });
-                      return rc;
-                    });
+  return tracedCall(
+      [=] { return entryText("QvnSetDiscoveryDefaults", clientId); },
+      [&](ExitDetail& exit) -> std::uint32_t {
+        if (transport == nullptr || defaults == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+        Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+        const std::uint32_t rc =
+            callTransport("setDefaults", [&] { return discoverer.setDefaults(defaults); });
+        exit.set([&] { return LogText() << " transport=" << transport << " defaults=" << defaults; });
+        return rc;
+      });
 }

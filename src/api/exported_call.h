@@ -81,9 +81,7 @@ template <typename Body>
 std::uint32_t deviceCall(const char* function, std::uint32_t clientId, std::uint32_t handle,
                          Body&& body) noexcept {
   return tracedCall([=] { return entryText(function, handle, clientId); },
-                    [&](ExitDetail& exit) {
-                      return handle == 0 ? QRN_ERROR_INVALID_HANDLE : body(exit);
-                    });
+                    [&](ExitDetail& exit) { return handle == 0 ? QRN_ERROR_INVALID_HANDLE : body(exit); });
 }
 
 }  // namespace qvn

@@ -29,9 +29,8 @@ uint32_t QvnDeleteHid(uint32_t clientId, uint32_t handle) {
 }
 
 uint32_t QvnRegisterForReportsHid(uint32_t clientId, uint32_t handle, QvnHidReportCallback callback) {
-  return deviceCall("QvnRegisterForReportsHid", clientId, handle, [&](ExitDetail&) {
-    return callback == nullptr ? QRN_ERROR_INVALID_FUNCTION : kNoHid;
-  });
+  return deviceCall("QvnRegisterForReportsHid", clientId, handle,
+                    [&](ExitDetail&) { return callback == nullptr ? QRN_ERROR_INVALID_FUNCTION : kNoHid; });
 }
 
 uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle) {
@@ -39,7 +38,8 @@ uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle) {
                     [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
 }
 
-uint32_t QvnRegisterForNotificationsHid(uint32_t clientId, uint32_t handle, QvnNotificationCallback callback) {
+uint32_t QvnRegisterForNotificationsHid(uint32_t clientId, uint32_t handle,
+                                        QvnNotificationCallback callback) {
   return deviceCall("QvnRegisterForNotificationsHid", clientId, handle, [&](ExitDetail&) {
     return callback == nullptr || clientId == 0 ? QRN_ERROR_INVALID_PARAMETER : kNoHid;
   });
@@ -63,15 +63,16 @@ uint32_t QvnGetLongHid(uint32_t clientId, uint32_t handle, const char* key, uint
     }
     logDetail(log_component::server(), [&] {
       LogText text;
-      text << "QvnGetLongHid(clientId=" << clientId << ", handle=" << handle << ", key=" << key << ") rc=" << rc;
+      text << "QvnGetLongHid(clientId=" << clientId << ", handle=" << handle << ", key=" << key
+           << ") rc=" << rc;
       return value == nullptr ? text : (text << ", value=0x").radix(*value, 16);
     });
     return rc;
   });
 }
 
-uint32_t QvnGetStringHid(uint32_t clientId, uint32_t handle, const char* key, char* buffer, uint32_t bufferSize,
-                         uint32_t* required) {
+uint32_t QvnGetStringHid(uint32_t clientId, uint32_t handle, const char* key, char* buffer,
+                         uint32_t bufferSize, uint32_t* required) {
   return deviceCall("QvnGetStringHid", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
       return QRN_ERROR_INVALID_PARAMETER;

@@ -1,8 +1,11 @@
 #include "api/initialization.h"
 
+#include <thread>
+
 #include "api/call_gate.h"
 #include "api/system.h"
 #include "common/basic_logger.h"
+#include "common/client_callback.h"
 #include "common/exception.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/critical_section.h"
@@ -10,9 +13,9 @@
 namespace qvn {
 namespace {
 
-// The initialisation lock guards the count, the closing flag and the making and taking down of System; only the
-// two functions here take it. It is not held while calls in flight are waited for: one of them may be in a
-// callback that initialises the library again.
+// The initialisation lock guards the count, the closing flag and the making and taking down of System; only
+// the two functions here take it. It is not held while calls in flight are waited for: one of them may be in
+// a callback that initialises the library again.
 CriticalSection initializationLock;
 std::int32_t initializeCount = 0;
 // The last uninitialisation has been, System is still there.
@@ -74,6 +77,10 @@ std::uint32_t Initialization::uninitialize() {
     }
     if (CallGate::isInsideCall()) {
       destructionDeferred = true;
+    } else if (ClientCallback::isRunning()) {
+      // On a transport's thread, which would have to end itself. Nobody can wait for it but the process's
+      // end.
+      std::thread(destroySystem).detach();
     } else {
       destroySystem();
     }

@@ -11,8 +11,8 @@
 
 namespace qvn {
 
-// An entry exists from a job's start to its end. The cancel only marks it; the writing thread looks at the mark
-// after its write.
+// An entry exists from a job's start to its end. The cancel only marks it; the writing thread looks at the
+// mark after its write.
 class JobTracker : public ProcessService<JobTracker> {
  public:
   using CancelFlag = std::shared_ptr<std::atomic<bool>>;

@@ -34,8 +34,9 @@ uint32_t QvnDeletePrinter(uint32_t clientId, uint32_t handle) {
                     [&](ExitDetail&) { return System::qvnDeletePrinter(handle); });
 }
 
-uint32_t QvnStartJobPrinter(uint32_t clientId, uint32_t handle, uint32_t spoolerJobId, const char* printObject,
-                            const char* hostName, const char* jobName, const char* userName) {
+uint32_t QvnStartJobPrinter(uint32_t clientId, uint32_t handle, uint32_t spoolerJobId,
+                            const char* printObject, const char* hostName, const char* jobName,
+                            const char* userName) {
   return deviceCall("QvnStartJobPrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (printObject == nullptr) return QRN_ERROR_INVALID_PARAMETER;
     JobRequest job{spoolerJobId, printObject, orEmpty(hostName), orEmpty(jobName), orEmpty(userName)};
@@ -52,7 +53,8 @@ uint32_t QvnWritePrinter(uint32_t clientId, uint32_t handle, const uint8_t* buff
       [=] { return entryText("QvnWritePrinter", handle, clientId) << " bufferSize=" << bufferSize; },
       [&](ExitDetail& exit) -> std::uint32_t {
         if (handle == 0) return QRN_ERROR_INVALID_HANDLE;
-        if (buffer == nullptr || bufferSize == 0 || bytesWritten == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+        if (buffer == nullptr || bufferSize == 0 || bytesWritten == nullptr)
+          return QRN_ERROR_INVALID_PARAMETER;
         const std::uint32_t rc = System::qvnWritePrinter(clientId, handle, buffer, bufferSize, *bytesWritten);
         exit.set([&] { return LogText() << " bytesWritten=" << *bytesWritten; });
         return rc;
@@ -69,8 +71,9 @@ uint32_t QvnCancelJobPrinter(uint32_t clientId, uint32_t handle) {
                     [&](ExitDetail&) { return System::qvnCancelJobPrinter(handle); });
 }
 
-uint32_t QvnExchangeNpaPrinter(uint32_t clientId, uint32_t handle, const uint8_t* request, uint32_t requestLength,
-                               uint8_t* reply, uint32_t replySize, uint32_t* replyLength) {
+uint32_t QvnExchangeNpaPrinter(uint32_t clientId, uint32_t handle, const uint8_t* request,
+                               uint32_t requestLength, uint8_t* reply, uint32_t replySize,
+                               uint32_t* replyLength) {
   return deviceCall("QvnExchangeNpaPrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (request == nullptr || reply == nullptr || replyLength == nullptr) return QRN_ERROR_INVALID_PARAMETER;
     if (!NpaPacket(request, requestLength).isAllowedFromClient()) {
@@ -182,7 +185,8 @@ uint32_t QvnSetByteArrayPrinter(uint32_t /*clientId*/, uint32_t handle, const ch
   });
 }
 
-uint32_t QvnRegisterForAlertsPrinter(uint32_t clientId, uint32_t handle, uint32_t mask, QvnAlertCallback callback) {
+uint32_t QvnRegisterForAlertsPrinter(uint32_t clientId, uint32_t handle, uint32_t mask,
+                                     QvnAlertCallback callback) {
   return deviceCall("QvnRegisterForAlertsPrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (callback == nullptr || clientId == 0) return QRN_ERROR_INVALID_PARAMETER;
     const std::uint32_t rc = System::qvnRegisterForAlertsPrinter(handle, {clientId, mask, callback});
@@ -198,14 +202,14 @@ uint32_t QvnUnregisterForAlertsPrinter(uint32_t clientId, uint32_t handle) {
 
 uint32_t QvnRegisterForNotificationsPrinter(uint32_t clientId, uint32_t handle, uint32_t category,
                                             QvnNotificationCallback callback) {
-  return deviceCall("QvnRegisterForNotificationsPrinter", clientId, handle,
-                    [&](ExitDetail& exit) -> std::uint32_t {
-                      if (callback == nullptr || clientId == 0) return QRN_ERROR_INVALID_PARAMETER;
-                      const std::uint32_t rc = System::qvnRegisterForNotificationsPrinter(
-                          handle, {clientId, category, Data(), callback});
-                      exit.set([&] { return LogText() << " category=" << category; });
-                      return rc;
-                    });
+  return deviceCall(
+      "QvnRegisterForNotificationsPrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
+        if (callback == nullptr || clientId == 0) return QRN_ERROR_INVALID_PARAMETER;
+        const std::uint32_t rc =
+            System::qvnRegisterForNotificationsPrinter(handle, {clientId, category, Data(), callback});
+        exit.set([&] { return LogText() << " category=" << category; });
+        return rc;
+      });
 }
 
 uint32_t QvnUnregisterForNotificationsPrinter(uint32_t clientId, uint32_t handle) {

@@ -1,5 +1,6 @@
 #include "api/system.h"
 
+#include "api/deferred_calls.h"
 #include "api/discovery_manager.h"
 #include "api/job_tracker.h"
 #include "api/library_load.h"
@@ -47,6 +48,7 @@ bool startServices() {
 }
 
 void stopServices() {
+  DeferredCalls::destroyInstance();
   // A printer's writer may be writing through a transport that is about to be unloaded.
   for (const auto& printer : PrinterTable::getInstance().liveObjects()) printer->shutDown();
 

@@ -1,10 +1,10 @@
-// System: the library's services in the order of their birth and death, and what the exported functions forward
-// to.
+// System: the library's services in the order of their birth and death, and what the exported functions
+// forward to.
 //
 // Birth: Localize, the logger, the stores, Transports, PrinterTable and ScannerTable, DiscoveryManager,
-// JobTracker, DeviceFactories, the device factories. HidTable is made on first use.
-// Death: the live printers' threads, JobTracker, DeviceFactories, Transports (which unloads the plug-ins), the
-// tables, DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
+// JobTracker, DeviceFactories, the device factories. HidTable and DeferredCalls are made on first use.
+// Death: DeferredCalls, the live printers' threads, JobTracker, DeviceFactories, Transports (which unloads
+// the plug-ins), the tables, DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
 #pragma once
 
 #include <cstdint>
@@ -20,16 +20,18 @@ namespace qvn {
 
 class System : public ProcessService<System> {
  public:
-  // The arguments of the exported functions, checked by them. Device operations answer 6 when the handle's table
-  // has no object; the others what the device, the store or the transport answers.
+  // The arguments of the exported functions, checked by them. Device operations answer 6 when the handle's
+  // table has no object; the others what the device, the store or the transport answers.
 
   // Printers (system_printers.cpp).
   static std::uint32_t qvnOpenPrinter(std::uint32_t clientId, std::uint32_t handle);
   static std::uint32_t qvnClosePrinter(std::uint32_t clientId, std::uint32_t handle);
   static std::uint32_t qvnDeletePrinter(std::uint32_t handle);
-  static std::uint32_t qvnStartJobPrinter(std::uint32_t clientId, std::uint32_t handle, const JobRequest& job);
-  static std::uint32_t qvnWritePrinter(std::uint32_t clientId, std::uint32_t handle, const std::uint8_t* buffer,
-                                       std::uint32_t bufferSize, std::uint32_t& bytesWritten);
+  static std::uint32_t qvnStartJobPrinter(std::uint32_t clientId, std::uint32_t handle,
+                                          const JobRequest& job);
+  static std::uint32_t qvnWritePrinter(std::uint32_t clientId, std::uint32_t handle,
+                                       const std::uint8_t* buffer, std::uint32_t bufferSize,
+                                       std::uint32_t& bytesWritten);
   static std::uint32_t qvnEndJobPrinter(std::uint32_t clientId, std::uint32_t handle);
   static std::uint32_t qvnCancelJobPrinter(std::uint32_t handle);
   static std::uint32_t qvnExchangeNpaPrinter(std::uint32_t clientId, std::uint32_t handle, Data& request,
@@ -40,8 +42,10 @@ class System : public ProcessService<System> {
   static std::uint32_t qvnSetLongPrinter(std::uint32_t handle, const std::string& key, std::uint32_t value);
   static std::uint32_t qvnSetStringPrinter(std::uint32_t handle, const std::string& key,
                                            const std::string& value);
-  static std::uint32_t qvnSetByteArrayPrinter(std::uint32_t handle, const std::string& key, const Data& bytes);
-  static std::uint32_t qvnRegisterForAlertsPrinter(std::uint32_t handle, const AlertRegistration& registration);
+  static std::uint32_t qvnSetByteArrayPrinter(std::uint32_t handle, const std::string& key,
+                                              const Data& bytes);
+  static std::uint32_t qvnRegisterForAlertsPrinter(std::uint32_t handle,
+                                                   const AlertRegistration& registration);
   static std::uint32_t qvnUnregisterForAlertsPrinter(std::uint32_t clientId, std::uint32_t handle);
   static std::uint32_t qvnRegisterForNotificationsPrinter(std::uint32_t handle,
                                                           const NotificationRegistration& registration);

@@ -69,9 +69,8 @@ std::uint32_t System::qvnEnumPrinters(std::uint32_t clientId, const std::string&
   for (const std::string& text : texts) {
     std::uint32_t handle = 0;
     if (AttributeCodec::getLong(text, attribute::kHandle, handle) != QRN_ERROR_SUCCESS) {
-      logError(log_component::server(), [&] {
-        return LogText() << "TransportString is missing device key: " << text;
-      });
+      logError(log_component::server(),
+               [&] { return LogText() << "TransportString is missing device key: " << text; });
       continue;
     }
     std::string name;
@@ -80,7 +79,8 @@ std::uint32_t System::qvnEnumPrinters(std::uint32_t clientId, const std::string&
       continue;
     }
     logDetail(log_component::server(), [&] {
-      return LogText() << "System::QvnEnumPrinters()" << " callback(" << clientId << "," << handle << ")";
+      return LogText() << "System::QvnEnumPrinters()"
+                       << " callback(" << clientId << "," << handle << ")";
     });
     callback(clientId, handle);
   }
@@ -107,7 +107,9 @@ std::uint32_t System::qvnDiscovery(const std::string& transport, const std::stri
     rc = DiscoveryManager::getInstance().discover(name, options);
     if (rc == QRN_ERROR_SUCCESS) continue;
     logDetail(log_component::server(), [&] {
-      return LogText() << "QvnDiscovery()" << " DiscoveryManager.discover(" << name << ")" << " error=" << rc;
+      return LogText() << "QvnDiscovery()"
+                       << " DiscoveryManager.discover(" << name << ")"
+                       << " error=" << rc;
     });
   }
   return rc;
@@ -115,7 +117,8 @@ std::uint32_t System::qvnDiscovery(const std::string& transport, const std::stri
 
 std::uint32_t System::qvnValidatePortName(const std::string& name) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
-    return LogText() << "System::qvnValidatePortName()" << "  port=" << name;
+    return LogText() << "System::qvnValidatePortName()"
+                     << "  port=" << name;
   });
   std::vector<std::string> texts;
   PrinterStore::getInstance().enumerate(texts);

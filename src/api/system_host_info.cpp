@@ -22,7 +22,8 @@ std::string storedText() {
 }
 
 // A default has its size by its key, whatever the value: answers 122 when the buffer is smaller than that.
-std::optional<std::uint32_t> refuseSmall(std::uint32_t size, std::uint32_t bufferSize, std::uint32_t& required) {
+std::optional<std::uint32_t> refuseSmall(std::uint32_t size, std::uint32_t bufferSize,
+                                         std::uint32_t& required) {
   required = size;
   if (bufferSize < size) return QRN_ERROR_INSUFFICIENT_BUFFER;
   return std::nullopt;

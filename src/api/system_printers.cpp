@@ -1,8 +1,12 @@
 // What the exported printer functions forward to.
 #include "api/acquired_object.h"
+#include "api/deferred_calls.h"
 #include "api/discovery_manager.h"
 #include "api/job_tracker.h"
+#include "api/let_go.h"
 #include "api/system.h"
+#include "common/client_callback.h"
+#include "common/lent_data.h"
 #include "device/printer_store.h"
 #include "device/printer_table.h"
 #include "printer/printer_object.h"
@@ -20,8 +24,20 @@ std::uint32_t withAcquired(std::uint32_t handle, Operation&& operation) {
 // The same on an object that is live already: the printer must be open in this process.
 template <typename Operation>
 std::uint32_t withLive(std::uint32_t handle, Operation&& operation) {
-  const auto printer = PrinterTable::getInstance().find(handle);
-  return printer ? operation(*printer) : QRN_ERROR_INVALID_HANDLE;
+  auto printer = PrinterTable::getInstance().find(handle);
+  if (!printer) return QRN_ERROR_INVALID_HANDLE;
+  const std::uint32_t rc = operation(*printer);
+  letGo(std::move(printer));
+  return rc;
+}
+
+std::uint32_t closeNow(std::uint32_t clientId, std::uint32_t handle) {
+  bool wasOpen = false;
+  const std::uint32_t rc =
+      withLive(handle, [&](PrinterObject& printer) { return printer.close(clientId, wasOpen); });
+  // The reference is the open's: a close without an open has none to give back.
+  if (wasOpen) letGo(PrinterTable::getInstance().release(handle));
+  return rc;
 }
 
 }  // namespace
@@ -46,11 +62,12 @@ std::uint32_t System::qvnOpenPrinter(std::uint32_t clientId, std::uint32_t handl
 }
 
 std::uint32_t System::qvnClosePrinter(std::uint32_t clientId, std::uint32_t handle) {
-  bool wasOpen = false;
-  const std::uint32_t rc =
-      withLive(handle, [&](PrinterObject& printer) { return printer.close(clientId, wasOpen); });
-  // The reference is the open's: a close without an open has none to give back.
-  if (wasOpen) PrinterTable::getInstance().release(handle);
+  if (!ClientCallback::isRunning()) return closeNow(clientId, handle);
+  const std::uint32_t rc = withLive(handle, [&](PrinterObject& printer) {
+    return printer.isOpenBy(clientId) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION;
+  });
+  // The callback may run on this very printer.
+  if (rc == QRN_ERROR_SUCCESS) DeferredCalls::getInstance().post([=] { closeNow(clientId, handle); });
   return rc;
 }
 
@@ -59,17 +76,19 @@ std::uint32_t System::qvnDeletePrinter(std::uint32_t handle) {
   return PrinterStore::getInstance().remove(handle);
 }
 
-std::uint32_t System::qvnStartJobPrinter(std::uint32_t clientId, std::uint32_t handle, const JobRequest& job) {
+std::uint32_t System::qvnStartJobPrinter(std::uint32_t clientId, std::uint32_t handle,
+                                         const JobRequest& job) {
   const std::uint32_t rc =
       withLive(handle, [&](PrinterObject& printer) { return printer.startJob(clientId, job); });
   if (rc == QRN_ERROR_SUCCESS) JobTracker::getInstance().add(handle);
   return rc;
 }
 
-std::uint32_t System::qvnWritePrinter(std::uint32_t clientId, std::uint32_t handle, const std::uint8_t* buffer,
-                                      std::uint32_t bufferSize, std::uint32_t& bytesWritten) {
+std::uint32_t System::qvnWritePrinter(std::uint32_t clientId, std::uint32_t handle,
+                                      const std::uint8_t* buffer, std::uint32_t bufferSize,
+                                      std::uint32_t& bytesWritten) {
   const JobTracker::CancelFlag cancelled = JobTracker::getInstance().find(handle);
-  Data request(buffer, bufferSize);
+  LentData request(buffer, bufferSize);
   std::uint32_t rc =
       withLive(handle, [&](PrinterObject& printer) { return printer.print(clientId, request); });
   bytesWritten = request.getCount();
@@ -92,7 +111,8 @@ std::uint32_t System::qvnCancelJobPrinter(std::uint32_t handle) {
 
 std::uint32_t System::qvnExchangeNpaPrinter(std::uint32_t clientId, std::uint32_t handle, Data& request,
                                             Data& reply) {
-  return withLive(handle, [&](PrinterObject& printer) { return printer.exchangeNpa(clientId, request, reply); });
+  return withLive(handle,
+                  [&](PrinterObject& printer) { return printer.exchangeNpa(clientId, request, reply); });
 }
 
 std::uint32_t System::qvnGetCachePrinter(std::uint32_t clientId, std::uint32_t handle, Data& cache) {
@@ -101,7 +121,8 @@ std::uint32_t System::qvnGetCachePrinter(std::uint32_t clientId, std::uint32_t h
 
 std::uint32_t System::qvnGetCurrentStatePrinter(std::uint32_t clientId, std::uint32_t handle,
                                                 std::uint32_t& state) {
-  return withAcquired(handle, [&](PrinterObject& printer) { return printer.getCurrentState(clientId, state); });
+  return withAcquired(handle,
+                      [&](PrinterObject& printer) { return printer.getCurrentState(clientId, state); });
 }
 
 std::uint32_t System::qvnSetLongPrinter(std::uint32_t handle, const std::string& key, std::uint32_t value) {
@@ -113,13 +134,15 @@ std::uint32_t System::qvnSetStringPrinter(std::uint32_t handle, const std::strin
   return withAcquired(handle, [&](PrinterObject& printer) { return printer.setString(key, value); });
 }
 
-std::uint32_t System::qvnSetByteArrayPrinter(std::uint32_t handle, const std::string& key, const Data& bytes) {
+std::uint32_t System::qvnSetByteArrayPrinter(std::uint32_t handle, const std::string& key,
+                                             const Data& bytes) {
   return withAcquired(handle, [&](PrinterObject& printer) {
     return printer.setByteArray(key, bytes.getBuffer(), bytes.getLength());
   });
 }
 
-std::uint32_t System::qvnRegisterForAlertsPrinter(std::uint32_t handle, const AlertRegistration& registration) {
+std::uint32_t System::qvnRegisterForAlertsPrinter(std::uint32_t handle,
+                                                  const AlertRegistration& registration) {
   return withLive(handle, [&](PrinterObject& printer) { return printer.registerForAlerts(registration); });
 }
 
@@ -129,11 +152,13 @@ std::uint32_t System::qvnUnregisterForAlertsPrinter(std::uint32_t clientId, std:
 
 std::uint32_t System::qvnRegisterForNotificationsPrinter(std::uint32_t handle,
                                                          const NotificationRegistration& registration) {
-  return withLive(handle, [&](PrinterObject& printer) { return printer.registerForNotifications(registration); });
+  return withLive(handle,
+                  [&](PrinterObject& printer) { return printer.registerForNotifications(registration); });
 }
 
 std::uint32_t System::qvnUnregisterForNotificationsPrinter(std::uint32_t clientId, std::uint32_t handle) {
-  return withLive(handle, [&](PrinterObject& printer) { return printer.unregisterForNotifications(clientId); });
+  return withLive(handle,
+                  [&](PrinterObject& printer) { return printer.unregisterForNotifications(clientId); });
 }
 
 }  // namespace qvn

@@ -56,14 +56,16 @@ bool AttributeCodec::isWriteable(std::string_view descriptor) {
   return descriptorField(descriptor, "Access") == "Writeable";
 }
 
-std::uint32_t AttributeCodec::getLong(std::string_view text, std::string_view descriptor, std::uint32_t& value) {
+std::uint32_t AttributeCodec::getLong(std::string_view text, std::string_view descriptor,
+                                      std::uint32_t& value) {
   std::string_view content;
   const std::uint32_t rc = find(text, descriptor, kLongType, content);
   if (rc == QRN_ERROR_SUCCESS) value = static_cast<std::uint32_t>(std::atol(std::string(content).c_str()));
   return rc;
 }
 
-std::uint32_t AttributeCodec::getString(std::string_view text, std::string_view descriptor, std::string& value) {
+std::uint32_t AttributeCodec::getString(std::string_view text, std::string_view descriptor,
+                                        std::string& value) {
   std::string_view content;
   const std::uint32_t rc = find(text, descriptor, kStringType, content);
   if (rc == QRN_ERROR_SUCCESS) value = content;
@@ -88,7 +90,8 @@ std::uint32_t AttributeCodec::setLong(std::string& text, std::string_view descri
   return set(text, descriptor, kLongType, std::to_string(value));
 }
 
-std::uint32_t AttributeCodec::setString(std::string& text, std::string_view descriptor, std::string_view value) {
+std::uint32_t AttributeCodec::setString(std::string& text, std::string_view descriptor,
+                                        std::string_view value) {
   return set(text, descriptor, kStringType, value);
 }
 

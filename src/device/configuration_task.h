@@ -11,7 +11,8 @@ namespace qvn {
 class ConfigurationTask : public Task {
  public:
   // `attributes` is the attribute text with the change made; the descriptor names what was changed.
-  ConfigurationTask(Device& device, Connectable& connection, std::string descriptor, const std::string& attributes);
+  ConfigurationTask(Device& device, Connectable& connection, std::string descriptor,
+                    const std::string& attributes);
   ~ConfigurationTask() override = default;
 
  protected:

@@ -10,14 +10,14 @@ namespace {
 // 87 with a line in the log when the attribute may only be read.
 std::uint32_t refuseReadOnly(const char* operation, const std::string& descriptor) {
   if (AttributeCodec::isWriteable(descriptor)) return QRN_ERROR_SUCCESS;
-  logError(log_component::server(), [&] {
-    return LogText() << operation << " Attempt to set a ReadOnly key=" << descriptor;
-  });
+  logError(log_component::server(),
+           [&] { return LogText() << operation << " Attempt to set a ReadOnly key=" << descriptor; });
   return QRN_ERROR_INVALID_PARAMETER;
 }
 
 std::uint32_t refuseUnsupported(const char* operation, const std::string& descriptor) {
-  logError(log_component::server(), [&] { return LogText() << operation << " called!!!, key: " << descriptor; });
+  logError(log_component::server(),
+           [&] { return LogText() << operation << " called!!!, key: " << descriptor; });
   return QRN_ERROR_INTERNAL_ERROR;
 }
 

@@ -22,9 +22,8 @@ Factory* DeviceFactories::find(const std::string& attributes) {
 std::unique_ptr<Device> DeviceFactories::makeDevice(const std::string& attributes) {
   Factory* const factory = find(attributes);
   if (factory != nullptr) return factory->doMakeDevice(attributes);
-  logDetail(log_component::server(), [&] {
-    return LogText() << "DeviceFactories unable to make device: " << attributes;
-  });
+  logDetail(log_component::server(),
+            [&] { return LogText() << "DeviceFactories unable to make device: " << attributes; });
   return nullptr;
 }
 

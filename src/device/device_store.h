@@ -26,8 +26,8 @@ class DeviceStore {
   explicit DeviceStore(const char* name) : name_(name) {}
   ~DeviceStore() = default;
 
-  // Puts the object that `make` gives for the stored text into the table: 1168 nothing is stored, 6 there is no
-  // object for it.
+  // Puts the object that `make` gives for the stored text into the table: 1168 nothing is stored, 6 there is
+  // no object for it.
   template <typename Table, typename Make>
   std::uint32_t restoreInto(Table& table, std::uint32_t handle, Make&& make) {
     std::string text;

@@ -11,8 +11,8 @@
 
 namespace qvn {
 
-// An object lives from the first acquire to the last release; whoever got it keeps it alive for the call it is
-// in. The table's lock is held while a store restores an object, never the other way round.
+// An object lives from the first acquire to the last release; whoever got it keeps it alive for the call it
+// is in. The table's lock is held while a store restores an object, never the other way round.
 template <typename Object>
 class HandleTable {
  public:
@@ -40,18 +40,19 @@ class HandleTable {
     return found == entries_.end() ? nullptr : found->second.object;
   }
 
-  // Takes back one acquire; the last one removes the object. A handle that is not live is ignored.
-  void release(std::uint32_t handle) {
-    // Destroyed after the lock is given up: the object's end may take long.
+  // Takes back one acquire. The last one removes the object and gives it to the caller, who decides where it
+  // ends; else null. A handle that is not live is ignored.
+  std::shared_ptr<Object> release(std::uint32_t handle) {
     std::shared_ptr<Object> last;
     CriticalSectionLock lock(lock_);
     const auto found = entries_.find(handle);
-    if (found == entries_.end()) return;
+    if (found == entries_.end()) return nullptr;
     if (found->second.references > 0) --found->second.references;
     if (found->second.references == 0) {
       last = std::move(found->second.object);
       entries_.erase(found);
     }
+    return last;
   }
 
   void add(std::uint32_t handle, std::shared_ptr<Object> object) {

@@ -6,9 +6,8 @@
 namespace qvn {
 
 std::uint32_t HidStore::restore(std::uint32_t handle) {
-  return restoreInto(HidTable::getInstance(), handle, [](const std::string& text) {
-    return DeviceFactories::getInstance().makeHid(text);
-  });
+  return restoreInto(HidTable::getInstance(), handle,
+                     [](const std::string& text) { return DeviceFactories::getInstance().makeHid(text); });
 }
 
 }  // namespace qvn

@@ -26,9 +26,8 @@ platform::ErrorCode forEachText(const std::string& store,
   registry::Key key;
   const platform::ErrorCode error = registry::openKey(registry::Hive::LocalMachine, path, key);
   if (error != platform::kSuccess) return error;
-  return registry::forEachValue(key, [&](std::string_view, registry::ValueType type, std::string_view text) {
-    reader(type, text);
-  });
+  return registry::forEachValue(
+      key, [&](std::string_view, registry::ValueType type, std::string_view text) { reader(type, text); });
 }
 
 // 0, or the thread's last error as the settings left it when they failed.
@@ -38,7 +37,8 @@ std::uint32_t resultOf(bool succeeded) { return succeeded ? QRN_ERROR_SUCCESS : 
 
 PersistenceStore::PersistenceStore() : mutex_(false, kMutexName, true) {}
 
-std::uint32_t PersistenceStore::write(const std::string& store, std::uint32_t handle, const std::string& text) {
+std::uint32_t PersistenceStore::write(const std::string& store, std::uint32_t handle,
+                                      const std::string& text) {
   InterProcessLock lock(mutex_);
   return resultOf(ApplicationSettings().setString(store, std::to_string(handle), text, kLocal));
 }
@@ -59,16 +59,17 @@ std::uint32_t PersistenceStore::findByPortname(const std::string& store, const s
   InterProcessLock lock(mutex_);
   std::uint32_t rc = QRN_ERROR_UNKNOWN_PORT;
   std::string candidate;
-  const platform::ErrorCode error = forEachText(store, [&](registry::ValueType type, std::string_view stored) {
-    if (rc != QRN_ERROR_UNKNOWN_PORT) return;
-    if (type != registry::ValueType::String) {
-      rc = QRN_ERROR_INTERNAL_ERROR;
-    } else if (AttributeCodec::getString(stored, attribute::kPortname, candidate) == QRN_ERROR_SUCCESS &&
-               equalsIgnoringCase(candidate, portName)) {
-      text = stored;
-      rc = QRN_ERROR_SUCCESS;
-    }
-  });
+  const platform::ErrorCode error =
+      forEachText(store, [&](registry::ValueType type, std::string_view stored) {
+        if (rc != QRN_ERROR_UNKNOWN_PORT) return;
+        if (type != registry::ValueType::String) {
+          rc = QRN_ERROR_INTERNAL_ERROR;
+        } else if (AttributeCodec::getString(stored, attribute::kPortname, candidate) == QRN_ERROR_SUCCESS &&
+                   equalsIgnoringCase(candidate, portName)) {
+          text = stored;
+          rc = QRN_ERROR_SUCCESS;
+        }
+      });
   if (error != platform::kSuccess) platform::setLastError(error);
   return rc;
 }
@@ -76,9 +77,10 @@ std::uint32_t PersistenceStore::findByPortname(const std::string& store, const s
 std::uint32_t PersistenceStore::enumerate(const std::string& store, std::vector<std::string>& texts) {
   InterProcessLock lock(mutex_);
   texts.clear();
-  const platform::ErrorCode error = forEachText(store, [&](registry::ValueType type, std::string_view stored) {
-    if (type == registry::ValueType::String) texts.emplace_back(stored);
-  });
+  const platform::ErrorCode error =
+      forEachText(store, [&](registry::ValueType type, std::string_view stored) {
+        if (type == registry::ValueType::String) texts.emplace_back(stored);
+      });
   if (error != platform::kSuccess) platform::setLastError(error);
   return QRN_ERROR_SUCCESS;
 }

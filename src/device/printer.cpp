@@ -16,12 +16,16 @@ std::uint32_t Printer::doPrint(Data& /*request*/) { return QRN_ERROR_INVALID_FUN
 std::uint32_t Printer::doWrite(Data& /*request*/) { return QRN_ERROR_INVALID_FUNCTION; }
 std::uint32_t Printer::doEndJob() { return QRN_ERROR_INVALID_FUNCTION; }
 std::uint32_t Printer::doCancelPrint() { return QRN_ERROR_INVALID_FUNCTION; }
-std::uint32_t Printer::doExchangeNpa(Data& /*request*/, Data& /*response*/) { return QRN_ERROR_INVALID_FUNCTION; }
+std::uint32_t Printer::doExchangeNpa(Data& /*request*/, Data& /*response*/) {
+  return QRN_ERROR_INVALID_FUNCTION;
+}
 std::uint32_t Printer::doGetCache(Data& /*cache*/) { return QRN_ERROR_INVALID_FUNCTION; }
 std::uint32_t Printer::doRegisterForAlerts(const AlertRegistration& /*registration*/) {
   return QRN_ERROR_INVALID_FUNCTION;
 }
-std::uint32_t Printer::doUnregisterForAlerts(std::uint32_t /*clientId*/) { return QRN_ERROR_INVALID_FUNCTION; }
+std::uint32_t Printer::doUnregisterForAlerts(std::uint32_t /*clientId*/) {
+  return QRN_ERROR_INVALID_FUNCTION;
+}
 std::uint32_t Printer::doRegisterForNotifications(const NotificationRegistration& /*registration*/) {
   return QRN_ERROR_INVALID_FUNCTION;
 }
@@ -43,8 +47,8 @@ Connectable* Printer::doGetConnection(const std::string& connectionName) {
   Connectable* const connection =
       callTransport("getConnection", [&] { return manager.getConnection(attributes, connectionName); });
   if (connection == nullptr) {
-    throw Win32Exception("Printer::doGetConnection() no connection=" + connectionName, QRN_ERROR_INTERNAL_ERROR,
-                         "", 0);
+    throw Win32Exception("Printer::doGetConnection() no connection=" + connectionName,
+                         QRN_ERROR_INTERNAL_ERROR, "", 0);
   }
   return connection;
 }
@@ -66,9 +70,8 @@ void Printer::doPersistConnection(Connectable* connection, bool keep) {
   } else if (tag != 0) {
     connection->setTag(tag - 1);
   }
-  logDetail(log_component::server(), [&] {
-    return LogText() << "Printer: doPersistConnection() refCount=" << connection->getTag();
-  });
+  logDetail(log_component::server(),
+            [&] { return LogText() << "Printer: doPersistConnection() refCount=" << connection->getTag(); });
 }
 
 std::uint32_t Printer::configure(const std::string& descriptor, const std::string& attributes) {

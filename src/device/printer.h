@@ -11,7 +11,8 @@
 
 namespace qvn {
 
-// Operations that a family does not override answer 1. Client threads call them; each family locks for itself.
+// Operations that a family does not override answer 1. Client threads call them; each family locks for
+// itself.
 class Printer : public Device {
  public:
   ~Printer() override = 0;
@@ -43,6 +44,10 @@ class Printer : public Device {
   // Ends the printer's own threads, throwing away what they still had to write. Before the transports go.
   virtual void shutDown();
 
+  // Whether the library has told the printer to send alerts.
+  void setAlertsRegistered(bool registered) { alertsRegistered_ = registered; }
+  bool areAlertsRegistered() const { return alertsRegistered_; }
+
   JobDescription& jobDescription() { return jobDescription_; }
 
  protected:
@@ -58,6 +63,7 @@ class Printer : public Device {
   std::uint32_t configure(const std::string& descriptor, const std::string& attributes);
 
   JobDescription jobDescription_;
+  std::atomic<bool> alertsRegistered_{false};
   // Held while an attribute is changed, so that of two changes at once none is lost.
   CriticalSection configurationLock_;
 };

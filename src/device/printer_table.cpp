@@ -4,6 +4,8 @@
 
 namespace qvn {
 
-std::uint32_t PrinterTable::restore(std::uint32_t handle) { return PrinterStore::getInstance().restore(handle); }
+std::uint32_t PrinterTable::restore(std::uint32_t handle) {
+  return PrinterStore::getInstance().restore(handle);
+}
 
 }  // namespace qvn

@@ -4,6 +4,8 @@
 
 namespace qvn {
 
-std::uint32_t ScannerTable::restore(std::uint32_t handle) { return ScannerStore::getInstance().restore(handle); }
+std::uint32_t ScannerTable::restore(std::uint32_t handle) {
+  return ScannerStore::getInstance().restore(handle);
+}
 
 }  // namespace qvn

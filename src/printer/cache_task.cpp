@@ -9,9 +9,8 @@
 namespace qvn {
 
 std::uint32_t CacheTask::doExecute() {
-  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
-    return LogText() << "CacheTask::doExecute() handle=" << printer_.getHandle();
-  });
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(),
+                   [&] { return LogText() << "CacheTask::doExecute() handle=" << printer_.getHandle(); });
   VisitorRun visitor(printer_, visitor_name::kCache);
   received_ = false;
   std::uint32_t rc = QRN_ERROR_SUCCESS;

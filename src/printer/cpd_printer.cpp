@@ -1,5 +1,7 @@
 #include "printer/cpd_printer.h"
 
+#include <new>
+
 #include "common/application_settings.h"
 #include "common/basic_logger.h"
 #include "common/exception.h"
@@ -41,7 +43,9 @@ std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
   return state_->doStartJob(*this, job);
 }
 
-std::uint32_t CpdPrinter::doPrint(Data& request) { return writerEnabled_ ? writer_.print(request) : doWrite(request); }
+std::uint32_t CpdPrinter::doPrint(Data& request) {
+  return writerEnabled_ ? writer_.print(request) : doWrite(request);
+}
 
 std::uint32_t CpdPrinter::doWrite(Data& request) {
   CriticalSectionLock lock(stateLock_);
@@ -129,17 +133,27 @@ void CpdPrinter::updateCacheEntry(std::uint16_t id, std::span<const std::uint8_t
   if (cache.update(id, value) == QRN_ERROR_SUCCESS) cache_ = cache.data();
 }
 
-std::uint32_t CpdPrinter::doRegisterForAlerts(const AlertRegistration& /*registration*/) {
-  logError(log_component::server(), [] {
-    return LogText() << "CpdPrinter::doRegisterForAlerts() cannot get PrinterAlertTask";
-  });
+PrinterAlertTask* CpdPrinter::makeAlertTask() {
+  CriticalSectionLock lock(taskLock_);
+  try {
+    if (!alertTask_) alertTask_ = std::make_unique<CpdPrinterAlertTask>(*this);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+  return alertTask_.get();
+}
+
+std::uint32_t CpdPrinter::doRegisterForAlerts(const AlertRegistration& registration) {
+  if (PrinterAlertTask* const task = makeAlertTask()) return task->registerClient(registration);
+  logError(log_component::server(),
+           [] { return LogText() << "CpdPrinter::doRegisterForAlerts() cannot get PrinterAlertTask"; });
   return QRN_ERROR_INTERNAL_ERROR;
 }
 
-std::uint32_t CpdPrinter::doUnregisterForAlerts(std::uint32_t /*clientId*/) {
-  logError(log_component::server(), [] {
-    return LogText() << "CpdPrinter::doUnregisterForAlerts() cannot get PrinterAlertTask";
-  });
+std::uint32_t CpdPrinter::doUnregisterForAlerts(std::uint32_t clientId) {
+  if (PrinterAlertTask* const task = makeAlertTask()) return task->unregisterClient(clientId);
+  logError(log_component::server(),
+           [] { return LogText() << "CpdPrinter::doUnregisterForAlerts() cannot get PrinterAlertTask"; });
   return QRN_ERROR_INTERNAL_ERROR;
 }
 
@@ -156,9 +170,8 @@ NotificationTask* CpdPrinter::makeNotificationTask() {
     if (AttributeCodec::getLong(attributes, attribute::kHandle, handle) == QRN_ERROR_SUCCESS) {
       notificationTask_ = std::make_unique<NotificationTask>(handle);
     } else {
-      logError(log_component::server(), [&] {
-        return LogText() << "TransportString does not contain handle:" << attributes;
-      });
+      logError(log_component::server(),
+               [&] { return LogText() << "TransportString does not contain handle:" << attributes; });
     }
   }
   return notificationTask_.get();
@@ -184,7 +197,8 @@ std::uint32_t CpdPrinter::doGetCurrentState(std::uint32_t& state) {
   CriticalSectionLock lock(stateLock_);
   state = state_->stateCode();
   logDetail(log_component::server(), [&] {
-    return LogText() << "doGetCurrentState()" << "ERROR_SUCCESS, state=" << state;
+    return LogText() << "doGetCurrentState()"
+                     << "ERROR_SUCCESS, state=" << state;
   });
   return QRN_ERROR_SUCCESS;
 }

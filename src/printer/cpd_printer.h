@@ -6,6 +6,7 @@
 #include <span>
 
 #include "device/printer.h"
+#include "printer/cpd_printer_alert_task.h"
 #include "printer/cpd_printer_state.h"
 #include "printer/mwo.h"
 #include "printer/notification_task.h"
@@ -57,6 +58,7 @@ class CpdPrinter : public Printer {
 
  private:
   std::uint32_t fetchCacheByNpa(Data& cache);
+  PrinterAlertTask* makeAlertTask();
   NotificationTask* notificationTask();
   NotificationTask* makeNotificationTask();
 
@@ -64,6 +66,7 @@ class CpdPrinter : public Printer {
   CriticalSection stateLock_;
   CriticalSection taskLock_;
   std::unique_ptr<NotificationTask> notificationTask_;
+  std::unique_ptr<CpdPrinterAlertTask> alertTask_;
   Connectable* printConnection_ = nullptr;
   // Alerts change the cache on the transport's thread.
   CriticalSection cacheLock_;

@@ -34,14 +34,22 @@ bool CpdPrinterAlert::isCancelPrintAcknowledge(const Data& data) {
          bytes.has(npa::kCommandOffset, {0xF0, 0x73, 0x01, 0x01, 0x08, 0x01, 0x08, 0x00});
 }
 
+bool CpdPrinterAlert::isAny(const Data& data) {
+  return isPowerOnReset(data) || isStatus(data) || isCancelPrintAcknowledge(data);
+}
+
 CpdPrinterAlert::CpdPrinterAlert(const Data& data) : data_(data) {
-  if (!isPowerOnReset(data) && !isStatus(data) && !isCancelPrintAcknowledge(data)) {
+  if (!isAny(data)) {
     throw Win32Exception("CpdPrinterAlert - data is not valid", QRN_ERROR_INVALID_PARAMETER, "", 0);
   }
 }
 
-std::span<const std::uint8_t> CpdPrinterAlert::entry17() const { return ByteReader(data_).bytes(kEntry17Offset, 1); }
+std::span<const std::uint8_t> CpdPrinterAlert::entry17() const {
+  return ByteReader(data_).bytes(kEntry17Offset, 1);
+}
 
-std::span<const std::uint8_t> CpdPrinterAlert::entry18() const { return ByteReader(data_).bytes(kEntry18Offset, 2); }
+std::span<const std::uint8_t> CpdPrinterAlert::entry18() const {
+  return ByteReader(data_).bytes(kEntry18Offset, 2);
+}
 
 }  // namespace qvn

@@ -13,6 +13,7 @@ class CpdPrinterAlert {
   // Throws Win32Exception with code 87 when the data is none of the three.
   explicit CpdPrinterAlert(const Data& data);
 
+  static bool isAny(const Data& data);
   static bool isPowerOnReset(const Data& data);
   static bool isStatus(const Data& data);
   static bool isCancelPrintAcknowledge(const Data& data);

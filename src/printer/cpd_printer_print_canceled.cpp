@@ -22,9 +22,8 @@ void CpdPrinterPrintCanceled::doEnterState(CpdPrinter& printer) const {
 }
 
 std::uint32_t CpdPrinterPrintCanceled::doPrint(CpdPrinter& printer, Data& request) const {
-  logDetail(log_component::server(), [&] {
-    return LogText() << "CpdPrinterPrintCanceled::doPrint(handle=" << printer.getHandle();
-  });
+  logDetail(log_component::server(),
+            [&] { return LogText() << "CpdPrinterPrintCanceled::doPrint(handle=" << printer.getHandle(); });
   const std::uint32_t size = request.getLength();
   request.consume(size, false);
   request.setCount(size);

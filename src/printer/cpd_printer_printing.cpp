@@ -28,9 +28,8 @@ std::uint32_t CpdPrinterPrinting::doPrint(CpdPrinter& printer, Data& request) co
   job.setComplete(complete);
   if (complete) {
     printer.setBidiAllowed(true);
-    logDetail(log_component::server(), [&] {
-      return LogText() << "Got EOJ marker in print data, handle=" << printer.getHandle();
-    });
+    logDetail(log_component::server(),
+              [&] { return LogText() << "Got EOJ marker in print data, handle=" << printer.getHandle(); });
   } else if (printer.isBidiAllowed()) {
     printer.setBidiAllowed(false);
   }

@@ -49,7 +49,8 @@ std::uint32_t CpdPrinterState::doCancelPrint(CpdPrinter& printer) const {
   return refuse(printer, "doCancelPrint");
 }
 
-std::uint32_t CpdPrinterState::doExchangeNpa(CpdPrinter& printer, Data& /*request*/, Data& /*response*/) const {
+std::uint32_t CpdPrinterState::doExchangeNpa(CpdPrinter& printer, Data& /*request*/,
+                                             Data& /*response*/) const {
   return refuse(printer, "doExchangeNpa");
 }
 

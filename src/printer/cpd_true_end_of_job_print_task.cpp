@@ -22,9 +22,8 @@ std::uint32_t CpdTrueEndOfJobPrintTask::doExecute() {
   if (queryPrinter_) {
     waitForCompletion();
   } else {
-    logDetail(log_component::server(), [] {
-      return LogText() << "CpdTrueEndOfJobPrintTask::doExecute: doQueryPrinter=false.";
-    });
+    logDetail(log_component::server(),
+              [] { return LogText() << "CpdTrueEndOfJobPrintTask::doExecute: doQueryPrinter=false."; });
   }
   Notification record;
   record.handle = printer_.getHandle();

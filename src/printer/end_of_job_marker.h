@@ -8,7 +8,8 @@
 
 namespace qvn {
 
-inline constexpr std::array<std::uint8_t, 8> kEndOfJobMarker = {0x1B, 0x2A, 0x82, 0x00, 0x00, 0x00, 0x00, 0xAC};
+inline constexpr std::array<std::uint8_t, 8> kEndOfJobMarker = {0x1B, 0x2A, 0x82, 0x00,
+                                                                0x00, 0x00, 0x00, 0xAC};
 
 bool endsWithEndOfJobMarker(const Data& data);
 

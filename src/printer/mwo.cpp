@@ -35,11 +35,10 @@ void Mwo::readLimits() {
   CriticalSectionLock lock(processLimitsLock);
   const ApplicationSettings settings;
   MwoLimits read;
-  const bool bothRead =
-      settings.getLongOrDefault(setting_key::kSettings, "MwoBufferHwm", read.highWaterMark,
-                                processLimits.highWaterMark, SettingsStore::kLocal) &&
-      settings.getLongOrDefault(setting_key::kSettings, "MwoBufferLwm", read.lowWaterMark,
-                                processLimits.lowWaterMark, SettingsStore::kLocal);
+  const bool bothRead = settings.getLongOrDefault(setting_key::kSettings, "MwoBufferHwm", read.highWaterMark,
+                                                  processLimits.highWaterMark, SettingsStore::kLocal) &&
+                        settings.getLongOrDefault(setting_key::kSettings, "MwoBufferLwm", read.lowWaterMark,
+                                                  processLimits.lowWaterMark, SettingsStore::kLocal);
   if (bothRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark) processLimits = read;
 }
 
@@ -50,8 +49,7 @@ MwoLimits Mwo::limits() {
 
 std::uint32_t Mwo::waitTime() const {
   const MwoLimits marks = limits();
-  const std::uint64_t wait =
-      std::uint64_t{marks.highWaterMark - marks.lowWaterMark} * lastWriteTime_.load();
+  const std::uint64_t wait = std::uint64_t{marks.highWaterMark - marks.lowWaterMark} * lastWriteTime_.load();
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(wait, kMaxWait));
 }
 
@@ -115,7 +113,8 @@ void Mwo::writeOldest(Data& buffer) {
     lastWriteTime_ = end - begin;
   } else {
     logError(log_component::server(), [&] {
-      return LogText() << "Mwo::writeData() Printer::writePrintData() failed" << " errorCode=" << rc;
+      return LogText() << "Mwo::writeData() Printer::writePrintData() failed"
+                       << " errorCode=" << rc;
     });
     platform::sleep(kRetryPause);
   }

@@ -2,16 +2,16 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 
+#include "common/callback_registry.h"
 #include "device/client_registration.h"
 #include "device/notification.h"
-#include "qvn/transport/critical_section.h"
 
 namespace qvn {
 
 // Every registered client gets every record, whatever category it registered with. Clients are called on the
-// thread that notifies, without a lock of this object held.
+// thread that notifies, without a lock of this object held; one whose unregistration has returned is called
+// no more.
 class NotificationTask {
  public:
   explicit NotificationTask(std::uint32_t printerHandle) : printerHandle_(printerHandle) {}
@@ -23,11 +23,8 @@ class NotificationTask {
   void notify(const Notification& record);
 
  private:
-  bool find(std::uint32_t clientId, NotificationRegistration& registration);
-
   std::uint32_t printerHandle_;
-  CriticalSection clientsLock_;
-  std::map<std::uint32_t, NotificationRegistration> clients_;
+  CallbackRegistry<NotificationRegistration> clients_;
 };
 
 }  // namespace qvn

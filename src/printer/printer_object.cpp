@@ -11,7 +11,9 @@ PrinterObject::PrinterObject(std::unique_ptr<Printer> printer, const std::string
 
 PrinterObject::~PrinterObject() = default;
 
-std::string PrinterObject::getAttributes() const { return device_ ? device_->getAttributes() : std::string(); }
+std::string PrinterObject::getAttributes() const {
+  return device_ ? device_->getAttributes() : std::string();
+}
 
 void PrinterObject::shutDown() {
   if (device_) device_->shutDown();
@@ -25,6 +27,11 @@ std::uint32_t PrinterObject::open(std::uint32_t clientId) {
     ++openCounts_[clientId];
   }
   return rc;
+}
+
+bool PrinterObject::isOpenBy(std::uint32_t clientId) {
+  CriticalSectionLock lock(openCountsLock_);
+  return openCounts_.contains(clientId);
 }
 
 PrinterObject::Close PrinterObject::closeOnce(std::uint32_t clientId) {

@@ -1,5 +1,5 @@
-// PrinterObject: a printer as the clients of this process see it: how often each has it open, and whose job it
-// works on.
+// PrinterObject: a printer as the clients of this process see it: how often each has it open, and whose job
+// it works on.
 #pragma once
 
 #include <cstdint>
@@ -20,8 +20,8 @@ class PrinterObject {
   virtual ~PrinterObject();
 
   virtual std::uint32_t cancelPrint(std::uint32_t clientId);
-  // The client's last close ends the job that it owns. 1, and `wasOpen` false, when the client does not have the
-  // printer open.
+  // The client's last close ends the job that it owns. 1, and `wasOpen` false, when the client does not have
+  // the printer open.
   virtual std::uint32_t close(std::uint32_t clientId, bool& wasOpen);
   // 5 when the client does not own the job.
   virtual std::uint32_t endJob(std::uint32_t clientId);
@@ -44,6 +44,7 @@ class PrinterObject {
   virtual std::uint32_t unregisterForNotifications(std::uint32_t clientId);
 
   bool hasDevice() const { return device_ != nullptr; }
+  bool isOpenBy(std::uint32_t clientId);
   std::string getAttributes() const;
   // Ends the device's own threads.
   void shutDown();
@@ -53,7 +54,8 @@ class PrinterObject {
   Close closeOnce(std::uint32_t clientId);
 
   std::unique_ptr<Printer> device_;
-  // 0 when no job is open. Taken by startJob before the device starts, so that of two clients one gets the job.
+  // 0 when no job is open. Taken by startJob before the device starts, so that of two clients one gets the
+  // job.
   std::atomic<std::uint32_t> jobOwner_{0};
   std::map<std::uint32_t, std::uint32_t> openCounts_;
   CriticalSection openCountsLock_;

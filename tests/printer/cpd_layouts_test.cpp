@@ -15,8 +15,8 @@ namespace {
 using testing::ElementsAre;
 
 TEST(CpdPrinterCache, FindsEntriesByIdAndLength) {
-  CpdPrinterCache cache(bytes({0xA5, 0, 0, 0, 0xE0, 0x81, 0, 0xF0, 9, 9, 9, 9, 9, 9, 9,  //
-                               0, 16, 0, 0, 17, 1, 0xAA, 0, 18, 2, 0xBB, 0xCC, 0, 19, 5, 1}));
+  CpdPrinterCache cache(bytes({0xA5, 0,  0, 0, 0xE0, 0x81, 0,    0xF0, 9,  9, 9,    9,    9, 9,  9,  //
+                               0,    16, 0, 0, 17,   1,    0xAA, 0,    18, 2, 0xBB, 0xCC, 0, 19, 5, 1}));
   const std::array<std::uint8_t, 1> one = {5};
   const std::array<std::uint8_t, 2> two = {6, 7};
   const std::array<std::uint8_t, 5> five = {};
@@ -30,8 +30,8 @@ TEST(CpdPrinterCache, FindsEntriesByIdAndLength) {
 }
 
 TEST(CpdPrinterCache, RefusesOtherData) {
-  for (const Data& data : {bytes({0xA5, 0, 5, 0, 0xE0, 0x81, 0, 0xF0}), bytes({0xA5, 0, 6, 0, 0xE0, 0x81, 0, 0xF1, 0}),
-                           Data()}) {
+  for (const Data& data : {bytes({0xA5, 0, 5, 0, 0xE0, 0x81, 0, 0xF0}),
+                           bytes({0xA5, 0, 6, 0, 0xE0, 0x81, 0, 0xF1, 0}), Data()}) {
     EXPECT_FALSE(CpdPrinterCache::isValid(data));
     try {
       CpdPrinterCache cache(data);
@@ -45,7 +45,8 @@ TEST(CpdPrinterCache, RefusesOtherData) {
 
 TEST(CpdPrinterAlert, AreThreeAndNoOthers) {
   const Data reset = bytes({0xA5, 0, 5, 0, 0xFF, 1, 0, 0});
-  Data status = bytes({0xA5, 0, 21, 0, 0xF0, 0x73, 1, 1, 0x10, 1, 0x10, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 0, 0x2A});
+  Data status =
+      bytes({0xA5, 0, 21, 0, 0xF0, 0x73, 1, 1, 0x10, 1, 0x10, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 0, 0x2A});
   const Data acknowledge = bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0});
   EXPECT_TRUE(CpdPrinterAlert(reset).isPowerOnReset());
   EXPECT_TRUE(CpdPrinterAlert(status).isStatus());

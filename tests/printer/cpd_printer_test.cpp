@@ -1,4 +1,5 @@
-// The states of a Cpd printer: what each operation does, in which order it asks the transport, what it answers.
+// The states of a Cpd printer: what each operation does, in which order it asks the transport, what it
+// answers.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -88,8 +89,8 @@ TEST_F(CpdPrinterTest, AJobThatCannotStartLeavesThePrinterOpen) {
   fake.onOpen = nullptr;
   startReply.reset();
   EXPECT_EQ(printer->doStartJob({}), 1460u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "npa print 0500000000", "close print",
-                                            "release print"));
+  EXPECT_THAT(fake.takeCalls(),
+              ElementsAre("get print", "open print", "npa print 0500000000", "close print", "release print"));
   startReply = bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5});
   EXPECT_EQ(printer->doStartJob({}), 0u);
 }
@@ -173,7 +174,8 @@ TEST_F(CpdPrinterTest, TheMarkerAllowsExchangesAndTheNextDataForbidsThem) {
     std::string data;
     bool allowed;
   } cases[] = {
-      {"x" + marker(), true}, {"x", false}, {marker(), true}, {marker() + "x", false}, {marker().substr(1), false},
+      {"x" + marker(), true},      {"x", false}, {marker(), true}, {marker() + "x", false},
+      {marker().substr(1), false},
   };
   for (const auto& c : cases) {
     print(c.data);

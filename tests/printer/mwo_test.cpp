@@ -4,7 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <future>
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 
 #include "printer/cpd_printer.h"
@@ -16,29 +18,50 @@ namespace {
 
 using testing::ElementsAre;
 
-// A printer that only takes what the writer writes.
+// A printer that only takes what the writer writes; the test may hold its writes and make them fail.
 class Sink : public Printer {
  public:
   ~Sink() override = default;
   std::uint32_t doWrite(Data& request) override {
-    if (before) before();
-    if (rc == 0) {
-      std::lock_guard<std::mutex> lock(mutex_);
-      text_ += asText(request);
-      request.setCount(request.getLength());
-      request.consume(request.getLength(), false);
+    std::unique_lock<std::mutex> lock(mutex_);
+    ++begun_;
+    changed_.notify_all();
+    changed_.wait(lock, [&] { return !held_; });
+    if (failures_ > 0) {
+      --failures_;
+      return 64;
     }
-    return rc;
+    text_ += asText(request);
+    request.setCount(request.getLength());
+    request.consume(request.getLength(), false);
+    return 0;
+  }
+
+  void hold(bool held) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    held_ = held;
+    changed_.notify_all();
+  }
+  void fail(int times) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    failures_ = times;
+  }
+  // Blocks until so many writes have begun.
+  void waitForWrites(int count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [&] { return begun_ >= count; });
   }
   std::string text() {
     std::lock_guard<std::mutex> lock(mutex_);
     return text_;
   }
-  std::function<void()> before;
-  std::atomic<std::uint32_t> rc{0};
 
  private:
   std::mutex mutex_;
+  std::condition_variable changed_;
+  int begun_ = 0;
+  int failures_ = 0;
+  bool held_ = false;
   std::string text_;
 };
 
@@ -91,23 +114,13 @@ TEST_F(MwoTest, TheWriterWakesWithTheFifthBufferOrAfterThreeSeconds) {
   ASSERT_TRUE(clock.waitForWaiters(1));
   clock.advance(2999);
   EXPECT_EQ(sink.text(), "0");
-  std::promise<void> written;
-  sink.before = [&] { written.set_value(); };
   clock.advance(1);
-  written.get_future().wait();
-  sink.before = nullptr;
+  sink.waitForWrites(2);
   whileTimePasses([&] { mwo.stop(); });
 
   Mwo other(sink);
-  print(other, "a");
-  std::promise<void> fifth;
-  for (const char* const text : {"b", "c", "d", "e"}) print(other, text);
-  std::atomic<int> writes{0};
-  sink.before = [&] {
-    if (++writes == 5) fifth.set_value();
-  };
-  print(other, "f");
-  fifth.get_future().wait();
+  for (const char* const text : {"a", "b", "c", "d", "e", "f"}) print(other, text);
+  sink.waitForWrites(2 + 6);  // without the time moving on
   whileTimePasses([&] { other.stop(); });
   EXPECT_EQ(sink.text(), "01abcdef");
 }
@@ -116,10 +129,9 @@ TEST_F(MwoTest, AFullQueueSlowsTheClientDownAndThenRefuses) {
   Mwo mwo(sink);
   EXPECT_EQ(mwo.waitTime(), 5000u) << "five buffers of a second each, at most five seconds";
   print(mwo, "first");
-  std::promise<void> release;
-  std::shared_future<void> released = release.get_future().share();
-  sink.before = [=] { released.wait(); };
+  sink.hold(true);
   for (int i = 0; i < 10; ++i) EXPECT_EQ(print(mwo, "x"), 0u);
+  sink.waitForWrites(2);  // from now on only the client waits for the clock
   std::thread eleventh([&] { EXPECT_EQ(print(mwo, "y"), 0u); });
   ASSERT_TRUE(clock.waitForWaiters(1));
   clock.advance(5000);
@@ -128,8 +140,7 @@ TEST_F(MwoTest, AFullQueueSlowsTheClientDownAndThenRefuses) {
   ASSERT_TRUE(clock.waitForWaiters(1));
   clock.advance(5000);
   refused.join();
-  release.set_value();
-  sink.before = nullptr;
+  sink.hold(false);
   whileTimePasses([&] { mwo.stop(); });
   EXPECT_EQ(sink.text(), "firstxxxxxxxxxxy");
 }
@@ -138,13 +149,8 @@ TEST_F(MwoTest, AFailedWriteIsRetriedUntilItSucceeds) {
   Mwo mwo(sink);
   print(mwo, "0");
   print(mwo, "1");
-  int failures = 0;
-  sink.rc = 64;
-  sink.before = [&] {
-    if (++failures == 3) sink.rc = 0;
-  };
+  sink.fail(2);
   whileTimePasses([&] { mwo.stop(); });
-  EXPECT_EQ(failures, 3);
   EXPECT_EQ(sink.text(), "01");
   const auto sleeps = clock.sleeps();
   EXPECT_EQ(std::count(sleeps.begin(), sleeps.end(), 1000u), 2);

@@ -36,7 +36,8 @@ TEST_F(PrintJobTaskTest, TheDeviceIsLockedForTheJobWhenAskedFor) {
   fake.takeCalls();
   print(marker());
   printer->doEndJob();
-  EXPECT_THAT(exchanges(), ElementsAre("npa print 0501000005", "npa print 05020000000001", "npa print E0820202"));
+  EXPECT_THAT(exchanges(),
+              ElementsAre("npa print 0501000005", "npa print 05020000000001", "npa print E0820202"));
 }
 
 TEST_F(PrintJobTaskTest, ABusyOrFailingLockKeepsTheJobFromStarting) {
@@ -77,7 +78,8 @@ TEST_F(PrintJobTaskTest, WithoutExchangesTheJobHasTheIdZeroAndItsEndIsNotSent) {
   EXPECT_EQ(printer->jobDescription().printerJobId(), 0u);
   fake.onVisitor = nullptr;
   printer->doEndJob();
-  EXPECT_THAT(exchanges(), ElementsAre("npa print 05020000000001")) << "its completion is asked for all the same";
+  EXPECT_THAT(exchanges(), ElementsAre("npa print 05020000000001"))
+      << "its completion is asked for all the same";
 }
 
 TEST_F(PrintJobTaskTest, TheJobsEndIsSentTwentyTimesAtMost) {
@@ -148,6 +150,25 @@ TEST_F(PrintJobTaskTest, AJobWithoutDataIsNotCancelled) {
   EXPECT_THAT(fake.calls("write"), IsEmpty());
 }
 
+TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
+  for (const char* const name : {"AIOLockEnabled", "CpdPrinterDate", "CpdPrinterHostId", "TeojInterval",
+                                 "TeojDuration", "MwoBufferHwm", "MwoBufferLwm", "CpdPrinterMwo"}) {
+    ApplicationSettings().setString("Settings\\", name, "soon", 0);
+  }
+  makePrinter();
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_EQ(printer->doStartJob({}), 0u);
+  EXPECT_TRUE(printer->isWriterEnabled());
+  EXPECT_EQ(print(marker()), 0u);
+  completedReply.reset();
+  takeSleeps();
+  fake.takeCalls();
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(60));
+  EXPECT_THAT(exchanges(), testing::Contains("npa print 0501000005"));
+  EXPECT_THAT(fake.calls("npa print E08"), IsEmpty()) << "no lock, no date";
+}
+
 TEST_F(PrintJobTaskTest, TheCacheTellsWhetherAJobIsOpen) {
   printer->setCache(*cacheReply);
   startJob();
@@ -175,7 +196,8 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
   EXPECT_EQ(size, 4128u);
   std::uint8_t revisions[3] = {};
   std::uint32_t length = 0;
-  EXPECT_EQ(AttributeCodec::getByteArray(printer->getAttributes(), attribute::kNpaRevisionLevel, revisions, 3, length),
+  EXPECT_EQ(AttributeCodec::getByteArray(printer->getAttributes(), attribute::kNpaRevisionLevel, revisions, 3,
+                                         length),
             0u);
   EXPECT_THAT(revisions, ElementsAre(7, 8, 9));
 

@@ -78,8 +78,8 @@ class CpdPrinterTest : public SkippingClock, public LibraryTest {
   std::optional<Data> completedReply = jobReply(2, 26);
   std::optional<Data> lockReply = bytes({0xA5, 0, 6, 0, 0xE0, 0x82, 2, 1, 0});
   // Entry 17 with one byte, entry 18 with two.
-  std::optional<Data> cacheReply = bytes({0xA5, 0, 20, 0, 0xE0, 0x81, 0, 0xF0, 0, 0, 0, 0, 0, 0, 0,  //
-                                          0, 17, 1, 0xAA, 0, 18, 2, 0xBB, 0xCC});
+  std::optional<Data> cacheReply = bytes({0xA5, 0,  20, 0,    0xE0, 0x81, 0, 0xF0, 0,   0, 0, 0, 0, 0, 0,  //
+                                          0,    17, 1,  0xAA, 0,    18,   2, 0xBB, 0xCC});
   std::unique_ptr<CpdPrinter> printer;
 };
 

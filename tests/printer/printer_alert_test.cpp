@@ -1,0 +1,217 @@
+// Alerts: which bit they belong to, what the printer is told, who is called, and what a callback may do.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+#include "common/log_text.h"
+#include "device/printer_store.h"
+#include "printer/printer_alert_type.h"
+#include "printer_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> heard;
+std::function<void(std::uint32_t client)> duringAlert;
+
+void onAlert(std::uint32_t handle, const std::uint8_t* alert, std::uint32_t length, std::uint32_t client) {
+  heard.push_back(std::to_string(client) + ":" + std::to_string(handle) + ":" + std::to_string(alert[5]) +
+                  ":" + std::to_string(length));
+  if (duringAlert) duringAlert(client);
+}
+
+Data alertOf(std::initializer_list<int> fromByte5) {
+  Data data = bytes({0xA5, 0, 0, 0, 0xF0});
+  data.append(bytes(fromByte5));
+  return data;
+}
+
+TEST(AlertType, IsDecidedByTheBytes) {
+  const struct {
+    Data alert;
+    std::uint32_t type;
+  } cases[] = {
+      {alertOf({0x01, 0, 0}), 0x100000},
+      {alertOf({0x80, 0, 0}), 0x100000},
+      {alertOf({0xE1, 0, 0}), 0x80000},
+      {alertOf({0x03, 0x01, 0}), 0x400},
+      {alertOf({0x03, 0x80, 0}), 0x20000},
+      {alertOf({0x03, 0x03, 0}), 0},
+      {alertOf({0x03}), 0},
+      {alertOf({0x73, 0, 1}), 0x100000},
+      {alertOf({0x73, 0, 0, 0, 1}), 0x200000},
+      {alertOf({0x73, 0, 0, 0, 0, 1}), 0x400000},
+      {alertOf({0x73, 0, 0, 0, 0, 2}), 0x800000},
+      {alertOf({0x73, 0, 0, 0, 0, 4}), 0x1000000},
+      {alertOf({0x73, 0, 0, 0, 0, 3}), 0},
+      {alertOf({0x73}), 0},
+      {alertOf({0x55, 0, 0}), 0},
+      {bytes({0xA5, 0, 0, 0, 0xE0, 0x01, 0, 0}), 0},
+      {bytes({0xA4, 0, 0, 0, 0xF0, 0x01, 0, 0}), 0},
+      {bytes({0xA5, 0, 0, 0, 0xF0}), 0},
+      {Data(), 0},
+  };
+  for (const auto& c : cases) EXPECT_EQ(getAlertType(c.alert), c.type) << LogText().hex(c.alert).str();
+  // Every length and kind may be looked at (the sanitizers watch).
+  for (std::uint32_t length = 0; length <= 64; ++length) {
+    for (int kind = 0; kind < 256; ++kind) {
+      Data data(length, static_cast<std::uint8_t>(kind));
+      if (length > 4) data.getBuffer()[0] = 0xA5;
+      if (length > 4) data.getBuffer()[4] = 0xF0;
+      getAlertType(data);
+    }
+  }
+}
+
+class PrinterAlertTest : public CpdPrinterTest {
+ protected:
+  PrinterAlertTest() {
+    heard.clear();
+    duringAlert = nullptr;
+    printer->doOpen();
+    fake.takeCalls();
+  }
+  ~PrinterAlertTest() override { duringAlert = nullptr; }
+
+  std::uint32_t add(std::uint32_t client, std::uint32_t mask) {
+    return printer->doRegisterForAlerts({client, mask, onAlert});
+  }
+  std::vector<std::string> takeExchanges() {
+    auto sent = fake.calls("npa");
+    fake.takeCalls();
+    return sent;
+  }
+
+  Data panel = alertOf({0xE1, 0, 0});
+  Data inkjet = alertOf({0x01, 0, 0});
+};
+
+TEST_F(PrinterAlertTest, ThePrinterIsToldWhatTheClientsTogetherWant) {
+  EXPECT_EQ(add(1, 0), 87u);
+  EXPECT_EQ(add(1, 0x3FFFFFF), 0u);
+  EXPECT_THAT(takeExchanges(),
+              ElementsAre("npa bidi 0303C00F0F", "npa bidi E073010110",
+                          "npa bidi E073070800110700000000000100", "npa bidi E003FF", "npa bidi E0E10301"));
+  EXPECT_TRUE(printer->areAlertsRegistered());
+  EXPECT_EQ(add(2, 0x80000), 0u);
+  EXPECT_THAT(takeExchanges(), IsEmpty()) << "covered already";
+  EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
+  EXPECT_THAT(takeExchanges(), ElementsAre("npa bidi 0303000000", "npa bidi E073010100",
+                                           "npa bidi E073070800000000000000000100", "npa bidi E00300"))
+      << "the panel's stay for the other client";
+  EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
+  EXPECT_EQ(printer->doUnregisterForAlerts(2), 0u);
+  EXPECT_THAT(takeExchanges(), ElementsAre("npa bidi E0E10300"));
+  EXPECT_FALSE(printer->areAlertsRegistered());
+}
+
+TEST_F(PrinterAlertTest, AnAlertReachesTheClientsWhoseMaskCoversIt) {
+  add(1, 0x80000);
+  add(2, 0x180000);
+  fake.deliver(panel);
+  fake.deliver(inkjet);
+  fake.deliver(bytes({0xA5, 0, 5, 0, 5, 1, 0, 0}));
+  EXPECT_THAT(heard, ElementsAre("1:7:225:8", "2:7:225:8", "2:7:1:8"));
+}
+
+TEST_F(PrinterAlertTest, AClientThatThePrinterDoesNotAcceptIsNotKept) {
+  fake.onExchange = nullptr;
+  EXPECT_EQ(add(1, 0x80000), 1u);
+  fake.deliver(panel);
+  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
+}
+
+TEST_F(PrinterAlertTest, APowerOnResetMakesTheNextRegistrationNecessary) {
+  add(1, 0x80000);
+  takeExchanges();
+  fake.deliver(bytes({0xA5, 0, 5, 0, 0xFF, 1, 0, 0}));
+  EXPECT_EQ(add(2, 0x80000), 1u) << "no bit is added, so nothing can be sent";
+  EXPECT_THAT(takeExchanges(), IsEmpty());
+  EXPECT_EQ(add(2, 0x100000), 0u);
+}
+
+TEST_F(PrinterAlertTest, AStatusAlertUpdatesTheCache) {
+  const Data status =
+      bytes({0xA5, 0, 21, 0, 0xF0, 0x73, 1, 1, 0x10, 1, 0x10, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 0, 0x2A});
+  add(1, 0x100000);
+  fake.deliver(status);
+  EXPECT_EQ(printer->cache().getLength(), 0u) << "none to update";
+  printer->setCache(*cacheReply);
+  fake.deliver(status);
+  const Data cache = printer->cache();
+  EXPECT_EQ(cache.getBuffer()[18], 5);
+  EXPECT_EQ(cache.getBuffer()[22], 0);
+  EXPECT_EQ(cache.getBuffer()[23], 0x2A);
+  EXPECT_EQ(heard.size(), 2u);
+}
+
+TEST_F(PrinterAlertTest, ACallbackMayRegisterAndUnregister) {
+  add(1, 0x80000);
+  add(2, 0x80000);
+  duringAlert = [&](std::uint32_t client) {
+    if (client != 1) return;
+    EXPECT_EQ(printer->doUnregisterForAlerts(2), 0u) << "its turn does not come any more";
+    EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
+    EXPECT_EQ(add(3, 0x80000), 0u);
+  };
+  fake.deliver(panel);
+  EXPECT_THAT(heard, ElementsAre("1:7:225:8"));
+  fake.deliver(panel);
+  EXPECT_THAT(heard, ElementsAre("1:7:225:8", "3:7:225:8"));
+}
+
+TEST_F(PrinterAlertTest, NoCallIsRunningWhenTheUnregistrationReturns) {
+  add(1, 0x80000);
+  std::promise<void> inside;
+  std::promise<void> goOn;
+  std::atomic<bool> callEnded{false};
+  duringAlert = [&](std::uint32_t) {
+    inside.set_value();
+    goOn.get_future().wait();
+    EXPECT_EQ(add(2, 0x100000), 0u) << "while the other thread waits";
+    callEnded = true;
+  };
+  std::thread delivering([&] { fake.deliver(panel); });
+  inside.get_future().wait();
+  std::thread unregistering([&] {
+    EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
+    EXPECT_TRUE(callEnded);
+  });
+  goOn.set_value();
+  unregistering.join();
+  delivering.join();
+  duringAlert = nullptr;
+  fake.deliver(panel);
+  EXPECT_EQ(heard.size(), 1u);
+}
+
+TEST_F(PrinterAlertTest, ACallbackMayCloseItsPrinterAndUninitialiseTheLibrary) {
+  printer->doClose();
+  fake.takeCalls();
+  PrinterStore::getInstance().persist(FakeTransport::printerText(9));
+  ASSERT_EQ(QvnOpenPrinter(1, 9), 0u);
+  ASSERT_EQ(QvnRegisterForAlertsPrinter(1, 9, 0x80000, onAlert), 0u);
+  duringAlert = [](std::uint32_t) {
+    std::uint32_t state = 0;
+    EXPECT_EQ(QvnClosePrinter(2, 9), 1u) << "not open by that client";
+    EXPECT_EQ(QvnUnregisterForAlertsPrinter(1, 9), 0u);
+    EXPECT_EQ(QvnClosePrinter(1, 9), 0u);
+    QvnGetCurrentStatePrinter(1, 9, &state);
+  };
+  fake.deliver(panel);
+  duringAlert = nullptr;
+  EXPECT_THAT(heard, ElementsAre("1:9:225:8"));
+  // The close is done when the callback is over; the last uninitialisation waits for it.
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(fake.calls("close bidi").size(), 1u);
+  EXPECT_EQ(QvnInitialize(), 0u);
+}
+
+}  // namespace
+}  // namespace qvn::test
