@@ -47,7 +47,8 @@ void BidiTask::doUpdate(Data& data) {
   // Later data is not taken for this exchange.
   detachFrom(device_);
   logDetail(log_component::bidi(), [&] {
-    return (LogText() << "BidiTask::doUpdate() Device(" << device_.getHandle() << ") response=").hex(response_);
+    return (LogText() << "BidiTask::doUpdate() Device(" << device_.getHandle() << ") response=")
+        .hex(response_);
   });
 }
 

@@ -5,8 +5,8 @@
 
 namespace qvn {
 
-// Result: 0 with the reply in the response; 1 when the printer does not allow exchanges now; 22 when it refused
-// the command; else the transport's code.
+// Result: 0 with the reply in the response; 1 when the printer does not allow exchanges now; 22 when it
+// refused the command; else the transport's code.
 class BidiTask : public ExchangeTask {
  public:
   BidiTask(Device& device, Connectable& connection, Data& request, Data& response);

@@ -23,7 +23,8 @@ std::uint32_t GenericBidiTask::runMethod() {
                    [] { return LogText() << "GenericBidiTask::runMethod()"; });
   const std::uint32_t rc = exchange(visitorName_, [&] {
     logDetail(log_component::bidi(), [&] {
-      return (LogText() << "GenericBidiTask::runMethod()" << " handle=" << device_.getHandle() << " sent=")
+      return (LogText() << "GenericBidiTask::runMethod()"
+                        << " handle=" << device_.getHandle() << " sent=")
           .hex(request_);
     });
   });

@@ -12,9 +12,9 @@ namespace qvn {
 ApplicationSettings::ApplicationSettings()
     : SettingsStore(Localize::getInstance().getRootPath(), Localize::getInstance().getLocalId()) {
   platform::registry::Key key;
-  available_ = platform::registry::openKey(RegistryKey::kLocalMachine,
-                                           Localize::getInstance().getRegistryRoot(kLocal),
-                                           key) == platform::kSuccess;
+  available_ =
+      platform::registry::openKey(RegistryKey::kLocalMachine, Localize::getInstance().getRegistryRoot(kLocal),
+                                  key) == platform::kSuccess;
 }
 
 void ApplicationSettings::fullPath(std::string& path, std::uint32_t selection) const {

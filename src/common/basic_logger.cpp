@@ -125,7 +125,8 @@ void BasicLogger::log(const Component& component, std::uint32_t level, const std
   }
 }
 
-std::string BasicLogger::composeLine(const Component& component, std::uint32_t level, const std::string& text) {
+std::string BasicLogger::composeLine(const Component& component, std::uint32_t level,
+                                     const std::string& text) {
   std::uint32_t showTime = 1;
   std::uint32_t showProcess = 0;
   std::uint32_t showThread = 0;

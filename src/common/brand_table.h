@@ -9,10 +9,10 @@ namespace qvn {
 
 // One entry of the table, 60 bytes: laid out so that tools can find and change it in a built module.
 struct BrandEntry {
-  char prefix[3];           // two characters of the module's file name, terminated
-  char folder[33];          // the folder below "Software\", terminated
-  std::uint32_t isFamily;   // 0 or 1
-  char label[20];           // terminated
+  char prefix[3];          // two characters of the module's file name, terminated
+  char folder[33];         // the folder below "Software\", terminated
+  std::uint32_t isFamily;  // 0 or 1
+  char label[20];          // terminated
 };
 static_assert(sizeof(BrandEntry) == 60);
 

@@ -13,11 +13,11 @@ Data::Data(std::uint32_t length, std::uint8_t fillByte) : storage_(length, fillB
 
 Data::Data(std::string_view text) { assign(text.data(), static_cast<std::uint32_t>(text.size())); }
 
-Data::Data(const Data& other) : rc_(other.rc_), count_(other.count_) {
-  storage_.assign(other.storage_.begin() + static_cast<std::ptrdiff_t>(other.start_),
-                  other.storage_.begin() + static_cast<std::ptrdiff_t>(other.end_));
-  end_ = storage_.size();
-}
+Data::Data(const Data& other)
+    : storage_(other.getBuffer(), other.getBuffer() + other.getLength()),
+      end_(storage_.size()),
+      rc_(other.rc_),
+      count_(other.count_) {}
 
 Data& Data::operator=(const Data& other) {
   if (this != &other) {

@@ -4,7 +4,8 @@
 
 namespace qvn {
 
-Event::Event(bool manualReset, bool initialState, const std::string& name, bool everyoneAccess) : name_(name) {
+Event::Event(bool manualReset, bool initialState, const std::string& name, bool everyoneAccess)
+    : name_(name) {
   createEvent(manualReset, initialState, {.everyone = everyoneAccess, .inheritable = false});
 }
 

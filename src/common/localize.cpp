@@ -47,7 +47,8 @@ void Localize::destroyInstance() {
 
 Localize::Localize(const void* moduleAddress) : modulePath_(platform::modulePath(moduleAddress)) {
   const std::size_t separator = modulePath_.find_last_of("\\/");
-  const std::string fileName = separator == std::string::npos ? modulePath_ : modulePath_.substr(separator + 1);
+  const std::string fileName =
+      separator == std::string::npos ? modulePath_ : modulePath_.substr(separator + 1);
   localId_ = toLower(fileName.substr(0, kLocalIdLength));
   rootPath_ = getBrandRoot() + "\\Qvn\\";
   localRoot_ = rootPath_ + "Local\\" + localId_ + "\\";

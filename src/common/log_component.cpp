@@ -4,7 +4,8 @@
 
 namespace qvn {
 
-Component::Component(std::string name, std::uint32_t defaultMask) : name_(std::move(name)), mask_(defaultMask) {}
+Component::Component(std::string name, std::uint32_t defaultMask)
+    : name_(std::move(name)), mask_(defaultMask) {}
 
 Component::~Component() = default;
 

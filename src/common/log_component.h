@@ -28,7 +28,7 @@ class Component {
 // A level is one bit of a mask.
 namespace log_level {
 inline constexpr std::uint32_t kError = 1;
-inline constexpr std::uint32_t kTrace = 2;   // entry and exit of operations
+inline constexpr std::uint32_t kTrace = 2;  // entry and exit of operations
 inline constexpr std::uint32_t kDetail = 8;
 }  // namespace log_level
 

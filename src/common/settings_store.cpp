@@ -48,7 +48,8 @@ template <typename Value>
 bool SettingsStore::read(const std::string& keyPath, const std::string& name, Value& value,
                          std::uint32_t selection) const {
   return guarded([&] {
-    return RegistryKey(keyPathOf(keyPath, selection), false, RegistryKey::kLocalMachine).getValue(name, value);
+    return RegistryKey(keyPathOf(keyPath, selection), false, RegistryKey::kLocalMachine)
+        .getValue(name, value);
   });
 }
 
@@ -71,8 +72,9 @@ bool SettingsStore::getBinary(const std::string& keyPath, const std::string& nam
   return read(keyPath, name, value, selection);
 }
 
-bool SettingsStore::getLongOrDefault(const std::string& keyPath, const std::string& name, std::uint32_t& value,
-                                     std::uint32_t defaultValue, std::uint32_t selection) const {
+bool SettingsStore::getLongOrDefault(const std::string& keyPath, const std::string& name,
+                                     std::uint32_t& value, std::uint32_t defaultValue,
+                                     std::uint32_t selection) const {
   return readOrDefault(keyPath, name, value, defaultValue, selection);
 }
 
@@ -81,8 +83,9 @@ bool SettingsStore::getLong(const std::string& keyPath, const std::string& name,
   return read(keyPath, name, value, selection);
 }
 
-bool SettingsStore::getStringOrDefault(const std::string& keyPath, const std::string& name, std::string& value,
-                                       const std::string& defaultValue, std::uint32_t selection) const {
+bool SettingsStore::getStringOrDefault(const std::string& keyPath, const std::string& name,
+                                       std::string& value, const std::string& defaultValue,
+                                       std::uint32_t selection) const {
   return readOrDefault(keyPath, name, value, defaultValue, selection);
 }
 

@@ -49,9 +49,11 @@ class SettingsStore {
 
   // Deletes the key with everything below it. Throws Win32Exception when it cannot be opened.
   virtual bool deleteKey(const std::string& keyPath, std::uint32_t selection) const;
-  virtual bool deleteValue(const std::string& keyPath, const std::string& name, std::uint32_t selection) const;
+  virtual bool deleteValue(const std::string& keyPath, const std::string& name,
+                           std::uint32_t selection) const;
 
-  // Deletes the branch of the local id and, when no other local id has one, the root; true when the root went.
+  // Deletes the branch of the local id and, when no other local id has one, the root; true when the root
+  // went.
   virtual bool removeAll();
 
   virtual void fullPath(std::string& path, std::uint32_t selection) const;

@@ -27,38 +27,31 @@ Thread::~Thread() {
   if (handle_) handle_->wait(platform::kInfinite);
 }
 
-void Thread::create(Signal signal, const char* message, const char* file, std::int32_t line) {
-  startBlock_ = std::make_unique<StartBlock>(StartBlock{runnable_, signal, nullptr});
-  if (signal != Signal::None) {
-    const bool manualReset = signal == Signal::Running;
-    startBlock_->event = std::make_unique<Event>(manualReset, false, "", false);
-  }
+void Thread::create(bool signalsRunning, const char* message, const char* file, std::int32_t line) {
+  startBlock_ = std::make_unique<StartBlock>(StartBlock{runnable_, nullptr});
+  if (signalsRunning) startBlock_->running = std::make_unique<Event>(true, false, "", false);
   StartBlock* const block = startBlock_.get();
   const auto body = [block]() -> std::uint32_t {
-    if (block->signal == Signal::Running) block->event->set();
-    const std::uint32_t exitCode = runGuarded(block->runnable);
-    if (block->signal == Signal::Ended) block->event->set();
-    return exitCode;
+    if (block->running) block->running->set();
+    return runGuarded(block->runnable);
   };
   platform::ErrorCode error = platform::kSuccess;
   handle_ = platform::ThreadHandle::start(body, stackSize_, error);
   if (!handle_) throw Win32Exception(message, error, file, line);
-  threadId_ = handle_->id();
 }
 
-void Thread::launch() { create(Signal::None, "Thread::launch()", "Thread", 253); }
+void Thread::launch() { create(false, "Thread::launch()", "Thread", 253); }
 
 void Thread::start() {
-  create(Signal::Running, "Thread::start()", "", 0);
+  create(true, "Thread::start()", "", 0);
   handle_->setPriority(priority_);
-  startBlock_->event->wait(platform::kInfinite);
+  startBlock_->running->wait(platform::kInfinite);
 }
 
+// The thread's end says it all: an event of its own before it would only wake the caller twice.
 void Thread::startAndWait() {
-  create(Signal::Ended, "Thread::startAndWait()", "Thread", 227);
-  startBlock_->event->wait(platform::kInfinite);
+  create(false, "Thread::startAndWait()", "Thread", 227);
   handle_->wait(platform::kInfinite);
-  startBlock_->event.reset();
 }
 
 bool Thread::getExitCode(std::uint32_t& code) const {

@@ -25,26 +25,23 @@ class Thread {
   void start();         // returns when the thread runs
   void startAndWait();  // returns when the thread has ended
 
-  // False while the thread runs (the code is then 259) and when none was started (the code is then untouched).
+  // False while the thread runs (the code is then 259) and when none was started (the code is then
+  // untouched).
   bool getExitCode(std::uint32_t& code) const;
   bool getHandle(platform::ThreadHandle*& handle) const;
   bool waitFor(platform::Milliseconds timeout);
 
  private:
-  enum class Signal { None, Running, Ended };
-
   // What the new thread works from.
   struct StartBlock {
     Runnable& runnable;
-    Signal signal;
-    std::unique_ptr<Event> event;
+    std::unique_ptr<Event> running;  // set once it runs, when somebody waits for that
   };
 
-  void create(Signal signal, const char* message, const char* file, std::int32_t line);
+  void create(bool signalsRunning, const char* message, const char* file, std::int32_t line);
 
   std::unique_ptr<StartBlock> startBlock_;
   std::uint32_t stackSize_;
-  std::uint32_t threadId_ = 0;
   std::int32_t priority_ = 0;
   std::unique_ptr<platform::ThreadHandle> handle_;
   Runnable& runnable_;

@@ -37,7 +37,8 @@ void NamePrintJobCommand::setJobInfo(std::uint16_t printerJobId, const std::stri
                                      const std::string& extraFields) {
   const std::string text = "HT:" + hostName + ";UR:" + userName + ";" + extraFields + "JN:" + jobName +
                            ";QU:" + queue + ";AN:" + account + ";";
-  logDetail(log_component::server(), [&] { return LogText() << "NamePrintJobCommand::setJobInfo()) " << text; });
+  logDetail(log_component::server(),
+            [&] { return LogText() << "NamePrintJobCommand::setJobInfo()) " << text; });
   patch16(kNameJobIdOffset, printerJobId);
   patch8(kNameTextLengthOffset, static_cast<std::uint8_t>(text.size() + 1));
   patch16(npa::kLengthOffset, static_cast<std::uint16_t>(text.size() + kNameCountedBytes));

@@ -28,9 +28,11 @@ bool NpaPacket::isReplyTo(const NpaPacket& request) const {
   const ByteReader& asked = request.reader_;
   if (!request.isNpa() || length() < kShortestPacket || !isNpa()) return false;
   if (reader_.u8(kCommandOffset) != asked.u8(kCommandOffset)) return false;
-  if (length() > kSubCommandOffset && reader_.u8(kSubCommandOffset) != asked.u8(kSubCommandOffset)) return false;
+  if (length() > kSubCommandOffset && reader_.u8(kSubCommandOffset) != asked.u8(kSubCommandOffset))
+    return false;
   if (asked.u8(kCommandOffset) != kVendorCommand) return true;
-  if (length() > kParametersOffset && reader_.u8(kParametersOffset) != asked.u8(kParametersOffset)) return false;
+  if (length() > kParametersOffset && reader_.u8(kParametersOffset) != asked.u8(kParametersOffset))
+    return false;
   if (length() >= 8 && asked.u8(kSubCommandOffset) == kCacheSubCommand) {
     return reader_.u8(7) == asked.u8(7) || reader_.u8(7) == kCacheReply;
   }
@@ -43,7 +45,8 @@ bool NpaPacket::isAllowedFromClient() const {
   const auto subCommand = reader_.u8(kSubCommandOffset);
   if (command == kJobCommand && (subCommand == kStartJob || subCommand == kEndJob)) return false;
   const bool registersForExtendedAlerts = length() == 9 && command == kVendorCommand &&
-                                          subCommand == kExtendedAlerts && reader_.u8(kParametersOffset) == 0x01;
+                                          subCommand == kExtendedAlerts &&
+                                          reader_.u8(kParametersOffset) == 0x01;
   return !registersForExtendedAlerts;
 }
 

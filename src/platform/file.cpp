@@ -26,16 +26,24 @@ class NativeFile final : public File {
 
   ErrorCode write(std::string_view bytes) override {
     const FileSizeSignalBlock block;
+    const off_t begin = lseek(descriptor_.get(), 0, SEEK_CUR);
     while (!bytes.empty()) {
       const ssize_t written = ::write(descriptor_.get(), bytes.data(), bytes.size());
       if (written < 0 && errno == EINTR) continue;
-      if (written < 0) return failWithErrno();
+      if (written < 0) return takeBack(begin);
       bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return kSuccess;
   }
 
  private:
+  // Ends a write that failed half-way: what a full disk did take is no line.
+  ErrorCode takeBack(off_t begin) {
+    const ErrorCode error = failWithErrno();
+    if (begin >= 0 && ftruncate(descriptor_.get(), begin) == 0) lseek(descriptor_.get(), begin, SEEK_SET);
+    return error;
+  }
+
   UniqueDescriptor descriptor_;
 };
 

@@ -21,7 +21,7 @@ class QVN_PLATFORM_API File {
 
   virtual ErrorCode seekToEnd() = 0;
 
-  // Writes all of `bytes` or answers why not.
+  // Writes all of `bytes`, or none and answers why not.
   virtual ErrorCode write(std::string_view bytes) = 0;
 };
 

@@ -31,15 +31,18 @@ void* runThread(void* argument) {
   const std::unique_ptr<std::shared_ptr<ThreadState>> owner(
       static_cast<std::shared_ptr<ThreadState>*>(argument));
   ThreadState& state = **owner;
+  // Whoever is woken must not have to wait for the lock at once, so it is given up before.
   {
     const std::lock_guard guard(state.mutex);
     state.id = currentThreadId();
-    state.changed.notify_all();
   }
+  state.changed.notify_all();
   const std::uint32_t code = state.body();
-  const std::lock_guard guard(state.mutex);
-  state.ended = true;
-  state.exitCode = code;
+  {
+    const std::lock_guard guard(state.mutex);
+    state.ended = true;
+    state.exitCode = code;
+  }
   state.changed.notify_all();
   return nullptr;
 }
@@ -47,21 +50,20 @@ void* runThread(void* argument) {
 class NativeThread final : public ThreadHandle {
  public:
   NativeThread(pthread_t thread, std::shared_ptr<ThreadState> state)
-      : thread_(thread), state_(std::move(state)) {
-    std::unique_lock lock(state_->mutex);
-    state_->changed.wait(lock, [&] { return state_->id != 0; });
-    id_ = state_->id;
-  }
+      : thread_(thread), state_(std::move(state)) {}
 
   ~NativeThread() override {
     if (pthread_equal(thread_, pthread_self()) != 0) {
       pthread_detach(thread_);
     } else {
-      pthread_join(thread_, nullptr);
+      join();
     }
   }
 
-  std::uint32_t id() const override { return id_; }
+  std::uint32_t id() const override {
+    std::unique_lock lock(state_->mutex);
+    return idWhenRunning(lock);
+  }
 
   std::uint32_t exitCode() const override {
     const std::lock_guard guard(state_->mutex);
@@ -69,6 +71,11 @@ class NativeThread final : public ThreadHandle {
   }
 
   WaitResult wait(Milliseconds timeout) override {
+    // Waiting for the thread itself wakes the caller once, waiting for its word and then for itself twice.
+    if (timeout == kInfinite) {
+      join();
+      return WaitResult::Signalled;
+    }
     std::unique_lock lock(state_->mutex);
     const bool ended = clock().wait(lock, state_->changed, timeout, [&] { return state_->ended; });
     return ended ? WaitResult::Signalled : WaitResult::TimedOut;
@@ -76,7 +83,8 @@ class NativeThread final : public ThreadHandle {
 
   bool setPriority(std::int32_t priority) override {
     // Under the lock the thread cannot end, so its id names no other.
-    const std::lock_guard guard(state_->mutex);
+    std::unique_lock lock(state_->mutex);
+    const std::uint32_t id = idWhenRunning(lock);
     if (state_->ended) {
       setLastError(kInvalidHandle);
       return false;
@@ -84,15 +92,26 @@ class NativeThread final : public ThreadHandle {
     const std::int32_t normal = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
     const std::int64_t nice =
         std::clamp<std::int64_t>(std::int64_t{normal} - priority, kLowestNice, kHighestNice);
-    if (setpriority(PRIO_PROCESS, id_, static_cast<int>(nice)) == 0) return true;
+    if (setpriority(PRIO_PROCESS, id, static_cast<int>(nice)) == 0) return true;
     failWithErrno();
     return false;
   }
 
  private:
+  // Any number of threads may wait for the end.
+  void join() {
+    std::call_once(joined_, [this] { pthread_join(thread_, nullptr); });
+  }
+
+  // The thread itself finds out its id.
+  std::uint32_t idWhenRunning(std::unique_lock<std::mutex>& lock) const {
+    state_->changed.wait(lock, [&] { return state_->id != 0; });
+    return state_->id;
+  }
+
   const pthread_t thread_;
   const std::shared_ptr<ThreadState> state_;
-  std::uint32_t id_ = 0;
+  std::once_flag joined_;
 };
 
 // The system's own stack size, or the hint where that is more.

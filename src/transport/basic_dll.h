@@ -62,7 +62,8 @@ void BasicDll<Handler>::init(const std::string& moduleName) {
   platform::ErrorCode error = platform::kSuccess;
   auto module = platform::Module::load(moduleName, error);
   if (!module) {
-    throw Win32Exception("BasicDll<Handler>::init() Unable to load DLL=" + moduleName, error, kBasicDllFile, 296);
+    throw Win32Exception("BasicDll<Handler>::init() Unable to load DLL=" + moduleName, error, kBasicDllFile,
+                         296);
   }
   module_ = std::move(module);
   if (ModuleOwners::count(module_->identity()) == 0) {
@@ -95,8 +96,8 @@ void* BasicDll<Handler>::getProcAddress(const char* entryPoint) const {
   platform::ErrorCode error = platform::kSuccess;
   void* const address = module_->find(entryPoint, error);
   if (address == nullptr) {
-    throw Win32Exception("BasicDll<Handler>::getProcAddress() Unable to get proc address=", error, kBasicDllFile,
-                         83);
+    throw Win32Exception("BasicDll<Handler>::getProcAddress() Unable to get proc address=", error,
+                         kBasicDllFile, 83);
   }
   return address;
 }

@@ -13,8 +13,8 @@ void TransportDllHandler::onLoad(const TransportDll& dll) {
     const auto getAbiVersion = reinterpret_cast<transport_entry::GetAbiVersion*>(address);
     const std::uint32_t version = callTransport(transport_entry::kGetAbiVersion, getAbiVersion);
     if (version != QVN_TRANSPORT_ABI_VERSION) {
-      throw Win32Exception("Transport interface version=" + std::to_string(version) + " of DLL=" + dll.getName() +
-                               " is not " + std::to_string(QVN_TRANSPORT_ABI_VERSION),
+      throw Win32Exception("Transport interface version=" + std::to_string(version) + " of DLL=" +
+                               dll.getName() + " is not " + std::to_string(QVN_TRANSPORT_ABI_VERSION),
                            kRevisionMismatch, "TransportDllHandler", __LINE__);
     }
   }

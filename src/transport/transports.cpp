@@ -32,8 +32,8 @@ std::uint32_t callEntry(const TransportDll& dll, const char* entryPoint) {
 }  // namespace
 
 template <typename Service>
-Service& Transports::fromTransport(const std::string& transport, const char* entryPoint, const char* operation,
-                                   Service& fallback) {
+Service& Transports::fromTransport(const std::string& transport, const char* entryPoint,
+                                   const char* operation, Service& fallback) {
   try {
     TransportDll* const dll = loadTransportDll(transport, true);
     if (dll == nullptr) return fallback;
@@ -138,7 +138,8 @@ void Transports::discoverLocal(const std::string& transport) {
   const std::uint32_t rc = discover_(transport, "");
   if (rc == QRN_ERROR_SUCCESS) return;
   logDetail(log_component::server(), [&] {
-    return LogText() << "Transports::loadTransportDll()" << "DiscoveryManager.discover error=" << rc;
+    return LogText() << "Transports::loadTransportDll()"
+                     << "DiscoveryManager.discover error=" << rc;
   });
 }
 
@@ -176,9 +177,8 @@ std::uint32_t Transports::getTransportInfo(const std::string& moduleName, std::s
 }
 
 std::uint32_t Transports::addTransport(const std::string& moduleName) {
-  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
-    return LogText() << "Transports::addTransport() module name=" << moduleName;
-  });
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(),
+                   [&] { return LogText() << "Transports::addTransport() module name=" << moduleName; });
   std::string transport;
   std::string kind;
   const std::uint32_t rc = getTransportInfo(moduleName, transport, kind);
@@ -257,8 +257,8 @@ void Transports::uninstallRegisteredTransports() {
       callEntry(dll, transport_entry::kUninstall);
     } catch (const Win32Exception& exception) {
       logError(log_component::server(), [&] {
-        return LogText() << "Transports::uninstallRegisteredTransports()" << " exception="
-                         << exception.describe();
+        return LogText() << "Transports::uninstallRegisteredTransports()"
+                         << " exception=" << exception.describe();
       });
     }
   }

@@ -29,7 +29,8 @@ char text[64];
 void deviceFound(std::uint32_t, std::uint32_t) {}
 void queueFound(std::uint32_t, const char*, const char*) {}
 void alert(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
-void notification(std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
+void notification(std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t,
+                  std::uint32_t) {}
 std::uint32_t scanData(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
                        std::uint32_t) {
   return 0;

@@ -29,7 +29,8 @@ class EnumerationTest : public LibraryTest {
 
 TEST_F(EnumerationTest, PrintersAreFilteredByTransportAndAttributes) {
   PrinterStore& store = PrinterStore::getInstance();
-  store.persist("<Address>10.0.0.1</Address><Handle>1</Handle><Portname>USB001</Portname><Transport>FAKE</Transport>");
+  store.persist(
+      "<Address>10.0.0.1</Address><Handle>1</Handle><Portname>USB001</Portname><Transport>FAKE</Transport>");
   store.persist("<Handle>2</Handle><Transport>FAKE</Transport>");
   store.persist("<Handle>3</Handle><Portname>usb001</Portname><Transport>USB1</Transport>");
   store.persist("<Handle>4</Handle><Portname>usb001</Portname>");
@@ -55,7 +56,8 @@ TEST_F(EnumerationTest, DiscoveryStoresWhatTheTransportReports) {
   std::string options;
   fake.onDiscover = [&](const std::string& text) {
     options = text;
-    return std::vector<std::string>{FakeTransport::printerText(7, "NEW"), "<Device>Teapot</Device>", "garbage"};
+    return std::vector<std::string>{FakeTransport::printerText(7, "NEW"), "<Device>Teapot</Device>",
+                                    "garbage"};
   };
   EXPECT_EQ(QvnDiscovery(1, "ALL_TRANSPORT", "10.0.0.0"), 0u);
   EXPECT_EQ(options, "10.0.0.0");

@@ -71,7 +71,7 @@ TEST_F(InitializationTest, TheLastUninitialisationWaitsForACallInFlight) {
     EXPECT_TRUE(callEnded);
   });
   while (QvnSuspend() == 0) std::this_thread::yield();  // no new calls any more
-  callEnded = true;                                      // set before the call can end
+  callEnded = true;                                     // set before the call can end
   goOn.set_value();
   uninitializer.join();
   caller.join();

@@ -134,15 +134,16 @@ TEST_F(PrinterFunctionsTest, ACancelFromAnotherThreadTakesEffectAfterTheWrite) {
 }
 
 TEST_F(PrinterFunctionsTest, ExchangesAreFilteredAndBounded) {
-  const auto exchange = [](const Data& packet, std::uint8_t* reply, std::uint32_t size, std::uint32_t* length) {
+  const auto exchange = [](const Data& packet, std::uint8_t* reply, std::uint32_t size,
+                           std::uint32_t* length) {
     return QvnExchangeNpaPrinter(1, 7, packet.getBuffer(), packet.getLength(), reply, size, length);
   };
   std::uint8_t reply[32] = {};
   std::uint32_t length = 99;
   ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
   fake.takeCalls();
-  for (const Data& refused :
-       {bytes({0xA5, 0, 6, 0x50, 5, 0, 0, 0, 0}), bytes({0xA5, 0, 6, 0x50, 0xE0, 0x73, 1, 1, 0}), bytes({1, 2, 3})}) {
+  for (const Data& refused : {bytes({0xA5, 0, 6, 0x50, 5, 0, 0, 0, 0}),
+                              bytes({0xA5, 0, 6, 0x50, 0xE0, 0x73, 1, 1, 0}), bytes({1, 2, 3})}) {
     EXPECT_EQ(exchange(refused, reply, 32, &length), 5u);
     EXPECT_EQ(length, 99u);
   }

@@ -61,19 +61,22 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
   QvnSuspend();
   EXPECT_THAT(lines(), ElementsAre("+QvnSuspend()", "-QvnSuspend() rc=0"));
   QvnSetClientInfo(5, "k", "v");
-  EXPECT_THAT(lines(), ElementsAre("+QvnSetClientInfo() clientId=5", "-QvnSetClientInfo() clientId=5 rc=0 key=k value=v"));
+  EXPECT_THAT(lines(), ElementsAre("+QvnSetClientInfo() clientId=5",
+                                   "-QvnSetClientInfo() clientId=5 rc=0 key=k value=v"));
   QvnOpenPrinter(5, 0);
   EXPECT_THAT(lines(), ElementsAre("+QvnOpenPrinter(0) clientId=5", "-QvnOpenPrinter(0) clientId=5 rc=6"));
   QvnStartJobPrinter(5, 7, 3, "obj", nullptr, nullptr, nullptr);
   EXPECT_THAT(lines(), ElementsAre("+QvnStartJobPrinter(7) clientId=5",
                                    "-QvnStartJobPrinter(7) clientId=5 rc=6 printObject=obj spoolerJobId=3"));
   QvnStartJobPrinter(5, 7, 3, nullptr, nullptr, nullptr, nullptr);
-  EXPECT_THAT(lines(), ElementsAre("+QvnStartJobPrinter(7) clientId=5", "-QvnStartJobPrinter(7) clientId=5 rc=87"));
+  EXPECT_THAT(lines(),
+              ElementsAre("+QvnStartJobPrinter(7) clientId=5", "-QvnStartJobPrinter(7) clientId=5 rc=87"));
   QvnWritePrinter(5, 7, bytes({1}).getBuffer(), 1, &number);
   EXPECT_THAT(lines(), ElementsAre("+QvnWritePrinter(7) clientId=5 bufferSize=1",
                                    "-QvnWritePrinter(7) clientId=5 bufferSize=1 rc=6 bytesWritten=0"));
   QvnExchangeNpaPrinter(5, 7, bytes({1}).getBuffer(), 1, bytesOut, 8, &number);
-  EXPECT_THAT(lines(), ElementsAre("+QvnExchangeNpaPrinter(7) clientId=5", "-QvnExchangeNpaPrinter(7) clientId=5"));
+  EXPECT_THAT(lines(),
+              ElementsAre("+QvnExchangeNpaPrinter(7) clientId=5", "-QvnExchangeNpaPrinter(7) clientId=5"));
   QvnRegisterForAlertsPrinter(5, 7, 0x100002, alert);
   EXPECT_THAT(lines(), ElementsAre("+QvnRegisterForAlertsPrinter(7) clientId=5",
                                    "-QvnRegisterForAlertsPrinter(7) clientId=5 rc=6 mask=02 00 10 00 "));

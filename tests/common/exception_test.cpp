@@ -11,8 +11,9 @@ TEST(Win32Exception, DescribesPlaceMessageAndSystemText) {
   EXPECT_EQ(exception.getCode(), 2u);
   EXPECT_EQ(exception.getMessage(), "Event::set() failed");
   EXPECT_THAT(exception.describe(), testing::StartsWith("file:Event:88: Event::set() failed: Win32(2"));
-  EXPECT_THAT(exception.getErrorText(), testing::Not(testing::AnyOf(testing::HasSubstr("\r"), testing::HasSubstr("\n"),
-                                                                    testing::EndsWith(")"))));
+  EXPECT_THAT(exception.getErrorText(),
+              testing::Not(testing::AnyOf(testing::HasSubstr("\r"), testing::HasSubstr("\n"),
+                                          testing::EndsWith(")"))));
 }
 
 TEST(Win32Exception, LeavesOutWhatItDoesNotKnow) {

@@ -23,7 +23,9 @@ class SettingsTest : public testing::Test {
   SettingsTest() { Localize::createInstance(&moduleAddress); }
   ~SettingsTest() override { Localize::destroyInstance(); }
 
-  RegistryKey settingsKey() { return RegistryKey(std::string(kLibraryRegistryRoot) + "Settings\\", true, kHive); }
+  RegistryKey settingsKey() {
+    return RegistryKey(std::string(kLibraryRegistryRoot) + "Settings\\", true, kHive);
+  }
 };
 
 TEST(Localize, SaysWhenItIsAskedTooEarly) {
@@ -121,7 +123,8 @@ TEST_F(SettingsTest, RemoveAllKeepsTheRootWhileAnotherModuleHasABranch) {
 }
 
 TEST(RegistryKey, RecursiveDeletionEmptiesAKeyNamedSoftwareAndKeepsIt) {
-  for (const char* const path : {"Software\\A\\B", "Software\\A\\C\\D", "Other\\A"}) RegistryKey(path, true, kHive);
+  for (const char* const path : {"Software\\A\\B", "Software\\A\\C\\D", "Other\\A"})
+    RegistryKey(path, true, kHive);
   RegistryKey root("Other", false, kHive);
   root.recurseDeleteKey("absent");
   RegistryKey::deleteTree("Software\\A\\", kHive);

@@ -141,8 +141,9 @@ TEST(Runnables, CallWhatTheyAreBoundTo) {
     std::uint32_t value = 21;
   } object;
   EXPECT_EQ((MethodRunnable<Object>(object, &Object::twice).run()), 42u);
-  EXPECT_EQ(FunctionRunnable(&object, [](void* argument) { return static_cast<Object*>(argument)->value; }).run(),
-            21u);
+  EXPECT_EQ(
+      FunctionRunnable(&object, [](void* argument) { return static_cast<Object*>(argument)->value; }).run(),
+      21u);
 }
 
 TEST(Application, LaunchesAProcessWaitsForItAndSaysWhenItCannot) {

@@ -62,7 +62,9 @@ TEST(AttributeCodec, ByteArraysAreTwoDigitsAByte) {
   EXPECT_EQ(read[0], 0x55);
   EXPECT_EQ(AttributeCodec::getByteArray(text, attribute::kMacAddress, read, 2, length), 0u);
   EXPECT_EQ(read[1], 0xAB);
-  EXPECT_EQ(AttributeCodec::getByteArray("<MacAddress>zz1</MacAddress>", attribute::kMacAddress, read, 2, length), 0u)
+  EXPECT_EQ(
+      AttributeCodec::getByteArray("<MacAddress>zz1</MacAddress>", attribute::kMacAddress, read, 2, length),
+      0u)
       << "hostile digits are no failure";
   EXPECT_EQ(length, 1u);
 }

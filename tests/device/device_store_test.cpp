@@ -122,9 +122,10 @@ TEST_F(DeviceStoreTest, AnAttributeChangesOnlyWhenTheTransportAcceptsIt) {
   EXPECT_EQ(asText(offered), FakeTransport::printerText(7, "NEW"));
   EXPECT_EQ(stored(7), FakeTransport::printerText(7, "OLD"));
   EXPECT_EQ(device->getAttributes(), FakeTransport::printerText(7, "OLD"));
-  EXPECT_THAT(fake.calls(), testing::IsSupersetOf({std::string("get configuration"),
-                                                   "visit " + std::string(attribute::kPortname) + " configuration",
-                                                   std::string("release configuration")}));
+  EXPECT_THAT(fake.calls(),
+              testing::IsSupersetOf({std::string("get configuration"),
+                                     "visit " + std::string(attribute::kPortname) + " configuration",
+                                     std::string("release configuration")}));
 
   fake.onVisitor = nullptr;
   EXPECT_EQ(device->setString(attribute::kPortname, "NEW"), 0u);

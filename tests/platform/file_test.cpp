@@ -83,11 +83,14 @@ TEST(File, ALimitOnItsSizeIsAFullDisk) {
     const rlimit limit{.rlim_cur = 100, .rlim_max = 100};
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
     const auto file = open(File::Open::CreateIfMissing, kSuccess);
-    if (file->write(std::string(100, 'x')) != kSuccess) return 2;
-    if (file->write("y") != kDiskFull || lastError() != kDiskFull) return 3;
+    if (file->write(std::string(90, 'x')) != kSuccess) return 2;
+    if (file->write(std::string(20, 'y')) != kDiskFull || lastError() != kDiskFull) return 3;
+    // Nothing of what did not fit as a whole stays, and what fits goes where it would have gone.
+    if (file->write(std::string(10, 'z')) != kSuccess) return 4;
     return 0;
   });
   EXPECT_EQ(limited.wait(), 0);
+  EXPECT_EQ(content(), std::string(90, 'x') + std::string(10, 'z'));
 }
 
 }  // namespace

@@ -229,4 +229,6 @@ QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
 QVN_TRANSPORT_EXPORT qvn::VisitorManager* TransportGetVisitorManager() {
   return FakeTransport::instance().visitorManager();
 }
-QVN_TRANSPORT_EXPORT qvn::Discoverer* TransportGetDiscoverer() { return FakeTransport::instance().discoverer(); }
+QVN_TRANSPORT_EXPORT qvn::Discoverer* TransportGetDiscoverer() {
+  return FakeTransport::instance().discoverer();
+}

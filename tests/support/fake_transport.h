@@ -34,8 +34,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   // The devices that a discovery reports.
   std::function<std::vector<std::string>(const std::string& options)> onDiscover;
 
-  // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "visit startJobPrinter print",
-  // "write 5", "close print", "release print", "discover".
+  // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "visit startJobPrinter
+  // print", "write 5", "close print", "release print", "discover".
   void record(const std::string& call);
   std::vector<std::string> calls() const;
   std::vector<std::string> takeCalls();

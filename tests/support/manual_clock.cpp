@@ -43,9 +43,7 @@ ManualClock::ManualClock(Mode mode, std::chrono::milliseconds patience)
       epoch_(std::chrono::sys_days(std::chrono::year_month_day(std::chrono::year(2020), std::chrono::month(5),
                                                                std::chrono::day(17)))) {}
 
-ManualClock::~ManualClock() {
-  platform::replaceClock(previous_ == this ? nullptr : previous_);
-}
+ManualClock::~ManualClock() { platform::replaceClock(previous_ == this ? nullptr : previous_); }
 
 std::uint64_t ManualClock::monotonicMilliseconds() {
   const std::lock_guard guard(mutex_);
@@ -165,9 +163,7 @@ ManualClock::Waiters::iterator ManualClock::enter(std::optional<Time> deadline,
   return std::prev(waiters_.end());
 }
 
-void ManualClock::leave(Waiters::iterator waiter) {
-  waiters_.erase(waiter);
-}
+void ManualClock::leave(Waiters::iterator waiter) { waiters_.erase(waiter); }
 
 std::optional<ManualClock::Time> ManualClock::earliestDeadline() const {
   std::optional<Time> earliest;

@@ -51,5 +51,7 @@ Manager* manager() {
 QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
   return manager<qvn::ConnectionManager>();
 }
-QVN_TRANSPORT_EXPORT qvn::VisitorManager* TransportGetVisitorManager() { return manager<qvn::VisitorManager>(); }
+QVN_TRANSPORT_EXPORT qvn::VisitorManager* TransportGetVisitorManager() {
+  return manager<qvn::VisitorManager>();
+}
 QVN_TRANSPORT_EXPORT qvn::Discoverer* TransportGetDiscoverer() { return manager<qvn::Discoverer>(); }

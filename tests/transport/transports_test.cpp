@@ -93,12 +93,8 @@ TEST_F(TransportsTest, TheFailuresCodeSaysWhy) {
     std::string module;
     std::uint32_t rc;
   } cases[] = {
-      {"/nowhere/module.so", 126},
-      {broken("no_entry"), 127},
-      {broken("fails_to_initialize"), 31},
-      {broken("other_abi"), 1306},
-      {broken("bad_info"), 1168},
-      {broken("no_abi"), 0},
+      {"/nowhere/module.so", 126}, {broken("no_entry"), 127},  {broken("fails_to_initialize"), 31},
+      {broken("other_abi"), 1306}, {broken("bad_info"), 1168}, {broken("no_abi"), 0},
   };
   for (const auto& c : cases) {
     std::string name;
@@ -144,12 +140,20 @@ TEST(TransportNames, MatchWithoutCase) {
     const char* name;
     bool matches;
   } cases[] = {
-      {"usb1", "USB1", true},           {"all_transport", "X", true},        {"LOCAL_TRANSPORT", "usb1", true},
-      {"LOCAL_TRANSPORT", "PAR1", true}, {"LOCAL_TRANSPORT", "IPv4", false}, {"NETWORK_TRANSPORT", "hbn3", true},
-      {"NETWORK_TRANSPORT", "HBN1", true}, {"NETWORK_TRANSPORT", "ipV4", true}, {"NETWORK_TRANSPORT", "USB1", false},
-      {"NETWORK_TRANSPORT", "OTHER", false}, {"USB1", "PAR1", false},
+      {"usb1", "USB1", true},
+      {"all_transport", "X", true},
+      {"LOCAL_TRANSPORT", "usb1", true},
+      {"LOCAL_TRANSPORT", "PAR1", true},
+      {"LOCAL_TRANSPORT", "IPv4", false},
+      {"NETWORK_TRANSPORT", "hbn3", true},
+      {"NETWORK_TRANSPORT", "HBN1", true},
+      {"NETWORK_TRANSPORT", "ipV4", true},
+      {"NETWORK_TRANSPORT", "USB1", false},
+      {"NETWORK_TRANSPORT", "OTHER", false},
+      {"USB1", "PAR1", false},
   };
-  for (const auto& c : cases) EXPECT_EQ(transportMatches(c.filter, c.name), c.matches) << c.filter << " " << c.name;
+  for (const auto& c : cases)
+    EXPECT_EQ(transportMatches(c.filter, c.name), c.matches) << c.filter << " " << c.name;
 }
 
 }  // namespace

@@ -12,8 +12,9 @@ namespace qvn {
 
 class Subject;
 
-// An observer keeps the list of the subjects it is attached to. Whoever owns an observer detaches it from every
-// subject before destroying it. A plug-in never derives from Observer; it only notifies through Subject.
+// An observer keeps the list of the subjects it is attached to. Whoever owns an observer detaches it from
+// every subject before destroying it. A plug-in never derives from Observer; it only notifies through
+// Subject.
 class Observer {
  public:
   Observer() = default;
