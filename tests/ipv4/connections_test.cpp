@@ -86,6 +86,7 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReach) {
 }
 
 TEST_F(Ipv4Transport, GivesUpConnectingInTime) {
+  setSetting("NpaTimeout", 50);
   TransportModule module;
   const Listener listener(0);
   const Stream filling = Stream::connect("127.0.0.1", listener.port());  // the queue takes no other one

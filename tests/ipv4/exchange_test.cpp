@@ -21,6 +21,9 @@ constexpr char kPanelRegistration[] = "A5 00 05 50 E0 E1 03 01";
 constexpr char kPanelAlert[] = "A5 00 05 20 F0 E1 00 00";
 constexpr char kReset[] = "A5 00 05 20 FF 01 00 00";
 
+// For tests that wait for it.
+constexpr std::uint32_t kShortTimeout = 200;
+
 constexpr ExchangeResult kReplied{0, 0};
 constexpr ExchangeResult kNoReply{0, 1460};
 constexpr ExchangeResult kLost{64, 64};
@@ -92,6 +95,7 @@ TEST_F(Exchange, RefusesWhatIsNoPacket) {
 }
 
 TEST_F(Exchange, MeetsEachFaultWithACodeAndGoesOn) {
+  setSetting("ReadTimeout", kShortTimeout);
   struct Case {
     const char* fault;
     ExchangeResult result;
@@ -120,10 +124,11 @@ TEST_F(Exchange, MeetsEachFaultWithACodeAndGoesOn) {
 }
 
 TEST_F(Exchange, NeverTakesAnotherRequestsReply) {
+  setSetting("ReadTimeout", kShortTimeout);
   const OpenConnection bidi(*module, attributes(), "bidi");
   // The replies to these commands differ in the job's number.
   simulator.command("fault double-reply=start-job:1");
-  simulator.command("fault late-reply=150:start-job:1");  // the doubled one, after the time-out
+  simulator.command("fault late-reply=300:start-job:1");  // the doubled one, after the time-out
   EXPECT_EQ(ask(bidi, kStartJob), kNoReply);
   EXPECT_EQ(ask(bidi, kStartJob), kReplied);
   simulator.command("fault double-reply=start-job:1");
@@ -137,9 +142,10 @@ TEST_F(Exchange, NeverTakesAnotherRequestsReply) {
 }
 
 TEST_F(Exchange, DropsALateReplyWithoutLosingTheConnection) {
+  setSetting("ReadTimeout", kShortTimeout);
   const OpenConnection bidi(*module, attributes(), "bidi");
   EXPECT_EQ(ask(bidi, kLock), kReplied);  // the lock lasts as long as the connection
-  simulator.command("fault delay-reply=120:unlock:1");
+  simulator.command("fault delay-reply=250:unlock:1");
   EXPECT_EQ(ask(bidi, "A5 00 06 50 05 01 00 00 01"), kReplied);
   EXPECT_EQ(ask(bidi, kUnlock), kNoReply);
   EXPECT_EQ(ask(bidi, kCache), kReplied) << "behind the late one";
@@ -232,6 +238,7 @@ class HostilePeer : public ExchangeTest {
 };
 
 TEST_F(HostilePeer, GetsACodeWithinTheTimeoutWhateverItSends) {
+  setSetting("ReadTimeout", kShortTimeout);
   struct Case {
     const char* name;
     Bytes answer;

@@ -45,6 +45,7 @@ TEST_F(PrintStream, CarriesAJobUnchanged) {
 }
 
 TEST_F(PrintStream, TellsWhatWentOutWhenThePrinterStalls) {
+  setSetting("PJLWriteTimeout", 50);
   Listener listener;
   const OpenConnection print(module, attributeText(listener.port(), 1), "print");
   Stream printer = listener.accept();
@@ -56,7 +57,6 @@ TEST_F(PrintStream, TellsWhatWentOutWhenThePrinterStalls) {
   EXPECT_EQ(first + block.getLength(), 32 * kMebibyte);
   std::size_t received = 0;
   std::thread reader([&] { received = printer.receive(32 * kMebibyte).size(); });
-  setSetting("PJLWriteTimeout", 10000);
   for (int tries = 0; tries < 100 && block.getLength() > 0; ++tries) print->write(block);
   EXPECT_EQ(block.getLength(), 0u) << "the rest can be written again";
   reader.join();

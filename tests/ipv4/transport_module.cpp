@@ -37,10 +37,7 @@ void installSettings() {
   if (registry::createKey(registry::Hive::LocalMachine, kLibraryRegistryRoot, {}, key) != 0) {
     throw std::runtime_error("cannot make the library's key");
   }
-  setSetting("ReadTimeout", 100);
-  setSetting("NpaTimeout", 100);
-  setSetting("PJLWriteTimeout", 50);
-  setSetting("9200UnicastDiscoveryTimeout", 100);
+  setSetting("9200UnicastDiscoveryTimeout", 300);
 }
 
 void setSetting(const char* name, std::uint32_t value) {

@@ -22,7 +22,7 @@
 
 namespace qvn::test {
 
-// Makes the library's key in the registry, so that settings are kept, and shortens the time-outs.
+// Makes the library's key in the registry, so that settings are kept. Those that a test waits for it makes short.
 void installSettings();
 void setSetting(const char* name, std::uint32_t value);
 

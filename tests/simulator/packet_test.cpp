@@ -130,6 +130,8 @@ TEST_F(SimulatedPackets, SurvivesGarbageOfEveryLength) {
     }
     Stream bidi = host();
     bidi.send(garbage);
+    bidi.endSending();
+    EXPECT_TRUE(bidi.isEnded()) << "length " << length;
   }
   EXPECT_EQ(host().ask(kSummary).substr(0, 17), "A5 00 1C 20 01 00");
 }

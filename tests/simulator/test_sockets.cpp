@@ -129,6 +129,8 @@ std::string Stream::ask(std::string_view request) {
   return toHex(receivePacket());
 }
 
+void Stream::endSending() { ::shutdown(fd_, SHUT_WR); }
+
 bool Stream::isEnded() {
   std::uint8_t buffer[4096];
   ssize_t got;

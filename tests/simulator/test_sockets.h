@@ -36,6 +36,8 @@ class Stream {
   Bytes receivePacket();
   // Sends a packet and gives the next one that comes, in hexadecimal.
   std::string ask(std::string_view request);
+  // Sends nothing more; the peer sees the end of what came.
+  void endSending();
   // Reads on until the connection ends, and says whether it did.
   bool isEnded();
   // Whether nothing can be read now.
