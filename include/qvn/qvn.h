@@ -23,8 +23,7 @@
  * operating system gives. No exception leaves a function.
  *
  * Initialisation. Outside a QvnInitialize/QvnUninitialize pair every function returns 1 and does nothing,
- * except QvnInitialize, QvnUninitialize, QvnGetClientId, QvnInstall and QvnUninstall, which need none, and
- * QvnGetLongHid, which must not be relied on without one.
+ * except QvnInitialize, QvnUninitialize, QvnGetClientId, QvnInstall and QvnUninstall, which need none.
  *
  * Client identifier. The first argument of nearly every function is the caller's identifier from
  * QvnGetClientId. It tags registrations, the ownership of jobs and log lines; the library keeps no table of
@@ -55,12 +54,17 @@
  * when there is no such device or it does not carry the attribute, 1629 when the descriptor is of another
  * type than the function. Writes go to the device.
  *
- * Threads. Any thread may call any function at any time; calls on one device wait for each other. Only
- * QvnInitialize and QvnUninitialize exclude each other library-wide, and no call may be running or be made
- * while the last QvnUninitialize runs. A device-found or queue-found callback runs on the calling thread,
- * before the function returns. Every other callback runs on a thread of the library or of a transport; it
- * must return soon, must not throw, and must not register or unregister on the device that it is called
- * for. Data passed to a callback is valid only until the callback returns.
+ * Threads. Any thread may call any function at any time; calls on one device wait for each other. The last
+ * QvnUninitialize lets no new call in and waits for those that are running. A device-found or queue-found
+ * callback runs on the calling thread, before the function returns. Every other callback runs on a thread of
+ * the library or of a transport, or of the client whose call it reports on; it should return soon and must
+ * not throw. Data passed to a callback is valid only until the callback returns.
+ *
+ * Inside a callback every function may be called. What would end the callback's own thread or device is done
+ * when the callback is over: QvnClosePrinter and the last QvnUninitialize then return before it. When an
+ * unregistering function has returned no call of that registration begins or is running, unless it was made
+ * from inside a callback of the same device. After the last QvnUninitialize no callback runs, with the same
+ * exception.
  */
 #ifndef QVN_QVN_H
 #define QVN_QVN_H
@@ -137,8 +141,7 @@ QVN_EXPORT uint32_t QvnUninitialize(void);
 
 /*
  * Gives the caller a client identifier, never 0, different from the others given in this process. Ask once
- * and keep it. Works before QvnInitialize. Concurrent calls are not kept apart: take identifiers from one
- * thread.
+ * and keep it. Works before QvnInitialize.
  *   clientId  out, required.
  * Returns 0; 87.
  */
