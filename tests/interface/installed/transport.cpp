@@ -48,24 +48,10 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   std::strncpy(buffer, info.c_str(), size - 1);
   return 0;
 }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
-  return 0;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
-  return 0;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
-  return 0;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() {
-  return 0;
-}
-QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
-  return &connections;
-}
-QVN_TRANSPORT_EXPORT qvn::VisitorManager* TransportGetVisitorManager() {
-  return &visitors;
-}
-QVN_TRANSPORT_EXPORT qvn::Discoverer* TransportGetDiscoverer() {
-  return &discoverer;
-}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return 0; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() { return 0; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return 0; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return 0; }
+QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() { return &connections; }
+QVN_TRANSPORT_EXPORT qvn::VisitorManager* TransportGetVisitorManager() { return &visitors; }
+QVN_TRANSPORT_EXPORT qvn::Discoverer* TransportGetDiscoverer() { return &discoverer; }
