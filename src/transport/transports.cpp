@@ -190,8 +190,9 @@ std::uint32_t Transports::addTransport(const std::string& moduleName) {
 }
 
 std::uint32_t Transports::removeTransport(const std::string& name) {
-  if (!settings_.deleteValue(kLocalTransports, name, kLocalSelection) ||
-      !settings_.deleteValue(kNetworkTransports, name, kLocalSelection)) {
+  const bool localOpened = settings_.deleteValue(kLocalTransports, name, kLocalSelection);
+  const bool networkOpened = settings_.deleteValue(kNetworkTransports, name, kLocalSelection);
+  if (!localOpened || !networkOpened) {
     unload(name);
     return QRN_ERROR_SUCCESS;
   }

@@ -126,6 +126,14 @@ TEST_F(TransportsTest, RemoveTakesTheTransportsOrTheModulesName) {
   EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
 }
 
+TEST_F(TransportsTest, RemoveWorksWhileOnlyOneKindIsRegistered) {
+  settings.deleteKey("Transports\\Local", 0);
+  EXPECT_EQ(openOf("FAKE"), 0u);
+  EXPECT_EQ(QvnRemoveTransport("FAKE"), 0u);
+  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
+  EXPECT_THAT(fake.calls("uninitialize"), ElementsAre("uninitialize"));
+}
+
 TEST_F(TransportsTest, EveryRegisteredModuleIsInstalledWhateverTheOthersDo) {
   settings.setString("Transports\\Local", "A", "/nowhere/module.so", 0);
   settings.setString("Transports\\Local", "B", broken("no_entry"), 0);

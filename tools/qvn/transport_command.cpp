@@ -51,7 +51,7 @@ void remove(const std::string& name) {
   if (!isRegistered(name)) {
     throw Failure("no transport '" + name + "' is registered", QRN_ERROR_NOT_FOUND);
   }
-  // The library removes nothing while the key of either kind is missing.
+  // The library looks for a module of that name only when the keys of both kinds are there.
   for (const auto& [key, kind] : kKinds) {
     makeLibraryKey(key);
   }
