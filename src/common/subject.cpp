@@ -6,7 +6,52 @@
 
 namespace qvn {
 
-Subject::~Subject() = default;
+// What references share with their subject: it outlives the subject.
+struct SubjectReference::Link {
+  std::mutex mutex;
+  std::condition_variable ended;
+  Subject* subject = nullptr;
+  // The threads that are in a notification.
+  std::vector<std::thread::id> notifying;
+};
+
+SubjectReference::SubjectReference(Subject& subject) : link_(subject.self_.link_) {}
+
+bool SubjectReference::notify(Data& data) const {
+  if (link_ == nullptr) return false;
+  Subject* subject = nullptr;
+  {
+    std::lock_guard<std::mutex> lock(link_->mutex);
+    subject = link_->subject;
+    if (subject == nullptr) return false;
+    link_->notifying.push_back(std::this_thread::get_id());
+  }
+  subject->notify(data);
+  std::lock_guard<std::mutex> lock(link_->mutex);
+  link_->notifying.erase(
+      std::find(link_->notifying.begin(), link_->notifying.end(), std::this_thread::get_id()));
+  link_->ended.notify_all();
+  return true;
+}
+
+Subject::Subject() : self_([this] {
+  SubjectReference reference;
+  reference.link_ = std::make_shared<SubjectReference::Link>();
+  reference.link_->subject = this;
+  return reference;
+}()) {}
+
+Subject::~Subject() { endReferences(); }
+
+void Subject::endReferences() {
+  SubjectReference::Link& link = *self_.link_;
+  std::unique_lock<std::mutex> lock(link.mutex);
+  link.subject = nullptr;
+  link.ended.wait(lock, [&] {
+    return std::all_of(link.notifying.begin(), link.notifying.end(),
+                       [](std::thread::id thread) { return thread == std::this_thread::get_id(); });
+  });
+}
 
 void Subject::attach(Observer& observer) {
   std::lock_guard<std::mutex> lock(mutex_);

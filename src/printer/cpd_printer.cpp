@@ -19,8 +19,11 @@ CpdPrinter::CpdPrinter() : state_(&CpdPrinterClosed::getInstance()), writer_(*th
   state_->doEnterState(*this);
 }
 
-// The writer's thread calls this object.
-CpdPrinter::~CpdPrinter() { CpdPrinter::shutDown(); }
+// The transport's threads and the writer's call this object.
+CpdPrinter::~CpdPrinter() {
+  endReferences();
+  CpdPrinter::shutDown();
+}
 
 void CpdPrinter::shutDown() {
   writer_.purge();

@@ -112,6 +112,34 @@ TEST_F(ObserverTest, DetachReturnsOnlyWhenNoOtherThreadIsInAnUpdate) {
   delivering.join();
 }
 
+TEST_F(ObserverTest, AReferenceOutlivesItsSubjectWhichWaitsForNotifications) {
+  auto mortal = std::make_unique<Subject>();
+  const SubjectReference reference(*mortal);
+  a.attachTo(*mortal);
+  Data data("xyz", 3);
+  EXPECT_TRUE(reference.notify(data));
+  std::promise<void> inside;
+  std::promise<void> goOn;
+  std::atomic<bool> updateEnded{false};
+  a.then = [&] {
+    inside.set_value();
+    goOn.get_future().wait();
+    updateEnded = true;
+  };
+  std::thread delivering([&] { EXPECT_TRUE(reference.notify(data)); });
+  inside.get_future().wait();
+  std::thread destroying([&] {
+    mortal.reset();
+    EXPECT_TRUE(updateEnded);
+  });
+  goOn.set_value();
+  destroying.join();
+  delivering.join();
+  EXPECT_FALSE(reference.notify(data));
+  EXPECT_FALSE(SubjectReference().notify(data));
+  EXPECT_THAT(log, ElementsAre("a:#3", "a:#3"));
+}
+
 TEST_F(ObserverTest, ManyObserversAreCalledInOrder) {
   std::vector<std::unique_ptr<Recorder>> many;
   std::vector<std::string> expected;

@@ -64,7 +64,7 @@ struct FakeTransport::Visit : Visitor {
     const std::string on = static_cast<Connection&>(connection).name;
     {
       std::lock_guard<std::mutex> lock(transport.mutex_);
-      if (device_ != nullptr) transport.device_ = device_;
+      if (device_ != nullptr) transport.device_ = SubjectReference(*device_);
     }
     if (name == visitor_name::kNpaData) {
       transport.record("npa " + on + " " + hex(*data_).substr(8));
@@ -183,12 +183,12 @@ std::string FakeTransport::written() const {
 }
 
 void FakeTransport::deliver(Data data) {
-  Device* device = nullptr;
+  SubjectReference device;
   {
     std::lock_guard<std::mutex> lock(mutex_);
     device = device_;
   }
-  if (device != nullptr) device->notify(data);
+  device.notify(data);
 }
 
 ConnectionManager* FakeTransport::connectionManager() { return connections_.get(); }

@@ -63,7 +63,7 @@ class __attribute__((visibility("default"))) FakeTransport {
   mutable std::mutex mutex_;
   std::vector<std::string> calls_;
   std::string written_;
-  Device* device_ = nullptr;
+  SubjectReference device_;
   std::unique_ptr<Connections> connections_;
   std::unique_ptr<Visitors> visitors_;
   std::unique_ptr<Discovery> discovery_;

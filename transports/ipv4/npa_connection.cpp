@@ -55,7 +55,7 @@ std::uint32_t NpaConnection::exchange(Data& request, Device& device) {
       result = replaceSession(session, device, session);
     }
     if (result == QRN_ERROR_SUCCESS) {
-      session->setDevice(&device);
+      session->setDevice(device);
       result = session->exchange(packet, &device, replyCode);
     } else {
       replyCode = result;
@@ -86,7 +86,7 @@ std::uint32_t NpaConnection::replaceSession(const std::shared_ptr<NpaSession>& o
   std::shared_ptr<NpaSession> made;
   if (const std::uint32_t rc = NpaSession::start(endpoint, timeouts, made); rc != QRN_ERROR_SUCCESS)
     return rc;
-  made->setDevice(&device);
+  made->setDevice(device);
   for (const auto& [effect, registration] : registrations_) {
     std::uint32_t ignored = QRN_ERROR_SUCCESS;
     made->exchange(registration, nullptr, ignored);

@@ -125,14 +125,14 @@ bool NpaSession::isAmbiguous(PacketView request) const {
                                    [&](const Packet& earlier) { return answers(earlier, request); });
 }
 
-void NpaSession::setDevice(Device* device) {
+void NpaSession::setDevice(Device& device) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  device_ = device;
+  device_ = SubjectReference(device);
 }
 
 void NpaSession::close() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  device_ = nullptr;
+  device_ = SubjectReference();
   endLocked(kConnectionAborted);
 }
 
@@ -173,6 +173,7 @@ void NpaSession::sortPacketLocked(Packet packet) {
   if (isAlert(packet)) {
     if (alerts_.size() == kMaxAlerts) alerts_.pop_front();
     alerts_.push_back(std::move(packet));
+    alertsCame_.notify_all();
     return;
   }
   const auto late = std::find_if(unanswered_.begin(), unanswered_.end(),
@@ -205,16 +206,15 @@ void NpaSession::deliverReply() {
 void NpaSession::deliverAlerts() {
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
-    changed_.wait(lock, [this] { return endedBy_ != 0 || !alerts_.empty(); });
+    alertsCame_.wait(lock, [this] { return endedBy_ != 0 || !alerts_.empty(); });
     // Alerts that came before the device closed the connection still count.
     if (alerts_.empty()) return;
     const Packet alert = std::move(alerts_.front());
     alerts_.pop_front();
-    Device* device = device_;
-    if (device == nullptr) continue;
+    const SubjectReference device = device_;
     lock.unlock();
     Data data(alert.data(), static_cast<std::uint32_t>(alert.size()));
-    device->notify(data);
+    device.notify(data);
     lock.lock();
   }
 }
@@ -228,6 +228,7 @@ void NpaSession::endLocked(std::uint32_t code) {
   if (endedBy_ == 0) endedBy_ = code;
   socket_.shutDown();
   changed_.notify_all();
+  alertsCame_.notify_all();
 }
 
 }  // namespace qvn::ipv4

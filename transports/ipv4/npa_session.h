@@ -40,8 +40,8 @@ class NpaSession {
   // its kind is without a reply, or one came with a wrong length.
   bool isAmbiguous(PacketView request) const;
 
-  // Whose observers get the alerts; null drops them.
-  void setDevice(Device* device);
+  // Whose observers get the alerts.
+  void setDevice(Device& device);
 
   // Ends the connection without waiting for the threads: whoever closes may hold what an alert's receiver
   // waits for. An alert that is being delivered is finished, no other one starts.
@@ -74,13 +74,14 @@ class NpaSession {
   const Timeouts timeouts_;
   Packet reply_;  // the reader's own
 
-  mutable std::mutex mutex_;  // guards what follows
-  std::condition_variable changed_;
+  mutable std::mutex mutex_;            // guards what follows
+  std::condition_variable changed_;     // for whoever exchanges
+  std::condition_variable alertsCame_;  // for the thread that delivers them, or the connection has ended
   NpaStream stream_;
   Exchange* exchange_ = nullptr;
   std::vector<Packet> unanswered_;  // requests given up, whose replies may still come
   std::deque<Packet> alerts_;
-  Device* device_ = nullptr;
+  SubjectReference device_;  // whom alerts are for
   bool outOfStep_ = false;     // an exchange timed out in the middle of a packet
   std::uint32_t endedBy_ = 0;  // 0 while the connection lives
 

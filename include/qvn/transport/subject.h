@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -14,13 +15,33 @@
 
 namespace qvn {
 
+class Subject;
+
+// A subject that may be gone: how a transport keeps the device that its threads deliver to. Copies are references to
+// the same subject; any thread may use them.
+class SubjectReference {
+ public:
+  // To nothing.
+  SubjectReference() = default;
+  explicit SubjectReference(Subject& subject);
+
+  // Subject::notify, if the subject is still there; the subject then stays until the call is over. False when it is
+  // gone.
+  bool notify(Data& data) const;
+
+ private:
+  friend class Subject;
+  struct Link;
+  std::shared_ptr<Link> link_;
+};
+
 // Any thread may attach, detach and notify. Observers use Observer::attachTo and detachFrom, which keep both
 // sides together.
 //
 // The order of the virtual operations is part of the interface between the library and its plug-ins.
 class Subject {
  public:
-  Subject() = default;
+  Subject();
   Subject(const Subject&) = delete;
   Subject& operator=(const Subject&) = delete;
   virtual ~Subject();
@@ -41,7 +62,14 @@ class Subject {
   // The waiting of detach, for an observer that detached itself from inside its update on another thread.
   void waitForUpdates(const Observer& observer);
 
+ protected:
+  // Lets no notification through a SubjectReference begin and waits for those that other threads are in. A class
+  // derived from this calls it first in its destructor; here it is called last.
+  void endReferences();
+
  private:
+  friend class SubjectReference;
+
   struct RunningUpdate {
     const Observer* observer;
     std::thread::id thread;
@@ -53,6 +81,7 @@ class Subject {
   void endUpdate(const Observer& observer);
   void waitForUpdates(const Observer& observer, std::unique_lock<std::mutex>& lock);
 
+  const SubjectReference self_;
   std::vector<Observer*> observers_;
   // Counts the detaches: while it stands still, whoever is in a snapshot is still attached.
   std::uint32_t version_ = 0;
