@@ -68,8 +68,9 @@ void Console::run(std::string_view line) {
     unsigned status = 0;
     numbers >> busy;
     if (!numbers || busy > 0xFF) throw std::invalid_argument("expected a number from 0 to 255");
-    numbers >> status;
-    if (status > 0xFFFF) throw std::invalid_argument("expected a second number from 0 to 65535");
+    const bool wellFormed = (numbers >> status) || numbers.eof();
+    if (!wellFormed || status > 0xFFFF)
+      throw std::invalid_argument("expected a second number from 0 to 65535");
     bidi_.alert(printer_.setStatus(static_cast<std::uint8_t>(busy), static_cast<std::uint16_t>(status)));
   } else if (command == "power-on-reset") {
     bidi_.alert(printer_.reset());

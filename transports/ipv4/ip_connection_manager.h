@@ -1,12 +1,12 @@
 // The connections of all devices, by device and name.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <tuple>
 
 #include "ip_connection.h"
 #include "qvn/transport/connection_manager.h"
@@ -31,7 +31,9 @@ class IpConnectionManager : public ConnectionManager {
     std::uint32_t handle = 0;
     std::string name;
 
-    friend auto operator<=>(const Key&, const Key&) = default;
+    friend bool operator<(const Key& left, const Key& right) {
+      return std::tie(left.family, left.handle, left.name) < std::tie(right.family, right.handle, right.name);
+    }
   };
   struct Entry {
     std::unique_ptr<IpConnection> connection;

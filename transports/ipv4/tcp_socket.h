@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 namespace qvn::ipv4 {
 
@@ -20,8 +21,9 @@ struct Endpoint {
   std::uint32_t address = 0;  // in host byte order
   std::uint16_t port = 0;
 
-  friend bool operator==(const Endpoint&, const Endpoint&) = default;
-  friend auto operator<=>(const Endpoint&, const Endpoint&) = default;
+  friend bool operator<(const Endpoint& left, const Endpoint& right) {
+    return std::tie(left.address, left.port) < std::tie(right.address, right.port);
+  }
 };
 
 // "a.b.c.d", all four in decimal.
