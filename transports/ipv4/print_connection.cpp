@@ -4,6 +4,13 @@
 #include "qvn/result_codes.h"
 
 namespace qvn::ipv4 {
+namespace {
+
+// Print data on its way to the device. Megabytes of it in the system's buffers would be out of a cancel's reach,
+// hide from the library how fast the device is, and fall out of the processor's caches.
+constexpr std::uint32_t kMaxUnsent = std::uint32_t{128} << 10;
+
+}  // namespace
 
 void PrintConnection::setEndpoint(const Endpoint& endpoint) {
   const std::lock_guard<std::mutex> lock(endpointMutex_);
@@ -18,7 +25,9 @@ std::uint32_t PrintConnection::doOpen() {
   }
   const Timeouts timeouts = currentTimeouts();
   writeTimeout_ = timeouts.printWrite;
-  return socket_.connect(endpoint, timeouts.connect);
+  const std::uint32_t rc = socket_.connect(endpoint, timeouts.connect);
+  socket_.limitUnsent(kMaxUnsent);
+  return rc;
 }
 
 std::uint32_t PrintConnection::doClose() {
