@@ -104,6 +104,10 @@ std::uint32_t TcpSocket::connect(const Endpoint& endpoint, std::uint32_t timeout
   return QRN_ERROR_SUCCESS;
 }
 
+void TcpSocket::limitUnsent(std::uint32_t bytes) {
+  if (isOpen()) setsockopt(fd_, IPPROTO_TCP, TCP_NOTSENT_LOWAT, &bytes, sizeof bytes);
+}
+
 std::uint32_t TcpSocket::send(const std::uint8_t* bytes, std::size_t size, std::uint32_t timeout,
                               std::size_t& sent) {
   sent = 0;

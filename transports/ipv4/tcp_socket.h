@@ -46,6 +46,10 @@ class TcpSocket {
   bool isOpen() const { return fd_ >= 0; }
   int fd() const { return fd_; }
 
+  // Keeps no more than about that many bytes waiting for the device to take them, so that sending goes at the
+  // device's own pace.
+  void limitUnsent(std::uint32_t bytes);
+
   // Sends all of it: 0, or why not with what went out in `sent`. 1460 when the device has taken nothing for
   // `timeout` milliseconds.
   std::uint32_t send(const std::uint8_t* bytes, std::size_t size, std::uint32_t timeout, std::size_t& sent);
