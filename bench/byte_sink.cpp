@@ -1,0 +1,143 @@
+#include "byte_sink.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <vector>
+
+namespace qvn::bench {
+namespace {
+
+constexpr std::size_t kReadSize = std::size_t{64} << 10;
+
+// A slow sink takes its bytes in steps, with little room for more and in packets of a wire's size, as a
+// printer does. What it did not get in time is not made up for.
+constexpr long kStepMilliseconds = 2;
+constexpr int kSlowReceiveBuffer = 65536;
+constexpr int kWirePacket = 1460;
+
+[[noreturn]] void fail(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
+
+sockaddr_in loopback(std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
+void sleepFor(long milliseconds) {
+  const timespec duration{.tv_sec = 0, .tv_nsec = milliseconds * 1000000};
+  clock_nanosleep(CLOCK_MONOTONIC, 0, &duration, nullptr);
+}
+
+// Takes one connection's bytes: says so when the expected number has come, and reads on to the end.
+void serveConnection(int listener, int control, std::uint64_t expected, std::uint64_t bytesPerSecond) {
+  std::vector<std::uint8_t> buffer(kReadSize);
+  const int connection = accept(listener, nullptr, nullptr);
+  std::uint64_t allowance = 0;
+  std::uint64_t received = 0;
+  for (;;) {
+    std::size_t room = buffer.size();
+    if (bytesPerSecond != 0) {
+      if (allowance == 0) {
+        sleepFor(kStepMilliseconds);
+        allowance = bytesPerSecond * kStepMilliseconds / 1000;
+      }
+      room = static_cast<std::size_t>(std::min<std::uint64_t>(room, allowance));
+    }
+    const ssize_t got = read(connection, buffer.data(), room);
+    if (got <= 0) break;
+    const auto count = static_cast<std::uint64_t>(got);
+    if (bytesPerSecond != 0) allowance -= count;
+    if (received < expected && received + count >= expected && write(control, "", 1) != 1) break;
+    received += count;
+  }
+  close(connection);
+}
+
+}  // namespace
+
+ByteSink::ByteSink(std::uint64_t bytesPerSecond) {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (listener < 0) fail("socket");
+  if (bytesPerSecond != 0) {
+    setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &kSlowReceiveBuffer, sizeof kSlowReceiveBuffer);
+    setsockopt(listener, IPPROTO_TCP, TCP_MAXSEG, &kWirePacket, sizeof kWirePacket);
+  }
+  sockaddr_in address = loopback(0);
+  socklen_t length = sizeof address;
+  int pair[2];
+  if (bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(listener, 8) != 0 ||
+      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0 ||
+      socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
+    fail("the sink's port");
+  }
+  port_ = ntohs(address.sin_port);
+  process_ = fork();
+  if (process_ < 0) fail("fork");
+  if (process_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    close(pair[0]);
+    std::uint64_t expected = 0;
+    while (read(pair[1], &expected, sizeof expected) == sizeof expected) {
+      serveConnection(listener, pair[1], expected, bytesPerSecond);
+    }
+    _exit(0);
+  }
+  close(pair[1]);
+  close(listener);
+  control_ = pair[0];
+}
+
+ByteSink::~ByteSink() {
+  close(control_);
+  kill(process_, SIGKILL);
+  waitpid(process_, nullptr, 0);
+}
+
+void ByteSink::expect(std::uint64_t bytes) {
+  if (write(control_, &bytes, sizeof bytes) != sizeof bytes) fail("the sink's control");
+}
+
+void ByteSink::wait() {
+  char done = 0;
+  if (read(control_, &done, 1) != 1) fail("the sink has ended");
+}
+
+PlainSocket::PlainSocket(std::uint16_t port) : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  const sockaddr_in address = loopback(port);
+  if (fd_ < 0 || connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    fail("connect");
+  const int on = 1;
+  setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+PlainSocket::~PlainSocket() { close(fd_); }
+
+void PlainSocket::writeAll(const std::uint8_t* bytes, std::size_t size) const {
+  while (size > 0) {
+    const ssize_t written = ::write(fd_, bytes, size);
+    if (written < 0) fail("write");
+    bytes += written;
+    size -= static_cast<std::size_t>(written);
+  }
+}
+
+std::size_t PlainSocket::read(std::uint8_t* bytes, std::size_t size) const {
+  const ssize_t got = ::read(fd_, bytes, size);
+  if (got <= 0) fail("read");
+  return static_cast<std::size_t>(got);
+}
+
+}  // namespace qvn::bench

@@ -1,0 +1,91 @@
+#include "installation.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "measure.h"
+#include "platform/registry.h"
+#include "qvn/qvn.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+
+namespace qvn::bench {
+
+namespace registry = platform::registry;
+
+namespace {
+
+constexpr char kRoot[] = "Software\\Quorin Tools\\Qvn\\Local\\qr__\\";
+
+registry::Key openKey(const std::string& key) {
+  registry::Key opened;
+  require(registry::createKey(registry::Hive::LocalMachine, kRoot + key, {true, true}, opened), "createKey");
+  return opened;
+}
+
+std::string printerText(std::uint32_t handle, std::uint16_t printPort, std::uint16_t bidiPort) {
+  std::string text;
+  AttributeCodec::setString(text, attribute::kDevice, "CpdPrinter");
+  AttributeCodec::setLong(text, attribute::kHandle, handle);
+  AttributeCodec::setString(text, attribute::kTransport, "IPv4");
+  AttributeCodec::setString(text, attribute::kAddress, "127.0.0.1");
+  AttributeCodec::setString(text, attribute::kPortname, "PORT" + std::to_string(handle));
+  AttributeCodec::setLong(text, attribute::kIpPort, printPort);
+  AttributeCodec::setLong(text, attribute::kChannelId, bidiPort);
+  return text;
+}
+
+void store(const registry::Key& printers, std::uint32_t handle, const std::string& text) {
+  require(registry::setValue(printers, std::to_string(handle), registry::ValueType::String, text),
+          "setValue");
+}
+
+std::filesystem::path makeHome() {
+  std::string home = (std::filesystem::temp_directory_path() / "qvn-bench-XXXXXX").string();
+  if (mkdtemp(home.data()) == nullptr) throw std::runtime_error("cannot make a state directory");
+  return home;
+}
+
+}  // namespace
+
+Installation::Installation() : home_(makeHome()) {
+  setenv("QVN_HOME", home_.c_str(), 1);
+  setenv("QVN_TRANSPORT_PATH", QVN_TRANSPORT_DIRECTORY, 1);
+  openKey("Settings");
+  require(QvnInitialize(), "QvnInitialize");
+  require(QvnGetClientId(&client_), "QvnGetClientId");
+  require(QvnAddTransport("qvn_ipv4.so"), "QvnAddTransport");
+}
+
+Installation::~Installation() {
+  QvnUninitialize();
+  std::error_code ignored;
+  std::filesystem::remove_all(home_, ignored);
+}
+
+void Installation::set(const std::string& name, std::uint32_t value) const {
+  const std::string bytes(reinterpret_cast<const char*>(&value), sizeof value);
+  require(registry::setValue(openKey("Settings"), name, registry::ValueType::Dword, bytes), "setValue");
+}
+
+void Installation::storePrinter(std::uint32_t handle, std::uint16_t printPort, std::uint16_t bidiPort) const {
+  store(openKey("PrinterStore"), handle, printerText(handle, printPort, bidiPort));
+}
+
+void Installation::storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const {
+  const registry::Key printers = openKey("PrinterStore");
+  require(registry::transaction([&] {
+            for (std::uint32_t handle = first; handle < first + count; ++handle) {
+              std::string text = printerText(handle, 9100, 9300);
+              const std::size_t padding = std::max(textSize, text.size()) - text.size();
+              AttributeCodec::setString(text, attribute::kNickname, std::string(padding, 'n'));
+              store(printers, handle, text);
+            }
+            return platform::kSuccess;
+          }),
+          "transaction");
+}
+
+}  // namespace qvn::bench

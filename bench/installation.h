@@ -1,0 +1,34 @@
+// The library as it is installed on a machine: a registry of its own, the IPv4 transport, stored printers.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace qvn::bench {
+
+class Installation {
+ public:
+  // Makes the registry in a new directory, initialises the library and adds the transport.
+  Installation();
+  ~Installation();
+  Installation(const Installation&) = delete;
+  Installation& operator=(const Installation&) = delete;
+
+  std::uint32_t client() const { return client_; }
+
+  // A value below "Settings\".
+  void set(const std::string& name, std::uint32_t value) const;
+
+  // Stores a printer that is reached at these loopback ports.
+  void storePrinter(std::uint32_t handle, std::uint16_t printPort, std::uint16_t bidiPort) const;
+  // Stores printers that are never opened, with attribute texts of that many bytes and handles from `first`
+  // on.
+  void storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const;
+
+ private:
+  std::filesystem::path home_;
+  std::uint32_t client_ = 0;
+};
+
+}  // namespace qvn::bench

@@ -1,0 +1,31 @@
+#include "measure.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace qvn::bench {
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t middle = values.size() / 2;
+  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+double medianRatio(int rounds, const Measured& a, const Measured& b) {
+  // Both once before it counts: files are opened, memory is faulted in.
+  a();
+  b();
+  std::vector<double> ratios;
+  for (int round = 0; round < rounds; ++round) {
+    const Seconds first = a();
+    ratios.push_back(first / b());
+  }
+  return median(ratios);
+}
+
+void require(std::uint32_t result, const char* operation) {
+  if (result != 0) throw std::runtime_error(std::string(operation) + " gave " + std::to_string(result));
+}
+
+}  // namespace qvn::bench

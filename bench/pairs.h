@@ -1,0 +1,25 @@
+// The families of pairs. Each puts its rows into the table.
+#pragma once
+
+#include <cstdint>
+
+#include "byte_sink.h"
+#include "installation.h"
+#include "ratio_table.h"
+
+namespace qvn::bench {
+
+// Handles of the printers that the families open.
+inline constexpr std::uint32_t kFastPrinter = 1;
+inline constexpr std::uint32_t kSlowPrinter = 2;
+
+// Printing: direct path, memory, buffered path. The sinks take the print data.
+void measurePrinting(const Installation& installation, ByteSink& fast, ByteSink& slow, RatioTable& table);
+
+// Exchanges with the device behind kFastPrinter, whose port for NPA packets is `bidiPort`.
+void measureExchanges(const Installation& installation, std::uint16_t bidiPort, RatioTable& table);
+
+// Calls that touch no device, among many stored printers.
+void measureCalls(const Installation& installation, RatioTable& table);
+
+}  // namespace qvn::bench

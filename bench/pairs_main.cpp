@@ -1,0 +1,50 @@
+// Measures the exported functions in pairs, prints the table and adds it to the file that the first argument
+// names. Further arguments choose families of pairs; without any all are measured.
+#include <cstdio>
+#include <exception>
+#include <set>
+#include <string>
+
+#include "pairs.h"
+#include "simulator/simulator_process.h"
+
+namespace {
+
+// As fast as a quick printer's network port.
+constexpr std::uint64_t kSlowRate = std::uint64_t{16} << 20;
+
+using namespace qvn::bench;
+
+void run(const char* file, const std::set<std::string>& families) {
+  const auto isChosen = [&](const char* family) { return families.empty() || families.contains(family); };
+  // The sinks first, while the process has one thread.
+  ByteSink fast;
+  ByteSink slow(kSlowRate);
+  qvn::test::SimulatorProcess device({"--discard", "--quit-on-eof"});
+  const Installation installation;
+  installation.storePrinter(kFastPrinter, fast.port(), device.bidiPort());
+  installation.storePrinter(kSlowPrinter, slow.port(), device.bidiPort());
+
+  RatioTable table;
+  if (isChosen("print")) measurePrinting(installation, fast, slow, table);
+  if (isChosen("exchange")) measureExchanges(installation, device.bidiPort(), table);
+  if (isChosen("call")) measureCalls(installation, table);
+  table.print();
+  table.appendTo(file);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|call]...\n", stderr);
+    return 2;
+  }
+  try {
+    run(argv[1], {argv + 2, argv + argc});
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "qvn_bench_pairs: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Measures the library side by side with what it stands on, prints one table of ratios and writes it to
+# BUILD_DIR/bench.json; the micro-benchmarks' times go to BUILD_DIR/bench-parts.json. docs/performance.md explains both.
+# usage: scripts/bench.sh BUILD_DIR
+set -euo pipefail
+
+build=$1
+"$build/bench/qvn_bench_parts" --benchmark_min_time=0.05 --benchmark_format=json >"$build/bench-parts.json" \
+  2>/dev/null
+rm -f "$build/bench.json"
+{
+  "$build/bench/qvn_bench_pairs" "$build/bench.json"
+  "$build/bench/qvn_bench_growth" "$build/bench.json"
+} | tee "$build/bench.txt"
