@@ -60,7 +60,8 @@
  * the library or of a transport, or of the client whose call it reports on; it should return soon and must
  * not throw. Data passed to a callback is valid only until the callback returns.
  *
- * Inside a callback every function may be called. What would end the callback's own thread or device is done
+ * Inside a callback every function may be called; inside a notification the printer's opens and job operations
+ * return 170, since the operation reported on is not over. What would end the callback's own thread or device is done
  * when the callback is over: QvnClosePrinter and the last QvnUninitialize then return before it. When an
  * unregistering function has returned no call of that registration begins or is running, unless it was made
  * from inside a callback of the same device. After the last QvnUninitialize no callback runs, with the same

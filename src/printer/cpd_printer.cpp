@@ -30,41 +30,46 @@ void CpdPrinter::shutDown() {
   writer_.stop();
 }
 
-std::uint32_t CpdPrinter::doOpen() {
+template <typename Operation>
+std::uint32_t CpdPrinter::withState(Operation&& operation) {
+  if (isReportingHere()) return QRN_ERROR_BUSY;
   CriticalSectionLock lock(stateLock_);
-  return state_->doOpen(*this);
+  return operation(*state_);
+}
+
+std::uint32_t CpdPrinter::doOpen() {
+  return withState([&](const CpdPrinterState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t CpdPrinter::doClose() {
-  CriticalSectionLock lock(stateLock_);
-  return state_->doClose(*this);
+  return withState([&](const CpdPrinterState& state) { return state.doClose(*this); });
 }
 
 std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
-  writerEnabled_ = longSetting("CpdPrinterMwo", 1) != 0;
-  CriticalSectionLock lock(stateLock_);
-  return state_->doStartJob(*this, job);
+  return withState([&](const CpdPrinterState& state) {
+    writerEnabled_ = longSetting("CpdPrinterMwo", 1) != 0;
+    return state.doStartJob(*this, job);
+  });
 }
 
 std::uint32_t CpdPrinter::doPrint(Data& request) {
+  if (isReportingHere()) return QRN_ERROR_BUSY;
   return writerEnabled_ ? writer_.print(request) : doWrite(request);
 }
 
 std::uint32_t CpdPrinter::doWrite(Data& request) {
-  CriticalSectionLock lock(stateLock_);
-  return state_->doPrint(*this, request);
+  return withState([&](const CpdPrinterState& state) { return state.doPrint(*this, request); });
 }
 
 std::uint32_t CpdPrinter::doEndJob() {
+  if (isReportingHere()) return QRN_ERROR_BUSY;
   // Without the state lock, which the writer's thread needs to drain its queue.
   if (writerEnabled_) writer_.stop();
-  CriticalSectionLock lock(stateLock_);
-  return state_->doEndJob(*this);
+  return withState([&](const CpdPrinterState& state) { return state.doEndJob(*this); });
 }
 
 std::uint32_t CpdPrinter::doCancelPrint() {
-  CriticalSectionLock lock(stateLock_);
-  return state_->doCancelPrint(*this);
+  return withState([&](const CpdPrinterState& state) { return state.doCancelPrint(*this); });
 }
 
 void CpdPrinter::changeState(const CpdPrinterState& state) {
@@ -207,7 +212,12 @@ std::uint32_t CpdPrinter::doGetCurrentState(std::uint32_t& state) {
 }
 
 void CpdPrinter::notifyJobStatus(const Notification& record) {
-  if (NotificationTask* const task = notificationTask()) task->notify(record);
+  NotificationTask* const task = notificationTask();
+  if (task == nullptr) return;
+  // Called with the state lock held, so there is one such thread at a time.
+  const std::thread::id outer = reportingThread_.exchange(std::this_thread::get_id());
+  task->notify(record);
+  reportingThread_ = outer;
 }
 
 void CpdPrinter::sendJobStatus(std::uint32_t id) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <thread>
 
 #include "device/printer.h"
 #include "printer/cpd_printer_alert_task.h"
@@ -57,6 +58,12 @@ class CpdPrinter : public Printer {
   void updateCacheEntry(std::uint16_t id, std::span<const std::uint8_t> value);
 
  private:
+  // Runs an operation of the current state under the state lock. 170 from inside a notification: the
+  // operation that it reports on is not over.
+  template <typename Operation>
+  std::uint32_t withState(Operation&& operation);
+  bool isReportingHere() const { return reportingThread_ == std::this_thread::get_id(); }
+
   std::uint32_t fetchCacheByNpa(Data& cache);
   PrinterAlertTask* makeAlertTask();
   NotificationTask* notificationTask();
@@ -64,6 +71,8 @@ class CpdPrinter : public Printer {
 
   const CpdPrinterState* state_;
   CriticalSection stateLock_;
+  // The thread that tells the clients what it does to the state.
+  std::atomic<std::thread::id> reportingThread_{};
   CriticalSection taskLock_;
   std::unique_ptr<NotificationTask> notificationTask_;
   std::unique_ptr<CpdPrinterAlertTask> alertTask_;

@@ -237,5 +237,38 @@ TEST_F(CpdPrinterTest, NotificationsNeedAHandle) {
   EXPECT_THAT(statusIds, IsEmpty());
 }
 
+std::function<void()> duringNotification;
+void onNotification(std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t,
+                    std::uint32_t) {
+  duringNotification();
+}
+
+TEST_F(CpdPrinterTest, ANotificationCannotChangeWhatItReportsOn) {
+  Data data("nested", 6);
+  int notifications = 0;
+  duringNotification = [&] {
+    ++notifications;
+    EXPECT_EQ(printer->doOpen(), 170u);
+    EXPECT_EQ(printer->doStartJob({}), 170u);
+    EXPECT_EQ(printer->doPrint(data), 170u);
+    EXPECT_EQ(printer->doCancelPrint(), 170u);
+    EXPECT_EQ(printer->doEndJob(), 170u);
+    std::uint32_t state = 0;
+    EXPECT_EQ(printer->doGetCurrentState(state), 0u) << "may be asked";
+  };
+  printer->doRegisterForNotifications({1, 1, Data(), onNotification});
+  for (const std::uint32_t buffered : {0u, 1u}) {
+    set("CpdPrinterMwo", buffered);
+    EXPECT_EQ(printer->doOpen(), 0u);
+    EXPECT_EQ(printer->doStartJob({}), 0u);
+    EXPECT_EQ(print("some"), 0u);
+    EXPECT_EQ(print(marker()), 0u);
+    EXPECT_EQ(printer->doEndJob(), 0u);
+    EXPECT_EQ(printer->doClose(), 0u);
+  }
+  EXPECT_EQ(notifications, 2 * 8) << "open, start, busy, first data, end, true end, open, closed";
+  EXPECT_EQ(fake.written(), "some" + marker() + "some" + marker());
+}
+
 }  // namespace
 }  // namespace qvn::test
