@@ -13,6 +13,7 @@ namespace qvn::test {
 namespace {
 
 constexpr std::uint32_t kMebibyte = 1u << 20;
+constexpr std::uint32_t kMoreThanIsBuffered = 32u << 20;
 
 class PrintStream : public testing::Test {
  protected:
@@ -49,18 +50,18 @@ TEST_F(PrintStream, TellsWhatWentOutWhenThePrinterStalls) {
   Listener listener;
   const OpenConnection print(module, attributeText(listener.port(), 1), "print");
   Stream printer = listener.accept();
-  Data block(32 * kMebibyte, 'x');
+  Data block(kMoreThanIsBuffered, 'x');
   print->write(block);
   EXPECT_EQ(block.getRc(), 1460u);
   const std::uint32_t first = block.getCount();
   EXPECT_GT(first, 0u);
-  EXPECT_EQ(first + block.getLength(), 32 * kMebibyte);
+  EXPECT_EQ(first + block.getLength(), kMoreThanIsBuffered);
   std::size_t received = 0;
-  std::thread reader([&] { received = printer.receive(32 * kMebibyte).size(); });
+  std::thread reader([&] { received = printer.receive(kMoreThanIsBuffered).size(); });
   for (int tries = 0; tries < 100 && block.getLength() > 0; ++tries) print->write(block);
   EXPECT_EQ(block.getLength(), 0u) << "the rest can be written again";
   reader.join();
-  EXPECT_EQ(received, 32 * kMebibyte);
+  EXPECT_EQ(received, kMoreThanIsBuffered);
 }
 
 TEST_F(PrintStream, FailsWhenThePrinterIsGone) {

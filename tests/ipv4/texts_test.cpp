@@ -125,6 +125,7 @@ TEST(SearchText, ListsPlacesOrRefuses) {
     std::vector<Endpoint> places;
     EXPECT_EQ(parseSearchText(c.text, places), c.valid ? 0u : 87u) << c.text;
     std::vector<std::string> texts;
+    texts.reserve(places.size());
     for (const Endpoint& place : places) {
       texts.push_back(addressText(place.address) + ":" + std::to_string(place.port));
     }

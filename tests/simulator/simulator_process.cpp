@@ -26,6 +26,7 @@ pid_t spawnSimulator(const std::vector<std::string>& arguments, int input, int o
   std::vector<std::string> words = {QVN_SIM_PATH};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
 
