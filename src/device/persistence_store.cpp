@@ -19,12 +19,16 @@ namespace {
 constexpr char kMutexName[] = "persistenceStoreMutex";
 constexpr std::uint32_t kLocal = SettingsStore::kLocal;
 
+platform::ErrorCode openStore(const std::string& store, registry::Key& key) {
+  return registry::openKey(registry::Hive::LocalMachine,
+                           Localize::getInstance().getRegistryRoot(kLocal) + store, key);
+}
+
 // Walks the values of a store in the order of writing. The texts are lent for the call.
 platform::ErrorCode forEachText(const std::string& store,
                                 const std::function<void(registry::ValueType, std::string_view)>& reader) {
-  const std::string path = Localize::getInstance().getRegistryRoot(kLocal) + store;
   registry::Key key;
-  const platform::ErrorCode error = registry::openKey(registry::Hive::LocalMachine, path, key);
+  const platform::ErrorCode error = openStore(store, key);
   if (error != platform::kSuccess) return error;
   return registry::forEachValue(
       key, [&](std::string_view, registry::ValueType type, std::string_view text) { reader(type, text); });
@@ -50,7 +54,17 @@ std::uint32_t PersistenceStore::remove(const std::string& store, std::uint32_t h
 
 std::uint32_t PersistenceStore::read(const std::string& store, std::uint32_t handle, std::string& text) {
   InterProcessLock lock(mutex_);
-  const bool found = ApplicationSettings().getString(store, std::to_string(handle), text, kLocal);
+  registry::Key key;
+  bool found = false;
+  platform::ErrorCode error = openStore(store, key);
+  if (error == platform::kSuccess) {
+    error = registry::readValue(key, std::to_string(handle),
+                                [&](registry::ValueType type, std::string_view stored) {
+                                  found = type == registry::ValueType::String;
+                                  if (found) text = stored;
+                                });
+  }
+  if (error != platform::kSuccess) platform::setLastError(error);
   return found ? QRN_ERROR_SUCCESS : QRN_ERROR_NOT_FOUND;
 }
 

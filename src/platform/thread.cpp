@@ -14,6 +14,9 @@
 namespace qvn::platform {
 namespace {
 
+// The calling thread's id once it was asked for; a child made by fork runs on a thread with another one.
+thread_local std::uint32_t knownThreadId = 0;
+
 constexpr std::int32_t kLowestNice = -20;
 constexpr std::int32_t kHighestNice = 19;
 
@@ -155,11 +158,12 @@ std::unique_ptr<ThreadHandle> ThreadHandle::start(std::function<std::uint32_t()>
 }
 
 std::uint32_t currentThreadId() {
-  return static_cast<std::uint32_t>(gettid());
+  // A mutex asks for it several times, and each time would be a system call.
+  static const bool watchesForks = pthread_atfork(nullptr, nullptr, [] { knownThreadId = 0; }) == 0;
+  if (knownThreadId == 0 || !watchesForks) knownThreadId = static_cast<std::uint32_t>(gettid());
+  return knownThreadId;
 }
 
-std::uint32_t currentProcessId() {
-  return static_cast<std::uint32_t>(getpid());
-}
+std::uint32_t currentProcessId() { return static_cast<std::uint32_t>(getpid()); }
 
 }  // namespace qvn::platform
