@@ -165,6 +165,7 @@ void NpaSession::takeInLocked(std::vector<std::uint8_t>& buffer) {
       break;
     }
     stream_.add(PacketView(buffer.data(), static_cast<std::size_t>(got)));
+    if (static_cast<std::size_t>(got) < buffer.size()) break;  // that was all
   }
   while (std::optional<Packet> packet = stream_.next()) sortPacketLocked(std::move(*packet));
 }
