@@ -16,6 +16,11 @@ if(QVN_SANITIZE)
   endif()
 endif()
 
+# A fuzzer finds its way by the branches that the code under it takes.
+if(QVN_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Undefined symbols in a shared object are found when it is linked, not when a client loads it.
 # Sanitizer builds leave their runtime's symbols to the executable.
 if(NOT QVN_SANITIZE)

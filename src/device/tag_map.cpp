@@ -26,6 +26,8 @@ class ElementReader {
       if (tag.empty() || tag.front() == '/') continue;
       if (tag.back() == '/') {
         tag.remove_suffix(1);
+        // Written in the long form such a name would be read back as another one.
+        if (tag.ends_with('/')) continue;
         element = {tag, {}};
         return true;
       }
