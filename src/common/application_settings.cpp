@@ -25,7 +25,7 @@ bool ApplicationSettings::isAvailable() const { return available_; }
 
 std::uint32_t ApplicationSettings::create() {
   try {
-    RegistryKey(Localize::getInstance().getRegistryRoot(kLocal), true, RegistryKey::kLocalMachine);
+    const RegistryKey root(Localize::getInstance().getRegistryRoot(kLocal), true, RegistryKey::kLocalMachine);
     available_ = true;
   } catch (const Win32Exception& exception) {
     platform::setLastError(exception.getCode());

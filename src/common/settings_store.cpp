@@ -34,7 +34,7 @@ bool SettingsStore::readOrDefault(const std::string& keyPath, const std::string&
                                   const Value& defaultValue, std::uint32_t selection) const {
   return guarded([&] {
     // The root is made by installation, never by reading a setting.
-    RegistryKey(rootPath_, false, RegistryKey::kLocalMachine);
+    const RegistryKey root(rootPath_, false, RegistryKey::kLocalMachine);
     RegistryKey key(keyPathOf(keyPath, selection), true, RegistryKey::kLocalMachine);
     if (!key.getValue(name, value)) {
       key.setValue(name, defaultValue);
@@ -114,7 +114,7 @@ bool SettingsStore::getValueNames(const std::string& keyPath, std::vector<std::s
 
 bool SettingsStore::deleteKey(const std::string& keyPath, std::uint32_t selection) const {
   const std::string path = keyPathOf(keyPath, selection);
-  RegistryKey(path, false, RegistryKey::kLocalMachine);
+  const RegistryKey key(path, false, RegistryKey::kLocalMachine);
   RegistryKey::deleteTree(path, RegistryKey::kLocalMachine);
   return true;
 }
