@@ -30,11 +30,11 @@ TEST(SimulatorProcessTest, EndsCleanly) {
     device.signal(signal);
     EXPECT_EQ(device.wait(), 0) << "signal " << signal;
   }
-  SimulatorProcess stays;
+  SimulatorProcess stays({}, false);
   stays.closeInput();
   EXPECT_EQ(Stream::connect(stays.address(), stays.bidiPort()).ask("A5 00 05 50 E0 82 02 02").substr(0, 5),
             "A5 00");
-  SimulatorProcess goes({"--quit-on-eof"});
+  SimulatorProcess goes;
   goes.closeInput();
   EXPECT_EQ(goes.wait(), 0);
 }

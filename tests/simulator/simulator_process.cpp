@@ -50,7 +50,8 @@ int reap(pid_t pid) {
 
 }  // namespace
 
-SimulatorProcess::SimulatorProcess(const std::vector<std::string>& arguments) {
+SimulatorProcess::SimulatorProcess(std::vector<std::string> arguments, bool endsWithTest) {
+  if (endsWithTest) arguments.emplace_back("--quit-on-eof");
   ::signal(SIGPIPE, SIG_IGN);
   int input[2];
   int output[2];

@@ -12,8 +12,9 @@ namespace qvn::test {
 
 class SimulatorProcess {
  public:
-  // Returns once the device is ready. Throws std::runtime_error when it does not start.
-  explicit SimulatorProcess(const std::vector<std::string>& arguments = {});
+  // Returns once the device is ready. Throws std::runtime_error when it does not start. `endsWithTest`: it
+  // also ends when this process does, however that ends.
+  explicit SimulatorProcess(std::vector<std::string> arguments = {}, bool endsWithTest = true);
   ~SimulatorProcess();
   SimulatorProcess(const SimulatorProcess&) = delete;
   SimulatorProcess& operator=(const SimulatorProcess&) = delete;

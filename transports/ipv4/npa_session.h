@@ -81,7 +81,7 @@ class NpaSession {
   Exchange* exchange_ = nullptr;
   std::vector<Packet> unanswered_;  // requests given up, whose replies may still come
   std::deque<Packet> alerts_;
-  SubjectReference device_;  // whom alerts are for
+  SubjectReference device_;    // whom alerts are for
   bool outOfStep_ = false;     // an exchange timed out in the middle of a packet
   std::uint32_t endedBy_ = 0;  // 0 while the connection lives
 
