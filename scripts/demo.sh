@@ -27,10 +27,12 @@ run() {
 }
 
 say "A printer, simulated on loopback"
-mkfifo "$work/ready"
-"$build/tools/qvn-sim/qvn-sim" --jobs "$work/jobs" --trace "$work/packets" --quit-on-eof >"$work/ready" < <(tail -f /dev/null --pid=$$) &
+# The device ends with this script: its console is a pipe that this shell alone holds open.
+mkfifo "$work/ready" "$work/console"
+"$build/tools/qvn-sim/qvn-sim" --jobs "$work/jobs" --trace "$work/packets" --quit-on-eof \
+  >"$work/ready" <"$work/console" &
 device=$!
-exec 3<"$work/ready"
+exec 3<"$work/ready" 4>"$work/console"
 read -r ready <&3
 echo "$ready"
 port=$(sed -n 's/.*"discovery":\([0-9]*\).*/\1/p' <<<"$ready")
