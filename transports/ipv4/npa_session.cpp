@@ -2,12 +2,12 @@
 
 #include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <system_error>
 
 #include "platform/error.h"
@@ -19,8 +19,8 @@ namespace {
 // How long the rest of a packet may take before its start counts as garbage.
 constexpr int kPacketTimeout = 500;
 
-// How long after an exchange the reader leaves the connection to the next one, which often follows at once.
-constexpr std::chrono::milliseconds kQuietTime{20};
+// How long an exchange waits for the reader to take in what came unasked before it.
+constexpr std::chrono::milliseconds kUnreadTimeout{100};
 
 constexpr std::size_t kReadSize = 65536;
 // A device that never stops sending gets its packets sorted after this many reads.
@@ -58,9 +58,6 @@ std::uint32_t NpaSession::start(const Endpoint& endpoint, const Timeouts& timeou
   return QRN_ERROR_SUCCESS;
 }
 
-NpaSession::NpaSession(TcpSocket socket, const Timeouts& timeouts)
-    : socket_(std::move(socket)), timeouts_(timeouts), buffer_(kReadSize) {}
-
 std::uint32_t NpaSession::startThreads() {
   const AllSignalsBlocked blocked;
   try {
@@ -88,31 +85,27 @@ NpaSession::~NpaSession() {
 }
 
 std::uint32_t NpaSession::exchange(PacketView request, Device* device, std::uint32_t& replyCode) {
-  Exchange current{request, {}};
+  Exchange current{request, device};
   std::unique_lock<std::mutex> lock(mutex_);
   // What the device sent before it could know of this request is no answer to it.
-  takeInLocked();
+  changed_.wait_for(lock, kUnreadTimeout, [this] { return endedBy_ != 0 || nothingUnread(); });
   if (endedBy_ != 0) return replyCode = endedBy_;
   exchange_ = &current;
-  ++exchangeCount_;
   lock.unlock();
 
   std::size_t sent = 0;
   const std::uint32_t writeCode = socket_.send(request.data(), request.size(), timeouts_.npaWrite, sent);
 
   lock.lock();
-  if (writeCode == QRN_ERROR_SUCCESS) {
-    awaitReply(current, lock);
-  } else {
+  if (writeCode != QRN_ERROR_SUCCESS) {
     endLocked(writeCode);  // a packet sent in part leaves nothing to go on with
+  } else {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeouts_.reply);
+    changed_.wait_until(lock, deadline, [&] { return endedBy_ != 0 || current.stage != Stage::Waiting; });
   }
+  changed_.wait(lock, [&] { return current.stage != Stage::Delivering; });
   exchange_ = nullptr;
-  if (!current.reply.empty()) {
-    lock.unlock();
-    Data data(current.reply.data(), static_cast<std::uint32_t>(current.reply.size()));
-    if (device != nullptr) device->notify(data);
-    return replyCode = QRN_ERROR_SUCCESS;
-  }
+  if (current.stage == Stage::Done) return replyCode = QRN_ERROR_SUCCESS;
   if (endedBy_ != 0) return replyCode = endedBy_;
   if (unanswered_.size() == kMaxUnanswered) unanswered_.erase(unanswered_.begin());
   unanswered_.emplace_back(request.begin(), request.end());
@@ -121,27 +114,8 @@ std::uint32_t NpaSession::exchange(PacketView request, Device* device, std::uint
   return QRN_ERROR_SUCCESS;
 }
 
-void NpaSession::awaitReply(Exchange& current, std::unique_lock<std::mutex>& lock) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeouts_.reply);
-  while (endedBy_ == 0 && current.reply.empty()) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-    if (left <= 0) return;
-    const bool partial = stream_.isPartial();
-    const auto limit = static_cast<int>(std::min<std::int64_t>(left, partial ? kPacketTimeout : INT_MAX));
-    lock.unlock();
-    pollfd entry{socket_.fd(), POLLIN, 0};
-    const int ready = poll(&entry, 1, limit);
-    lock.lock();
-    if (ready == 0 && limit == kPacketTimeout) stream_.giveUpPartial();
-    takeInLocked();
-  }
-}
-
-bool NpaSession::isAlive() {
+bool NpaSession::isAlive() const {
   const std::lock_guard<std::mutex> lock(mutex_);
-  // The end may not have been read yet.
-  if (exchange_ == nullptr) takeInLocked();
   return endedBy_ == 0;
 }
 
@@ -163,40 +137,35 @@ void NpaSession::close() {
 }
 
 void NpaSession::readPackets() {
+  std::vector<std::uint8_t> buffer(kReadSize);
   bool partial = false;
   for (;;) {
     pollfd entry{socket_.fd(), POLLIN, 0};
     const int ready = poll(&entry, 1, partial ? kPacketTimeout : -1);
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (exchange_ != nullptr) {
-      letExchangesRead(lock);
-    } else if (ready == 0) {
-      stream_.giveUpPartial();
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      if (ready == 0) stream_.giveUpPartial();
+      takeInLocked(buffer);
+      partial = stream_.isPartial();
     }
-    takeInLocked();
-    if (endedBy_ != 0) return;
-    partial = stream_.isPartial();
+    // Only now that all that came with it has been sorted: the second copy of a reply sent twice must not
+    // meet the next request.
+    if (!reply_.empty()) deliverReply();
+    changed_.notify_all();
+    if (!isAlive()) return;
   }
 }
 
-void NpaSession::letExchangesRead(std::unique_lock<std::mutex>& lock) {
-  std::uint32_t seen = 0;
-  do {
-    seen = exchangeCount_;
-    ended_.wait_for(lock, kQuietTime, [this] { return endedBy_ != 0; });
-  } while (endedBy_ == 0 && (exchange_ != nullptr || exchangeCount_ != seen));
-}
-
-void NpaSession::takeInLocked() {
+void NpaSession::takeInLocked(std::vector<std::uint8_t>& buffer) {
   for (int reads = 0; reads < kReadsPerTurn; ++reads) {
-    const ssize_t got = recv(socket_.fd(), buffer_.data(), buffer_.size(), MSG_DONTWAIT);
+    const ssize_t got = recv(socket_.fd(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (got <= 0) {
       if (got == 0) endLocked(kConnectionLost);
       if (got < 0 && errno != EAGAIN && errno != EINTR) endLocked(codeFromErrno(errno));
       break;
     }
-    stream_.add(PacketView(buffer_.data(), static_cast<std::size_t>(got)));
-    if (static_cast<std::size_t>(got) < buffer_.size()) break;  // that was all
+    stream_.add(PacketView(buffer.data(), static_cast<std::size_t>(got)));
+    if (static_cast<std::size_t>(got) < buffer.size()) break;  // that was all
   }
   while (std::optional<Packet> packet = stream_.next()) sortPacketLocked(std::move(*packet));
 }
@@ -212,9 +181,27 @@ void NpaSession::sortPacketLocked(Packet packet) {
                                  [&](const Packet& earlier) { return answers(packet, earlier); });
   if (late != unanswered_.end()) {
     unanswered_.erase(late);
-  } else if (exchange_ != nullptr && exchange_->reply.empty() && answers(packet, exchange_->request)) {
-    exchange_->reply = std::move(packet);
+  } else if (exchange_ != nullptr && exchange_->stage == Stage::Waiting &&
+             answers(packet, exchange_->request)) {
+    exchange_->stage = Stage::Delivering;
+    reply_ = std::move(packet);
   }
+}
+
+void NpaSession::deliverReply() {
+  // The exchange waits while its reply is being delivered, so it and its device stay.
+  Exchange* current = nullptr;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    current = exchange_;
+  }
+  if (current->device != nullptr) {
+    Data data(reply_.data(), static_cast<std::uint32_t>(reply_.size()));
+    current->device->notify(data);
+  }
+  reply_.clear();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  current->stage = Stage::Done;
 }
 
 void NpaSession::deliverAlerts() {
@@ -233,10 +220,15 @@ void NpaSession::deliverAlerts() {
   }
 }
 
+bool NpaSession::nothingUnread() const {
+  int unread = 0;
+  return ioctl(socket_.fd(), FIONREAD, &unread) != 0 || unread == 0;
+}
+
 void NpaSession::endLocked(std::uint32_t code) {
   if (endedBy_ == 0) endedBy_ = code;
   socket_.shutDown();
-  ended_.notify_all();
+  changed_.notify_all();
   alertsCame_.notify_all();
 }
 

@@ -1,7 +1,6 @@
-// One TCP connection to a device's bidi port. Whoever exchanges a packet reads the reply by itself: handing
-// it from one thread to another would cost as much as the exchange. Two threads serve the connection besides:
-// the reader takes in what comes while nobody exchanges, the other delivers alerts, so that whoever gets an
-// alert may exchange packets at once.
+// One TCP connection to a device's bidi port, with the two threads that serve it: the reader takes in packets
+// and delivers replies, the other delivers alerts, so that whoever gets an alert may exchange packets at
+// once.
 #pragma once
 
 #include <atomic>
@@ -29,14 +28,13 @@ class NpaSession {
   // Closes, and waits for the threads. Not on one of them.
   ~NpaSession();
 
-  // Sends a well-formed packet and returns once its reply has been delivered to the device's observers, on
-  // the calling thread. One exchange at a time. Returns 0 when it was carried out, with `replyCode` 0 for a
-  // reply and 1460 for none within the time-out, else the code of both. Without a device the reply is
-  // dropped.
+  // Sends a well-formed packet and returns once its reply has been delivered to the device's observers on the
+  // reader thread. One exchange at a time. Returns 0 when it was carried out, with `replyCode` 0 for a reply
+  // and 1460 for none within the time-out, else the code of both. Without a device the reply is dropped.
   std::uint32_t exchange(PacketView request, Device* device, std::uint32_t& replyCode);
 
   // False once the connection has ended.
-  bool isAlive();
+  bool isAlive() const;
 
   // Whether what still comes could be taken for the reply to this request, or swallow it: an earlier one of
   // its kind is without a reply, or one came with a wrong length.
@@ -53,35 +51,34 @@ class NpaSession {
   bool isFinished() const { return runningThreads_ == 0; }
 
  private:
+  enum class Stage : std::uint8_t { Waiting, Delivering, Done };
   struct Exchange {
     PacketView request;
-    Packet reply;  // empty until it has come
+    Device* device;
+    Stage stage = Stage::Waiting;
   };
 
-  NpaSession(TcpSocket socket, const Timeouts& timeouts);
+  NpaSession(TcpSocket socket, const Timeouts& timeouts) : socket_(std::move(socket)), timeouts_(timeouts) {}
   std::uint32_t startThreads();
 
   void readPackets();
-  // Returns when no exchange has begun for a while.
-  void letExchangesRead(std::unique_lock<std::mutex>& lock);
-  // Until the reply has come, or the time is over, or the connection has ended.
-  void awaitReply(Exchange& current, std::unique_lock<std::mutex>& lock);
-  void takeInLocked();
+  void takeInLocked(std::vector<std::uint8_t>& buffer);
   // Keeps an alert, the awaited reply, or nothing.
   void sortPacketLocked(Packet packet);
+  void deliverReply();
   void deliverAlerts();
+  bool nothingUnread() const;
   void endLocked(std::uint32_t code);
 
   TcpSocket socket_;
   const Timeouts timeouts_;
+  Packet reply_;  // the reader's own
 
   mutable std::mutex mutex_;            // guards what follows
-  std::condition_variable ended_;       // for the reader while it lets others read
+  std::condition_variable changed_;     // for whoever exchanges
   std::condition_variable alertsCame_;  // for the thread that delivers them, or the connection has ended
-  std::vector<std::uint8_t> buffer_;
   NpaStream stream_;
   Exchange* exchange_ = nullptr;
-  std::uint32_t exchangeCount_ = 0;
   std::vector<Packet> unanswered_;  // requests given up, whose replies may still come
   std::deque<Packet> alerts_;
   SubjectReference device_;    // whom alerts are for
