@@ -5,11 +5,14 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config ccache
   liblmdb-dev libcli11-dev nlohmann-json3-dev
+  libcups2-dev libavahi-client-dev
   libgtest-dev libgmock-dev libbenchmark-dev python3
+  # What the tests print through and are found by.
+  cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon dpkg-dev
 )
 case "${1:-build}" in
   build) ;;
-  bench) packages+=(socat) ;;
+  bench) ;;
   check) packages+=(clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
   *) echo "usage: setup.sh [build|bench|check]" >&2; exit 2 ;;
 esac

@@ -15,6 +15,21 @@ inline constexpr char kFlushPrintBuffer[] = "flushPrintBufferVisitor";
 inline constexpr char kCache[] = "cacheVisitor";
 inline constexpr char kSetMaxPacketSize[] = "setMaxPacketSizeVisitor";
 inline constexpr char kNpaData[] = "npaDataVisitor";
+
+// The Bpd printers' operations. Where the data is "a number" it is 4 bytes in the machine's byte order.
+// Asks whether the printer takes NPA packets: the visitor puts a number into the data, 0 for no.
+inline constexpr char kGetNpaMode[] = "getNpaModeVisitor";
+// The job that begins has alerts to deliver (1) or not (0), as a number; result 0 when the channel can do so.
+inline constexpr char kSetNpaWrapMode[] = "setNpaWrapModeVisitor";
+// The job that begins is plain data. The data is the number 0.
+inline constexpr char kSetNonNpaPrinter[] = "setNonNpaPrinterVisitor";
+// Sends the packet that is the data, to which there is no reply; result 0 when it was sent.
+inline constexpr char kStartNpaMode[] = "startNpaModeVisitor";
+// What the spooler said of the job, as an attribute text: HostName, JobName, UserName, QueueName, QueueNumber,
+// SpoolerJobId, NpaSupported, TrueEndOfJob. Result 0 or 1 to go on.
+inline constexpr char kJobHeader[] = "jobHeaderVisitor";
+// Sends the packet that is the data, which names the job.
+inline constexpr char kNamePrintJob[] = "namePrintJobVisitor";
 }  // namespace visitor_name
 
 // Lives as long as its module is loaded; any thread may call it.
