@@ -223,7 +223,8 @@ QVN_EXPORT uint32_t QvnEndJobPrinter(uint32_t clientId, uint32_t handle);
 /*
  * Asks for the printer's job to be cancelled; it takes effect at the end of the write that is running, else
  * at the next write. The job must still be ended. For use from another thread than the writing one. No
- * effect without a job.
+ * effect without a job. A Bpd printer prints what it has begun: only a job whose writes fail can be cancelled,
+ * and then nothing but closing the printer ends it.
  * Returns 0; 6 the handle is 0.
  */
 QVN_EXPORT uint32_t QvnCancelJobPrinter(uint32_t clientId, uint32_t handle);
@@ -236,8 +237,9 @@ QVN_EXPORT uint32_t QvnCancelJobPrinter(uint32_t clientId, uint32_t handle);
  *   reply, replySize        where the whole reply goes; the pointer is required.
  *   replyLength             out, required: the reply's length; 0 on failure, the size that would do with
  *                           122.
- * Returns 0; 6; 87; 5 a refused packet; 22 the device rejected the command; 1 the printer is printing (the
- * cache request is then answered from the last cache read) or not open; 1460 no reply in time; 122 the
+ * Returns 0; 6; 87; 5 a refused packet; 22 the device rejected the command; 1 the printer is printing (a Cpd
+ * printer then answers the cache request from the last cache read; a Bpd printer exchanges on when there were
+ * registrations for alerts as the job began), takes no packets or is not open; 1460 no reply in time; 122 the
  * reply is larger than replySize: it is lost, repeat the exchange with a larger buffer; else what the
  * transport answers.
  */
@@ -249,13 +251,14 @@ QVN_EXPORT uint32_t QvnExchangeNpaPrinter(uint32_t clientId, uint32_t handle, co
  * Reads the printer's status cache: a 7-byte header and then entries, each an id (16-bit, big-endian), a
  * length n (8-bit) and n bytes. At most 1024 bytes.
  *   buffer, required  required; bufferSize may be 0 to ask for the size.
- * Returns 0; 6; 87; 122; else what the device or its transport answers.
+ * Returns 0; 6; 87; 122; 1 a Bpd printer, which has none; else what the device or its transport answers.
  */
 QVN_EXPORT uint32_t QvnGetCachePrinter(uint32_t clientId, uint32_t handle, uint8_t* buffer,
                                        uint32_t bufferSize, uint32_t* required);
 
 /*
- * The printer's state as the library sees it: 1 printing, 2 error, 3 idle. Does not ask the device.
+ * The printer's state as the library sees it: 1 printing, 2 error, 3 idle; of a Bpd printer always 3. Does not
+ * ask the device.
  *   state  out, required; tested before the handle.
  * Returns 0; 87; 6.
  */

@@ -69,7 +69,10 @@ void stopServices() {
 
 }  // namespace
 
-System::System() : cpdPrinterFactory_(startServices()) {}
+System::System()
+    : cpdPrinterFactory_(startServices()), bpdPrinterFactory_(true, [](const std::string& attributes) {
+        DiscoveryManager::getInstance().discoverSpecific(attributes);
+      }) {}
 
 System::~System() { stopServices(); }
 

@@ -13,6 +13,7 @@
 #include "common/process_service.h"
 #include "device/client_registration.h"
 #include "device/job_description.h"
+#include "printer/bpd_printer_factory.h"
 #include "printer/cpd_printer_factory.h"
 #include "qvn/qvn.h"
 
@@ -72,6 +73,7 @@ class System : public ProcessService<System> {
   ~System();
 
   CpdPrinterFactory cpdPrinterFactory_;
+  BpdPrinterFactory bpdPrinterFactory_;
 };
 
 }  // namespace qvn

@@ -1,22 +1,18 @@
 #include "printer/cpd_printer.h"
 
-#include <new>
-
 #include "common/application_settings.h"
 #include "common/basic_logger.h"
-#include "common/exception.h"
 #include "device/connection_use.h"
 #include "npa/job_commands.h"
 #include "printer/cache_task.h"
+#include "printer/cpd_printer_alert_task.h"
 #include "printer/cpd_printer_cache.h"
 #include "printer/cpd_printer_closed.h"
-#include "qvn/transport/attribute_codec.h"
-#include "qvn/transport/attributes.h"
 
 namespace qvn {
 
-CpdPrinter::CpdPrinter() : state_(&CpdPrinterClosed::getInstance()), writer_(*this) {
-  state_->doEnterState(*this);
+CpdPrinter::CpdPrinter() : StatePrinter("CpdPrinter", CpdPrinterClosed::getInstance()), writer_(*this) {
+  state().doEnterState(*this);
 }
 
 // The transport's threads and the writer's call this object.
@@ -28,21 +24,6 @@ CpdPrinter::~CpdPrinter() {
 void CpdPrinter::shutDown() {
   writer_.purge();
   writer_.stop();
-}
-
-template <typename Operation>
-std::uint32_t CpdPrinter::withState(Operation&& operation) {
-  if (isReportingHere()) return QRN_ERROR_BUSY;
-  CriticalSectionLock lock(stateLock_);
-  return operation(*state_);
-}
-
-std::uint32_t CpdPrinter::doOpen() {
-  return withState([&](const CpdPrinterState& state) { return state.doOpen(*this); });
-}
-
-std::uint32_t CpdPrinter::doClose() {
-  return withState([&](const CpdPrinterState& state) { return state.doClose(*this); });
 }
 
 std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
@@ -68,19 +49,9 @@ std::uint32_t CpdPrinter::doEndJob() {
   return withState([&](const CpdPrinterState& state) { return state.doEndJob(*this); });
 }
 
-std::uint32_t CpdPrinter::doCancelPrint() {
-  return withState([&](const CpdPrinterState& state) { return state.doCancelPrint(*this); });
-}
-
-void CpdPrinter::changeState(const CpdPrinterState& state) {
-  CriticalSectionLock lock(stateLock_);
-  state_ = &state;
-  state_->doEnterState(*this);
-}
-
 std::uint32_t CpdPrinter::doExchangeNpa(Data& request, Data& response) {
-  CriticalSectionLock lock(stateLock_);
-  const std::uint32_t rc = state_->doExchangeNpa(*this, request, response);
+  CriticalSectionLock lock(stateLock());
+  const std::uint32_t rc = state().doExchangeNpa(*this, request, response);
   if (!GetCacheCommand::isRequest(request)) return rc;
   if (rc == QRN_ERROR_SUCCESS) {
     setCache(response);
@@ -109,18 +80,18 @@ std::uint32_t CpdPrinter::doGetCache(Data& cache) {
 
 std::uint32_t CpdPrinter::fetchCacheByNpa(Data& output) {
   logDetail(log_component::server(), [] { return LogText() << " sending NPA to get cache"; });
-  CriticalSectionLock lock(stateLock_);
-  state_->doOpen(*this);
+  CriticalSectionLock lock(stateLock());
+  state().doOpen(*this);
   GetCacheCommand command;
   Data reply;
-  std::uint32_t rc = state_->doExchangeNpa(*this, command.packet(), reply);
+  std::uint32_t rc = state().doExchangeNpa(*this, command.packet(), reply);
   if (rc == QRN_ERROR_SUCCESS) setCache(reply);
   const Data stored = cache();
   if (stored.getLength() != 0) {
     output = stored;
     rc = QRN_ERROR_SUCCESS;
   }
-  state_->doClose(*this);
+  state().doClose(*this);
   return rc;
 }
 
@@ -141,83 +112,13 @@ void CpdPrinter::updateCacheEntry(std::uint16_t id, std::span<const std::uint8_t
   if (cache.update(id, value) == QRN_ERROR_SUCCESS) cache_ = cache.data();
 }
 
-PrinterAlertTask* CpdPrinter::makeAlertTask() {
-  CriticalSectionLock lock(taskLock_);
-  try {
-    if (!alertTask_) alertTask_ = std::make_unique<CpdPrinterAlertTask>(*this);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
-  return alertTask_.get();
+std::unique_ptr<PrinterAlertTask> CpdPrinter::newAlertTask() {
+  return std::make_unique<CpdPrinterAlertTask>(*this);
 }
 
-std::uint32_t CpdPrinter::doRegisterForAlerts(const AlertRegistration& registration) {
-  if (PrinterAlertTask* const task = makeAlertTask()) return task->registerClient(registration);
+void CpdPrinter::logNoAlertTask(const char* operation) {
   logError(log_component::server(),
-           [] { return LogText() << "CpdPrinter::doRegisterForAlerts() cannot get PrinterAlertTask"; });
-  return QRN_ERROR_INTERNAL_ERROR;
-}
-
-std::uint32_t CpdPrinter::doUnregisterForAlerts(std::uint32_t clientId) {
-  if (PrinterAlertTask* const task = makeAlertTask()) return task->unregisterClient(clientId);
-  logError(log_component::server(),
-           [] { return LogText() << "CpdPrinter::doUnregisterForAlerts() cannot get PrinterAlertTask"; });
-  return QRN_ERROR_INTERNAL_ERROR;
-}
-
-NotificationTask* CpdPrinter::notificationTask() {
-  CriticalSectionLock lock(taskLock_);
-  return notificationTask_.get();
-}
-
-NotificationTask* CpdPrinter::makeNotificationTask() {
-  CriticalSectionLock lock(taskLock_);
-  if (!notificationTask_) {
-    std::uint32_t handle = 0;
-    const std::string attributes = getAttributes();
-    if (AttributeCodec::getLong(attributes, attribute::kHandle, handle) == QRN_ERROR_SUCCESS) {
-      notificationTask_ = std::make_unique<NotificationTask>(handle);
-    } else {
-      logError(log_component::server(),
-               [&] { return LogText() << "TransportString does not contain handle:" << attributes; });
-    }
-  }
-  return notificationTask_.get();
-}
-
-std::uint32_t CpdPrinter::doRegisterForNotifications(const NotificationRegistration& registration) {
-  if (NotificationTask* const task = makeNotificationTask()) return task->registerClient(registration);
-  logError(log_component::server(), [] {
-    return LogText() << "CpdPrinter::doRegisterForNotifications() cannot get NotificationTask";
-  });
-  return QRN_ERROR_INTERNAL_ERROR;
-}
-
-std::uint32_t CpdPrinter::doUnregisterForNotifications(std::uint32_t clientId) {
-  if (NotificationTask* const task = makeNotificationTask()) return task->unregisterClient(clientId);
-  logError(log_component::server(), [] {
-    return LogText() << "CpdPrinter::doUnregisterForNotifications() cannot get NotificationTask";
-  });
-  return QRN_ERROR_INTERNAL_ERROR;
-}
-
-std::uint32_t CpdPrinter::doGetCurrentState(std::uint32_t& state) {
-  CriticalSectionLock lock(stateLock_);
-  state = state_->stateCode();
-  logDetail(log_component::server(), [&] {
-    return LogText() << "doGetCurrentState()"
-                     << "ERROR_SUCCESS, state=" << state;
-  });
-  return QRN_ERROR_SUCCESS;
-}
-
-void CpdPrinter::notifyJobStatus(const Notification& record) {
-  NotificationTask* const task = notificationTask();
-  if (task == nullptr) return;
-  // Called with the state lock held, so there is one such thread at a time.
-  const std::thread::id outer = reportingThread_.exchange(std::this_thread::get_id());
-  task->notify(record);
-  reportingThread_ = outer;
+           [&] { return LogText() << "CpdPrinter::" << operation << "() cannot get PrinterAlertTask"; });
 }
 
 void CpdPrinter::sendJobStatus(std::uint32_t id) {
@@ -226,13 +127,6 @@ void CpdPrinter::sendJobStatus(std::uint32_t id) {
   record.category = job_status::kCategory;
   record.id = id;
   notifyJobStatus(record);
-}
-
-void CpdPrinter::setBidiAllowed(bool allowed) {
-  logDetail(log_component::server(), [&] {
-    return LogText() << "CpdPrinter::setBidiAllowed(" << allowed << ") handle=" << getHandle();
-  });
-  Printer::setBidiAllowed(allowed);
 }
 
 }  // namespace qvn

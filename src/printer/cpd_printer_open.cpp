@@ -59,8 +59,7 @@ std::uint32_t CpdPrinterOpen::doStartJob(CpdPrinter& printer, const JobRequest& 
     connection->close();
     return rc;
   }
-  printer.setPrintConnection(connection.get());
-  printer.doPersistConnection(connection.get(), true);
+  printer.keepPrintConnection(connection.get());
   printer.setBidiAllowed(false);
   if (rc == QRN_ERROR_BAD_COMMAND) {
     // The printer does not want the job: its client may send it all the same, into nothing.

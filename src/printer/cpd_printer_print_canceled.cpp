@@ -2,7 +2,6 @@
 
 #include "common/basic_logger.h"
 #include "printer/cpd_printer.h"
-#include "printer/cpd_printer_open.h"
 #include "printer/flush_print_data_task.h"
 
 namespace qvn {
@@ -30,12 +29,6 @@ std::uint32_t CpdPrinterPrintCanceled::doPrint(CpdPrinter& printer, Data& reques
   return QRN_ERROR_SUCCESS;
 }
 
-std::uint32_t CpdPrinterPrintCanceled::doEndJob(CpdPrinter& printer) const {
-  const std::uint32_t rc = runEndJobTask(printer);
-  printer.printConnection()->close();
-  releasePrintConnection(printer);
-  printer.changeState(CpdPrinterOpen::getInstance());
-  return rc;
-}
+std::uint32_t CpdPrinterPrintCanceled::doEndJob(CpdPrinter& printer) const { return endBrokenJob(printer); }
 
 }  // namespace qvn

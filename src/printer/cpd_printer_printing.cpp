@@ -48,7 +48,7 @@ std::uint32_t CpdPrinterPrinting::doEndJob(CpdPrinter& printer) const {
   const std::uint32_t rc = runEndJobTask(printer);
   printer.printConnection()->close();
   printer.changeState(CpdPrinterOpen::getInstance());
-  releasePrintConnection(printer);
+  printer.releasePrintConnection();
   return rc;
 }
 

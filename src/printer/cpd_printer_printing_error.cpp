@@ -2,7 +2,6 @@
 
 #include "platform/clock.h"
 #include "printer/cpd_printer.h"
-#include "printer/cpd_printer_open.h"
 #include "printer/cpd_printer_print_canceled.h"
 #include "printer/cpd_printer_printing.h"
 
@@ -32,13 +31,7 @@ std::uint32_t CpdPrinterPrintingError::doPrint(CpdPrinter& printer, Data& reques
   return rc;
 }
 
-std::uint32_t CpdPrinterPrintingError::doEndJob(CpdPrinter& printer) const {
-  const std::uint32_t rc = runEndJobTask(printer);
-  printer.printConnection()->close();
-  releasePrintConnection(printer);
-  printer.changeState(CpdPrinterOpen::getInstance());
-  return rc;
-}
+std::uint32_t CpdPrinterPrintingError::doEndJob(CpdPrinter& printer) const { return endBrokenJob(printer); }
 
 std::uint32_t CpdPrinterPrintingError::doCancelPrint(CpdPrinter& printer) const {
   printer.changeState(CpdPrinterPrintCanceled::getInstance());

@@ -4,6 +4,7 @@
 #include "printer/cpd_end_print_job_task.h"
 #include "printer/cpd_printer.h"
 #include "printer/cpd_printer_closed.h"
+#include "printer/cpd_printer_open.h"
 
 namespace qvn {
 namespace {
@@ -58,11 +59,12 @@ std::uint32_t CpdPrinterState::runEndJobTask(CpdPrinter& printer) {
   return CpdEndPrintJobTask(printer, *printer.printConnection()).execute();
 }
 
-void CpdPrinterState::releasePrintConnection(CpdPrinter& printer) {
-  Connectable* const connection = printer.printConnection();
-  printer.setPrintConnection(nullptr);
-  printer.doPersistConnection(connection, false);
-  printer.doReleaseConnection(connection);
+std::uint32_t CpdPrinterState::endBrokenJob(CpdPrinter& printer) {
+  const std::uint32_t rc = runEndJobTask(printer);
+  printer.printConnection()->close();
+  printer.releasePrintConnection();
+  printer.changeState(CpdPrinterOpen::getInstance());
+  return rc;
 }
 
 }  // namespace qvn

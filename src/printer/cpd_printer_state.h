@@ -48,7 +48,8 @@ class CpdPrinterState {
 
   // Steps that the states which end a job share.
   static std::uint32_t runEndJobTask(CpdPrinter& printer);
-  static void releasePrintConnection(CpdPrinter& printer);
+  // The end of a job that was cancelled or failed: nothing of it is left when Open is entered.
+  static std::uint32_t endBrokenJob(CpdPrinter& printer);
 };
 
 }  // namespace qvn

@@ -13,7 +13,6 @@ DcSummaryTask::DcSummaryTask(Printer& printer, Connectable& connection)
 std::uint32_t DcSummaryTask::doExecute() {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [] { return LogText() << "DcSummaryTask::doExecute()"; });
-  if (!printer_.isBidiAllowed()) return QRN_ERROR_SUCCESS;
   std::uint32_t rc = runOnWorker();
   if (rc == QRN_ERROR_SUCCESS && NpaPacket(reply_).isRejected()) rc = QRN_ERROR_BAD_COMMAND;
   if (rc == QRN_ERROR_INVALID_FUNCTION) {

@@ -13,8 +13,9 @@ struct DcSummaryExchange {
   Data reply_;
 };
 
-// Writes the largest packet size and the NPA revisions into the printer's attributes. A printer without
-// bidirectional exchange is left as it is: 0.
+// Writes the largest packet size and the NPA revisions into the printer's attributes. Runs while a printer is
+// being opened, when exchanges are not allowed yet; where the transport has none (1) there is nothing to do:
+// 0.
 class DcSummaryTask : private DcSummaryExchange, public ExchangeTask {
  public:
   DcSummaryTask(Printer& printer, Connectable& connection);

@@ -203,8 +203,8 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
 
   fake.onExchange = nullptr;
   EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 1460u);
-  printer->setBidiAllowed(false);
-  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 0u);
+  fake.onVisitor = [](const std::string&, Data*) { return 1u; };
+  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 0u) << "a transport without exchanges";
 }
 
 }  // namespace
