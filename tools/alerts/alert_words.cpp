@@ -102,15 +102,19 @@ std::vector<const Condition*> conditionsIn(std::uint16_t statusWord) {
   return found;
 }
 
-std::string statusWords(const Status& status) {
+std::string conditionWords(std::uint16_t statusWord) {
   std::string words;
-  unsigned nameless = status.word;
-  for (const Condition* condition : conditionsIn(status.word)) {
+  unsigned nameless = statusWord;
+  for (const Condition* condition : conditionsIn(statusWord)) {
     words += (words.empty() ? "" : ", ") + std::string(condition->words);
     nameless &= ~static_cast<unsigned>(condition->bit);
   }
   if (nameless != 0) words += (words.empty() ? "" : ", ") + std::string("condition ") + hex(nameless, 4);
-  return (status.busy ? "busy: " : "idle: ") + (words.empty() ? "ready" : words);
+  return words.empty() ? "ready" : words;
+}
+
+std::string statusWords(const Status& status) {
+  return (status.busy ? "busy: " : "idle: ") + conditionWords(status.word);
 }
 
 Alert decodeAlert(std::span<const std::uint8_t> bytes) {

@@ -30,7 +30,10 @@ struct Status {
 // The conditions whose bits are set.
 std::vector<const Condition*> conditionsIn(std::uint16_t statusWord);
 
-// "busy: out of paper, cover open"; "idle: ready"; bits without words as a number.
+// "out of paper, cover open"; "ready"; bits without words as a number.
+std::string conditionWords(std::uint16_t statusWord);
+
+// "busy: out of paper, cover open"; "idle: ready".
 std::string statusWords(const Status& status);
 
 enum class AlertKind {

@@ -12,6 +12,8 @@ void addDeviceCommand(CLI::App& app);
 void addDiscoverCommand(CLI::App& app);
 void addPrintCommand(CLI::App& app);
 void addStatusCommand(CLI::App& app);
+void addCacheCommand(CLI::App& app);
+void addWatchCommand(CLI::App& app);
 void addNpaCommand(CLI::App& app);
 void addAttributeCommands(CLI::App& app);
 void addSettingsCommand(CLI::App& app);

@@ -45,6 +45,8 @@ int run(int argc, char** argv) {
   qvn::cli::addDiscoverCommand(app);
   qvn::cli::addPrintCommand(app);
   qvn::cli::addStatusCommand(app);
+  qvn::cli::addCacheCommand(app);
+  qvn::cli::addWatchCommand(app);
   qvn::cli::addNpaCommand(app);
   qvn::cli::addAttributeCommands(app);
   qvn::cli::addSettingsCommand(app);

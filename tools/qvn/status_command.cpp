@@ -7,17 +7,12 @@
 #include "devices.h"
 #include "failure.h"
 #include "qvn/transport/attributes.h"
+#include "status_cache.h"
 #include "text_values.h"
 
 namespace qvn::cli {
 
 namespace {
-
-// What the cache holds ahead of its entries, and the largest cache there is.
-constexpr std::size_t kCacheHeader = 7;
-constexpr std::uint32_t kLargestCache = 1024;
-// An entry: id (2 bytes, big-endian), length (1 byte), that many bytes.
-constexpr std::size_t kEntryHeader = 3;
 
 const char* stateName(std::uint32_t state) {
   switch (state) {
@@ -30,26 +25,6 @@ const char* stateName(std::uint32_t state) {
     default:
       return "unknown";
   }
-}
-
-// The entries as {"17": "00", ...}; what is cut off at the end is left out.
-Json cacheEntries(std::string_view cache) {
-  Json entries = Json::object();
-  cache.remove_prefix(std::min(kCacheHeader, cache.size()));
-  while (cache.size() >= kEntryHeader) {
-    const auto byteAt = [&](std::size_t offset) -> unsigned {
-      return static_cast<unsigned char>(cache[offset]);
-    };
-    const unsigned id = byteAt(0) << 8 | byteAt(1);
-    const std::size_t length = byteAt(2);
-    cache.remove_prefix(kEntryHeader);
-    if (length > cache.size()) {
-      break;
-    }
-    entries[std::to_string(id)] = formatHex(cache.substr(0, length), " ");
-    cache.remove_prefix(length);
-  }
-  return entries;
 }
 
 // Opens the printer to see whether it answers.
@@ -67,12 +42,12 @@ Json statusOf(const Session& session, const Device& printer) {
   if (QvnGetCurrentStatePrinter(session.client(), printer.handle, &state) == QRN_ERROR_SUCCESS) {
     status["state"] = stateName(state);
   }
-  std::string cache(kLargestCache, '\0');
-  std::uint32_t length = 0;
-  if (QvnGetCachePrinter(session.client(), printer.handle, reinterpret_cast<std::uint8_t*>(cache.data()),
-                         kLargestCache, &length) == QRN_ERROR_SUCCESS) {
-    cache.resize(length);
-    status["cache"] = cacheEntries(cache);
+  std::string cache;
+  if (readCache(session, printer, cache) == QRN_ERROR_SUCCESS) {
+    status["cache"] = Json::object();
+    for (const CacheEntry& entry : cacheEntries(cache)) {
+      status["cache"][std::to_string(entry.id)] = formatHex(entry.bytes, " ");
+    }
   }
   QvnClosePrinter(session.client(), printer.handle);
   return status;
