@@ -167,6 +167,63 @@ TEST_F(SimulatedJobs, TellsWhatBecomesOfJobsThatAreCutShort) {
   EXPECT_EQ(device.nextJob().at("outcome"), "lost") << "open when the device was switched off";
 }
 
+TEST_F(SimulatedJobs, KeepsEveryByteThatAPlainPrinterGets) {
+  SimulatorProcess device(arguments({"--family", "BpdPrinter", "--plain"}));
+  EXPECT_EQ(device.bidiPort(), 0);
+  EXPECT_EQ(device.readyLine().at("family"), "BpdPrinter");
+  const Bytes data = bytesOf("one") + kMarker + bytesOf("two") + repeated(8192, 0);
+  printOf(device).close();  // whoever only looks whether it is there prints nothing
+  Stream print = printOf(device);
+  print.send(data);
+  print.close();
+  const nlohmann::json record = device.nextJob();
+  EXPECT_EQ(record.at("id"), 1);
+  EXPECT_EQ(record.at("outcome"), "complete");
+  EXPECT_EQ(record.at("bytes"), data.size());
+  EXPECT_TRUE(stored(1) == data);
+
+  device.command("fault close-mid-job=3:1");
+  Stream broken = printOf(device);
+  broken.send(bytesOf("half"));
+  EXPECT_EQ(device.nextJob().at("outcome"), "lost");
+}
+
+TEST_F(SimulatedJobs, EndsABpdPrintersJobWithItsEndOrItsConnection) {
+  SimulatorProcess device(arguments({"--family", "BpdPrinter"}));
+  Stream bidi = bidiOf(device);
+  Stream print = printOf(device);
+  bidi.send(
+      hex("A5 00 10 80 A4 5B A4 5B 10 EF A4 5B 11 EE 00 FF 13 EC 2E"));  // there is no reply to this one
+  EXPECT_EQ(bidi.ask(kStartJob), "A5 00 06 20 05 00 00 00 01");
+  print.send(bytesOf("first") + kMarker);
+  EXPECT_EQ(bidi.ask("A5 00 06 50 05 01 00 00 01"), "A5 00 06 20 05 01 00 00 01");
+  EXPECT_EQ(device.nextJob().at("outcome"), "complete") << "with its connection still open";
+  EXPECT_EQ(queryLength(bidi), kCompleteLength);
+  EXPECT_EQ(stored(1), bytesOf("first") + kMarker);
+
+  // The next one on the same connection is over when yet another one begins.
+  bidi.ask(kStartJob);
+  print.send(bytesOf("second"));
+  bidi.ask("A5 00 06 50 05 01 00 00 02");
+  bidi.ask(kStartJob);
+  EXPECT_EQ(device.nextJob().at("bytes"), 6);
+  print.send(bytesOf("the third"));
+  print.close();
+  const nlohmann::json third = device.nextJob();
+  EXPECT_EQ(third.at("id"), 3);
+  EXPECT_EQ(third.at("outcome"), "complete");
+  EXPECT_EQ(bidi.ask("A5 00 06 50 05 01 00 00 03"), "A5 00 06 20 05 01 00 00 03")
+      << "which it has been told late";
+
+  // A slow device still has most of the data to take when it hears of the end.
+  device.command("fault slow-print=200000");
+  bidi.ask(kStartJob);
+  Stream slow = printOf(device);
+  slow.send(repeated(10000, 'x'));
+  bidi.ask("A5 00 06 50 05 01 00 00 04");
+  EXPECT_EQ(device.nextJob().at("bytes"), 10000);
+}
+
 TEST_F(SimulatedJobs, NumbersOnFromTheJobsItFindsAndKeepsOnlyWhatItIsTold) {
   std::filesystem::create_directories(jobs);
   std::ofstream(jobs / "job-41.json") << "{}";

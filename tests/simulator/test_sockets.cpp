@@ -30,6 +30,11 @@ void check(bool succeeded, const char* what) {
   if (!succeeded) throw std::system_error(errno, std::generic_category(), what);
 }
 
+bool isReadable(int fd) {
+  pollfd entry{fd, POLLIN, 0};
+  return poll(&entry, 1, 0) != 0;
+}
+
 void waitReadable(int fd) {
   pollfd entry{fd, POLLIN, 0};
   if (poll(&entry, 1, kPatience) == 0) throw std::runtime_error("nothing comes");
@@ -141,10 +146,7 @@ bool Stream::isEnded() {
   return got == 0 || errno == ECONNRESET;
 }
 
-bool Stream::isSilent() const {
-  pollfd entry{fd_, POLLIN, 0};
-  return poll(&entry, 1, 0) == 0;
-}
+bool Stream::isSilent() const { return !isReadable(fd_); }
 
 void Stream::reset() {
   const linger abort{1, 0};
@@ -166,6 +168,8 @@ Stream Listener::accept() {
   waitReadable(fd_);
   return Stream(accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC));
 }
+
+bool Listener::isWaiting() const { return isReadable(fd_); }
 
 Datagrams::Datagrams(const std::string& address) : fd_(boundSocket(SOCK_DGRAM, address, port_)) {}
 

@@ -61,6 +61,8 @@ class Listener {
 
   std::uint16_t port() const { return port_; }
   Stream accept();
+  // Whether somebody has connected who was not accepted yet.
+  bool isWaiting() const;
 
  private:
   std::uint16_t port_ = 0;  // before the socket, whose binding sets it

@@ -24,9 +24,11 @@ bool isForTheDevice(ByteView packet) {
 
 }  // namespace
 
-BidiPort::BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace,
-                   const std::string& address, std::uint16_t port)
-    : loop_(loop), faults_(faults), printer_(printer), trace_(trace), listener_(listenTcp(address, port, 0)) {
+BidiPort::BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace)
+    : loop_(loop), faults_(faults), printer_(printer), trace_(trace) {}
+
+void BidiPort::listen(const std::string& address, std::uint16_t port) {
+  listener_ = listenTcp(address, port, 0);
   loop_.watch(listener_.get(), [this] { acceptWaiting(); });
 }
 
@@ -93,12 +95,13 @@ void BidiPort::watchPartial(ConnectionId id) {
 }
 
 void BidiPort::handle(ConnectionId id, const Bytes& packet) {
-  if (!isForTheDevice(packet)) return;
   const std::optional<npa::Command> command = npa::commandOf(packet);
+  if (!isForTheDevice(packet) && command != npa::Command::EnterNpaMode) return;
   if (faults_.strike(ReplyFault::Close, command)) {
     close(id);
     return;
   }
+  if (command == npa::Command::EnterNpaMode) return;  // the device speaks nothing else; no reply is expected
   const bool understood = command && packet.size() >= npa::entryOf(*command).shortest;
   if (!understood || faults_.strike(ReplyFault::Reject, command)) {
     reply(id, command, Printer::reject(packet));

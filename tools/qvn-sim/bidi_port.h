@@ -17,10 +17,13 @@ namespace sim {
 
 class BidiPort {
  public:
-  BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace, const std::string& address,
-           std::uint16_t port);
+  BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace);
 
-  std::uint16_t port() const { return localPort(listener_); }
+  // Until then nobody can connect, and there is nobody to send to.
+  void listen(const std::string& address, std::uint16_t port);
+
+  // 0 when it does not listen.
+  std::uint16_t port() const { return listener_.isOpen() ? localPort(listener_) : std::uint16_t{0}; }
 
   // Sends the alert to every host that has asked for its kind.
   void alert(ByteView packet);

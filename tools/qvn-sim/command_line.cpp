@@ -14,6 +14,9 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
 
   CLI::App app("A simulated printer on loopback. Prints its ports as one line of JSON when it is ready.",
                "qvn-sim");
+  app.add_option("--family", options.identity.family, "CpdPrinter or BpdPrinter")
+      ->capture_default_str()
+      ->check(CLI::IsMember({kCpdPrinter, kBpdPrinter}));
   app.add_option("--model", options.identity.model, "Model name")->capture_default_str();
   app.add_option("--serial", options.identity.serial, "Serial number")->capture_default_str();
   app.add_option("--name", options.identity.name, "Name that people gave it")->capture_default_str();
@@ -21,6 +24,7 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   app.add_option("--discovery-port", options.discoveryPort, "UDP port for discovery; 0: any free one");
   app.add_option("--print-port", options.printPort, "TCP port for print data; 0: any free one");
   app.add_option("--bidi-port", options.bidiPort, "TCP port for NPA packets; 0: any free one");
+  app.add_flag("--plain", options.plain, "Take print data only: no port for NPA packets (a BpdPrinter)");
   app.add_option("--jobs", options.jobs, "Directory for finished jobs (job-<id>.prn and job-<id>.json)");
   app.add_flag("--discard", options.discard, "Keep records of jobs only, not their data");
   app.add_option("--print-time", printTime, "Milliseconds from receiving a job to having printed it");
@@ -39,6 +43,9 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
       "fault NAME[=VALUE], clear-faults, quit.");
   try {
     app.parse(argc, argv);
+    if (options.plain && options.identity.family != kBpdPrinter) {
+      throw std::invalid_argument("--plain is for --family BpdPrinter: every CpdPrinter has a bidi port");
+    }
     for (const std::string& fault : faults) options.faults.add(fault);
     for (const std::string* text :
          {&options.identity.model, &options.identity.serial, &options.identity.name}) {

@@ -18,6 +18,7 @@ struct Options {
   std::uint16_t discoveryPort = 0;
   std::uint16_t printPort = 0;
   std::uint16_t bidiPort = 0;
+  bool plain = false;  // no bidi port at all
   std::filesystem::path jobs;
   bool discard = false;
   std::filesystem::path trace;

@@ -28,9 +28,9 @@ std::string_view tokenOf(std::string_view datagram) {
 DiscoveryPort::DiscoveryPort(EventLoop& loop, const Identity& identity, std::uint16_t printPort,
                              std::uint16_t bidiPort, const std::string& address, std::uint16_t port)
     : socket_(bindUdp(address, port)),
-      description_("family=CpdPrinter\nmodel=" + identity.model + "\nserial=" + identity.serial +
-                   "\nname=" + identity.name + "\nprint=" + std::to_string(printPort) +
-                   "\nbidi=" + std::to_string(bidiPort) + "\n") {
+      description_("family=" + identity.family + "\nmodel=" + identity.model + "\nserial=" + identity.serial +
+                   "\nname=" + identity.name + "\nprint=" + std::to_string(printPort) + "\n" +
+                   (bidiPort != 0 ? "bidi=" + std::to_string(bidiPort) + "\n" : "")) {
   loop.watch(socket_.get(), [this] { answer(); });
 }
 

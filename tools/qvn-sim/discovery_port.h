@@ -2,7 +2,7 @@
 //
 //   asked     "QVN-DISCOVER 1 <token>\n"
 //   answered  "QVN-DEVICE 1 <token>\n", then a line "key=value\n" each for family, model, serial, name,
-//             print and bidi (the two ports)
+//             print and, where there is one, bidi (the two ports)
 //
 // The token, at most 32 letters and digits, ties an answer to its question.
 #pragma once

@@ -16,10 +16,11 @@ std::size_t zerosAtEnd(ByteView data) {
 
 }  // namespace
 
-JobQueue::JobQueue(JobStore& store, const FaultSwitches& faults, std::chrono::milliseconds printTime,
-                   std::uint64_t cancelRun, Events events)
+JobQueue::JobQueue(JobStore& store, const FaultSwitches& faults, JobEnding ending,
+                   std::chrono::milliseconds printTime, std::uint64_t cancelRun, Events events)
     : store_(store),
       faults_(faults),
+      ending_(ending),
       printTime_(printTime),
       cancelRun_(cancelRun),
       events_(std::move(events)),
@@ -27,6 +28,7 @@ JobQueue::JobQueue(JobStore& store, const FaultSwitches& faults, std::chrono::mi
 
 std::uint16_t JobQueue::start() {
   if (current_ && current_->cancelSeen) endCurrent(JobOutcome::Cancelled);
+  if (endsInSilence()) drained();  // the host has no more data for a job when it begins the next one
   waiting_.push_back(makeJob());
   return waiting_.back().record.id;
 }
@@ -61,10 +63,18 @@ bool JobQueue::isPrinted(std::uint16_t id) const {
          std::chrono::steady_clock::now() - job->second.when >= printTime_;
 }
 
-void JobQueue::receive(ByteView bytes) { scanner_.add(bytes); }
+void JobQueue::receive(ByteView bytes) {
+  if (ending_ == JobEnding::WithConnection) {
+    receiveData(bytes);
+  } else {
+    scanner_.add(bytes);
+  }
+}
 
 void JobQueue::drained() {
-  if (current_ && !current_->cancelSeen && current_->trailingZeros >= cancelRun_) {
+  if (ending_ == JobEnding::WithConnection) {
+    if (current_ && current_->endAnnounced) endCurrent(JobOutcome::Complete);
+  } else if (current_ && !current_->cancelSeen && current_->trailingZeros >= cancelRun_) {
     current_->cancelSeen = true;
     events_.onCancelSeen();
   }
@@ -75,14 +85,25 @@ void JobQueue::drained() {
   }
 }
 
-void JobQueue::connectionClosed() {
+void JobQueue::connectionEnded() {
+  endConnection(ending_ == JobEnding::WithConnection ? JobOutcome::Complete : JobOutcome::Lost);
+}
+
+void JobQueue::connectionBroke() { endConnection(JobOutcome::Lost); }
+
+bool JobQueue::endsInSilence() const {
+  if (ending_ != JobEnding::WithConnection) return false;
+  return current_ ? current_->endAnnounced : !waiting_.empty() && waiting_.front().endAnnounced;
+}
+
+void JobQueue::endConnection(JobOutcome outcome) {
   scanner_.finish();
-  if (current_) endCurrent(current_->cancelSeen ? JobOutcome::Cancelled : JobOutcome::Lost);
+  if (current_) endCurrent(current_->cancelSeen ? JobOutcome::Cancelled : outcome);
   skippingZeros_ = false;
 }
 
 void JobQueue::closeAll() {
-  connectionClosed();
+  connectionBroke();
   while (!waiting_.empty()) {
     end(waiting_.front(), JobOutcome::Lost);
     waiting_.pop_front();

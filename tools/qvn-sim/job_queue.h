@@ -17,6 +17,12 @@
 
 namespace sim {
 
+// How the device tells where a job's data ends.
+enum class JobEnding : std::uint8_t {
+  AtMarker,        // at the end-of-job marker; many zero bytes at the end cancel the job
+  WithConnection,  // when the host says so, or ends the connection; every byte is data
+};
+
 class JobQueue {
  public:
   struct Events {
@@ -27,8 +33,8 @@ class JobQueue {
 
   // A job counts as printed `printTime` after it was received. `cancelRun` is how many zero bytes at the end
   // of what was received ask for the job to be dropped.
-  JobQueue(JobStore& store, const FaultSwitches& faults, std::chrono::milliseconds printTime,
-           std::uint64_t cancelRun, Events events);
+  JobQueue(JobStore& store, const FaultSwitches& faults, JobEnding ending,
+           std::chrono::milliseconds printTime, std::uint64_t cancelRun, Events events);
 
   // The bidi side. Print data that arrives without a started job makes a job of its own.
   std::uint16_t start();
@@ -44,7 +50,11 @@ class JobQueue {
   void receive(ByteView bytes);
   // Everything sent so far has been received.
   void drained();
-  void connectionClosed();
+  // The host ended the connection, or it broke.
+  void connectionEnded();
+  void connectionBroke();
+  // Whether it is for the end of the data to show that a job, whose end the host has announced, is complete.
+  bool endsInSilence() const;
   std::uint64_t currentBytes() const { return current_ ? current_->record.bytes : 0; }
 
   // The end of the process: what is open is lost.
@@ -67,11 +77,13 @@ class JobQueue {
   void beginCurrent();
   void receiveData(ByteView data);
   void receiveMarker();
+  void endConnection(JobOutcome outcome);
   void endCurrent(JobOutcome outcome);
   void end(Job& job, JobOutcome outcome);
 
   JobStore& store_;
   const FaultSwitches& faults_;
+  const JobEnding ending_;
   const std::chrono::milliseconds printTime_;
   const std::uint64_t cancelRun_;
   const Events events_;

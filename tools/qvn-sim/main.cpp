@@ -39,7 +39,9 @@ void simulate(sim::Options options) {
   // The ports and the printer know each other in a circle; the two pointers close it.
   sim::PrintPort* printPort = nullptr;
   sim::BidiPort* bidiPort = nullptr;
-  sim::JobQueue jobs(store, options.faults, options.printTime, options.cancelRun,
+  const auto ending =
+      options.identity.family == sim::kBpdPrinter ? sim::JobEnding::WithConnection : sim::JobEnding::AtMarker;
+  sim::JobQueue jobs(store, options.faults, ending, options.printTime, options.cancelRun,
                      {.onCancelSeen = [&] { bidiPort->alert(sim::Printer::cancelAcknowledge()); },
                       .onEnded =
                           [&](const sim::JobRecord& record) {
@@ -50,7 +52,8 @@ void simulate(sim::Options options) {
                           }});
   sim::Printer printer(jobs, options.faults, [&] { printPort->readArrived(); });
   sim::PrintPort print(loop, options.faults, jobs, options.address, options.printPort);
-  sim::BidiPort bidi(loop, options.faults, printer, trace, options.address, options.bidiPort);
+  sim::BidiPort bidi(loop, options.faults, printer, trace);
+  if (!options.plain) bidi.listen(options.address, options.bidiPort);
   printPort = &print;
   bidiPort = &bidi;
   const sim::DiscoveryPort discovery(loop, options.identity, print.port(), bidi.port(), options.address,
@@ -63,7 +66,7 @@ void simulate(sim::Options options) {
       {"discovery", discovery.port()},
       {"bidi", bidi.port()},
       {"print", print.port()},
-      {"family", "CpdPrinter"},
+      {"family", options.identity.family},
       {"model", options.identity.model},
       {"serial", options.identity.serial},
       {"pid",

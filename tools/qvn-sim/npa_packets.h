@@ -49,6 +49,7 @@ enum class Command : std::uint8_t {
   PanelAlerts,
   ExtendedAlerts,
   LanguageAlerts,
+  EnterNpaMode,
 };
 
 struct CommandEntry {
@@ -75,6 +76,7 @@ inline constexpr std::array kCommands = {
     CommandEntry{Command::PanelAlerts, "panel-alerts", {0xE0, 0xE1, 0x03}, 3, 8},
     CommandEntry{Command::ExtendedAlerts, "extended-alerts", {0xE0, 0x73, 0x01, 0x01}, 4, 9},
     CommandEntry{Command::LanguageAlerts, "language-alerts", {0xE0, 0x73, 0x07, 0x08}, 4, 18},
+    CommandEntry{Command::EnterNpaMode, "enter-npa-mode", {0xA4, 0x5B, 0xA4, 0x5B}, 4, 19},
 };
 
 // Offsets inside single packets.

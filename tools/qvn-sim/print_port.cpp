@@ -16,6 +16,9 @@ constexpr int kReadsPerTurn = 8;
 // A slow device takes its data in steps of this length.
 constexpr std::chrono::milliseconds kSlowStep{10};
 
+// Nothing more comes of a job whose end was announced when nothing came for so long.
+constexpr std::chrono::milliseconds kSilence{50};
+
 // With a small receive buffer the host feels a slow device soon.
 constexpr int kSlowReceiveBuffer = 16384;
 
@@ -37,7 +40,7 @@ void PrintPort::readArrived() {
       connection_ = acceptTcp(listener_);
       if (!connection_.isOpen()) {
         loop_.watch(listener_.get(), [this] { readArrived(); });
-        jobs_.drained();
+        drained();
         return;
       }
       loop_.unwatch(listener_.get());
@@ -48,8 +51,13 @@ void PrintPort::readArrived() {
         break;
       case ReadResult::Nothing:
         return;
-      case ReadResult::Closed:
+      case ReadResult::Ended:
         closeConnection();
+        jobs_.connectionEnded();
+        break;
+      case ReadResult::Broken:
+        closeConnection();
+        jobs_.connectionBroke();
         break;
     }
   }
@@ -60,15 +68,16 @@ PrintPort::ReadResult PrintPort::readOnce() {
   if (room == 0) return ReadResult::Nothing;
   const ssize_t got = recv(connection_.get(), buffer_.data(), room, 0);
   if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
-    jobs_.drained();
+    drained();
     return ReadResult::Nothing;
   }
-  if (got <= 0) return ReadResult::Closed;
+  if (got <= 0) return got == 0 ? ReadResult::Ended : ReadResult::Broken;
+  received_ += static_cast<std::uint64_t>(got);
   if (faults_.printBytesPerSecond()) allowed_ -= static_cast<std::uint64_t>(got);
   jobs_.receive(ByteView(buffer_.data(), static_cast<std::size_t>(got)));
   if (jobs_.currentBytes() > 0 && faults_.closesJobAt(jobs_.currentBytes())) {
     resetOnClose(connection_);
-    return ReadResult::Closed;
+    return ReadResult::Broken;
   }
   return ReadResult::Data;
 }
@@ -76,7 +85,24 @@ PrintPort::ReadResult PrintPort::readOnce() {
 void PrintPort::closeConnection() {
   loop_.unwatch(connection_.get());
   connection_.close();
-  jobs_.connectionClosed();
+}
+
+void PrintPort::drained() {
+  if (!jobs_.endsInSilence()) {
+    jobs_.drained();
+    return;
+  }
+  // The rest of the job may still wait in the host's own buffers for room in ours.
+  if (silencePending_) return;
+  silencePending_ = true;
+  loop_.after(kSilence, [this, before = received_] {
+    silencePending_ = false;
+    if (received_ == before && !stepPending_) {
+      jobs_.drained();
+    } else {
+      drained();
+    }
+  });
 }
 
 std::size_t PrintPort::allowance() {

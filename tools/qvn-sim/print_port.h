@@ -23,10 +23,11 @@ class PrintPort {
   void readArrived();
 
  private:
-  enum class ReadResult : std::uint8_t { Data, Nothing, Closed };
+  enum class ReadResult : std::uint8_t { Data, Nothing, Ended, Broken };
 
   ReadResult readOnce();
   void closeConnection();
+  void drained();
   std::size_t allowance();
 
   EventLoop& loop_;
@@ -37,6 +38,8 @@ class PrintPort {
   Bytes buffer_;
   std::uint64_t allowed_ = 0;  // bytes that a slow device will still take before the next step
   bool stepPending_ = false;
+  std::uint64_t received_ = 0;  // in all, to tell silence
+  bool silencePending_ = false;
 };
 
 }  // namespace sim

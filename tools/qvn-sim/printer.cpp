@@ -32,6 +32,7 @@ Bytes Printer::answer(ConnectionId from, npa::Command command, ByteView packet) 
       return reply;
     }
     case Command::StartJob: {
+      if (jobs_.endsInSilence()) readPrintData_();
       host.job = jobs_.start();
       Bytes reply = acknowledge(packet, npa::entryOf(command).shortest);
       npa::writeBig16(reply, npa::kJobIdOffset, host.job);

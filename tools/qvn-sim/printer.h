@@ -14,7 +14,11 @@
 
 namespace sim {
 
+inline constexpr char kCpdPrinter[] = "CpdPrinter";
+inline constexpr char kBpdPrinter[] = "BpdPrinter";
+
 struct Identity {
+  std::string family = kCpdPrinter;
   std::string model = "Simulated Printer";
   std::string serial = "SIM0000001";
   std::string name = "qvn-sim";

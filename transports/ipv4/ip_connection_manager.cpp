@@ -9,6 +9,16 @@
 namespace qvn::ipv4 {
 namespace {
 
+// Takes print data only. A text without a proper address describes no device at all.
+bool isPlain(const std::string& deviceAttributes) {
+  std::string addressText;
+  std::uint32_t address = 0;
+  std::uint32_t port = 0;
+  AttributeCodec::getString(deviceAttributes, attribute::kAddress, addressText);
+  AttributeCodec::getLong(deviceAttributes, attribute::kChannelId, port);
+  return parseAddress(addressText, address) && port == 0;
+}
+
 // Port 0, which nothing can be opened on, when the text does not say where the device is.
 Endpoint endpointOf(const std::string& deviceAttributes, const char* portDescriptor) {
   std::string addressText;
@@ -30,13 +40,14 @@ Connectable* IpConnectionManager::getConnection(const std::string& deviceAttribu
   AttributeCodec::getString(deviceAttributes, attribute::kDevice, key.family);
   AttributeCodec::getLong(deviceAttributes, attribute::kHandle, key.handle);
   key.name = connectionName == connection_name::kAlert ? connection_name::kBidi : connectionName;
+  key.hasChannel = key.name != connection_name::kBidi || !isPlain(deviceAttributes);
   const Endpoint endpoint = endpointOf(
       deviceAttributes, key.name == connection_name::kPrint ? attribute::kIpPort : attribute::kChannelId);
 
   const std::lock_guard<std::mutex> lock(mutex_);
   dropUnusedLocked();
   Entry& entry = entries_[key];
-  if (entry.connection == nullptr) entry.connection = makeConnection(key.name);
+  if (entry.connection == nullptr) entry.connection = makeConnection(key);
   entry.connection->setEndpoint(endpoint);
   ++entry.holders;
   return entry.connection.get();
@@ -58,10 +69,11 @@ void IpConnectionManager::closeAll() {
   retired_.join();
 }
 
-std::unique_ptr<IpConnection> IpConnectionManager::makeConnection(const std::string& name) {
-  if (name == connection_name::kBidi) return std::make_unique<NpaConnection>(retired_);
-  if (name == connection_name::kPrint) return std::make_unique<PrintConnection>();
-  const bool known = name == connection_name::kCache || name == connection_name::kConfiguration;
+std::unique_ptr<IpConnection> IpConnectionManager::makeConnection(const Key& key) {
+  if (key.name == connection_name::kPrint) return std::make_unique<PrintConnection>();
+  if (key.name == connection_name::kBidi && key.hasChannel) return std::make_unique<NpaConnection>(retired_);
+  const bool known = key.name == connection_name::kBidi || key.name == connection_name::kCache ||
+                     key.name == connection_name::kConfiguration;
   return std::make_unique<ChannellessConnection>(known ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION);
 }
 

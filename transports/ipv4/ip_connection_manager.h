@@ -15,7 +15,9 @@
 namespace qvn::ipv4 {
 
 // Ports and address come from the attribute text: "Address", "IpPort" (print data), "ChannelId" (NPA
-// packets). Alerts come on the bidi connection, so "alert" is another name for it. "cache" and
+// packets). Alerts come on the bidi connection, so "alert" is another name for it. A device without a
+// "ChannelId", or with 0, takes print data only: its bidi connection opens without connecting anywhere,
+// because many a raw printer takes one connection at a time, and that one is for the job. "cache" and
 // "configuration" need no channel; a connection of an unknown name cannot be opened (1).
 class IpConnectionManager : public ConnectionManager {
  public:
@@ -30,9 +32,11 @@ class IpConnectionManager : public ConnectionManager {
     std::string family;  // handles are unique per kind of device
     std::uint32_t handle = 0;
     std::string name;
+    bool hasChannel = true;  // false: a bidi connection of a device that has no port for it
 
     friend bool operator<(const Key& left, const Key& right) {
-      return std::tie(left.family, left.handle, left.name) < std::tie(right.family, right.handle, right.name);
+      return std::tie(left.family, left.handle, left.name, left.hasChannel) <
+             std::tie(right.family, right.handle, right.name, right.hasChannel);
     }
   };
   struct Entry {
@@ -40,7 +44,7 @@ class IpConnectionManager : public ConnectionManager {
     std::uint32_t holders = 0;
   };
 
-  std::unique_ptr<IpConnection> makeConnection(const std::string& name);
+  std::unique_ptr<IpConnection> makeConnection(const Key& key);
   void dropUnusedLocked();
 
   RetiredSessions retired_;  // outlives the connections

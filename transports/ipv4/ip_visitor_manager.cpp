@@ -13,6 +13,10 @@
 namespace qvn::ipv4 {
 namespace {
 
+std::string textOf(const Data& data) {
+  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
+}
+
 // An operation that needs nothing done: only its answer counts.
 class AnsweringVisitor : public Visitor {
  public:
@@ -20,26 +24,83 @@ class AnsweringVisitor : public Visitor {
   void visit(Connectable&) override {}
 };
 
-class NpaDataVisitor : public Visitor {
+// Sends a packet on the device's bidi connection, also when it is run on the print connection.
+class PacketVisitor : public Visitor {
  public:
-  explicit NpaDataVisitor(IpConnectionManager& connections) : connections_(connections) {}
+  explicit PacketVisitor(IpConnectionManager& connections) : connections_(connections) {}
 
-  void visit(Connectable& connection) override {
+  void visit(Connectable& connection) final {
     if (data_ == nullptr || device_ == nullptr) {
       result_ = QRN_ERROR_INVALID_PARAMETER;
-    } else if (auto* const npa = dynamic_cast<NpaConnection*>(&connection)) {
-      result_ = npa->exchange(*data_, *device_);
     } else if (dynamic_cast<PrintConnection*>(&connection) != nullptr) {
       Connectable* const bidi = connections_.getConnection(device_->getAttributes(), connection_name::kBidi);
-      result_ = static_cast<NpaConnection*>(bidi)->exchange(*data_, *device_);
+      result_ = sendOn(dynamic_cast<NpaConnection*>(bidi));
       connections_.releaseConnection(bidi);
     } else {
-      result_ = QRN_ERROR_INVALID_FUNCTION;
+      result_ = sendOn(dynamic_cast<NpaConnection*>(&connection));
     }
   }
 
+ protected:
+  virtual std::uint32_t doSend(NpaConnection& npa) = 0;
+
  private:
+  std::uint32_t sendOn(NpaConnection* npa) {
+    return npa != nullptr ? doSend(*npa) : QRN_ERROR_INVALID_FUNCTION;
+  }
+
   IpConnectionManager& connections_;
+};
+
+class NpaDataVisitor : public PacketVisitor {
+ public:
+  using PacketVisitor::PacketVisitor;
+  std::uint32_t doSend(NpaConnection& npa) override { return npa.exchange(*data_, *device_); }
+};
+
+class NamePrintJobVisitor : public PacketVisitor {
+ public:
+  using PacketVisitor::PacketVisitor;
+  std::uint32_t doSend(NpaConnection& npa) override {
+    const std::uint32_t rc = npa.exchange(*data_, *device_);
+    return rc != QRN_ERROR_SUCCESS ? rc : data_->getRc();
+  }
+};
+
+class StartNpaModeVisitor : public PacketVisitor {
+ public:
+  using PacketVisitor::PacketVisitor;
+  std::uint32_t doSend(NpaConnection& npa) override { return npa.send(*data_, *device_); }
+};
+
+// The data is a number.
+class NumberVisitor : public Visitor {
+ public:
+  void visit(Connectable&) override {
+    const bool isNumber = data_ != nullptr && data_->getLength() == sizeof(std::uint32_t);
+    result_ = isNumber ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_PARAMETER;
+  }
+};
+
+class GetNpaModeVisitor : public NumberVisitor {
+ public:
+  void visit(Connectable& connection) override {
+    NumberVisitor::visit(connection);
+    if (result_ != QRN_ERROR_SUCCESS) return;
+    const std::uint32_t mode = dynamic_cast<NpaConnection*>(&connection) != nullptr ? 1 : 0;
+    data_->fill(reinterpret_cast<const std::uint8_t*>(&mode), sizeof mode);
+  }
+};
+
+class JobHeaderVisitor : public Visitor {
+ public:
+  void visit(Connectable&) override {
+    std::uint32_t npaSupported = 0;
+    const bool readable =
+        data_ != nullptr &&
+        AttributeCodec::getLong(textOf(*data_), attribute::kNpaSupported, npaSupported) == QRN_ERROR_SUCCESS;
+    result_ = readable ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_PARAMETER;
+  }
 };
 
 // Nothing of what can be changed is kept in the device, so all there is to do is to refuse what would make it
@@ -49,11 +110,8 @@ class ConfigurationVisitor : public Visitor {
   void visit(Connectable&) override {
     std::string address;
     std::uint32_t parsed = 0;
-    const bool readable =
-        data_ != nullptr &&
-        AttributeCodec::getString(
-            std::string(reinterpret_cast<const char*>(data_->getBuffer()), data_->getLength()),
-            attribute::kAddress, address) == QRN_ERROR_SUCCESS;
+    const bool readable = data_ != nullptr && AttributeCodec::getString(textOf(*data_), attribute::kAddress,
+                                                                        address) == QRN_ERROR_SUCCESS;
     result_ = readable && parseAddress(address, parsed) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_PARAMETER;
   }
 };
@@ -72,6 +130,13 @@ bool contains(const std::array<const char*, N>& names, const std::string& name) 
 
 Visitor* IpVisitorManager::getVisitor(const std::string& name) {
   if (name == visitor_name::kNpaData) return new NpaDataVisitor(connections_);
+  if (name == visitor_name::kNamePrintJob) return new NamePrintJobVisitor(connections_);
+  if (name == visitor_name::kStartNpaMode) return new StartNpaModeVisitor(connections_);
+  if (name == visitor_name::kGetNpaMode) return new GetNpaModeVisitor;
+  if (name == visitor_name::kSetNpaWrapMode || name == visitor_name::kSetNonNpaPrinter) {
+    return new NumberVisitor;
+  }
+  if (name == visitor_name::kJobHeader) return new JobHeaderVisitor;
   if (contains(kChangeable, name)) return new ConfigurationVisitor;
   return new AnsweringVisitor(contains(kNothingToDo, name) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION);
 }

@@ -9,10 +9,15 @@
 namespace qvn::ipv4 {
 
 // "npaDataVisitor" exchanges the data, an NPA packet, on the device's "bidi" connection, also when it is run
-// on the "print" connection, which carries print data only. A writeable attribute's descriptor accepts a
-// changed attribute text, 87 when it puts the device at no valid address. Nothing is buffered and packets of
-// any size are taken, so "flushPrintBufferVisitor", "setMaxPacketSizeVisitor" and "startJobPrinter" have
-// nothing to do and answer 0. There is no cache channel: "cacheVisitor" answers 1, as does every other name.
+// on the "print" connection, which carries print data only. "namePrintJobVisitor" does the same and answers
+// the request's code too; "startNpaModeVisitor" sends a packet to which there is no reply. A device without
+// NPA answers 1 to the three. "getNpaModeVisitor" puts 1 or 0 into the data, "setNpaWrapModeVisitor" and
+// "setNonNpaPrinterVisitor" take a number and have nothing to do with it, and so has "jobHeaderVisitor" with
+// its text: a raw receiver must get the bytes of the job and no others. Each answers 87 to data of another
+// form. A writeable attribute's descriptor accepts a changed attribute text, 87 when it puts the device at no
+// valid address. Nothing is buffered and packets of any size are taken, so "flushPrintBufferVisitor",
+// "setMaxPacketSizeVisitor" and "startJobPrinter" have nothing to do and answer 0. There is no cache channel:
+// "cacheVisitor" answers 1, as does every other name.
 class IpVisitorManager : public VisitorManager {
  public:
   explicit IpVisitorManager(IpConnectionManager& connections) : connections_(connections) {}

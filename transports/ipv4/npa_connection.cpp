@@ -48,14 +48,9 @@ std::uint32_t NpaConnection::exchange(Data& request, Device& device) {
     result = replyCode = QRN_ERROR_INVALID_PARAMETER;
   } else {
     const std::lock_guard<std::mutex> turn(exchangeMutex_);
-    std::shared_ptr<NpaSession> session = currentSession();
-    if (session == nullptr) {
-      result = kNotConnected;
-    } else if (!session->isAlive() || session->isAmbiguous(packet)) {
-      result = replaceSession(session, device, session);
-    }
+    std::shared_ptr<NpaSession> session;
+    result = readySession(packet, device, session);
     if (result == QRN_ERROR_SUCCESS) {
-      session->setDevice(device);
       result = session->exchange(packet, &device, replyCode);
     } else {
       replyCode = result;
@@ -67,9 +62,27 @@ std::uint32_t NpaConnection::exchange(Data& request, Device& device) {
   return result;
 }
 
-std::shared_ptr<NpaSession> NpaConnection::currentSession() {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return session_;
+std::uint32_t NpaConnection::send(Data& packet, Device& device) {
+  const PacketView bytes(packet.getBuffer(), packet.getLength());
+  if (!isWellFormed(bytes)) return QRN_ERROR_INVALID_PARAMETER;
+  const std::lock_guard<std::mutex> turn(exchangeMutex_);
+  std::shared_ptr<NpaSession> session;
+  if (const std::uint32_t rc = readySession(bytes, device, session); rc != QRN_ERROR_SUCCESS) return rc;
+  return session->send(bytes);
+}
+
+std::uint32_t NpaConnection::readySession(PacketView packet, Device& device,
+                                          std::shared_ptr<NpaSession>& session) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    session = session_;
+  }
+  if (session == nullptr) return kNotConnected;
+  if (session->isAlive() && !session->isAmbiguous(packet)) {
+    session->setDevice(device);
+    return QRN_ERROR_SUCCESS;
+  }
+  return replaceSession(session, device, session);
 }
 
 std::uint32_t NpaConnection::replaceSession(const std::shared_ptr<NpaSession>& old, Device& device,

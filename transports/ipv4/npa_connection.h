@@ -32,8 +32,12 @@ class NpaConnection : public IpConnection {
   // thread, also from inside an alert of this connection; threads take turns.
   std::uint32_t exchange(Data& request, Device& device);
 
+  // Sends a packet to which there is no reply, in turn with the exchanges. 0 when it was sent, else why not.
+  std::uint32_t send(Data& packet, Device& device);
+
  private:
-  std::shared_ptr<NpaSession> currentSession();
+  // The session to use, a new one where the old one cannot take the packet; with exchangeMutex_ held.
+  std::uint32_t readySession(PacketView packet, Device& device, std::shared_ptr<NpaSession>& session);
   std::uint32_t replaceSession(const std::shared_ptr<NpaSession>& old, Device& device,
                                std::shared_ptr<NpaSession>& replacement);
   void remember(PacketView request);

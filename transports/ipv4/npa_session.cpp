@@ -114,6 +114,14 @@ std::uint32_t NpaSession::exchange(PacketView request, Device* device, std::uint
   return QRN_ERROR_SUCCESS;
 }
 
+std::uint32_t NpaSession::send(PacketView packet) {
+  std::size_t sent = 0;
+  const std::uint32_t rc = socket_.send(packet.data(), packet.size(), timeouts_.npaWrite, sent);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (rc != QRN_ERROR_SUCCESS) endLocked(rc);  // a packet sent in part leaves nothing to go on with
+  return rc;
+}
+
 bool NpaSession::isAlive() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return endedBy_ == 0;

@@ -33,6 +33,9 @@ class NpaSession {
   // and 1460 for none within the time-out, else the code of both. Without a device the reply is dropped.
   std::uint32_t exchange(PacketView request, Device* device, std::uint32_t& replyCode);
 
+  // Sends a packet to which there is no reply; not while an exchange runs. 0, or why it did not go out.
+  std::uint32_t send(PacketView packet);
+
   // False once the connection has ended.
   bool isAlive() const;
 
