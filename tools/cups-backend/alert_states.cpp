@@ -1,6 +1,7 @@
 #include "alert_states.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "qvn/qvn.h"
@@ -62,15 +63,12 @@ void AlertStates::readCache() {
   if (!status) return;
   const std::lock_guard<std::mutex> lock(mutex_);
   if (heard_) return;
-  // A process before this one may have ended without taking back what it told.
-  const auto present = alerts::conditionsIn(status->word);
-  for (const alerts::Condition& condition : alerts::conditions()) {
-    if (std::find(present.begin(), present.end(), &condition) == present.end()) {
-      report_.forgetReason(condition.reason);
-    }
-  }
-  if (!present.empty()) report_.info(alerts::statusWords(*status));
+  if (status->word != 0) report_.info(alerts::statusWords(*status));
   show(status->word);
+  // A process before this one may have ended without taking back what it told.
+  std::vector<std::string> reasons;
+  for (const alerts::Condition& condition : alerts::conditions()) reasons.emplace_back(condition.reason);
+  report_.forgetReasons(reasons);
 }
 
 void AlertStates::show(std::uint16_t statusWord) {

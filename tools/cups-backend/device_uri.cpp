@@ -60,9 +60,9 @@ DeviceUri parseDeviceUri(const std::string& uri) {
   const http_uri_status_t status =
       httpSeparateURI(HTTP_URI_CODING_ALL, uri.c_str(), scheme, sizeof scheme, user, sizeof user, host,
                       sizeof host, &port, resource, sizeof resource);
-  // An unknown scheme is only a warning.
-  if (status < HTTP_URI_STATUS_OK || std::string_view(scheme) != "qvn" || host[0] == '\0' ||
-      user[0] != '\0' ||
+  // An unknown scheme is only a warning; what is too long for a place is cut.
+  if (uri.size() >= HTTP_MAX_URI || status < HTTP_URI_STATUS_OK || std::string_view(scheme) != "qvn" ||
+      host[0] == '\0' || user[0] != '\0' ||
       !(std::string_view(resource) == "/" || std::string_view(resource).starts_with("/?") ||
         std::string_view(resource).starts_with("?"))) {
     throw cli::UsageError("'" + uri + "' is no device URI of the form qvn://PORTNAME");

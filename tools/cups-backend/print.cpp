@@ -144,6 +144,7 @@ std::unique_ptr<StartedJob> startJob(const cli::Session& session, const cli::Dev
     try {
       auto started = std::make_unique<StartedJob>(session, device, names, report);
       report.setReason(kConnecting, false);
+      report.forgetReasons({kConnecting, kTimedOut});
       return started;
     } catch (const Failure& failure) {
       const Obstacle& obstacle = obstacleOf(failure.code());
@@ -182,8 +183,13 @@ class Sender {
 
   std::uint32_t sendCopy(std::uint32_t copy) {
     cli::InputFile file(job_.file.value_or("-"));
-    cli::JobData data([&](char* buffer, std::size_t size) { return file.read(buffer, size); },
-                      endsWithMarker_);
+    cli::JobData data(
+        [&](char* buffer, std::size_t size) {
+          const std::size_t count = file.read(buffer, size);
+          read_ += count;
+          return count;
+        },
+        endsWithMarker_);
     const bool last = copy == job_.copies;
     std::string block = data.next();
     while (!block.empty() && goesOn()) {
@@ -194,10 +200,8 @@ class Sender {
       }
       const std::uint32_t result = printer_.write(block);
       if (result != QRN_ERROR_SUCCESS) return result;
-      sent_ += block.size();
       if (const auto size = file.size(); size && *size > 0) {
-        const std::uint64_t whole = *size * job_.copies;
-        report_.progress(static_cast<int>(std::min<std::uint64_t>(100, sent_ * 100 / whole)));
+        report_.progress(static_cast<int>(read_ * 100 / (*size * job_.copies)));
       }
       block = last ? data.next() : std::move(next);
     }
@@ -208,7 +212,7 @@ class Sender {
   const bool endsWithMarker_;
   cli::OpenPrinter& printer_;
   Report& report_;
-  std::uint64_t sent_ = 0;
+  std::uint64_t read_ = 0;
 };
 
 void sendAndEnd(cli::OpenPrinter& printer, const Job& job, bool endsWithMarker, Report& report) {

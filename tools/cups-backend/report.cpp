@@ -62,10 +62,13 @@ void Report::setReason(const std::string& reason, bool holds) {
   if (news) line(holds ? "STATE: +" : "STATE: -", reason);
 }
 
-void Report::forgetReason(const std::string& reason) {
+void Report::forgetReasons(const std::vector<std::string>& reasons) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  reasons_.erase(reason);
-  line("STATE: -", reason);
+  std::string list;
+  for (const std::string& reason : reasons) {
+    if (!reasons_.contains(reason)) list += (list.empty() ? "" : ",") + reason;
+  }
+  if (!list.empty()) line("STATE: -", list);
 }
 
 // In one piece, so that no other thread's line gets into it; a line end inside would begin a line of its own.

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace qvn::cups {
 
@@ -27,9 +28,8 @@ class Report {
 
   // A printer-state-reason (RFC 8011) now holds, or no longer does; told when that is news.
   void setReason(const std::string& reason, bool holds);
-  // Takes the reason back although this process never told it: an earlier one may have, and ended without
-  // notice.
-  void forgetReason(const std::string& reason);
+  // Takes reasons back that this process has not told: one before it may have, and ended without notice.
+  void forgetReasons(const std::vector<std::string>& reasons);
 
  private:
   void line(const char* prefix, const std::string& text);
