@@ -1,7 +1,6 @@
 #include "cups/scheduler.h"
 
 #include <signal.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
@@ -40,9 +39,8 @@ Scheduler::Scheduler(const fs::path& directory, const fs::path& home) : director
         "ServerRoot " + at + "/root\nServerBin " + at + "/bin\nDataDir /usr/share/cups\nDocumentRoot " + at +
             "/doc\nCacheDir " + at + "/cache\nStateDir " + at + "/state\nRequestRoot " + at +
             "/spool\nTempDir " + at + "/tmp\nServerKeychain " + at + "/root\nPrintcap\nAccessLog " + at +
-            "/access\nErrorLog " + at + "/log\nPageLog " + at + "/page\nSystemGroup " +
-            (geteuid() == 0 ? "root" : std::to_string(getegid())) + "\nSetEnv QVN_HOME " + home.string() +
-            "\nSetEnv QVN_TRANSPORT_PATH " QVN_CUPS_TRANSPORTS "\n");
+            "/access\nErrorLog " + at + "/log\nPageLog " + at + "/page\nSystemGroup root\nSetEnv QVN_HOME " +
+            home.string() + "\nSetEnv QVN_TRANSPORT_PATH " QVN_CUPS_TRANSPORTS "\n");
   write(directory / "root/cupsd.conf",
         "Listen " + at +
             "/socket\nLogLevel debug\nMaxLogSize 0\nBrowsing No\nWebInterface No\nDefaultAuthType None\n"

@@ -2,6 +2,7 @@
 
 #include <cups/backend.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -201,7 +202,9 @@ class Sender {
       const std::uint32_t result = printer_.write(block);
       if (result != QRN_ERROR_SUCCESS) return result;
       if (const auto size = file.size(); size && *size > 0) {
-        report_.progress(static_cast<int>(read_ * 100 / (*size * job_.copies)));
+        // A file that grows has more than its size.
+        const std::uint64_t percent = std::min<std::uint64_t>(100, read_ * 100 / (*size * job_.copies));
+        report_.progress(static_cast<int>(percent));
       }
       block = last ? data.next() : std::move(next);
     }
