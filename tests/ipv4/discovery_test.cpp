@@ -4,38 +4,13 @@
 #include <array>
 #include <thread>
 
+#include "ipv4/discovery_log.h"
 #include "ipv4/transport_module.h"
-#include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "simulator/simulator_process.h"
 
 namespace qvn::test {
 namespace {
-
-class DiscoveryLog : public Observer {
- public:
-  std::vector<std::string> texts;
-
- protected:
-  using Observer::doUpdate;
-  void doUpdate(const std::string& text) override { texts.push_back(text); }
-};
-
-std::string stringOf(const std::string& text, const char* descriptor) {
-  std::string value;
-  AttributeCodec::getString(text, descriptor, value);
-  return value;
-}
-
-std::uint32_t longOf(const std::string& text, const char* descriptor) {
-  std::uint32_t value = 0;
-  AttributeCodec::getLong(text, descriptor, value);
-  return value;
-}
-
-std::string placeOf(const SimulatorProcess& device) {
-  return device.address() + ":" + std::to_string(device.discoveryPort());
-}
 
 class Discovery : public testing::Test {
  protected:
