@@ -19,7 +19,7 @@ bool isHarmless(std::string_view value) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const auto answer = qvn::ipv4::parseAnswer({reinterpret_cast<const char*>(bytes), size}, "token");
   if (!answer) return 0;
-  QVN_FUZZ_CHECK(answer->printPort != 0 && answer->bidiPort != 0);
+  QVN_FUZZ_CHECK(answer->printPort != 0 && (answer->bidiPort != 0 || answer->family == "BpdPrinter"));
   QVN_FUZZ_CHECK(!answer->family.empty() && !answer->model.empty() && !answer->serial.empty());
   for (const std::string_view value : {answer->family, answer->model, answer->serial, answer->name}) {
     QVN_FUZZ_CHECK(isHarmless(value));

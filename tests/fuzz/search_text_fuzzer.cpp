@@ -10,9 +10,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace qvn::ipv4;
-  std::vector<Endpoint> places;
-  if (parseSearchText({reinterpret_cast<const char*>(bytes), size}, places) != 0) {
-    QVN_FUZZ_CHECK(places.empty());
+  SearchText search;
+  const std::vector<Endpoint>& places = search.places;
+  if (parseSearchText({reinterpret_cast<const char*>(bytes), size}, search) != 0) {
+    QVN_FUZZ_CHECK(places.empty() && !search.services);
     return 0;
   }
   QVN_FUZZ_CHECK(places.size() <= kMaxSearchPlaces);

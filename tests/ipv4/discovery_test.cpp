@@ -1,40 +1,25 @@
 // Finding devices, and what devices that lie can do about it.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <set>
 #include <thread>
 
+#include "ipv4/discovery_log.h"
 #include "ipv4/transport_module.h"
-#include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "simulator/simulator_process.h"
 
 namespace qvn::test {
 namespace {
 
-class DiscoveryLog : public Observer {
- public:
-  std::vector<std::string> texts;
+// The token of a question, which every answer to it must repeat.
+std::string tokenOf(const std::string& question) { return question.substr(15, question.size() - 16); }
 
- protected:
-  using Observer::doUpdate;
-  void doUpdate(const std::string& text) override { texts.push_back(text); }
-};
-
-std::string stringOf(const std::string& text, const char* descriptor) {
-  std::string value;
-  AttributeCodec::getString(text, descriptor, value);
-  return value;
-}
-
-std::uint32_t longOf(const std::string& text, const char* descriptor) {
-  std::uint32_t value = 0;
-  AttributeCodec::getLong(text, descriptor, value);
-  return value;
-}
-
-std::string placeOf(const SimulatorProcess& device) {
-  return device.address() + ":" + std::to_string(device.discoveryPort());
+std::string answerTo(const std::string& question, const std::string& serial) {
+  return "QVN-DEVICE 1 " + tokenOf(question) + "\nfamily=CpdPrinter\nmodel=M\nserial=" + serial +
+         "\nname=N\nprint=1\nbidi=2\n";
 }
 
 class Discovery : public testing::Test {
@@ -117,8 +102,7 @@ TEST_F(Discovery, TakesNoHarmFromDevicesThatLie) {
   for (const Datagrams& device : devices) options += "127.0.0.1:" + std::to_string(device.port()) + ",";
   std::thread answering([&] {
     for (std::size_t i = 0; i < devices.size(); ++i) {
-      const std::string question = devices[i].receive();
-      const std::string token = question.substr(15, question.size() - 16);
+      const std::string token = tokenOf(devices[i].receive());
       std::string answer = kAnswers[i];
       if (const auto at = answer.find("%t"); at != std::string::npos) answer.replace(at, 2, token);
       if (const auto at = answer.find("%n"); at != std::string::npos)
@@ -132,6 +116,151 @@ TEST_F(Discovery, TakesNoHarmFromDevicesThatLie) {
   EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "S6");
   EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), 40001u);
   EXPECT_EQ(stringOf(log.texts[0], attribute::kNickname), "N") << "the first to claim the serial number";
+}
+
+TEST_F(Discovery, AsksAllPlacesBeforeItWaitsForAny) {
+  std::array<Datagrams, 50> devices;
+  std::string options;
+  for (const Datagrams& device : devices) options += "127.0.0.1:" + std::to_string(device.port()) + ",";
+  // No device answers before every one has been asked: one question after the other would find none.
+  std::thread answering([&] {
+    std::vector<std::string> questions;
+    for (Datagrams& device : devices) questions.push_back(device.receive());
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+      for (int times = 0; times < 2; ++times) {
+        devices[i].answer(answerTo(questions[i], "S" + std::to_string(i)));
+      }
+    }
+  });
+  setSetting("9200UnicastDiscoveryTimeout", 10000);  // it ends with the last answer
+  EXPECT_EQ(discover(options), 0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), devices.size());
+  std::set<std::string> serials;
+  std::set<std::uint32_t> handles;
+  for (const std::string& text : log.texts) {
+    serials.insert(stringOf(text, attribute::kSerialNumber));
+    handles.insert(longOf(text, attribute::kHandle));
+  }
+  EXPECT_EQ(serials.size(), devices.size());
+  EXPECT_EQ(handles.size(), devices.size());
+  EXPECT_EQ(*handles.rbegin(), 40050u);
+}
+
+TEST_F(Discovery, FindsDevicesInAStormOfAnswersAndAsksAgainWhatWasLost) {
+  constexpr int kStorm = 10000;
+  Datagrams babbling;
+  Datagrams stranger;
+  Datagrams hardOfHearing;
+  std::thread answering([&] {
+    std::string question = babbling.receive();
+    babbling.answer(answerTo(question, "BABBLING"));
+    for (int i = 0; i < kStorm / 2; ++i) {
+      babbling.answer(answerTo(question, "S" + std::to_string(i)));
+      stranger.send("127.0.0.1", babbling.askedFrom(), answerTo(question, "X" + std::to_string(i)));
+    }
+    hardOfHearing.receive();  // and nothing comes of it
+    hardOfHearing.answer(answerTo(hardOfHearing.receive(), "DEAF"));
+  });
+  setSetting("9200UnicastDiscoveryTimeout", 1000);
+  EXPECT_EQ(discover("127.0.0.1:" + std::to_string(babbling.port()) +
+                     ",127.0.0.1:" + std::to_string(hardOfHearing.port())),
+            0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), 2u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "BABBLING");
+  EXPECT_EQ(stringOf(log.texts[1], attribute::kSerialNumber), "DEAF");
+}
+
+TEST_F(Discovery, IsNotTakenInByWhatComesTooLate) {
+  setSetting("9200UnicastDiscoveryTimeout", 100);
+  Datagrams device;
+  const std::string options = "127.0.0.1:" + std::to_string(device.port());
+  EXPECT_EQ(discover(options), 0u);
+  EXPECT_TRUE(log.texts.empty());
+  const std::string question = device.receive();
+  std::thread answering([&] {
+    std::string next;
+    do {
+      next = device.receive();  // the first question may have come twice
+    } while (next == question);
+    device.answer(answerTo(question, "LATE"));
+    device.answer(answerTo(next, "IN-TIME"));
+  });
+  setSetting("9200UnicastDiscoveryTimeout", 10000);
+  EXPECT_EQ(discover(options), 0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "IN-TIME");
+}
+
+TEST_F(Discovery, LooksForADeviceThatMovedWhereItLooksByDefault) {
+  std::string before;
+  {
+    const SimulatorProcess old({"--serial", "A"});
+    ASSERT_EQ(discover(placeOf(old)), 0u);
+    before = log.texts.at(0);
+  }
+  const SimulatorProcess moved({"--serial", "A", "--address", "127.0.0.3"});
+  const SimulatorProcess other(
+      {"--serial", "B", "--discovery-port", std::to_string(longOf(before, attribute::kUdpPort))});
+  const SimulatorProcess third({"--serial", "C"});
+  module.discoverer.setDefaults(placeOf(third).c_str());
+  log.texts.clear();
+  EXPECT_EQ(module.discoverer.discoverSpecific(before), 1168u)
+      << "there is another one now, and it is nowhere else";
+  EXPECT_TRUE(log.texts.empty());
+  module.discoverer.setDefaults((placeOf(third) + "," + placeOf(moved)).c_str());
+  EXPECT_EQ(module.discoverer.discoverSpecific(before), 0u);
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kAddress), "127.0.0.3");
+  EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), longOf(before, attribute::kHandle));
+}
+
+TEST_F(Discovery, TriesThePrintPortOfADeviceThatAnswersNoQuestions) {
+  setSetting("NpaTimeout", 50);
+  std::uint16_t unused = 0;
+  { unused = Listener().port(); }
+  const Listener open;
+  const Listener full(0);
+  const Stream filling = Stream::connect("127.0.0.1", full.port());  // the queue takes no other one
+  struct Case {
+    std::string attributes;
+    std::uint32_t code;
+  };
+  const std::string nameless =
+      "<Address>127.0.0.1</Address><IpPort>" + std::to_string(open.port()) + "</IpPort>";
+  const Case kCases[] = {
+      {attributeText(open.port(), 0), 0},
+      {nameless, 0},
+      {nameless + "<UdpPort>9</UdpPort>", 0},  // without a serial number an answer would prove nothing
+      {attributeText(unused, 0), 1225},
+      {attributeText(full.port(), 0), 1460},
+      {attributeText(0, 0), 87},
+      {attributeText(open.port(), 0, "nowhere"), 87},
+      {"", 87},
+  };
+  for (const Case& c : kCases) {
+    log.texts.clear();
+    EXPECT_EQ(module.discoverer.discoverSpecific(c.attributes), c.code) << c.attributes;
+    EXPECT_EQ(log.texts, c.code == 0 ? std::vector{c.attributes} : std::vector<std::string>())
+        << c.attributes;
+  }
+}
+
+TEST_F(Discovery, DescribesAPlainPrinter) {
+  const SimulatorProcess plain({"--family", "BpdPrinter", "--plain"});
+  ASSERT_EQ(discover(placeOf(plain)), 0u);
+  EXPECT_EQ(stringOf(log.texts.at(0), attribute::kDevice), "BpdPrinter");
+  EXPECT_EQ(longOf(log.texts.at(0), attribute::kIpPort), plain.printPort());
+  EXPECT_THAT(log.texts.at(0), testing::HasSubstr("<ChannelId>0</ChannelId>"));
+}
+
+TEST_F(Discovery, DoesNotWaitForServicesWhereNobodyKnowsOfAny) {
+  setSetting("9200UnicastDiscoveryTimeout", 3600000);  // the test's own limit is shorter
+  EXPECT_EQ(discover("dns-sd"), 0u);
+  EXPECT_EQ(discover(""), 0u);
+  EXPECT_TRUE(log.texts.empty());
 }
 
 TEST_F(Discovery, RemembersWhereToLook) {

@@ -6,6 +6,7 @@
 #include "ipv4/device_answer.h"
 #include "ipv4/npa_stream.h"
 #include "ipv4/search_text.h"
+#include "ipv4/services.h"
 #include "simulator/test_sockets.h"
 
 namespace qvn::ipv4 {
@@ -103,9 +104,16 @@ TEST(SearchText, ListsPlacesOrRefuses) {
     const char* text;
     std::vector<std::string> places;
     bool valid = true;
+    bool services = false;
   };
   const Case kCases[] = {
       {"", {}},
+      {"dns-sd", {}, true, true},
+      {"10.0.0.1, dns-sd ,10.0.0.2", {"10.0.0.1:9200", "10.0.0.2:9200"}, true, true},
+      {"dns-sd,10.0.0", {}, false},
+      {"DNS-SD", {}, false},
+      {"dns-sd:99", {}, false},
+      {"10.0.0.1-dns-sd", {}, false},
       {" , ", {}},
       {"10.0.0.1", {"10.0.0.1:9200"}},
       {"10.0.0.1:99, 10.0.0.1:99", {"10.0.0.1:99"}},
@@ -122,11 +130,12 @@ TEST(SearchText, ListsPlacesOrRefuses) {
       {"10.0.0.1-", {}, false},
   };
   for (const Case& c : kCases) {
-    std::vector<Endpoint> places;
-    EXPECT_EQ(parseSearchText(c.text, places), c.valid ? 0u : 87u) << c.text;
+    SearchText search;
+    EXPECT_EQ(parseSearchText(c.text, search), c.valid ? 0u : 87u) << c.text;
+    EXPECT_EQ(search.services, c.services) << c.text;
     std::vector<std::string> texts;
-    texts.reserve(places.size());
-    for (const Endpoint& place : places) {
+    texts.reserve(search.places.size());
+    for (const Endpoint& place : search.places) {
       texts.push_back(addressText(place.address) + ":" + std::to_string(place.port));
     }
     EXPECT_EQ(texts, c.places) << c.text;
@@ -141,8 +150,17 @@ TEST(DeviceAnswer, TakesCompleteAnswersOnly) {
   EXPECT_EQ(answer->family, "CpdPrinter");
   EXPECT_EQ(answer->bidiPort, 65535);
 
+  const std::string plain = heading + "model=M\nserial=S\nprint=1\nfamily=";
+  EXPECT_EQ(parseAnswer(plain + "BpdPrinter\n", "t").value().bidiPort, 0);
+  EXPECT_EQ(parseAnswer(plain + "BpdPrinter\nbidi=0\n", "t").value().bidiPort, 0);
+  EXPECT_EQ(parseAnswer(plain + "BpdPrinter\nbidi=7\n", "t").value().bidiPort, 7);
+
   const std::string bad[] = {
       "",
+      plain + "CpdPrinter\n",
+      plain + "CpdPrinter\nbidi=0\n",
+      plain + "BpdPrinter\nbidi=-1\n",
+      plain + "BpdPrinter\nprint=0\n",
       heading,
       "QVN-DEVICE 1 u\n" + lines,
       "QVN-DEVICE 2 t\n" + lines,
@@ -159,6 +177,49 @@ TEST(DeviceAnswer, TakesCompleteAnswersOnly) {
       heading + lines + "pad=" + std::string(kMaxAnswer, 'x') + "\n",
   };
   for (const std::string& text : bad) EXPECT_FALSE(parseAnswer(text, "t")) << text;
+}
+
+TEST(ServiceDescription, TakesWhatMayBeToldOfAnAnnouncedPrinter) {
+  using Texts = std::map<std::string, std::string>;
+  const std::string tag = "</Nickname><Handle>1</Handle>";
+  struct Case {
+    std::string name;
+    Texts texts;
+    std::string serial;  // empty: nothing is told
+    std::string model;
+    std::string nickname;
+  };
+  const Case kCases[] = {
+      {"Hall",
+       {{"usb_ser", "X1"}, {"uuid", "u"}, {"ty", "Laser 5"}, {"product", "(P)"}},
+       "X1",
+       "Laser 5",
+       "Hall"},
+      {"Hall", {{"uuid", "u-1"}, {"product", "(Laser 6)"}}, "u-1", "Laser 6", "Hall"},
+      {"Hall", {{"product", "Laser 7"}}, "Hall", "Laser 7", "Hall"},
+      {"Hall", {}, "Hall", "Hall", "Hall"},
+      {"B\xC3\xBCro", {{"usb_ser", "X1"}, {"ty", "Laser 5"}}, "X1", "Laser 5", "Laser 5"},
+      {"B\xC3\xBCro", {{"usb_ser", "X1"}}, "X1", "X1", "X1"},
+      {"B\xC3\xBCro", {}, "", "", ""},
+      {tag, {{"usb_ser", tag}, {"uuid", "\n"}, {"ty", tag}}, "", "", ""},
+      {"Hall", {{"usb_ser", tag}, {"ty", std::string(64, 'x')}, {"product", "(>)"}}, "Hall", "Hall", "Hall"},
+      {"Hall", {{"usb_ser", ""}, {"ty", std::string("a\0b", 3)}}, "Hall", "Hall", "Hall"},
+      {std::string(64, 'x'), {{"usb_ser", "X1"}}, "X1", "X1", "X1"},
+      {"", {}, "", "", ""},
+  };
+  for (const Case& c : kCases) {
+    const auto device = describeService({c.name, {0x0A000001, 9100}, c.texts});
+    ASSERT_EQ(device.has_value(), !c.serial.empty()) << c.name;
+    if (!device) continue;
+    EXPECT_EQ(device->serial, c.serial) << c.name;
+    EXPECT_EQ(device->model, c.model) << c.name;
+    EXPECT_EQ(device->name, c.nickname) << c.name;
+    EXPECT_EQ(device->family, "BpdPrinter");
+    EXPECT_EQ(device->printPort, 9100);
+    EXPECT_EQ(device->bidiPort, 0);
+  }
+  EXPECT_FALSE(describeService({"Hall", {0, 9100}, {}})) << "nowhere";
+  EXPECT_FALSE(describeService({"Hall", {0x0A000001, 0}, {}})) << "on no port";
 }
 
 }  // namespace

@@ -22,7 +22,8 @@
 
 namespace qvn::test {
 
-// Makes the library's key in the registry, so that settings are kept. Those that a test waits for it makes short.
+// Makes the library's key in the registry, so that settings are kept. Those that a test waits for it makes
+// short.
 void installSettings();
 void setSetting(const char* name, std::uint32_t value);
 

@@ -82,6 +82,8 @@ class Datagrams {
   // The next datagram; remembers where it came from.
   std::string receive();
   void answer(std::string_view datagram);
+  // The port that the datagram received last came from.
+  std::uint16_t askedFrom() const { return lastPort_; }
 
  private:
   std::uint16_t port_ = 0;  // before the socket, whose binding sets it

@@ -7,23 +7,17 @@ namespace qvn::ipv4 {
 namespace {
 
 constexpr std::size_t kMaxValue = 63;
-
-// Printable text that cannot be taken for a tag.
-bool isPlain(std::string_view value) {
-  return !value.empty() && value.size() <= kMaxValue && std::all_of(value.begin(), value.end(), [](char c) {
-    return c >= ' ' && c <= '~' && c != '<' && c != '>';
-  });
-}
+constexpr std::string_view kWithoutNpa = "BpdPrinter";  // the one family that may lack a bidi port
 
 bool takeText(std::string_view value, std::string& out) {
-  if (!isPlain(value)) return false;
+  if (!isPlainText(value)) return false;
   out = value;
   return true;
 }
 
 bool takePort(std::string_view value, std::uint16_t& out) {
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), out);
-  return error == std::errc() && end == value.data() + value.size() && out != 0;
+  return error == std::errc() && end == value.data() + value.size();
 }
 
 bool takeLine(std::string_view key, std::string_view value, DeviceAnswer& answer) {
@@ -37,6 +31,12 @@ bool takeLine(std::string_view key, std::string_view value, DeviceAnswer& answer
 }
 
 }  // namespace
+
+bool isPlainText(std::string_view value) {
+  return !value.empty() && value.size() <= kMaxValue && std::all_of(value.begin(), value.end(), [](char c) {
+    return c >= ' ' && c <= '~' && c != '<' && c != '>';
+  });
+}
 
 std::string discoveryQuestion(std::string_view token) {
   return "QVN-DISCOVER 1 " + std::string(token) + "\n";
@@ -57,7 +57,7 @@ std::optional<DeviceAnswer> parseAnswer(std::string_view datagram, std::string_v
     if (!takeLine(line.substr(0, equals), line.substr(equals + 1), answer)) return std::nullopt;
   }
   const bool complete = !answer.family.empty() && !answer.model.empty() && !answer.serial.empty() &&
-                        answer.printPort != 0 && answer.bidiPort != 0;
+                        answer.printPort != 0 && (answer.bidiPort != 0 || answer.family == kWithoutNpa);
   if (!complete) return std::nullopt;
   return answer;
 }

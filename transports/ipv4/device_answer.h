@@ -3,7 +3,8 @@
 //   asked     "QVN-DISCOVER 1 <token>\n"
 //   answered  "QVN-DEVICE 1 <token>\n", then lines "key=value\n": family, model, serial, name, print, bidi
 //
-// Unknown keys are skipped, so that devices may tell more.
+// A BpdPrinter that takes print data only has no bidi port: 0, or no such line. Unknown keys are skipped, so
+// that devices may tell more.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +23,11 @@ struct DeviceAnswer {
   std::string serial;
   std::string name;
   std::uint16_t printPort = 0;
-  std::uint16_t bidiPort = 0;
+  std::uint16_t bidiPort = 0;  // 0: takes print data only
 };
+
+// Printable ASCII of 1 to 63 characters that cannot be taken for a tag of an attribute text.
+bool isPlainText(std::string_view value);
 
 std::string discoveryQuestion(std::string_view token);
 

@@ -1,17 +1,12 @@
 #include "ip_discoverer.h"
 
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <random>
+#include <future>
+#include <optional>
 #include <set>
+#include <vector>
 
+#include "all_signals_blocked.h"
 #include "device_numbers.h"
 #include "ip_settings.h"
 #include "platform/registry.h"
@@ -26,52 +21,6 @@ namespace {
 
 namespace registry = platform::registry;
 
-class UdpSocket {
- public:
-  UdpSocket() : fd_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
-  ~UdpSocket() {
-    if (isOpen()) close(fd_);
-  }
-  UdpSocket(const UdpSocket&) = delete;
-  UdpSocket& operator=(const UdpSocket&) = delete;
-
-  bool isOpen() const { return fd_ >= 0; }
-  int fd() const { return fd_; }
-
-  void send(const Endpoint& to, std::string_view datagram) {
-    sockaddr_in where{};
-    where.sin_family = AF_INET;
-    where.sin_port = htons(to.port);
-    where.sin_addr.s_addr = htonl(to.address);
-    // A place that cannot be reached does not answer; there is nothing else to do about it.
-    sendto(fd_, datagram.data(), datagram.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&where),
-           sizeof where);
-  }
-
-  // False when nothing is waiting. A datagram longer than `buffer` comes cut.
-  bool receive(Endpoint& from, std::vector<char>& buffer, std::string_view& datagram) {
-    sockaddr_in where{};
-    socklen_t size = sizeof where;
-    const ssize_t got =
-        recvfrom(fd_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&where), &size);
-    if (got < 0) return false;
-    from = {ntohl(where.sin_addr.s_addr), ntohs(where.sin_port)};
-    datagram = std::string_view(buffer.data(), static_cast<std::size_t>(got));
-    return true;
-  }
-
- private:
-  const int fd_;
-};
-
-std::string newToken() {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::random_device random;
-  std::string token;
-  for (int i = 0; i < 16; ++i) token += kDigits[random() % 16];
-  return token;
-}
-
 std::string storedDefaults() {
   registry::Key key;
   registry::Value value;
@@ -84,39 +33,122 @@ std::string storedDefaults() {
   return value.data;
 }
 
+std::chrono::milliseconds timeout() { return std::chrono::milliseconds(discoveryTimeout()); }
+
+ServiceDeadline serviceDeadline() { return std::chrono::steady_clock::now() + timeout(); }
+
+// Looks for services on a thread of its own until `wait`.
+class ServiceSearch {
+ public:
+  void start() {
+    const AllSignalsBlocked blocked;
+    services_ = std::async(std::launch::async, findServices, serviceDeadline());
+  }
+  std::vector<Service> wait() { return services_.valid() ? services_.get() : std::vector<Service>(); }
+
+ private:
+  std::future<std::vector<Service>> services_;
+};
+
+// An attribute that is a port; 0 when there is none or no port can have that number.
+std::uint16_t portOf(const std::string& attributes, const char* descriptor) {
+  std::uint32_t port = 0;
+  AttributeCodec::getLong(attributes, descriptor, port);
+  return port <= 0xFFFF ? static_cast<std::uint16_t>(port) : std::uint16_t{0};
+}
+
+// What answers and announcements have in common.
+std::string describe(const DeviceAnswer& device, std::uint32_t address, std::uint32_t handle) {
+  std::string text;
+  AttributeCodec::setString(text, attribute::kDevice, device.family);
+  AttributeCodec::setLong(text, attribute::kHandle, handle);
+  AttributeCodec::setString(text, attribute::kPortname, "IP_" + device.serial);
+  AttributeCodec::setString(text, attribute::kAddress, addressText(address));
+  AttributeCodec::setString(text, attribute::kPortType, "TCP");
+  AttributeCodec::setString(text, attribute::kTransport, kTransportName);
+  AttributeCodec::setString(text, attribute::kTransportType, kTransportKind);
+  AttributeCodec::setString(text, attribute::kPrinterModel, device.model);
+  AttributeCodec::setString(text, attribute::kSerialNumber, device.serial);
+  AttributeCodec::setString(text, attribute::kNickname, device.name);
+  AttributeCodec::setLong(text, attribute::kIpPort, device.printPort);
+  // Also when it is 0: the device may have had one before.
+  AttributeCodec::setLong(text, attribute::kChannelId, device.bidiPort);
+  return text;
+}
+
 }  // namespace
 
 std::uint32_t IpDiscoverer::discover(const std::string& options) {
-  std::vector<Endpoint> places;
+  SearchText search;
   const std::string& text = options.empty() ? storedDefaults() : options;
-  if (const std::uint32_t rc = parseSearchText(text, places); rc != QRN_ERROR_SUCCESS) return rc;
-  std::vector<Found> found;
-  std::uint32_t result = ask(places, found);
+  if (const std::uint32_t rc = parseSearchText(text, search); rc != QRN_ERROR_SUCCESS) return rc;
+  ServiceSearch services;
+  if (options.empty() || search.services) services.start();
+  std::vector<AnsweringDevice> answers;
+  std::uint32_t result = askPlaces(search.places, {}, timeout(), answers);
   std::set<std::string> serials;
-  for (const Found& device : found) {
-    if (!serials.insert(device.answer.serial).second) continue;
-    const std::uint32_t told = tell(device);
-    if (result == QRN_ERROR_SUCCESS) result = told;
+  const auto keepFirst = [&result](std::uint32_t rc) {
+    if (result == QRN_ERROR_SUCCESS) result = rc;
+  };
+  for (const AnsweringDevice& device : answers) {
+    if (serials.insert(device.answer.serial).second) keepFirst(tell(device));
+  }
+  for (const Service& service : services.wait()) {
+    const std::optional<DeviceAnswer> device = describeService(service);
+    if (device && serials.insert(device->serial).second) keepFirst(tell(service, *device));
   }
   return result;
 }
 
 std::uint32_t IpDiscoverer::discoverSpecific(const std::string& deviceAttributes) {
   std::string address;
-  std::string serial;
-  std::uint32_t port = 0;
   Endpoint place;
   if (AttributeCodec::getString(deviceAttributes, attribute::kAddress, address) != QRN_ERROR_SUCCESS ||
-      AttributeCodec::getString(deviceAttributes, attribute::kSerialNumber, serial) != QRN_ERROR_SUCCESS ||
-      AttributeCodec::getLong(deviceAttributes, attribute::kUdpPort, port) != QRN_ERROR_SUCCESS ||
-      !parseAddress(address, place.address) || port == 0 || port > 0xFFFF) {
+      !parseAddress(address, place.address)) {
     return QRN_ERROR_INVALID_PARAMETER;
   }
-  place.port = static_cast<std::uint16_t>(port);
-  std::vector<Found> found;
-  if (const std::uint32_t rc = ask({place}, found); rc != QRN_ERROR_SUCCESS) return rc;
-  if (found.empty()) return QRN_ERROR_TIMEOUT;
-  return found.front().answer.serial == serial ? tell(found.front()) : QRN_ERROR_NOT_FOUND;
+  std::string serial;
+  AttributeCodec::getString(deviceAttributes, attribute::kSerialNumber, serial);
+  place.port = portOf(deviceAttributes, attribute::kUdpPort);
+  if (place.port != 0 && !serial.empty()) return findAnsweringDevice(place, serial);
+  place.port = portOf(deviceAttributes, attribute::kIpPort);
+  return findAnnouncedDevice(deviceAttributes, place);
+}
+
+std::uint32_t IpDiscoverer::findAnsweringDevice(const Endpoint& lastPlace, const std::string& serial) {
+  std::uint32_t result = QRN_ERROR_TIMEOUT;
+  std::vector<AnsweringDevice> answers;
+  if (const std::uint32_t rc = askPlaces({lastPlace}, serial, timeout(), answers); rc != QRN_ERROR_SUCCESS)
+    return rc;
+  if (!answers.empty()) {
+    if (answers.front().answer.serial == serial) return tell(answers.front());
+    result = QRN_ERROR_NOT_FOUND;
+  }
+  // It may have moved. What the defaults say otherwise is no matter of this device.
+  SearchText search;
+  if (parseSearchText(storedDefaults(), search) != QRN_ERROR_SUCCESS) return result;
+  answers.clear();
+  if (const std::uint32_t rc = askPlaces(search.places, serial, timeout(), answers); rc != QRN_ERROR_SUCCESS)
+    return rc;
+  // Where the question ends early the device asked for is the last to have answered.
+  if (!answers.empty() && answers.back().answer.serial == serial) return tell(answers.back());
+  return result;
+}
+
+std::uint32_t IpDiscoverer::findAnnouncedDevice(const std::string& deviceAttributes,
+                                                const Endpoint& printPort) {
+  std::string serial;
+  AttributeCodec::getString(deviceAttributes, attribute::kSerialNumber, serial);
+  if (const std::string name = serial.empty() ? serial : serviceNameOf(serial); !name.empty()) {
+    if (const std::optional<Service> service = findService(name, serviceDeadline())) {
+      const std::optional<DeviceAnswer> device = describeService(*service);
+      if (device && device->serial == serial) return tell(*service, *device);
+    }
+  }
+  TcpSocket socket;
+  const std::uint32_t rc = socket.connect(printPort, currentTimeouts().connect);
+  if (rc == QRN_ERROR_SUCCESS) notify(deviceAttributes);
+  return rc;
 }
 
 std::uint32_t IpDiscoverer::getDefaults(char* buffer, std::uint32_t size, std::uint32_t* required) {
@@ -129,9 +161,9 @@ std::uint32_t IpDiscoverer::getDefaults(char* buffer, std::uint32_t size, std::u
 }
 
 std::uint32_t IpDiscoverer::setDefaults(const char* defaults) {
-  std::vector<Endpoint> places;
+  SearchText search;
   if (defaults == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-  if (const std::uint32_t rc = parseSearchText(defaults, places); rc != QRN_ERROR_SUCCESS) return rc;
+  if (const std::uint32_t rc = parseSearchText(defaults, search); rc != QRN_ERROR_SUCCESS) return rc;
   registry::Key key;
   const platform::ErrorCode opened =
       registry::openKey(registry::Hive::LocalMachine, kLibraryRegistryRoot, key);
@@ -143,54 +175,21 @@ std::uint32_t IpDiscoverer::setDefaults(const char* defaults) {
   return registry::setValue(key, kSearchValue, registry::ValueType::String, defaults);
 }
 
-std::uint32_t IpDiscoverer::ask(const std::vector<Endpoint>& places, std::vector<Found>& found) {
-  if (places.empty()) return QRN_ERROR_SUCCESS;
-  UdpSocket socket;
-  if (!socket.isOpen()) return codeFromErrno(errno);
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(discoveryTimeout());
-  // The token ties an answer to this question: nothing that was sent before it can fit.
-  const std::string token = newToken();
-  std::set<Endpoint> waiting(places.begin(), places.end());
-  for (const Endpoint& place : waiting) socket.send(place, discoveryQuestion(token));
-
-  std::vector<char> buffer(kMaxAnswer + 1);
-  while (!waiting.empty()) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-    if (left <= 0) break;
-    pollfd entry{socket.fd(), POLLIN, 0};
-    if (poll(&entry, 1, static_cast<int>(std::min<std::int64_t>(left, 60000))) < 0 && errno != EINTR) break;
-    Endpoint from;
-    std::string_view datagram;
-    if (!socket.receive(from, buffer, datagram)) continue;
-    if (waiting.find(from) == waiting.end()) continue;  // not asked, or it has answered already
-    if (auto answer = parseAnswer(datagram, token)) {
-      waiting.erase(from);
-      found.push_back({from, std::move(*answer)});
-    }
-  }
+std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {
+  std::uint32_t handle = 0;
+  if (const std::uint32_t rc = handleOf(device.answer.serial, handle); rc != QRN_ERROR_SUCCESS) return rc;
+  std::string text = describe(device.answer, device.place.address, handle);
+  AttributeCodec::setLong(text, attribute::kUdpPort, device.place.port);
+  notify(text);
   return QRN_ERROR_SUCCESS;
 }
 
-std::uint32_t IpDiscoverer::tell(const Found& device) {
-  const DeviceAnswer& answer = device.answer;
+std::uint32_t IpDiscoverer::tell(const Service& service, const DeviceAnswer& described) {
   std::uint32_t handle = 0;
-  if (const std::uint32_t rc = handleOf(answer.serial, handle); rc != QRN_ERROR_SUCCESS) return rc;
-  std::string text;
-  AttributeCodec::setString(text, attribute::kDevice, answer.family);
-  AttributeCodec::setLong(text, attribute::kHandle, handle);
-  AttributeCodec::setString(text, attribute::kPortname, "IP_" + answer.serial);
-  AttributeCodec::setString(text, attribute::kAddress, addressText(device.place.address));
-  AttributeCodec::setString(text, attribute::kPortType, "TCP");
-  AttributeCodec::setString(text, attribute::kTransport, kTransportName);
-  AttributeCodec::setString(text, attribute::kTransportType, kTransportKind);
-  AttributeCodec::setString(text, attribute::kPrinterModel, answer.model);
-  AttributeCodec::setString(text, attribute::kSerialNumber, answer.serial);
-  AttributeCodec::setString(text, attribute::kNickname, answer.name);
-  AttributeCodec::setLong(text, attribute::kIpPort, answer.printPort);
-  AttributeCodec::setLong(text, attribute::kChannelId, answer.bidiPort);
-  AttributeCodec::setLong(text, attribute::kUdpPort, device.place.port);
-  notify(text);
+  const std::uint32_t rc = handleOfService(described.serial, service.name, handle);
+  if (rc == QRN_ERROR_NOT_FOUND) return QRN_ERROR_SUCCESS;  // the device has said more about itself
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  notify(describe(described, service.place.address, handle));
   return QRN_ERROR_SUCCESS;
 }
 

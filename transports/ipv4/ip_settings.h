@@ -8,8 +8,9 @@
 namespace qvn::ipv4 {
 
 inline constexpr char kSettingsKey[] = "Ip1\\Settings\\";
-inline constexpr char kDevicesKey[] = "Ip1\\Devices\\";  // serial number -> handle
-inline constexpr char kSearchValue[] = "Search";         // the search text that discovery uses by default
+inline constexpr char kDevicesKey[] = "Ip1\\Devices\\";    // serial number -> handle
+inline constexpr char kServicesKey[] = "Ip1\\Services\\";  // serial number -> name of the announced service
+inline constexpr char kSearchValue[] = "Search";           // the search text that discovery uses by default
 
 struct Timeouts {
   std::uint32_t connect;     // until the device has accepted a connection

@@ -1,7 +1,6 @@
 #include "npa_session.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -10,6 +9,7 @@
 #include <chrono>
 #include <system_error>
 
+#include "all_signals_blocked.h"
 #include "platform/error.h"
 #include "qvn/result_codes.h"
 
@@ -29,22 +29,6 @@ constexpr int kReadsPerTurn = 16;
 // Alerts nobody has taken; the oldest go first.
 constexpr std::size_t kMaxAlerts = 256;
 constexpr std::size_t kMaxUnanswered = 64;
-
-// A client's signal handlers run on the client's threads.
-class AllSignalsBlocked {
- public:
-  AllSignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
-  }
-  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
- private:
-  sigset_t previous_;
-};
 
 }  // namespace
 

@@ -44,15 +44,21 @@ bool addItem(std::string_view item, std::set<Endpoint>& places) {
 
 }  // namespace
 
-std::uint32_t parseSearchText(std::string_view text, std::vector<Endpoint>& places) {
+std::uint32_t parseSearchText(std::string_view text, SearchText& search) {
   std::set<Endpoint> found;
+  bool services = false;
   while (!text.empty()) {
     const std::size_t comma = text.find(',');
     const std::string_view item = trimmed(text.substr(0, comma));
-    if (!item.empty() && !addItem(item, found)) return QRN_ERROR_INVALID_PARAMETER;
+    if (item == kServicesWord) {
+      services = true;
+    } else if (!item.empty() && !addItem(item, found)) {
+      return QRN_ERROR_INVALID_PARAMETER;
+    }
     text = comma == std::string_view::npos ? std::string_view() : text.substr(comma + 1);
   }
-  places.assign(found.begin(), found.end());
+  search.places.assign(found.begin(), found.end());
+  search.services = services;
   return QRN_ERROR_SUCCESS;
 }
 

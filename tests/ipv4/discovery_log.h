@@ -1,0 +1,40 @@
+// What a discovery tells, and how to read it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/observer.h"
+#include "simulator/simulator_process.h"
+
+namespace qvn::test {
+
+class DiscoveryLog : public Observer {
+ public:
+  std::vector<std::string> texts;
+
+ protected:
+  using Observer::doUpdate;
+  void doUpdate(const std::string& text) override { texts.push_back(text); }
+};
+
+inline std::string stringOf(const std::string& text, const char* descriptor) {
+  std::string value;
+  AttributeCodec::getString(text, descriptor, value);
+  return value;
+}
+
+inline std::uint32_t longOf(const std::string& text, const char* descriptor) {
+  std::uint32_t value = 0;
+  AttributeCodec::getLong(text, descriptor, value);
+  return value;
+}
+
+// As a search text names it.
+inline std::string placeOf(const SimulatorProcess& device) {
+  return device.address() + ":" + std::to_string(device.discoveryPort());
+}
+
+}  // namespace qvn::test
