@@ -25,6 +25,7 @@ class Installation {
   // Stores printers that are never opened, with attribute texts of that many bytes and handles from `first`
   // on.
   void storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const;
+  void removePrinters(std::uint32_t first, std::uint32_t count) const;
 
  private:
   std::filesystem::path home_;
