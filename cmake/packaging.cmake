@@ -28,25 +28,29 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/src/platform)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "communication library for printers, scanners and HID devices
- Programs print, scan, exchange packets and hear alerts through one C interface
- of 70 functions. Devices are reached through transport plug-ins; devices and
- settings are kept in a registry that all programs of the machine share.")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "communication library for printers, scanners and HID devices (development)
- Headers, the static kit for transport plug-ins, and the files by which
- pkg-config and CMake find them.")
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command line of the QR__serv communication library, and a simulated printer
- qvn finds, shows, configures and prints to devices from a shell; qvn-sim is a
- printer on loopback that takes jobs, raises alerts and misbehaves on request.")
-set(CPACK_COMPONENT_TRANSPORTS_DESCRIPTION "transport plug-ins of the QR__serv communication library
- Modules that reach devices; the one for network printers over IPv4 is here.
- They are registered with the command qvn of the package qvn-tools.")
-set(CPACK_COMPONENT_CUPS-BACKEND_DESCRIPTION "CUPS backend for printers of the QR__serv communication library
- Queues with a device of the form qvn://PORTNAME print through the library,
- show the printer's alerts as their states and cancel jobs on the printer.")
+# What the library's package says to the package manager: renew the linker's cache, who provides its libraries, and
+# what goes with a purge.
+set(qvn_control triggers shlibs postrm)
 
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/postrm)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "communication library for printers, scanners and HID devices
+Programs print, scan, exchange packets and hear alerts through one C interface
+of 70 functions. Devices are reached through transport plug-ins; devices and
+settings are kept in a registry that all programs of the machine share.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "communication library for printers, scanners and HID devices (development)
+Headers, the static kit for transport plug-ins, and the files by which
+pkg-config and CMake find them.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command line of the QR__serv communication library, and a simulated printer
+qvn finds, shows, configures and prints to devices from a shell; qvn-sim is a
+printer on loopback that takes jobs, raises alerts and misbehaves on request.")
+set(CPACK_COMPONENT_TRANSPORTS_DESCRIPTION "transport plug-ins of the QR__serv communication library
+Modules that reach devices; the one for network printers over IPv4 is here.
+They are registered with the command qvn of the package qvn-tools.")
+set(CPACK_COMPONENT_CUPS-BACKEND_DESCRIPTION "CUPS backend for printers of the QR__serv communication library
+Queues with a device of the form qvn://PORTNAME print through the library,
+show the printer's alerts as their states and cancel jobs on the printer.")
+
+list(TRANSFORM qvn_control PREPEND ${CMAKE_CURRENT_LIST_DIR}/debian/)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${qvn_control})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS qvn-transports)
 set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_DEPENDS cups-daemon)
 set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
