@@ -41,7 +41,7 @@ inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/l
 
 say "Printing to the simulated printer of the package"
 # The device ends with its console, which the shell below holds open.
-inside sh -e >"$work/printed" <<'INSIDE'
+inside timeout 120 sh -e >"$work/printed" <<'INSIDE'
 mkfifo /tmp/console
 qvn-sim --jobs /tmp/jobs --quit-on-eof </tmp/console >/tmp/ready &
 exec 4>/tmp/console
