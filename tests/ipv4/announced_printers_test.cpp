@@ -1,6 +1,5 @@
 // Printers that announce themselves by DNS-SD, on a network of the test's own.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <optional>
 
@@ -10,6 +9,7 @@
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "simulator/simulator_process.h"
+#include "support/private_network.h"
 
 namespace qvn::test {
 namespace {
@@ -17,7 +17,6 @@ namespace {
 class AnnouncedPrinters : public testing::Test {
  protected:
   void SetUp() override {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can have a network and an Avahi daemon of its own";
     if (const std::string reason = enterPrivateNetwork(); !reason.empty()) {
       GTEST_SKIP() << "this machine allows no network of the test's own: " << reason;
     }

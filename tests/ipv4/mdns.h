@@ -11,11 +11,7 @@
 
 namespace qvn::test {
 
-// Moves this process into a network of its own, where loopback is all there is. Empty, or why the machine
-// does not let it.
-std::string enterPrivateNetwork();
-
-// The two daemons, ready to be asked through the environment of this process.
+// A D-Bus daemon and an Avahi daemon, ready to be asked through the environment of this process.
 class MdnsDaemon {
  public:
   // Throws std::runtime_error with the daemons' own words when one does not start.
