@@ -35,7 +35,7 @@ class P910nd : public RawReceiver {
   P910nd() : file_(std::filesystem::path(std::getenv("QVN_HOME")) / "p910nd.out") {
     // Without a network of its own the test takes a port that nobody has, and the machine's lock directory.
     enterPrivateNetwork();
-    std::filesystem::create_directories(kLocks);
+    madeLocks_ = std::filesystem::create_directories(kLocks);
     while (isListening(port_) && port_ < kFirstPort + 9) ++port_;
     std::ofstream{file_};
     child_.emplace(std::vector<std::string>{"/bin/sh", "-c",
@@ -50,6 +50,10 @@ class P910nd : public RawReceiver {
   ~P910nd() override {
     child_->signal(SIGTERM);
     child_->wait();
+    // It leaves its lock file, and another user could not use a directory of ours.
+    std::error_code ignored;
+    std::filesystem::remove(std::string(kLocks) + "/p" + std::to_string(port_) + "d", ignored);
+    if (madeLocks_) std::filesystem::remove(kLocks, ignored);
   }
 
   std::uint16_t port() const override { return port_; }
@@ -66,6 +70,7 @@ class P910nd : public RawReceiver {
  private:
   const std::filesystem::path file_;
   std::uint16_t port_ = kFirstPort;
+  bool madeLocks_ = false;
   std::optional<Child> child_;
 };
 
