@@ -12,15 +12,28 @@ LogText plainEntry(const char* function) { return LogText() << function << "()";
 
 }  // namespace
 
-// Nothing is installed or uninstalled yet, which these two would not report anyway.
-uint32_t QvnInstall(void) { return QRN_ERROR_SUCCESS; }
+// These two work without the library being initialised. When it is, the pass keeps it so until they are done.
+uint32_t QvnInstall(void) {
+  const CallGate::Pass pass;
+  guardedCall([] {
+    System::qvnInstall();
+    return QRN_ERROR_SUCCESS;
+  });
+  return QRN_ERROR_SUCCESS;
+}
 
-uint32_t QvnUninstall(void) { return QRN_ERROR_SUCCESS; }
+uint32_t QvnUninstall(void) {
+  const CallGate::Pass pass;
+  guardedCall([] {
+    System::qvnUninstall();
+    return QRN_ERROR_SUCCESS;
+  });
+  return QRN_ERROR_SUCCESS;
+}
 
-// There is no spooler to register the monitor with yet.
 uint32_t QvnAddMonitor(void) {
-  constexpr std::uint32_t kNotSupported = 50;
-  return tracedCall([] { return plainEntry("QvnAddMonitor"); }, [](ExitDetail&) { return kNotSupported; });
+  return tracedCall([] { return plainEntry("QvnAddMonitor"); },
+                    [](ExitDetail&) { return System::qvnAddMonitor(); });
 }
 
 uint32_t QvnAddTransport(const char* moduleFileName) {

@@ -1,30 +1,18 @@
 // The exported functions that enumerate and discover devices.
 #include <algorithm>
 
+#include "api/device_lookup.h"
 #include "api/exported_call.h"
 #include "api/system.h"
-#include "device/hid_store.h"
 #include "device/printer_store.h"
 #include "device/scanner_store.h"
 #include "qvn/qvn.h"
-#include "qvn/transport/attribute_codec.h"
-#include "qvn/transport/attributes.h"
 #include "transport/transport_names.h"
 #include "transport/transports.h"
 
 using namespace qvn;
 
 namespace {
-
-const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
-
-template <typename Store>
-std::uint32_t findByName(const char* name, std::uint32_t& handle) {
-  handle = 0;
-  std::string text;
-  const std::uint32_t rc = Store::getInstance().findByPortname(name, text);
-  return rc != QRN_ERROR_SUCCESS ? rc : AttributeCodec::getLong(text, attribute::kHandle, handle);
-}
 
 // Looks the device up by name; when there is none, lets the local transports look for devices and tries
 // again.
@@ -77,12 +65,11 @@ uint32_t QvnEnumHids(uint32_t clientId, const char* transport, const char* /*ign
                     });
 }
 
-// There is no spooler to list queues from yet: the listing fails, which these two report in the log only.
 uint32_t QvnEnumWindowsScanners(uint32_t clientId, const char* transport, QvnQueueFoundCallback callback) {
   return tracedCall([=] { return entryText("QvnEnumWindowsScanners", clientId); },
-                    [&](ExitDetail&) {
-                      return transport == nullptr || callback == nullptr ? QRN_ERROR_INVALID_PARAMETER
-                                                                         : QRN_ERROR_SUCCESS;
+                    [&](ExitDetail&) -> std::uint32_t {
+                      if (transport == nullptr || callback == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+                      return System::qvnEnumWindowsScanners(clientId, transport, callback);
                     });
 }
 
@@ -91,8 +78,9 @@ uint32_t QvnEnumWindowsHids(uint32_t clientId, const char* transport, QvnQueueFo
       [=] {
         return LogText() << "QvnEnumWindowsHids(clientId=" << clientId << ", transport=" << transport << ")";
       },
-      [&](ExitDetail&) {
-        return transport == nullptr || callback == nullptr ? QRN_ERROR_INVALID_PARAMETER : QRN_ERROR_SUCCESS;
+      [&](ExitDetail&) -> std::uint32_t {
+        if (transport == nullptr || callback == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+        return System::qvnEnumWindowsHids(clientId, transport, callback);
       });
 }
 

@@ -76,6 +76,9 @@ inline LogText entryText(const char* function, std::uint32_t clientId) {
   return LogText() << function << "() clientId=" << clientId;
 }
 
+// For texts that a client may leave out.
+inline const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
+
 // For the functions of a device whose handle may not be 0.
 template <typename Body>
 std::uint32_t deviceCall(const char* function, std::uint32_t clientId, std::uint32_t handle,

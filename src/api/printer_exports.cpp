@@ -15,8 +15,6 @@ namespace {
 constexpr std::uint32_t kCacheSize = 1024;
 constexpr std::uint8_t kReplyFill = 0xFF;
 
-const char* orEmpty(const char* text) { return text == nullptr ? "" : text; }
-
 }  // namespace
 
 uint32_t QvnOpenPrinter(uint32_t clientId, uint32_t handle) {

@@ -62,6 +62,17 @@ class System : public ProcessService<System> {
   static std::uint32_t qvnDiscovery(const std::string& transport, const std::string& options);
   static std::uint32_t qvnValidatePortName(const std::string& name);
 
+  // Print queues (system_queues.cpp).
+  static std::uint32_t qvnEnumWindowsScanners(std::uint32_t clientId, const std::string& transport,
+                                              QvnQueueFoundCallback callback);
+  static std::uint32_t qvnEnumWindowsHids(std::uint32_t clientId, const std::string& transport,
+                                          QvnQueueFoundCallback callback);
+
+  // Installation (system_installation.cpp). The first two work without a System.
+  static void qvnInstall();
+  static void qvnUninstall();
+  static std::uint32_t qvnAddMonitor();
+
   // Host information (system_host_info.cpp).
   static std::uint32_t qvnGetHostInfo(const std::string& key, char* buffer, std::uint32_t bufferSize,
                                       std::uint32_t& required);

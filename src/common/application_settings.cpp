@@ -8,6 +8,30 @@
 #include "qvn/result_codes.h"
 
 namespace qvn {
+namespace {
+
+// One that is not there, nor the key above it, is as good as deleted. What cannot be deleted stays.
+bool deleteTree(const std::string& path) {
+  try {
+    RegistryKey::deleteTree(path, RegistryKey::kLocalMachine);
+  } catch (const Win32Exception& exception) {
+    if (exception.getCode() == platform::kFileNotFound) return true;
+    platform::setLastError(exception.getCode());
+    return false;
+  }
+  return true;
+}
+
+// Whether some module has its root below the path; also when that cannot be told.
+bool hasLocalRoots(const std::string& path) {
+  try {
+    return !RegistryKey(path, false, RegistryKey::kLocalMachine).getChildrenNames(1).empty();
+  } catch (const Win32Exception& exception) {
+    return exception.getCode() != platform::kFileNotFound;
+  }
+}
+
+}  // namespace
 
 ApplicationSettings::ApplicationSettings()
     : SettingsStore(Localize::getInstance().getRootPath(), Localize::getInstance().getLocalId()) {
@@ -19,6 +43,17 @@ ApplicationSettings::ApplicationSettings()
 
 void ApplicationSettings::fullPath(std::string& path, std::uint32_t selection) const {
   path = Localize::getInstance().getRegistryRoot(selection);
+}
+
+bool ApplicationSettings::removeAll() {
+  const Localize& localize = Localize::getInstance();
+  std::uint32_t deleteStore = 0;
+  getLong(setting_key::kSettings, "DeleteStoreOnUninstall", deleteStore, kLocal);
+  deleteTree(localize.getRegistryRoot(kLocal));
+  available_ = false;
+  if (hasLocalRoots(rootPath_ + "Local")) return false;
+  deleteTree(localize.getRegistryRoot(kShared) + "Ip1\\Settings");
+  return deleteStore != 0 && deleteTree(localize.getBrandRoot());
 }
 
 bool ApplicationSettings::isAvailable() const { return available_; }

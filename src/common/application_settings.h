@@ -25,6 +25,11 @@ class ApplicationSettings : public SettingsStore {
 
   void fullPath(std::string& path, std::uint32_t selection) const override;
 
+  // What uninstallation removes: the library's own root; when no other module has one, also the shared
+  // settings of the network transport and, with "DeleteStoreOnUninstall", the brand's whole folder. True when
+  // that went.
+  bool removeAll() override;
+
   // True when the library's own root exists.
   virtual bool isAvailable() const;
   // Makes the root: 0, or 1359 when that fails.

@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <condition_variable>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "platform/failure.h"
+#include "platform/paths.h"
 
 namespace qvn::platform {
 namespace {
@@ -131,6 +133,14 @@ std::vector<std::string> splitWords(std::string_view line) {
   return words;
 }
 
+// The system's own programs come before any of the same name that the search path has.
+std::string programFile(const std::string& name) {
+  std::error_code ignored;
+  const std::filesystem::path own = installedDirectory() / name;
+  const bool bare = name.find('/') == std::string::npos;
+  return bare && std::filesystem::is_regular_file(own, ignored) ? own.string() : name;
+}
+
 class SpawnAttributes {
  public:
   SpawnAttributes() {
@@ -197,6 +207,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& commandLine
     error = fail(kInvalidParameter);
     return nullptr;
   }
+  words.front() = programFile(words.front());
   auto state = std::make_shared<ChildState>();
   try {
     std::thread(runChild, state, std::move(words), *nice).detach();

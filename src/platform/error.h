@@ -34,6 +34,8 @@ inline constexpr ErrorCode kRegistryCorrupt = 1015;
 inline constexpr ErrorCode kRegistryIoFailed = 1016;
 inline constexpr ErrorCode kKeyDeleted = 1018;
 inline constexpr ErrorCode kKeyHasChildren = 1020;
+inline constexpr ErrorCode kSpoolerUnavailable = 1722;
+inline constexpr ErrorCode kMonitorAlreadyInstalled = 3006;
 
 // The calling thread's last error; 0 on a new thread. Operations of this layer set it when they fail and
 // leave it alone when they succeed.

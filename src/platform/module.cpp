@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "platform/failure.h"
+#include "platform/paths.h"
 #include "platform/unique_descriptor.h"
 
 namespace qvn::platform {
@@ -80,7 +81,7 @@ std::vector<fs::path> systemDirectories() {
 std::vector<fs::path> searchDirectories() {
   const char* const own = std::getenv("QVN_TRANSPORT_PATH");
   std::vector<fs::path> directories = splitSearchPath(own != nullptr ? own : "");
-  directories.emplace_back(QVN_TRANSPORT_DIRECTORY);
+  directories.push_back(installedDirectory() / "transports");
   for (fs::path& directory : systemDirectories()) directories.push_back(std::move(directory));
   return directories;
 }

@@ -11,7 +11,7 @@ namespace qvn::platform {
 class QVN_PLATFORM_API Module {
  public:
   // Loads the module. A bare file name is searched in each directory of QVN_TRANSPORT_PATH (separated by
-  // colons), then in the directory that transports are installed in, then as the system does; a name with a
+  // colons), then in "transports" of installedDirectory (paths.h), then as the system does; a name with a
   // slash is used as it is. Null on failure, with `error` set: 126 not found, 193 not a module or one whose
   // own needs are missing, 5 when the file or its directory could be changed by others than root and the
   // current user (whoever can write a plug-in owns every process that prints). `detail`, if given, receives a

@@ -14,6 +14,7 @@
 #include <mutex>
 
 #include "platform/failure.h"
+#include "platform/module.h"
 #include "platform/state_directory.h"
 #include "platform/thread.h"
 
@@ -155,6 +156,11 @@ ErrorCode windowsDirectory(std::string& path) {
 
 ErrorCode systemDirectory(std::string& path) {
   return existingDirectory(kSystemDirectory, path);
+}
+
+std::filesystem::path installedDirectory() {
+  static const char anchor = 0;
+  return std::filesystem::path(modulePath(&anchor)).parent_path() / "qvn";
 }
 
 }  // namespace qvn::platform

@@ -26,4 +26,8 @@ QVN_PLATFORM_API std::filesystem::path nativePath(std::string_view path);
 QVN_PLATFORM_API ErrorCode windowsDirectory(std::string& path);
 QVN_PLATFORM_API ErrorCode systemDirectory(std::string& path);
 
+// The directory of the programs, files and transports that are installed with this layer: "qvn" beside its
+// shared library.
+QVN_PLATFORM_API std::filesystem::path installedDirectory();
+
 }  // namespace qvn::platform

@@ -55,6 +55,7 @@ constexpr Message kMessages[] = {
     {1359, "An internal error occurred."},
     {1460, "This operation returned because the timeout period expired."},
     {1629, "Data supplied is of wrong type."},
+    {1722, "The RPC server is unavailable."},
     {1796, "The specified port is unknown."},
     {3006, "The specified print monitor has already been installed."},
 };

@@ -12,7 +12,7 @@ ROOMS = ["platform", "common", "npa", "transport", "device", "bidi", "printer", 
 SYSTEM_HEADERS = re.compile(
     r"^(sys/.*|arpa/.*|net/.*|netinet/.*|linux/.*|asm/.*|bits/.*|unistd\.h|fcntl\.h|pthread\.h|poll\.h|signal\.h"
     r"|spawn\.h|dlfcn\.h|link\.h|lmdb\.h|semaphore\.h|sched\.h|dirent\.h|pwd\.h|grp\.h|termios\.h|syslog\.h"
-    r"|strings\.h|csignal)$")
+    r"|strings\.h|csignal|cups/.*)$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
 

@@ -98,15 +98,19 @@ bool Child::readSome() {
   return true;
 }
 
-std::optional<std::string> Child::readLine() {
+std::optional<std::string> Child::readLine() { return readLine(outputPipe_, output_); }
+
+std::optional<std::string> Child::readErrorLine() { return readLine(errorPipe_, errors_); }
+
+std::optional<std::string> Child::readLine(const int& pipe, std::string& text) {
   for (;;) {
-    const std::size_t end = output_.find('\n');
+    const std::size_t end = text.find('\n');
     if (end != std::string::npos) {
-      std::string line = output_.substr(0, end);
-      output_.erase(0, end + 1);
+      std::string line = text.substr(0, end);
+      text.erase(0, end + 1);
       return line;
     }
-    if (outputPipe_ < 0 || !readSome()) return std::nullopt;
+    if (pipe < 0 || !readSome()) return std::nullopt;
   }
 }
 

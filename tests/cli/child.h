@@ -27,17 +27,20 @@ class Child {
   // The next line of standard output, without its end. None when the output ends, or no line comes within the
   // limit.
   std::optional<std::string> readLine();
+  // The same of standard error.
+  std::optional<std::string> readErrorLine();
 
   // Waits for the end and returns the exit code, 128 + n when ended by signal n; 999 when the limit passed.
   int wait();
 
-  // What has come so far, lines that readLine took excepted.
+  // What has come so far, lines that were read excepted.
   const std::string& output() const { return output_; }
   const std::string& errors() const { return errors_; }
 
  private:
   // Reads what comes on either pipe; false when both have ended or the limit has passed.
   bool readSome();
+  std::optional<std::string> readLine(const int& pipe, std::string& text);
 
   pid_t id_ = -1;
   int input_ = -1;

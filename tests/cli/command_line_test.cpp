@@ -89,8 +89,8 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
 
 TEST_F(CommandLine, HelpsWithExamplesAtEveryVerb) {
   EXPECT_THAT(ok({"--help"}), AllOf(HasSubstr("Exit codes:"), HasSubstr("130")));
-  for (const char* verb : {"transport", "device", "discover", "print", "status", "npa", "get", "set",
-                           "settings", "registry", "log"}) {
+  for (const char* verb : {"transport", "device", "discover", "print", "status", "cache", "watch", "npa",
+                           "get", "set", "settings", "registry", "log"}) {
     EXPECT_THAT(ok({verb, "--help"}),
                 AllOf(HasSubstr("Usage: qvn " + std::string(verb)), HasSubstr("Examples:\n  qvn ")));
   }

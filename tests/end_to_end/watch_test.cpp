@@ -31,8 +31,8 @@ class Watching : public PrintServer {
 TEST_F(Watching, ShowsAlertsInWordsAsTheyCome) {
   start();
   watch({"--json", "--raw", "--count", "3"});
-  device().command("status 01 4000");
-  device().command("status 00 0000");
+  device().command("status 1 0x4000");
+  device().command("status 00 0");
   device().command("alert A500 0680 F0E1 0102 03");
   json events = json::array();
   while (const auto line = watcher().readLine()) events.push_back(json::parse(*line));
@@ -76,7 +76,7 @@ TEST_F(Watching, SaysWhyAPrinterCannotBeHeard) {
 
 TEST_F(Watching, TheCacheIsDecoded) {
   start();
-  device().command("status 01 0800");
+  device().command("status 01 0x0800");
   const json entries = json::parse(ok({"cache", "--json"}));
   EXPECT_EQ(entries, json::parse(R"([{"entry":17,"bytes":"01","meaning":"a job is open"},
                                      {"entry":18,"bytes":"08 00","meaning":"cover open"}])"));

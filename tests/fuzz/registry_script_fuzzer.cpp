@@ -15,10 +15,12 @@ namespace {
 void checkChange(const RegistryChange& change, std::size_t lines) {
   QVN_FUZZ_CHECK(change.line >= 1 && change.line <= lines);
   QVN_FUZZ_CHECK(!change.key.empty() && change.key.size() <= registry::kMaxPath);
-  const bool hasValue =
-      change.kind == RegistryChange::Kind::SetValue || change.kind == RegistryChange::Kind::DeleteValue;
-  if (hasValue) QVN_FUZZ_CHECK(!change.name.empty() && change.name.size() <= registry::kMaxName);
-  if (change.kind == RegistryChange::Kind::SetValue && change.value.type == registry::ValueType::Dword) {
+  const bool sets =
+      change.kind == RegistryChange::Kind::SetValue || change.kind == RegistryChange::Kind::SetMissingValue;
+  if (sets || change.kind == RegistryChange::Kind::DeleteValue) {
+    QVN_FUZZ_CHECK(!change.name.empty() && change.name.size() <= registry::kMaxName);
+  }
+  if (sets && change.value.type == registry::ValueType::Dword) {
     QVN_FUZZ_CHECK(change.value.data.size() == 4);
   }
 }

@@ -64,4 +64,6 @@ bool AlertRegistration::covers(ByteView alert) const {
   }
 }
 
+bool AlertRegistration::coversJobs() const { return (extended_ & kPlainExtended) != 0; }
+
 }  // namespace sim

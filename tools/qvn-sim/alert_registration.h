@@ -14,6 +14,9 @@ class AlertRegistration {
 
   // Whether an alert is one of those. Resets, status changes and cancel acknowledgements are told unasked.
   bool covers(ByteView alert) const;
+  // Whether to tell how jobs change the status as well, which would get in the way of hosts that do not
+  // listen.
+  bool coversJobs() const;
 
  private:
   std::uint8_t extension_ = 0;

@@ -32,18 +32,25 @@ void BidiPort::listen(const std::string& address, std::uint16_t port) {
   loop_.watch(listener_.get(), [this] { acceptWaiting(); });
 }
 
-void BidiPort::alert(ByteView packet) {
+template <typename Wants>
+void BidiPort::sendTo(ByteView bytes, Wants&& wants) {
   std::vector<ConnectionId> hosts;
   for (const auto& [id, connection] : connections_) {
-    if (printer_.wantsAlert(id, packet)) hosts.push_back(id);
+    if (wants(id)) hosts.push_back(id);
   }
-  for (const ConnectionId id : hosts) send(id, packet);
+  for (const ConnectionId id : hosts) send(id, bytes);
+}
+
+void BidiPort::alert(ByteView packet) {
+  sendTo(packet, [&](ConnectionId host) { return printer_.wantsAlert(host, packet); });
+}
+
+void BidiPort::jobStatus(ByteView packet) {
+  sendTo(packet, [&](ConnectionId host) { return printer_.wantsJobStatus(host); });
 }
 
 void BidiPort::sendToAll(ByteView bytes) {
-  std::vector<ConnectionId> hosts;
-  for (const auto& [id, connection] : connections_) hosts.push_back(id);
-  for (const ConnectionId id : hosts) send(id, bytes);
+  sendTo(bytes, [](ConnectionId) { return true; });
 }
 
 void BidiPort::acceptWaiting() {

@@ -27,6 +27,8 @@ class BidiPort {
 
   // Sends the alert to every host that has asked for its kind.
   void alert(ByteView packet);
+  // Sends the status alert to every host that has asked for extended alerts.
+  void jobStatus(ByteView packet);
   // Sends any bytes to every host.
   void sendToAll(ByteView bytes);
 
@@ -38,6 +40,8 @@ class BidiPort {
     EventLoop::Clock::time_point earliestReply;
   };
 
+  template <typename Wants>
+  void sendTo(ByteView bytes, Wants&& wants);
   void acceptWaiting();
   void readFrom(ConnectionId id);
   void handle(ConnectionId id, const Bytes& packet);

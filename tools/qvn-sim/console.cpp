@@ -64,12 +64,14 @@ void Console::run(std::string_view line) {
     bidi_.sendToAll(hexOrThrow(argument));
   } else if (command == "status") {
     std::istringstream numbers(argument);
+    numbers.unsetf(std::ios::basefield);  // 0x4000 as well
     unsigned busy = 0;
     unsigned status = 0;
     numbers >> busy;
     if (!numbers || busy > 0xFF) throw std::invalid_argument("expected a number from 0 to 255");
-    const bool wellFormed = (numbers >> status) || numbers.eof();
-    if (!wellFormed || status > 0xFFFF)
+    numbers >> std::ws;
+    if (!numbers.eof()) numbers >> status >> std::ws;
+    if (!numbers.eof() || status > 0xFFFF)
       throw std::invalid_argument("expected a second number from 0 to 65535");
     bidi_.alert(printer_.setStatus(static_cast<std::uint8_t>(busy), static_cast<std::uint16_t>(status)));
   } else if (command == "power-on-reset") {

@@ -133,6 +133,7 @@ void JobQueue::beginCurrent() {
     waiting_.pop_front();
   }
   store_.open(current_->record.id);
+  events_.onBegun();
 }
 
 void JobQueue::receiveData(ByteView data) {

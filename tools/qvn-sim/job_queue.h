@@ -28,6 +28,8 @@ class JobQueue {
   struct Events {
     // The host fills a job with zero bytes to have it dropped: acknowledge.
     std::function<void()> onCancelSeen;
+    // The first data of a job is here.
+    std::function<void()> onBegun;
     std::function<void(const JobRecord&)> onEnded;
   };
 

@@ -36,15 +36,18 @@ void simulate(sim::Options options) {
   sim::Trace trace(options.trace);
   sim::JobStore store(options.jobs, !options.discard);
 
-  // The ports and the printer know each other in a circle; the two pointers close it.
+  // The ports and the printer know each other in a circle; the pointers close it.
   sim::PrintPort* printPort = nullptr;
   sim::BidiPort* bidiPort = nullptr;
+  sim::Printer* statusOf = nullptr;
   const auto ending =
       options.identity.family == sim::kBpdPrinter ? sim::JobEnding::WithConnection : sim::JobEnding::AtMarker;
   sim::JobQueue jobs(store, options.faults, ending, options.printTime, options.cancelRun,
                      {.onCancelSeen = [&] { bidiPort->alert(sim::Printer::cancelAcknowledge()); },
+                      .onBegun = [&] { bidiPort->jobStatus(statusOf->setBusy(true)); },
                       .onEnded =
                           [&](const sim::JobRecord& record) {
+                            bidiPort->jobStatus(statusOf->setBusy(false));
                             if (options.events) sim::printLine(R"({"job":)" + sim::toJson(record) + "}");
                             if (!record.error.empty()) {
                               std::cerr << "qvn-sim: job " << record.id << ": " << record.error << '\n';
@@ -56,6 +59,7 @@ void simulate(sim::Options options) {
   if (!options.plain) bidi.listen(options.address, options.bidiPort);
   printPort = &print;
   bidiPort = &bidi;
+  statusOf = &printer;
   const sim::DiscoveryPort discovery(loop, options.identity, print.port(), bidi.port(), options.address,
                                      options.discoveryPort);
   const sim::Console console(loop, options.faults, printer, bidi, options.quitAtEndOfInput);

@@ -76,6 +76,11 @@ bool Printer::wantsAlert(ConnectionId host, ByteView alert) const {
   return (known == hosts_.end() ? AlertRegistration() : known->second.alerts).covers(alert);
 }
 
+bool Printer::wantsJobStatus(ConnectionId host) const {
+  const auto known = hosts_.find(host);
+  return known != hosts_.end() && known->second.alerts.coversJobs();
+}
+
 void Printer::connectionClosed(ConnectionId host) {
   const auto known = hosts_.find(host);
   if (known == hosts_.end()) return;

@@ -37,10 +37,12 @@ class Printer {
   static Bytes reject(ByteView packet);
 
   bool wantsAlert(ConnectionId host, ByteView alert) const;
+  bool wantsJobStatus(ConnectionId host) const;
   void connectionClosed(ConnectionId host);
 
   // Changes the status and gives the alert that tells so.
   Bytes setStatus(std::uint8_t busy, std::uint16_t status);
+  Bytes setBusy(bool busy) { return setStatus(busy ? 1 : 0, status_); }
   // Forgets what hosts have set up and gives the alert that tells so.
   Bytes reset();
   static Bytes cancelAcknowledge();

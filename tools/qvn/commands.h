@@ -7,6 +7,10 @@ class App;
 
 namespace qvn::cli {
 
+void addInstallCommand(CLI::App& app);
+void addUninstallCommand(CLI::App& app);
+void addMonitorCommand(CLI::App& app);
+void addHostCommand(CLI::App& app);
 void addTransportCommand(CLI::App& app);
 void addDeviceCommand(CLI::App& app);
 void addDiscoverCommand(CLI::App& app);

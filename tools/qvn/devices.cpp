@@ -4,6 +4,7 @@
 #include "failure.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "read_whole.h"
 #include "text_values.h"
 
 namespace qvn::cli {
@@ -27,22 +28,6 @@ constexpr DeviceFamily kFamilies[] = {
 std::vector<std::uint32_t>* foundHandles = nullptr;
 
 void onDeviceFound(std::uint32_t, std::uint32_t handle) { foundHandles->push_back(handle); }
-
-// Calls a reader that follows the output buffer rule with a buffer that is large enough.
-template <typename Character, typename Read>
-std::uint32_t readWhole(const Read& read, std::vector<Character>& buffer) {
-  buffer.resize(256);
-  for (;;) {
-    std::uint32_t required = 0;
-    const std::uint32_t result = read(buffer.data(), static_cast<std::uint32_t>(buffer.size()), &required);
-    if (result == QRN_ERROR_INSUFFICIENT_BUFFER && required > buffer.size()) {
-      buffer.resize(required);
-      continue;
-    }
-    buffer.resize(result == QRN_ERROR_SUCCESS ? required : 0);
-    return result;
-  }
-}
 
 }  // namespace
 

@@ -67,7 +67,7 @@ std::string describeResult(std::uint32_t code) {
 Failure::Failure(const std::string& sentence) : std::runtime_error(sentence) {}
 
 Failure::Failure(const std::string& sentence, std::uint32_t resultCode)
-    : std::runtime_error(sentence + ": " + describeResult(resultCode)) {}
+    : std::runtime_error(sentence + ": " + describeResult(resultCode)), code_(resultCode) {}
 
 void require(std::uint32_t code, const std::string& sentence) {
   if (code != QRN_ERROR_SUCCESS) {

@@ -12,6 +12,12 @@ class Failure : public std::runtime_error {
  public:
   explicit Failure(const std::string& sentence);
   Failure(const std::string& sentence, std::uint32_t resultCode);
+
+  // The result code; 0 without one.
+  std::uint32_t code() const { return code_; }
+
+ private:
+  std::uint32_t code_ = 0;
 };
 
 // The arguments do not make sense together, or one names nothing that exists (exit code 2).

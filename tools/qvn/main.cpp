@@ -24,7 +24,7 @@ constexpr char kFooter[] =
     "  QVN_TRANSPORT_PATH  where transport modules are looked for first, separated by colons\n"
     "\n"
     "Start with:\n"
-    "  qvn transport add qvn_ipv4.so\n"
+    "  qvn install\n"
     "  qvn discover --transport IPv4 192.0.2.17\n"
     "  qvn print document.prn";
 
@@ -40,6 +40,8 @@ int run(int argc, char** argv) {
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(1);
   app.footer(kFooter);
+  qvn::cli::addInstallCommand(app);
+  qvn::cli::addUninstallCommand(app);
   qvn::cli::addTransportCommand(app);
   qvn::cli::addDeviceCommand(app);
   qvn::cli::addDiscoverCommand(app);
@@ -49,6 +51,8 @@ int run(int argc, char** argv) {
   qvn::cli::addWatchCommand(app);
   qvn::cli::addNpaCommand(app);
   qvn::cli::addAttributeCommands(app);
+  qvn::cli::addHostCommand(app);
+  qvn::cli::addMonitorCommand(app);
   qvn::cli::addSettingsCommand(app);
   qvn::cli::addRegistryCommand(app);
   qvn::cli::addLogCommand(app);

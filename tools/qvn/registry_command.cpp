@@ -4,8 +4,8 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
+#include <system_error>
 
 #include "commands.h"
 #include "failure.h"
@@ -33,18 +33,19 @@ void importScript(const std::string& file) {
   std::ifstream stream;
   if (file != "-") {
     stream.open(file, std::ios::binary);
-  }
-  std::istream& in = file == "-" ? std::cin : stream;
-  const std::string script{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (in.bad() || (file != "-" && !stream.is_open())) {
-    throw Failure("cannot read '" + file + "': " + std::strerror(errno));
+    if (!stream) {
+      throw Failure("cannot read '" + file + "': " + std::strerror(errno));
+    }
   }
   std::size_t line = 0;
   std::uint32_t result = 0;
   try {
+    const std::string script = readRegistryScript(file == "-" ? std::cin : stream);
     result = applyRegistryChanges(parseRegistryScript(script), line);
   } catch (const RegistryScriptError& error) {
     throw Failure(file + ": " + error.what() + "; nothing was imported");
+  } catch (const std::system_error& error) {
+    throw Failure("cannot read '" + file + "': " + error.code().message());
   }
   const std::string where = line == 0 ? "" : " at line " + std::to_string(line);
   require(result, "nothing was imported from '" + file + "'; it failed" + where);

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
+#include <istream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,18 +16,28 @@ namespace qvn {
 
 // One step of a script.
 struct RegistryChange {
-  enum class Kind { CreateKey, DeleteKey, SetValue, DeleteValue };
+  enum class Kind { CreateKey, DeleteKey, SetValue, SetMissingValue, DeleteValue };
   Kind kind;
   std::size_t line;  // 1 is the first
   std::string key;
-  std::string name;                 // SetValue and DeleteValue
-  platform::registry::Value value;  // SetValue
+  std::string name;                 // of the value
+  platform::registry::Value value;  // what it is set to
 };
 
 class RegistryScriptError : public std::runtime_error {
  public:
   RegistryScriptError(std::size_t line, const std::string& reason);
 };
+
+inline constexpr std::size_t kMaxRegistryScriptSize = std::size_t{64} << 20;
+
+// The file of a script that is named in the vocabulary of nativePath (platform/paths.h): this machine's own
+// in the state directory, else the one of that file name that was installed with the library.
+std::filesystem::path findRegistryScript(std::string_view path);
+
+// The whole text. Throws RegistryScriptError when it is longer than kMaxRegistryScriptSize, std::system_error
+// when it cannot be read.
+std::string readRegistryScript(std::istream& in);
 
 // The changes that the text asks for, in its order. Throws RegistryScriptError on the first line that is not
 // of the format.

@@ -1,7 +1,13 @@
 #include "registry_script.h"
 
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <limits>
+#include <system_error>
+
+#include "platform/paths.h"
 
 namespace qvn {
 
@@ -175,8 +181,19 @@ class LineReader {
   std::size_t number_;
 };
 
+// Names of roots as other systems' scripts have them; here they would become keys that nobody reads.
+bool startsWithRoot(std::string_view path) {
+  constexpr std::string_view kRoots = "HKEY_";
+  return path.size() >= kRoots.size() &&
+         std::equal(kRoots.begin(), kRoots.end(), path.begin(),
+                    [](char root, char c) { return root == std::toupper(static_cast<unsigned char>(c)); });
+}
+
 std::string keyPath(LineReader& line) {
   std::string path = line.bracketed();
+  if (startsWithRoot(path)) {
+    line.fail("a key is named from below the root, as in [Software\\Name]");
+  }
   if (path.empty() || path.front() == '\\' || path.back() == '\\' || path.find("\\\\") != std::string::npos) {
     line.fail("a key is one or more names with a single backslash between two");
   }
@@ -192,11 +209,14 @@ RegistryChange valueChange(LineReader& line, std::size_t number, const std::stri
     line.fail("a value's name has 1 to " + std::to_string(registry::kMaxName) + " bytes");
   }
   line.skipBlanks();
+  if (line.skip("?")) {
+    change.kind = RegistryChange::Kind::SetMissingValue;
+  }
   if (!line.skip("=")) {
     line.fail("an equals sign is missing after the value's name");
   }
   line.skipBlanks();
-  if (line.skip("-")) {
+  if (change.kind == RegistryChange::Kind::SetValue && line.skip("-")) {
     change.kind = RegistryChange::Kind::DeleteValue;
   } else if (line.skip("dword:")) {
     change.value = {registry::ValueType::Dword, line.dword()};
@@ -236,6 +256,21 @@ ErrorCode deleteTree(const std::string& path) {
   return error == kSuccess ? deleteTree(parent, last) : error;
 }
 
+ErrorCode setValue(const RegistryChange& change) {
+  registry::Key key;
+  registry::Value present;
+  ErrorCode error = registry::openKey(registry::Hive::LocalMachine, change.key, key);
+  if (error == kSuccess && change.kind == RegistryChange::Kind::SetMissingValue) {
+    error = registry::getValue(key, change.name, present);
+    if (error != kFileNotFound) {
+      return error;
+    }
+    error = kSuccess;
+  }
+  return error == kSuccess ? registry::setValue(key, change.name, change.value.type, change.value.data)
+                           : error;
+}
+
 ErrorCode apply(const RegistryChange& change) {
   registry::Key key;
   ErrorCode error = kSuccess;
@@ -246,9 +281,8 @@ ErrorCode apply(const RegistryChange& change) {
       error = deleteTree(change.key);
       return error == kFileNotFound ? kSuccess : error;
     case RegistryChange::Kind::SetValue:
-      error = registry::openKey(registry::Hive::LocalMachine, change.key, key);
-      return error == kSuccess ? registry::setValue(key, change.name, change.value.type, change.value.data)
-                               : error;
+    case RegistryChange::Kind::SetMissingValue:
+      return setValue(change);
     case RegistryChange::Kind::DeleteValue:
       error = registry::openKey(registry::Hive::LocalMachine, change.key, key);
       error = error == kSuccess ? registry::deleteValue(key, change.name) : error;
@@ -330,6 +364,34 @@ ErrorCode writeTree(const registry::Key& key, const std::string& path, std::stri
 
 RegistryScriptError::RegistryScriptError(std::size_t line, const std::string& reason)
     : std::runtime_error("line " + std::to_string(line) + ": " + reason) {}
+
+std::filesystem::path findRegistryScript(std::string_view path) {
+  std::error_code ignored;
+  std::filesystem::path own = platform::nativePath(path);
+  if (std::filesystem::exists(std::filesystem::symlink_status(own, ignored))) {
+    return own;
+  }
+  return platform::installedDirectory() / own.filename();
+}
+
+std::string readRegistryScript(std::istream& in) {
+  constexpr std::size_t kBlock = std::size_t{1} << 20;
+  std::string text;
+  while (in && text.size() <= kMaxRegistryScriptSize) {
+    const std::size_t before = text.size();
+    text.resize(before + kBlock);
+    in.read(text.data() + before, kBlock);
+    text.resize(before + static_cast<std::size_t>(in.gcount()));
+  }
+  if (in.bad()) {
+    throw std::system_error(errno, std::generic_category());
+  }
+  if (text.size() > kMaxRegistryScriptSize) {
+    const auto lines = std::count(text.begin(), text.end(), '\n');
+    throw RegistryScriptError(static_cast<std::size_t>(lines) + 1, "a script has at most 64 MiB");
+  }
+  return text;
+}
 
 std::vector<RegistryChange> parseRegistryScript(std::string_view text) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";

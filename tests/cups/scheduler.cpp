@@ -1,0 +1,76 @@
+#include "cups/scheduler.h"
+
+#include <signal.h>
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "cups/eventually.h"
+
+namespace qvn::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kDaemon[] = "/usr/sbin/cupsd";
+constexpr char kBackends[] = "/usr/lib/cups/";
+
+void write(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
+
+}  // namespace
+
+bool Scheduler::isInstalled() { return fs::exists(kDaemon) && fs::exists("/usr/bin/lp"); }
+
+Scheduler::Scheduler(const fs::path& directory, const fs::path& home) : directory_(directory) {
+  fs::remove_all(directory);
+  for (const char* name : {"root", "bin/backend", "bin/filter", "cache", "state", "spool", "tmp", "doc"}) {
+    fs::create_directories(directory / name);
+  }
+  fs::create_symlink(std::string(kBackends) + "daemon", directory / "bin/daemon");
+  // As it is installed: run as root where the scheduler is, since only its owner may execute it.
+  const fs::path backend = directory / "bin/backend/qvn";
+  fs::copy_file(QVN_CUPS_BACKEND, backend);
+  fs::permissions(backend, fs::perms::owner_all | fs::perms::group_read | fs::perms::others_read);
+
+  const std::string at = directory.string();
+  write(directory / "root/cups-files.conf",
+        "ServerRoot " + at + "/root\nServerBin " + at + "/bin\nDataDir /usr/share/cups\nDocumentRoot " + at +
+            "/doc\nCacheDir " + at + "/cache\nStateDir " + at + "/state\nRequestRoot " + at +
+            "/spool\nTempDir " + at + "/tmp\nServerKeychain " + at + "/root\nPrintcap\nAccessLog " + at +
+            "/access\nErrorLog " + at + "/log\nPageLog " + at + "/page\nSystemGroup root\nSetEnv QVN_HOME " +
+            home.string() + "\nSetEnv QVN_TRANSPORT_PATH " QVN_CUPS_TRANSPORTS "\n");
+  write(directory / "root/cupsd.conf",
+        "Listen " + at +
+            "/socket\nLogLevel debug\nMaxLogSize 0\nBrowsing No\nWebInterface No\nDefaultAuthType None\n"
+            "JobRetryInterval 1\n"
+            "<Location />\nOrder allow,deny\nAllow all\n</Location>\n"
+            "<Policy default>\n<Limit All>\nOrder allow,deny\nAllow all\n</Limit>\n</Policy>\n");
+  process_ = std::make_unique<Child>(std::vector<std::string>{kDaemon, "-f", "-c", at + "/root/cupsd.conf",
+                                                              "-s", at + "/root/cups-files.conf"});
+  if (!eventually([&] { return command({"lpstat", "-r"}).output == "scheduler is running\n"; })) {
+    process_->signal(SIGTERM);
+    process_->wait();
+    throw std::runtime_error("cupsd does not come up: " + process_->errors() + log());
+  }
+}
+
+Scheduler::~Scheduler() {
+  process_->signal(SIGTERM);
+  process_->wait();
+}
+
+Result Scheduler::command(std::vector<std::string> arguments) const {
+  arguments.front() = (arguments.front() == "lpadmin" ? "/usr/sbin/" : "/usr/bin/") + arguments.front();
+  return run(
+      arguments, "",
+      {{"CUPS_SERVER", (directory_ / "socket").string()}, {"HOME", directory_.string()}, {"LC_ALL", "C"}});
+}
+
+std::string Scheduler::log() const {
+  std::ifstream in(directory_ / "log");
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+}  // namespace qvn::test

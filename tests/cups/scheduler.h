@@ -1,0 +1,37 @@
+// A CUPS scheduler of one's own: the real cupsd with everything it keeps below one directory, listening on a
+// socket there, and the real commands that talk to it. Ended with this object.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/child.h"
+
+namespace qvn::test {
+
+class Scheduler {
+ public:
+  // Whether the machine has the scheduler and its commands.
+  static bool isInstalled();
+
+  // Starts it with the backend under test; its jobs find their printers in `home` (QVN_HOME). Throws
+  // std::runtime_error when it does not come up.
+  Scheduler(const std::filesystem::path& directory, const std::filesystem::path& home);
+  ~Scheduler();
+  Scheduler(const Scheduler&) = delete;
+  Scheduler& operator=(const Scheduler&) = delete;
+
+  // Runs one of the commands (lp, lpadmin, lpstat, cancel) against this scheduler.
+  Result command(std::vector<std::string> arguments) const;
+
+  // What the scheduler has written into its log.
+  std::string log() const;
+
+ private:
+  std::filesystem::path directory_;
+  std::unique_ptr<Child> process_;
+};
+
+}  // namespace qvn::test

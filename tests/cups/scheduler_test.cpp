@@ -1,0 +1,136 @@
+// Print jobs from lp to the device's store: a real scheduler, the backend, library, transport, device.
+#include "cups/scheduler.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+#include "cups/eventually.h"
+#include "end_to_end/print_server.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::string noise(std::size_t size) {
+  std::mt19937 generator(11);
+  std::string bytes(size, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(generator() % 255 + 1);
+  return bytes;
+}
+
+class Cups : public PrintServer {
+ protected:
+  void SetUp() override {
+    if (!Scheduler::isInstalled())
+      GTEST_SKIP() << "cupsd and lp are not installed (cups-daemon, cups-client)";
+  }
+
+  // The device, known to the machine, and a queue named "lab" for it.
+  void startQueue(const std::string& uri = "qvn://IP_SIM0000001") {
+    start();
+    const std::filesystem::path home = std::getenv("QVN_HOME");
+    scheduler_ = std::make_unique<Scheduler>(home / "cups", home);
+    command({"lpadmin", "-p", "lab", "-v", uri, "-m", "raw", "-E"});
+  }
+
+  void TearDown() override {
+    if (HasFailure() && scheduler_) std::cerr << scheduler_->log();
+    scheduler_.reset();
+    PrintServer::TearDown();
+  }
+
+  std::string command(const std::vector<std::string>& arguments) {
+    const Result result = scheduler_->command(arguments);
+    EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << result.errors;
+    return result.output;
+  }
+  void print(const std::string& path, std::vector<std::string> options = {}) {
+    std::vector<std::string> arguments = {"lp", "-d", "lab", "-o", "raw", "-t", "accounts"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    arguments.push_back(path);
+    command(arguments);
+  }
+  std::string queue() { return command({"lpstat", "-l", "-p", "lab"}); }
+  bool queueSays(const std::string& words) {
+    return eventually([&] { return queue().find(words) != std::string::npos; });
+  }
+  bool queueNoLongerSays(const std::string& words) {
+    return eventually([&] { return queue().find(words) == std::string::npos; });
+  }
+  bool isDone() {
+    return eventually([&] { return command({"lpstat", "-o", "lab"}).empty(); });
+  }
+
+ private:
+  std::unique_ptr<Scheduler> scheduler_;
+};
+
+TEST_F(Cups, DeliversJobsByteForByteAndTheirCopies) {
+  startQueue();
+  const std::string data = noise(3000000);
+  print(file("a.prn", data));
+  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
+  EXPECT_TRUE(stored(1) == data);
+
+  print(file("b.prn", "twice\n"), {"-n", "2"});
+  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
+  EXPECT_EQ(stored(2), "twice\ntwice\n");
+  EXPECT_TRUE(isDone());
+  EXPECT_THAT(queue(), HasSubstr("printer lab is idle"));
+}
+
+TEST_F(Cups, CancelsAJobOnTheDevice) {
+  startQueue();
+  device().command("fault slow-print=6000000");
+  print(file("a.prn", noise(30000000)));
+  ASSERT_TRUE(queueSays("sending the job"));
+  command({"cancel", "lab-1"});
+  EXPECT_EQ(device().nextJob().at("outcome"), "cancelled");
+  EXPECT_TRUE(isDone());
+  device().command("clear-faults");
+  print(file("b.prn", "next"));
+  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
+  EXPECT_EQ(stored(2), "next");
+}
+
+TEST_F(Cups, WaitsForAPrinterThatSomebodyElseHas) {
+  startQueue();
+  ok({"settings", "set", "AIOLockEnabled", "1"});
+  device().command("fault busy");
+  print(file("a.prn", "patient"));
+  ASSERT_TRUE(queueSays("connecting-to-device"));
+  EXPECT_THAT(queue(), HasSubstr("trying again"));
+  device().command("clear-faults");
+  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
+  EXPECT_EQ(stored(1), "patient");
+  EXPECT_TRUE(queueNoLongerSays("connecting-to-device"));
+  ok({"settings", "set", "AIOLockEnabled", "0"});
+}
+
+TEST_F(Cups, ShowsTheAlertsOfThePrinterAsStatesOfTheQueue) {
+  startQueue();
+  device().command("fault slow-print=0");
+  print(file("a.prn", noise(2000000)));
+  ASSERT_TRUE(queueSays("sending the job"));
+  EXPECT_THAT(queue(), Not(HasSubstr("media-empty")));
+  device().command("status 1 16384");
+  EXPECT_TRUE(queueSays("media-empty-error"));
+  device().command("status 1 0");
+  EXPECT_TRUE(queueNoLongerSays("media-empty-error"));
+  device().command("clear-faults");
+  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
+  EXPECT_TRUE(isDone());
+}
+
+TEST_F(Cups, StopsAQueueWhoseDeviceIsUnknown) {
+  startQueue("qvn://NOWHERE");
+  print(file("a.prn", "x"));
+  EXPECT_TRUE(queueSays("printer lab disabled"));
+  EXPECT_THAT(queue(), HasSubstr("there is no printer with the port name 'NOWHERE'"));
+}
+
+}  // namespace
+}  // namespace qvn::test
