@@ -1,6 +1,7 @@
 // Printers that announce themselves by DNS-SD, on a network of the test's own.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <optional>
 
 #include "ipv4/discovery_log.h"
@@ -84,6 +85,18 @@ TEST_F(AnnouncedPrinters, AreFoundAndFoundAgain) {
   EXPECT_EQ(module->discoverer.discoverSpecific(moved), 0u);
   EXPECT_EQ(log.texts, std::vector<std::string>{moved});
   EXPECT_EQ(discover("dns-sd"), std::vector<std::string>{});
+}
+
+TEST_F(AnnouncedPrinters, AreNotWaitedForLongerThanIsSet) {
+  const SimulatorProcess answering;
+  setSetting("9200UnicastDiscoveryTimeout", 200);
+  daemon->fallAsleep();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(discover(placeOf(answering) + ",dns-sd").size(), 1u);
+  EXPECT_EQ(discover("dns-sd").size(), 0u);
+  // A call over the bus waits 25 s for its reply.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  daemon->wake();
 }
 
 }  // namespace

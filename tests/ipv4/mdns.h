@@ -2,6 +2,8 @@
 // and an Avahi daemon that nobody else can see.
 #pragma once
 
+#include <signal.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -19,6 +21,10 @@ class MdnsDaemon {
   ~MdnsDaemon();
   MdnsDaemon(const MdnsDaemon&) = delete;
   MdnsDaemon& operator=(const MdnsDaemon&) = delete;
+
+  // It stays on the bus and does nothing until it is woken.
+  void fallAsleep() { daemon_->signal(SIGSTOP); }
+  void wake() { daemon_->signal(SIGCONT); }
 
  private:
   std::unique_ptr<Child> bus_;
