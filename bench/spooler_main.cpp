@@ -1,7 +1,5 @@
 // From lp to paper: a job through this library's backend against the same job through the scheduler's own
 // "socket" backend, to the same device. Prints the row and adds it to the file that the argument names.
-#include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -76,16 +74,4 @@ void run(const char* file) {
 }  // namespace
 }  // namespace qvn::bench
 
-int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: qvn_bench_spooler FILE\n", stderr);
-    return 2;
-  }
-  try {
-    qvn::bench::run(argv[1]);
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "qvn_bench_spooler: %s\n", error.what());
-    return 1;
-  }
-}
+int main(int argc, char** argv) { return qvn::bench::benchMain(argc, argv, qvn::bench::run); }

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "cli/child.h"
+#include "cli/successful_run.h"
 #include "platform/paths.h"
 
 namespace qvn::test {
@@ -17,14 +17,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-// Runs qvn and expects success.
-std::string ok(const std::vector<std::string>& arguments, const std::string& input = "") {
-  const Result result = qvn(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << "\n" << result.errors;
-  EXPECT_THAT(result.errors, IsEmpty()) << testing::PrintToString(arguments);
-  return result.output;
-}
 
 void addPrinter(const std::string& handle, const std::string& portname) {
   ok({"device", "add", "--family", "CpdPrinter", "--transport", "IPv4", "--handle", handle, "--address",
