@@ -43,7 +43,6 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"device", "show", "7", "--kind", "fax"}, 2, "fax"},
       {{"device", "show", "7"}, 1, "there is no device 7: the handle is invalid (result 6, "},
       {{"device", "list", "--kind", "hid", "--portname", "x"}, 2, "only printers are listed by"},
-      {{"device", "list", "--portname", "</Portname>"}, 2, "no device has the Portname"},
       {{"device", "remove", "7", "--kind", "scanner"}, 1, "there is no scanner 7"},
       {{"device", "add", "--family", "Fax", "--transport", "T", "--handle", "1"}, 2, "Fax"},
       {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "0"}, 2, "from 1 up"},
