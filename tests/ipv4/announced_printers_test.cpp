@@ -1,7 +1,7 @@
 // Printers that announce themselves by DNS-SD, on a network of the test's own.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
+#include <chrono>
 #include <optional>
 
 #include "ipv4/discovery_log.h"
@@ -10,6 +10,7 @@
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "simulator/simulator_process.h"
+#include "support/private_network.h"
 
 namespace qvn::test {
 namespace {
@@ -17,7 +18,6 @@ namespace {
 class AnnouncedPrinters : public testing::Test {
  protected:
   void SetUp() override {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can have a network and an Avahi daemon of its own";
     if (const std::string reason = enterPrivateNetwork(); !reason.empty()) {
       GTEST_SKIP() << "this machine allows no network of the test's own: " << reason;
     }
@@ -85,6 +85,18 @@ TEST_F(AnnouncedPrinters, AreFoundAndFoundAgain) {
   EXPECT_EQ(module->discoverer.discoverSpecific(moved), 0u);
   EXPECT_EQ(log.texts, std::vector<std::string>{moved});
   EXPECT_EQ(discover("dns-sd"), std::vector<std::string>{});
+}
+
+TEST_F(AnnouncedPrinters, AreNotWaitedForLongerThanIsSet) {
+  const SimulatorProcess answering;
+  setSetting("9200UnicastDiscoveryTimeout", 200);
+  daemon->fallAsleep();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(discover(placeOf(answering) + ",dns-sd").size(), 1u);
+  EXPECT_EQ(discover("dns-sd").size(), 0u);
+  // A call over the bus waits 25 s for its reply.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  daemon->wake();
 }
 
 }  // namespace

@@ -5,17 +5,9 @@
 #include <avahi-common/error.h>
 #include <avahi-common/simple-watch.h>
 #include <avahi-common/strlst.h>
-#include <net/if.h>
-#include <sched.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/ioctl.h>
-#include <sys/mount.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -43,8 +35,6 @@ enable-wide-area=no
 publish-workstation=no
 )";
 
-std::string failure(const char* what) { return std::string(what) + ": " + std::strerror(errno); }
-
 std::filesystem::path home() { return std::getenv("QVN_HOME"); }
 
 std::string writeFile(const char* name, std::string content) {
@@ -67,21 +57,6 @@ std::unique_ptr<Child> startDaemon(const std::string& command, const std::string
 }
 
 }  // namespace
-
-std::string enterPrivateNetwork() {
-  // Of the file system it needs a place of its own for what the daemon writes below /run.
-  if (unshare(CLONE_NEWNET | CLONE_NEWNS) != 0) return failure("unshare");
-  if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return failure("mount /");
-  if (mount("tmpfs", "/run", "tmpfs", 0, nullptr) != 0) return failure("mount /run");
-  const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  ifreq loopback{};
-  std::strcpy(loopback.ifr_name, "lo");
-  loopback.ifr_flags = IFF_UP | IFF_RUNNING;
-  const bool up = ioctl(fd, SIOCSIFFLAGS, &loopback) == 0;
-  const std::string reason = up ? std::string() : failure("loopback");
-  close(fd);
-  return reason;
-}
 
 MdnsDaemon::MdnsDaemon() {
   const std::string busSettings = writeFile("bus.conf", kBusSettings);

@@ -2,6 +2,8 @@
 // and an Avahi daemon that nobody else can see.
 #pragma once
 
+#include <signal.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -11,11 +13,7 @@
 
 namespace qvn::test {
 
-// Moves this process into a network of its own, where loopback is all there is. Empty, or why the machine
-// does not let it.
-std::string enterPrivateNetwork();
-
-// The two daemons, ready to be asked through the environment of this process.
+// A D-Bus daemon and an Avahi daemon, ready to be asked through the environment of this process.
 class MdnsDaemon {
  public:
   // Throws std::runtime_error with the daemons' own words when one does not start.
@@ -23,6 +21,10 @@ class MdnsDaemon {
   ~MdnsDaemon();
   MdnsDaemon(const MdnsDaemon&) = delete;
   MdnsDaemon& operator=(const MdnsDaemon&) = delete;
+
+  // It stays on the bus and does nothing until it is woken.
+  void fallAsleep() { daemon_->signal(SIGSTOP); }
+  void wake() { daemon_->signal(SIGCONT); }
 
  private:
   std::unique_ptr<Child> bus_;

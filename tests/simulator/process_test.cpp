@@ -44,6 +44,8 @@ TEST(SimulatorProcessTest, RefusesWrongArguments) {
   EXPECT_EQ(runSimulator({"--help"}), 0);
   EXPECT_EQ(runSimulator({"--fault", "dance"}), 2);
   EXPECT_EQ(runSimulator({"--serial", "a<b"}), 2);
+  EXPECT_EQ(runSimulator({"--plain"}), 2) << "every CpdPrinter has a bidi port";
+  EXPECT_NE(runSimulator({"--family", "Scanner"}), 0);
   EXPECT_NE(runSimulator({"--dance"}), 0);
   EXPECT_EQ(runSimulator({"--address", "nowhere"}), 1);
   EXPECT_EQ(runSimulator({"--bidi-port", std::to_string(device.bidiPort())}), 1) << "taken";

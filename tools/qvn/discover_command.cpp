@@ -44,6 +44,7 @@ void addDiscoverCommand(CLI::App& app) {
       "Examples:\n"
       "  qvn discover\n"
       "  qvn discover --transport IPv4 192.0.2.17\n"
+      "  qvn discover --transport IPv4 192.0.2.20-192.0.2.40,dns-sd\n"
       "  qvn discover --transport IPv4 127.0.0.1:9100 --json");
   verb->callback([options] { discover(*options); });
 }

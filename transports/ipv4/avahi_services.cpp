@@ -120,18 +120,14 @@ class Lookup {
 
 }  // namespace
 
-std::vector<Service> findServices(ServiceDeadline deadline) {
+std::vector<Service> findServices(const std::string& name, ServiceDeadline deadline) {
   Lookup lookup;
-  lookup.browse();
+  if (name.empty()) {
+    lookup.browse();
+  } else {
+    lookup.resolve(AVAHI_IF_UNSPEC, AVAHI_PROTO_INET, name.c_str(), nullptr);
+  }
   return lookup.run(deadline);
-}
-
-std::optional<Service> findService(const std::string& name, ServiceDeadline deadline) {
-  Lookup lookup;
-  lookup.resolve(AVAHI_IF_UNSPEC, AVAHI_PROTO_INET, name.c_str(), nullptr);
-  std::vector<Service> services = lookup.run(deadline);
-  if (services.empty()) return std::nullopt;
-  return std::move(services.front());
 }
 
 }  // namespace qvn::ipv4

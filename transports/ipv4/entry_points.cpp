@@ -38,6 +38,7 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return QRN_ERROR_SUCC
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
   connectionManager.closeAll();
+  discoverer.finish();
   return QRN_ERROR_SUCCESS;
 }
 

@@ -1,12 +1,11 @@
 #include "ip_discoverer.h"
 
 #include <cstring>
-#include <future>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
-#include "all_signals_blocked.h"
 #include "device_numbers.h"
 #include "ip_settings.h"
 #include "platform/registry.h"
@@ -34,21 +33,6 @@ std::string storedDefaults() {
 }
 
 std::chrono::milliseconds timeout() { return std::chrono::milliseconds(discoveryTimeout()); }
-
-ServiceDeadline serviceDeadline() { return std::chrono::steady_clock::now() + timeout(); }
-
-// Looks for services on a thread of its own until `wait`.
-class ServiceSearch {
- public:
-  void start() {
-    const AllSignalsBlocked blocked;
-    services_ = std::async(std::launch::async, findServices, serviceDeadline());
-  }
-  std::vector<Service> wait() { return services_.valid() ? services_.get() : std::vector<Service>(); }
-
- private:
-  std::future<std::vector<Service>> services_;
-};
 
 // An attribute that is a port; 0 when there is none or no port can have that number.
 std::uint16_t portOf(const std::string& attributes, const char* descriptor) {
@@ -82,8 +66,8 @@ std::uint32_t IpDiscoverer::discover(const std::string& options) {
   SearchText search;
   const std::string& text = options.empty() ? storedDefaults() : options;
   if (const std::uint32_t rc = parseSearchText(text, search); rc != QRN_ERROR_SUCCESS) return rc;
-  ServiceSearch services;
-  if (options.empty() || search.services) services.start();
+  ServiceSearches::Search announced;
+  if (options.empty() || search.services) announced = serviceSearches_.begin({}, timeout());
   std::vector<AnsweringDevice> answers;
   std::uint32_t result = askPlaces(search.places, {}, timeout(), answers);
   std::set<std::string> serials;
@@ -93,7 +77,7 @@ std::uint32_t IpDiscoverer::discover(const std::string& options) {
   for (const AnsweringDevice& device : answers) {
     if (serials.insert(device.answer.serial).second) keepFirst(tell(device));
   }
-  for (const Service& service : services.wait()) {
+  for (const Service& service : serviceSearches_.end(std::move(announced))) {
     const std::optional<DeviceAnswer> device = describeService(service);
     if (device && serials.insert(device->serial).second) keepFirst(tell(service, *device));
   }
@@ -140,9 +124,9 @@ std::uint32_t IpDiscoverer::findAnnouncedDevice(const std::string& deviceAttribu
   std::string serial;
   AttributeCodec::getString(deviceAttributes, attribute::kSerialNumber, serial);
   if (const std::string name = serial.empty() ? serial : serviceNameOf(serial); !name.empty()) {
-    if (const std::optional<Service> service = findService(name, serviceDeadline())) {
-      const std::optional<DeviceAnswer> device = describeService(*service);
-      if (device && device->serial == serial) return tell(*service, *device);
+    for (const Service& service : serviceSearches_.end(serviceSearches_.begin(name, timeout()))) {
+      const std::optional<DeviceAnswer> device = describeService(service);
+      if (device && device->serial == serial) return tell(service, *device);
     }
   }
   TcpSocket socket;

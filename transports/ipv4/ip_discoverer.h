@@ -7,7 +7,7 @@
 
 #include "device_question.h"
 #include "qvn/transport/discoverer.h"
-#include "services.h"
+#include "service_searches.h"
 #include "tcp_socket.h"
 
 namespace qvn::ipv4 {
@@ -35,12 +35,17 @@ class IpDiscoverer : public Discoverer {
   std::uint32_t getDefaults(char* buffer, std::uint32_t size, std::uint32_t* required) override;
   std::uint32_t setDefaults(const char* defaults) override;
 
+  // Waits for what discoveries have left running.
+  void finish() { serviceSearches_.join(); }
+
  private:
   std::uint32_t findAnsweringDevice(const Endpoint& lastPlace, const std::string& serial);
   std::uint32_t findAnnouncedDevice(const std::string& deviceAttributes, const Endpoint& printPort);
 
   std::uint32_t tell(const AnsweringDevice& device);
   std::uint32_t tell(const Service& service, const DeviceAnswer& described);
+
+  ServiceSearches serviceSearches_;
 };
 
 }  // namespace qvn::ipv4

@@ -3,8 +3,6 @@
 
 namespace qvn::ipv4 {
 
-std::vector<Service> findServices(ServiceDeadline) { return {}; }
-
-std::optional<Service> findService(const std::string&, ServiceDeadline) { return std::nullopt; }
+std::vector<Service> findServices(const std::string&, ServiceDeadline) { return {}; }
 
 }  // namespace qvn::ipv4

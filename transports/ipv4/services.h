@@ -27,11 +27,9 @@ std::optional<DeviceAnswer> describeService(const Service& service);
 
 using ServiceDeadline = std::chrono::steady_clock::time_point;
 
-// The services that the machine's mDNS daemon knows or hears of until the deadline; each one may be there
-// several times. Nothing, and at once, where no such daemon runs or the transport was built without it.
-std::vector<Service> findServices(ServiceDeadline deadline);
-
-// The service of that name, where it is now.
-std::optional<Service> findService(const std::string& name, ServiceDeadline deadline);
+// The services that the machine's mDNS daemon knows or hears of until the deadline: the one of that name, or
+// all with an empty one; each may be there several times. Nothing, and at once, where no such daemon runs or
+// the transport was built without it. May take longer where one runs that does not answer.
+std::vector<Service> findServices(const std::string& name, ServiceDeadline deadline);
 
 }  // namespace qvn::ipv4
