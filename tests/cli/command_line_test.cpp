@@ -50,6 +50,8 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"device", "show"}, 2, "HANDLE is required"},
       {{"device", "show", "7", "--kind", "fax"}, 2, "fax"},
       {{"device", "show", "7"}, 1, "there is no device 7: the handle is invalid (result 6, "},
+      {{"device", "list", "--kind", "hid", "--portname", "x"}, 2, "only printers are listed by"},
+      {{"device", "list", "--portname", "</Portname>"}, 2, "no device has the Portname"},
       {{"device", "remove", "7", "--kind", "scanner"}, 1, "there is no scanner 7"},
       {{"device", "add", "--family", "Fax", "--transport", "T", "--handle", "1"}, 2, "Fax"},
       {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "0"}, 2, "from 1 up"},
@@ -121,6 +123,19 @@ TEST_F(CommandLine, StoresShowsAndForgetsDevices) {
   EXPECT_EQ(listed[2]["portname"], nullptr);
   EXPECT_THAT(ok({"device", "list", "--transport", "IPv4", "--kind", "printer"}),
               AllOf(HasSubstr("LAB1"), HasSubstr("LAB2"), Not(HasSubstr("scanner"))));
+  const struct {
+    std::vector<std::string> filter;
+    std::size_t found;
+  } filters[] = {{{"--portname", "lab2"}, 1},
+                 {{"--address", "127.0.0.1"}, 2},
+                 {{"--address", "127.0.0.1", "--portname", "LAB1"}, 1},
+                 {{"--address", "127.0.0.2"}, 0},
+                 {{"--port-type", "TCP"}, 0}};
+  for (const auto& [filter, found] : filters) {
+    std::vector<std::string> arguments = {"device", "list", "--transport", "IPv4", "--json"};
+    arguments.insert(arguments.end(), filter.begin(), filter.end());
+    EXPECT_EQ(json::parse(ok(arguments)).size(), found) << testing::PrintToString(filter);
+  }
   // Only devices of registered transports are of every transport.
   EXPECT_EQ(json::parse(ok({"device", "list", "--json"})), json::array());
 
