@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "cups/eventually.h"
 #include "cups/scheduler.h"
 #include "end_to_end/bpd_printer.h"
 
@@ -30,6 +31,9 @@ TEST(CupsToRawReceiver, DeliversEveryByteOfAJobAndItsCopiesAndNoOthers) {
   const Result sent =
       scheduler.command({"lp", "-d", "raw", "-o", "raw", "-n", "2", (home / "page").string()});
   ASSERT_EQ(sent.exitCode, 0) << sent.errors;
+  ASSERT_TRUE(eventually([&] {
+    return scheduler.command({"lpstat", "-o", "raw"}).output.empty();
+  })) << scheduler.log();
   EXPECT_TRUE(receiver->receivedJob() == page + page) << scheduler.log();
 }
 
