@@ -1,7 +1,8 @@
 # bash completion for qvn(1) and qvn-sim(1). Words that depend on the machine are asked of qvn, which reads them
 # from the registry without talking to a device.
 
-_qvn_verbs="transport device discover print status npa get set settings registry log"
+_qvn_verbs="install uninstall transport device discover print status cache watch npa get set host monitor settings
+  registry log"
 
 # The words after a verb that has verbs of its own.
 _qvn_subverbs() {
@@ -9,6 +10,8 @@ _qvn_subverbs() {
     transport) echo "add remove list" ;;
     device) echo "list show remove add" ;;
     settings) echo "list get set" ;;
+    host) echo "get set" ;;
+    monitor) echo "add" ;;
     registry) echo "export import" ;;
     log) echo "on off show follow path" ;;
   esac
@@ -16,14 +19,16 @@ _qvn_subverbs() {
 
 _qvn_options() {
   case $1 in
-    "transport list" | "settings list") echo "--json" ;;
-    "device list") echo "--kind --transport --json" ;;
+    "transport list" | "settings list" | "host get") echo "--json" ;;
+    "device list") echo "--kind --transport --address --portname --port-type --json" ;;
     "device show") echo "--kind --json" ;;
     "device remove") echo "--kind" ;;
     "device add") echo "--family --transport --handle --address --portname --port-type --set" ;;
     discover) echo "--transport --json" ;;
     print) echo "--device --user --job --quiet" ;;
     status | npa) echo "--device --json" ;;
+    cache) echo "--device --json --raw" ;;
+    watch) echo "--device --count --json --raw" ;;
     get) echo "--device --kind --json" ;;
     set) echo "--device" ;;
     "registry export") echo "--key" ;;
@@ -78,7 +83,7 @@ _qvn() {
       _qvn_words "LOCAL_TRANSPORT NETWORK_TRANSPORT ALL_TRANSPORT"
       _qvn_offer "$cur" < <(_qvn_listed name transport list)
       ;;
-    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines) ;;
+    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count) ;;
     *)
       if [[ $cur == -* ]]; then
         _qvn_words "$(_qvn_options "$path")"
@@ -86,9 +91,10 @@ _qvn() {
       fi
       case $path in
         "") _qvn_words "$_qvn_verbs" ;;
-        transport | device | settings | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
+        transport | device | settings | host | monitor | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
         "transport remove") _qvn_offer "$cur" < <(_qvn_listed name transport list) ;;
         "device show" | "device remove") _qvn_offer "$cur" < <(_qvn_listed handle device list) ;;
+        "host get" | "host set") [[ $previous == [gs]et ]] && _qvn_words "PcName PinNumber CodePage" ;;
         "settings get" | "settings set") _qvn_offer "$cur" < <(_qvn_listed name settings list) ;;
         print | "transport add" | "registry export" | "registry import") compopt -o default 2>/dev/null ;;
       esac
@@ -106,9 +112,10 @@ _qvn_sim() {
       _qvn_words "delay-reply= late-reply= drop-reply= corrupt-reply= misframe-reply= double-reply= reject= close-bidi=
         busy never-finish slow-print= close-mid-job="
       ;;
+    --family) _qvn_words "CpdPrinter BpdPrinter" ;;
     --model | --serial | --name | --address | --*-port | --print-time | --cancel-run) ;;
     *)
-      _qvn_words "--model --serial --name --address --discovery-port --print-port --bidi-port --jobs --discard
+      _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --plain --jobs --discard
         --print-time --cancel-run --trace --events --quit-on-eof --fault --help"
       ;;
   esac
