@@ -51,6 +51,8 @@ show the printer's alerts as their states and cancel jobs on the printer.")
 
 list(TRANSFORM qvn_control PREPEND ${CMAKE_CURRENT_LIST_DIR}/debian/)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${qvn_control})
+# Setting the library up (QvnInstall) runs a program of the tools.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS qvn-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS qvn-transports)
 set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_DEPENDS cups-daemon)
 set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")

@@ -48,7 +48,8 @@ exec 4>/tmp/console
 while [ ! -s /tmp/ready ]; do sleep 0.1; done
 port=$(sed 's/.*"discovery":\([0-9]*\).*/\1/' /tmp/ready)
 qvn settings set TeojInterval 50
-qvn transport add qvn_ipv4.so
+qvn install
+qvn transport list
 qvn discover --transport IPv4 "127.0.0.1:$port"
 qvn print /etc/os-release /etc/passwd
 /usr/lib/cups/backend/qvn

@@ -31,7 +31,11 @@ void listDevices(const cli::Session& session) {
       std::string model = cli::readText(session, printer, attribute::kPrinterModel);
       if (model.empty()) model = "Unknown";
       std::string info = cli::readText(session, printer, attribute::kNickname);
-      info = info.empty() ? portName : info + " (" + portName + ")";
+      if (info.empty()) {
+        info = portName;
+      } else {
+        info.append(" (").append(portName).append(")");
+      }
       const std::string address = cli::readText(session, printer, attribute::kAddress);
       cupsBackendReport(deviceClass, formatDeviceUri(portName).c_str(), model.c_str(), info.c_str(), nullptr,
                         address.c_str());
