@@ -1,6 +1,5 @@
 #include "byte_sink.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <signal.h>
@@ -15,6 +14,8 @@
 #include <system_error>
 #include <vector>
 
+#include "loopback.h"
+
 namespace qvn::bench {
 namespace {
 
@@ -27,14 +28,6 @@ constexpr int kSlowReceiveBuffer = 65536;
 constexpr int kWirePacket = 1460;
 
 [[noreturn]] void fail(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
-
-sockaddr_in loopback(std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
 
 void sleepFor(long milliseconds) {
   const timespec duration{.tv_sec = 0, .tv_nsec = milliseconds * 1000000};
@@ -69,21 +62,13 @@ void serveConnection(int listener, int control, std::uint64_t expected, std::uin
 }  // namespace
 
 ByteSink::ByteSink(std::uint64_t bytesPerSecond) {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (listener < 0) fail("socket");
+  const int listener = listenOnLoopback(port_);
   if (bytesPerSecond != 0) {
     setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &kSlowReceiveBuffer, sizeof kSlowReceiveBuffer);
     setsockopt(listener, IPPROTO_TCP, TCP_MAXSEG, &kWirePacket, sizeof kWirePacket);
   }
-  sockaddr_in address = loopback(0);
-  socklen_t length = sizeof address;
   int pair[2];
-  if (bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(listener, 8) != 0 ||
-      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0 ||
-      socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
-    fail("the sink's port");
-  }
-  port_ = ntohs(address.sin_port);
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) fail("socketpair");
   process_ = fork();
   if (process_ < 0) fail("fork");
   if (process_ == 0) {

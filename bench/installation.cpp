@@ -88,4 +88,15 @@ void Installation::storePrinters(std::uint32_t first, std::uint32_t count, std::
           "transaction");
 }
 
+void Installation::removePrinters(std::uint32_t first, std::uint32_t count) const {
+  const registry::Key printers = openKey("PrinterStore");
+  require(registry::transaction([&] {
+            for (std::uint32_t handle = first; handle < first + count; ++handle) {
+              require(registry::deleteValue(printers, std::to_string(handle)), "deleteValue");
+            }
+            return platform::kSuccess;
+          }),
+          "transaction");
+}
+
 }  // namespace qvn::bench

@@ -16,6 +16,7 @@ class Installation {
   Installation& operator=(const Installation&) = delete;
 
   std::uint32_t client() const { return client_; }
+  const std::filesystem::path& home() const { return home_; }
 
   // A value below "Settings\".
   void set(const std::string& name, std::uint32_t value) const;
@@ -25,6 +26,7 @@ class Installation {
   // Stores printers that are never opened, with attribute texts of that many bytes and handles from `first`
   // on.
   void storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const;
+  void removePrinters(std::uint32_t first, std::uint32_t count) const;
 
  private:
   std::filesystem::path home_;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "alert_source.h"
 #include "byte_sink.h"
 #include "installation.h"
 #include "ratio_table.h"
@@ -12,12 +13,22 @@ namespace qvn::bench {
 // Handles of the printers that the families open.
 inline constexpr std::uint32_t kFastPrinter = 1;
 inline constexpr std::uint32_t kSlowPrinter = 2;
+inline constexpr std::uint32_t kAlertingPrinter = 3;
 
 // Printing: direct path, memory, buffered path. The sinks take the print data.
 void measurePrinting(const Installation& installation, ByteSink& fast, ByteSink& slow, RatioTable& table);
 
 // Exchanges with the device behind kFastPrinter, whose port for NPA packets is `bidiPort`.
 void measureExchanges(const Installation& installation, std::uint16_t bidiPort, RatioTable& table);
+
+// Alerts of the device behind kAlertingPrinter.
+void measureAlerts(const Installation& installation, AlertSource& source, RatioTable& table);
+
+// Listings and look-ups among many stored printers.
+void measureEnumeration(const Installation& installation, RatioTable& table);
+
+// Discovery of devices that it starts itself.
+void measureDiscovery(const Installation& installation, RatioTable& table);
 
 // Calls that touch no device, among many stored printers.
 void measureCalls(const Installation& installation, RatioTable& table);

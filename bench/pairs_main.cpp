@@ -20,14 +20,19 @@ void run(const char* file, const std::set<std::string>& families) {
   // The sinks first, while the process has one thread.
   ByteSink fast;
   ByteSink slow(kSlowRate);
+  AlertSource alerts;
   qvn::test::SimulatorProcess device({"--discard", "--quit-on-eof"});
   const Installation installation;
   installation.storePrinter(kFastPrinter, fast.port(), device.bidiPort());
   installation.storePrinter(kSlowPrinter, slow.port(), device.bidiPort());
+  installation.storePrinter(kAlertingPrinter, fast.port(), alerts.port());
 
   RatioTable table;
   if (isChosen("print")) measurePrinting(installation, fast, slow, table);
   if (isChosen("exchange")) measureExchanges(installation, device.bidiPort(), table);
+  if (isChosen("alert")) measureAlerts(installation, alerts, table);
+  if (isChosen("discovery")) measureDiscovery(installation, table);
+  if (isChosen("enumerate")) measureEnumeration(installation, table);
   if (isChosen("call")) measureCalls(installation, table);
   table.print();
   table.appendTo(file);
@@ -37,7 +42,7 @@ void run(const char* file, const std::set<std::string>& families) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|call]...\n", stderr);
+    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|discovery|enumerate|call]...\n", stderr);
     return 2;
   }
   try {

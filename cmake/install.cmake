@@ -8,8 +8,8 @@ set(qvn_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qvn)
 foreach(target QR__serv qvn_platform qvn_transport_kit)
   if(TARGET ${target})
     install(TARGETS ${target} EXPORT qvn
-      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
       INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   endif()
 endforeach()
@@ -23,8 +23,11 @@ endif()
 # Its headers need it of whoever includes them.
 target_compile_features(qvn_transport_kit INTERFACE cxx_std_20)
 if(TARGET qvn)
-  install(TARGETS qvn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS qvn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
+
+# All that is left is for those who build against it.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h")

@@ -588,8 +588,11 @@ QVN_EXPORT uint32_t QvnSetDiscoveryDefaults(uint32_t clientId, const char* trans
  */
 
 /*
- * Sets the library up on the machine: imports its registry script and installs the registered transports.
- * Needs no QvnInitialize. Returns 0 always; failures are in the log.
+ * Sets the library up on the machine: has the registry script "qr__.loc" imported (the one in the system
+ * directory, else the one that came with the library), for which it waits at most 15 s, and installs the
+ * transports that are registered then. Needs no QvnInitialize.
+ * Returns 0 always. Failures are in the log if the library is initialised; a script that cannot be imported
+ * changes nothing.
  */
 QVN_EXPORT uint32_t QvnInstall(void);
 
@@ -602,8 +605,9 @@ QVN_EXPORT uint32_t QvnInstall(void);
 QVN_EXPORT uint32_t QvnUninstall(void);
 
 /*
- * Registers the print monitor with the spooler and waits up to 5 s for it to report that it runs.
- * Returns 0; 183 or 3006 it is registered already; else the spooler's error.
+ * Registers the print monitor with the spooler, named after the default model, and waits at most 5 s for it to
+ * report that it runs; when it does not, the answer is the same.
+ * Returns 0; 183 or 3006 it is registered already; 2 the default model has no name; else the spooler's error.
  */
 QVN_EXPORT uint32_t QvnAddMonitor(void);
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "cli/child.h"
+#include "cli/successful_run.h"
 #include "platform/paths.h"
 
 namespace qvn::test {
@@ -17,14 +17,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-// Runs qvn and expects success.
-std::string ok(const std::vector<std::string>& arguments, const std::string& input = "") {
-  const Result result = qvn(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << "\n" << result.errors;
-  EXPECT_THAT(result.errors, IsEmpty()) << testing::PrintToString(arguments);
-  return result.output;
-}
 
 void addPrinter(const std::string& handle, const std::string& portname) {
   ok({"device", "add", "--family", "CpdPrinter", "--transport", "IPv4", "--handle", handle, "--address",
@@ -50,6 +42,7 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"device", "show"}, 2, "HANDLE is required"},
       {{"device", "show", "7", "--kind", "fax"}, 2, "fax"},
       {{"device", "show", "7"}, 1, "there is no device 7: the handle is invalid (result 6, "},
+      {{"device", "list", "--kind", "hid", "--portname", "x"}, 2, "only printers are listed by"},
       {{"device", "remove", "7", "--kind", "scanner"}, 1, "there is no scanner 7"},
       {{"device", "add", "--family", "Fax", "--transport", "T", "--handle", "1"}, 2, "Fax"},
       {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "0"}, 2, "from 1 up"},
@@ -89,8 +82,9 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
 
 TEST_F(CommandLine, HelpsWithExamplesAtEveryVerb) {
   EXPECT_THAT(ok({"--help"}), AllOf(HasSubstr("Exit codes:"), HasSubstr("130")));
-  for (const char* verb : {"transport", "device", "discover", "print", "status", "cache", "watch", "npa",
-                           "get", "set", "settings", "registry", "log"}) {
+  for (const char* verb :
+       {"install", "uninstall", "monitor", "host", "transport", "device", "discover", "print", "status",
+        "cache", "watch", "npa", "get", "set", "settings", "registry", "log"}) {
     EXPECT_THAT(ok({verb, "--help"}),
                 AllOf(HasSubstr("Usage: qvn " + std::string(verb)), HasSubstr("Examples:\n  qvn ")));
   }
@@ -120,6 +114,19 @@ TEST_F(CommandLine, StoresShowsAndForgetsDevices) {
   EXPECT_EQ(listed[2]["portname"], nullptr);
   EXPECT_THAT(ok({"device", "list", "--transport", "IPv4", "--kind", "printer"}),
               AllOf(HasSubstr("LAB1"), HasSubstr("LAB2"), Not(HasSubstr("scanner"))));
+  const struct {
+    std::vector<std::string> filter;
+    std::size_t found;
+  } filters[] = {{{"--portname", "lab2"}, 1},
+                 {{"--address", "127.0.0.1"}, 2},
+                 {{"--address", "127.0.0.1", "--portname", "LAB1"}, 1},
+                 {{"--address", "127.0.0.2"}, 0},
+                 {{"--port-type", "TCP"}, 0}};
+  for (const auto& [filter, found] : filters) {
+    std::vector<std::string> arguments = {"device", "list", "--transport", "IPv4", "--json"};
+    arguments.insert(arguments.end(), filter.begin(), filter.end());
+    EXPECT_EQ(json::parse(ok(arguments)).size(), found) << testing::PrintToString(filter);
+  }
   // Only devices of registered transports are of every transport.
   EXPECT_EQ(json::parse(ok({"device", "list", "--json"})), json::array());
 

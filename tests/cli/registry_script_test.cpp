@@ -37,6 +37,7 @@ TEST_F(RegistryScript, ReadsEveryFormOfLine) {
       "\"bytes\"=hex:01, AB,ff\n"
       "\"nothing\"=hex:\n"
       "\"gone\"=-\n"
+      "\"kept\" ?= dword:1\n"
       "[-Software\\Old]");
   using Kind = RegistryChange::Kind;
   struct Expected {
@@ -55,7 +56,8 @@ TEST_F(RegistryScript, ReadsEveryFormOfLine) {
       {Kind::SetValue, 6, key, "bytes", registry::ValueType::Binary, "\x01\xAB\xFF"},
       {Kind::SetValue, 7, key, "nothing", registry::ValueType::Binary, ""},
       {Kind::DeleteValue, 8, key, "gone", registry::ValueType::String, ""},
-      {Kind::DeleteKey, 9, "Software\\Old", "", registry::ValueType::String, ""},
+      {Kind::SetMissingValue, 9, key, "kept", registry::ValueType::Dword, std::string("\x01\0\0\0", 4)},
+      {Kind::DeleteKey, 10, "Software\\Old", "", registry::ValueType::String, ""},
   };
   ASSERT_EQ(changes.size(), std::size(expected));
   for (std::size_t i = 0; i < changes.size(); ++i) {
@@ -78,6 +80,8 @@ TEST_F(RegistryScript, NamesTheFirstWrongLine) {
       {"[K]\n[-K]\n\"a\"=\"b\"", "line 3: a value stands below its key"},
       {"[K", "line 1: the closing bracket"},
       {"[K] x", "line 1: nothing may follow the closing bracket"},
+      {"[HKEY_LOCAL_MACHINE\\Software]", "line 1: a key is named from below the root"},
+      {"[-hkey_users]", "line 1: a key is named from below the root"},
       {"[]", "line 1: a key is one or more names"},
       {"[\\K]", "line 1: a key is one or more names"},
       {"[K\\\\L]", "line 1: a key is one or more names"},
@@ -93,6 +97,8 @@ TEST_F(RegistryScript, NamesTheFirstWrongLine) {
       {"[K]\n\"a\"=\"\\x4\"", "line 2: \\x is followed by"},
       {"[K]\n\"a\"=\"b\" # c", "line 2: nothing may follow the value"},
       {"[K]\n\"a\"=- ;", "line 2: nothing may follow the value"},
+      {"[K]\n\"a\"?\"b\"", "line 2: an equals sign"},
+      {"[K]\n\"a\"?=-", "line 2: a text in double quotes"},
       {"[K]\n\"a\"=dword:", "line 2: dword: is followed by"},
       {"[K]\n\"a\"=dword:123456789", "line 2: dword: is followed by"},
       {"[K]\n\"a\"=dword:-1", "line 2: dword: is followed by"},
@@ -140,6 +146,12 @@ TEST_F(RegistryScript, DeletesValuesAndTreesAndMindsNoneThatAreMissing) {
   apply("[-Software]");
   std::string text;
   EXPECT_EQ(writeRegistryScript("Software", text), platform::kFileNotFound);
+}
+
+TEST_F(RegistryScript, SetsAMissingValueAndKeepsOneOfAnyType) {
+  apply("[Software\\Brand]\n\"a\"=hex:01\n\"b\"=\"\"\n");
+  apply("[Software\\Brand]\n\"a\"?=\"x\"\n\"b\"?=dword:1\n\"c\"?=\"y\"\n\"c\"?=\"z\"\n");
+  EXPECT_EQ(written("Software\\Brand"), "[Software\\Brand]\n\"a\"=hex:01\n\"b\"=\"\"\n\"c\"=\"y\"\n");
 }
 
 TEST_F(RegistryScript, ChangesNothingWhenOneChangeFails) {

@@ -29,3 +29,10 @@ QVN_TRANSPORT_PATH=$work/build "$prefix/bin/qvn" transport add installed_transpo
 "$prefix/bin/qvn" transport list
 "$prefix/bin/qvn" transport list --json | grep -q '"name": "HBN1"'
 echo "transport by find_package: ok"
+
+"$prefix/bin/qvn" uninstall
+"$prefix/bin/qvn" install
+"$prefix/bin/qvn" transport list --json | grep -q '"module": "qvn_ipv4.so"'
+"$prefix/bin/qvn" settings set 9200UnicastDiscoveryTimeout 20
+"$prefix/bin/qvn" discover --transport IPv4 127.0.0.1
+echo "registry script and installed transport: ok"

@@ -222,7 +222,10 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
   FakeTransport::instance().record("install");
   return QRN_ERROR_SUCCESS;
 }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() {
+  FakeTransport::instance().record("uninstall");
+  return QRN_ERROR_SUCCESS;
+}
 QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
   return FakeTransport::instance().connectionManager();
 }

@@ -41,8 +41,9 @@ void AlertStates::onAlert(std::uint32_t, const std::uint8_t* alert, std::uint32_
 }
 
 void AlertStates::hear(const alerts::Alert& alert) {
-  report_.info(alert.words);
   const std::lock_guard<std::mutex> lock(mutex_);
+  // That a job has begun or ended is told by the job's own steps.
+  if (!alert.status || alert.status->word != shown_) report_.info(alert.words);
   if (alert.status) {
     heard_ = true;
     show(alert.status->word);
@@ -72,6 +73,7 @@ void AlertStates::readCache() {
 }
 
 void AlertStates::show(std::uint16_t statusWord) {
+  shown_ = statusWord;
   for (const alerts::Condition& condition : alerts::conditions()) {
     report_.setReason(condition.reason, (statusWord & condition.bit) != 0);
   }

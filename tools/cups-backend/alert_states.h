@@ -33,6 +33,7 @@ class AlertStates {
   // Guards the order of what is shown: an alert is newer than the cache that was asked for before it came.
   std::mutex mutex_;
   bool heard_ = false;
+  std::uint16_t shown_ = 0;
 };
 
 }  // namespace qvn::cups

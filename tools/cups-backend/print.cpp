@@ -254,7 +254,7 @@ void sendAndEnd(cli::OpenPrinter& printer, const Job& job, bool endsWithMarker, 
 int printJob(const cli::Session& session, const Job& job, Report& report) {
   try {
     const cli::Device device = findPrinter(session, job.device.portName);
-    const bool endsWithMarker = cli::endsJobsWithMarker(session, device);
+    const bool endsWithMarker = cli::isCpdPrinter(session, device);
     if (const auto started = startJob(session, device, job, report)) {
       sendAndEnd(started->printer(), job, endsWithMarker, report);
     }

@@ -25,9 +25,12 @@ std::string_view tokenOf(std::string_view datagram) {
 
 }  // namespace
 
-DiscoveryPort::DiscoveryPort(EventLoop& loop, const Identity& identity, std::uint16_t printPort,
-                             std::uint16_t bidiPort, const std::string& address, std::uint16_t port)
-    : socket_(bindUdp(address, port)),
+DiscoveryPort::DiscoveryPort(EventLoop& loop, const FaultSwitches& faults, const Identity& identity,
+                             std::uint16_t printPort, std::uint16_t bidiPort, const std::string& address,
+                             std::uint16_t port)
+    : loop_(loop),
+      faults_(faults),
+      socket_(bindUdp(address, port)),
       description_("family=" + identity.family + "\nmodel=" + identity.model + "\nserial=" + identity.serial +
                    "\nname=" + identity.name + "\nprint=" + std::to_string(printPort) + "\n" +
                    (bidiPort != 0 ? "bidi=" + std::to_string(bidiPort) + "\n" : "")) {
@@ -44,8 +47,10 @@ void DiscoveryPort::answer() {
   const std::string_view token = tokenOf(std::string_view(datagram, static_cast<std::size_t>(got)));
   if (token.empty()) return;
   const std::string reply = "QVN-DEVICE 1 " + std::string(token) + "\n" + description_;
-  sendto(socket_.get(), reply.data(), reply.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&from),
-         fromSize);
+  loop_.after(faults_.discoveryDelay(), [this, reply, from] {
+    sendto(socket_.get(), reply.data(), reply.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&from),
+           sizeof from);
+  });
 }
 
 }  // namespace sim

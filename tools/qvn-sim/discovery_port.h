@@ -11,6 +11,7 @@
 #include <string>
 
 #include "event_loop.h"
+#include "fault_switches.h"
 #include "printer.h"
 #include "sockets.h"
 
@@ -18,14 +19,17 @@ namespace sim {
 
 class DiscoveryPort {
  public:
-  DiscoveryPort(EventLoop& loop, const Identity& identity, std::uint16_t printPort, std::uint16_t bidiPort,
-                const std::string& address, std::uint16_t port);
+  DiscoveryPort(EventLoop& loop, const FaultSwitches& faults, const Identity& identity,
+                std::uint16_t printPort, std::uint16_t bidiPort, const std::string& address,
+                std::uint16_t port);
 
   std::uint16_t port() const { return localPort(socket_); }
 
  private:
   void answer();
 
+  EventLoop& loop_;
+  const FaultSwitches& faults_;
   Descriptor socket_;
   std::string description_;
 };

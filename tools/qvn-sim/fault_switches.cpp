@@ -82,6 +82,12 @@ void FaultSwitches::add(std::string_view text) {
     }
     return;
   }
+  if (name == "slow-discovery") {
+    const auto delay = values.empty() ? std::nullopt : number<std::uint32_t>(takeFirst());
+    if (!delay || !values.empty()) complain(text, "expected milliseconds");
+    discoveryDelay_ = std::chrono::milliseconds(*delay);
+    return;
+  }
   for (const ReplyFaultName& known : kReplyFaults) {
     if (known.name != name) continue;
     Entry entry{known.fault, std::nullopt, std::nullopt};

@@ -37,6 +37,7 @@ class FaultSwitches {
 
   bool busy() const { return busy_; }
   bool neverFinish() const { return neverFinish_; }
+  std::chrono::milliseconds discoveryDelay() const { return discoveryDelay_; }
   std::optional<std::uint64_t> printBytesPerSecond() const { return printBytesPerSecond_; }
 
   // The number of bytes of a job after which its connection is to be closed; counts down when `received` has
@@ -58,6 +59,7 @@ class FaultSwitches {
   std::vector<Entry> entries_;
   std::optional<CloseMidJob> closeMidJob_;
   std::optional<std::uint64_t> printBytesPerSecond_;
+  std::chrono::milliseconds discoveryDelay_{0};
   bool busy_ = false;
   bool neverFinish_ = false;
 };

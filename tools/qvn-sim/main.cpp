@@ -60,8 +60,8 @@ void simulate(sim::Options options) {
   printPort = &print;
   bidiPort = &bidi;
   statusOf = &printer;
-  const sim::DiscoveryPort discovery(loop, options.identity, print.port(), bidi.port(), options.address,
-                                     options.discoveryPort);
+  const sim::DiscoveryPort discovery(loop, options.faults, options.identity, print.port(), bidi.port(),
+                                     options.address, options.discoveryPort);
   const sim::Console console(loop, options.faults, printer, bidi, options.quitAtEndOfInput);
   loop.watch(signals.get(), [&] { loop.stop(); });
 

@@ -21,6 +21,9 @@ struct ListOptions {
   std::string kind;
   std::string transport = "ALL_TRANSPORT";
   bool json = false;
+  std::string address;
+  std::string portname;
+  std::string portType;
 };
 
 struct NamedDevice {
@@ -39,12 +42,30 @@ struct AddOptions {
   std::vector<std::string> attributes;  // NAME=VALUE
 };
 
+// The filter of an enumeration, which only printers have.
+std::string filterOf(const ListOptions& options) {
+  std::string filter;
+  for (const auto& [descriptor, value] :
+       {std::pair(attribute::kAddress, &options.address), std::pair(attribute::kPortname, &options.portname),
+        std::pair(attribute::kPortType, &options.portType)}) {
+    if (!value->empty()) {
+      AttributeCodec::setString(filter, descriptor, *value);
+    }
+  }
+  return filter;
+}
+
 void list(const ListOptions& options) {
   const Session session;
+  const std::string filter = filterOf(options);
+  const std::string only = options.kind.empty() && !filter.empty() ? "printer" : options.kind;
+  if (!filter.empty() && only != "printer") {
+    throw UsageError("only printers are listed by address, port name or port type");
+  }
   Json devices = Json::array();
   for (const DeviceKind& kind : deviceKinds()) {
-    if (options.kind.empty() || options.kind == kind.name) {
-      for (const Device& device : listDevices(session, kind, options.transport)) {
+    if (only.empty() || only == kind.name) {
+      for (const Device& device : listDevices(session, kind, options.transport, filter)) {
         devices.push_back(describeDevice(session, device));
       }
     }
@@ -193,6 +214,10 @@ void addDeviceCommand(CLI::App& app) {
       ->add_option("--transport", listOptions->transport,
                    "Only of this transport, registered or not, or of this kind of transport")
       ->capture_default_str();
+  listVerb->add_option("--address", listOptions->address, "Only printers with this address");
+  listVerb->add_option("--portname", listOptions->portname,
+                       "Only the printer with this port name, in any case");
+  listVerb->add_option("--port-type", listOptions->portType, "Only printers with this type of port");
   listVerb->add_flag("--json", listOptions->json, "Print JSON");
   listVerb->callback([listOptions] { list(*listOptions); });
 

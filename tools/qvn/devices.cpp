@@ -46,11 +46,12 @@ std::span<const DeviceFamily> deviceFamilies() { return kFamilies; }
 
 std::string Device::text() const { return std::string(kind->name) + " " + std::to_string(handle); }
 
-std::vector<Device> listDevices(const Session& session, const DeviceKind& kind,
-                                const std::string& transport) {
+std::vector<Device> listDevices(const Session& session, const DeviceKind& kind, const std::string& transport,
+                                const std::string& filter) {
   std::vector<std::uint32_t> handles;
   foundHandles = &handles;
-  const std::uint32_t result = kind.enumerate(session.client(), transport.c_str(), nullptr, onDeviceFound);
+  const std::uint32_t result =
+      kind.enumerate(session.client(), transport.c_str(), filter.c_str(), onDeviceFound);
   foundHandles = nullptr;
   require(result, "cannot list the stored devices");
   std::vector<Device> devices;

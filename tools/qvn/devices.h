@@ -44,8 +44,10 @@ struct Device {
   std::string text() const;
 };
 
-// The stored devices of one kind whose transport is the one named, or is of the kind named.
-std::vector<Device> listDevices(const Session& session, const DeviceKind& kind, const std::string& transport);
+// The stored devices of one kind whose transport is the one named, or is of the kind named. The filter is an
+// attribute text; printers that differ from it in Address, Portname or PortType are left out.
+std::vector<Device> listDevices(const Session& session, const DeviceKind& kind, const std::string& transport,
+                                const std::string& filter = "");
 
 // The attribute's value: a text, a number, or bytes as hexadecimal digits. None when the device does not
 // carry it, or its kind cannot read an attribute of that type. Throws Failure when reading fails.

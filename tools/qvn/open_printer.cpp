@@ -25,7 +25,10 @@ std::atomic<OpenPrinter*> heardBy{nullptr};
 }  // namespace
 
 OpenPrinter::OpenPrinter(const Session& session, const Device& printer, Listener listener)
-    : client_(session.client()), printer_(printer), listener_(std::move(listener)) {
+    : client_(session.client()),
+      printer_(printer),
+      cancels_(isCpdPrinter(session, printer)),
+      listener_(std::move(listener)) {
   require(QvnOpenPrinter(client_, printer_.handle), "cannot open " + printer_.text());
   heardBy = this;
   // A printer that does not tell leaves only the results of the calls to go by.
@@ -80,8 +83,9 @@ std::uint32_t OpenPrinter::write(const std::string& block) {
 }
 
 // A mark is carried out at the end of a write, so one is made for it; what it holds is thrown away with the
-// job.
+// job. A printer of the other family would print it.
 void OpenPrinter::cancelJob() {
+  if (!cancels_) return;
   QvnCancelJobPrinter(client_, printer_.handle);
   const std::uint8_t nothing = 0;
   std::uint32_t written = 0;
@@ -90,7 +94,7 @@ void OpenPrinter::cancelJob() {
 
 std::uint32_t OpenPrinter::endJob() { return QvnEndJobPrinter(client_, printer_.handle); }
 
-bool endsJobsWithMarker(const Session& session, const Device& printer) {
+bool isCpdPrinter(const Session& session, const Device& printer) {
   return readText(session, printer, attribute::kDevice) == "CpdPrinter";
 }
 

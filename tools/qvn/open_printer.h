@@ -53,7 +53,8 @@ class OpenPrinter {
   // (interrupt.h). Returns the code of the first failure, else 0.
   std::uint32_t write(const std::string& block);
 
-  // Works from any thread, also while the job is being ended.
+  // Works from any thread, also while the job is being ended. A printer without a way to cancel a job (Bpd)
+  // prints what it was given so far.
   void cancelJob();
 
   std::uint32_t endJob();
@@ -70,12 +71,13 @@ class OpenPrinter {
 
   std::uint32_t client_;
   Device printer_;
+  bool cancels_;
   Listener listener_;
   std::atomic<bool> jobCancelled_{false};
   std::atomic<bool> inError_{false};
 };
 
-// Whether the data of the printer's jobs must end with the end-of-job marker.
-bool endsJobsWithMarker(const Session& session, const Device& printer);
+// Whether the printer's jobs can be cancelled, and their data must end with the end-of-job marker.
+bool isCpdPrinter(const Session& session, const Device& printer);
 
 }  // namespace qvn::cli

@@ -103,7 +103,7 @@ void print(const Options& options) {
   Interrupt::install();
   const Session session;
   const Device device = selectPrinter(session, options.device);
-  const bool endsWithMarker = endsJobsWithMarker(session, device);
+  const bool endsWithMarker = isCpdPrinter(session, device);
   JobNames names = jobNames(session, device, options);
   OpenPrinter printer(session, device);
   for (const std::string& name : options.files) {

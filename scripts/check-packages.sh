@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Installs the Debian packages in a bare Debian root, prints from one of them to another, purges them and looks for
+# what they left behind. Needs root, and the package mirror for the bare root and for what the packages depend on.
+# usage: scripts/check-packages.sh DIRECTORY_OF_PACKAGES
+set -euo pipefail
+
+packages=$(cd "$1" && pwd)
+[ "$(id -u)" -eq 0 ] || { echo "check-packages: only root can make a root of its own" >&2; exit 1; }
+work=$(mktemp -d)
+root=$work/root
+trap 'rm -rf --one-file-system "$work"' EXIT
+
+say() { printf '\n== %s\n' "$*"; }
+inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"; }
+# Every file but those that any installation touches.
+files() {
+  (cd "$root" && find . -xdev \( -path ./proc -o -path ./sys -o -path ./dev -o -path ./tmp -o -path ./var/cache \
+    -o -path ./var/log -o -path ./var/lib/apt -o -path ./var/lib/dpkg -o -path ./etc/ld.so.cache \) -prune -o -print | sort)
+}
+
+say "A bare root"
+debootstrap --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" >"$work/log" 2>&1 ||
+  { tail -20 "$work/log"; exit 1; }
+mkdir "$root/packages"
+cp "$packages"/*.deb "$root/packages/"
+# Nothing is started in here.
+printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
+chmod 755 "$root/usr/sbin/policy-rc.d"
+# What the packages depend on is there before, so that what is found after the purge is theirs.
+mapfile -t names < <(for file in "$packages"/*.deb; do dpkg-deb -f "$file" Package; done)
+inside apt-get update -qq
+inside apt-get install -y -qq --no-install-recommends cups-daemon liblmdb0 >>"$work/log" 2>&1
+files >"$work/before"
+
+say "Installing ${names[*]}"
+inside sh -c 'apt-get install -y -qq --no-install-recommends /packages/*.deb' >>"$work/log" 2>&1 ||
+  { tail -20 "$work/log"; exit 1; }
+inside qvn --version
+inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn' | grep 'not found' &&
+  { echo "a library is missing" >&2; exit 1; }
+
+say "Printing to the simulated printer of the package"
+# The device ends with its console, which the shell below holds open.
+inside timeout 120 sh -e >"$work/printed" <<'INSIDE'
+mkfifo /tmp/console
+qvn-sim --jobs /tmp/jobs --quit-on-eof </tmp/console >/tmp/ready &
+exec 4>/tmp/console
+while [ ! -s /tmp/ready ]; do sleep 0.1; done
+port=$(sed 's/.*"discovery":\([0-9]*\).*/\1/' /tmp/ready)
+qvn settings set TeojInterval 50
+qvn transport add qvn_ipv4.so
+qvn discover --transport IPv4 "127.0.0.1:$port"
+qvn print /etc/os-release /etc/passwd
+/usr/lib/cups/backend/qvn
+DEVICE_URI=qvn://IP_SIM0000001 PRINTER=lab /usr/lib/cups/backend/qvn 1 root title 2 "" /etc/passwd
+exec 4>&-
+wait
+INSIDE
+cat "$work/printed"
+cmp "$root/etc/passwd" "$root/tmp/jobs/job-2.prn"
+cat "$root/etc/passwd" "$root/etc/passwd" | cmp - "$root/tmp/jobs/job-3.prn"
+grep -q '^network qvn://IP_SIM0000001 "Simulated Printer"' "$work/printed"
+[ -d "$root/var/lib/qvn" ]
+
+say "Purging"
+inside apt-get purge -y -qq "${names[@]}" >>"$work/log" 2>&1
+files >"$work/after"
+if ! diff "$work/before" "$work/after"; then
+  echo "the packages left the above behind" >&2
+  exit 1
+fi
+echo "nothing is left"

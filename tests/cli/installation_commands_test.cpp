@@ -1,0 +1,150 @@
+// The verbs that set the library up, and the registry scripts behind them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "cli/successful_run.h"
+#include "platform/paths.h"
+
+namespace qvn::test {
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+std::filesystem::path scriptFile() {
+  std::string directory;
+  EXPECT_EQ(platform::systemDirectory(directory), 0u);
+  return platform::nativePath(directory + "\\qr__.loc");
+}
+
+class InstallationCommands : public testing::Test {
+ protected:
+  InstallationCommands() {
+    ok({"registry", "import", "-"}, "[-Software]\n[-System]\n");
+    std::filesystem::remove_all(scriptFile());
+  }
+};
+
+TEST_F(InstallationCommands, InstallGivesEverySettingItsDefaultAndKeepsWhatWasChanged) {
+  ok({"settings", "set", "TeojDuration", "1500"});
+  EXPECT_THAT(ok({"install"}), IsEmpty());
+  EXPECT_EQ(json::parse(ok({"transport", "list", "--json"})),
+            json::parse(R"([{"name": "IPv4", "kind": "NETWORK_TRANSPORT", "module": "qvn_ipv4.so"}])"));
+  for (const json& setting : json::parse(ok({"settings", "list", "--json"}))) {
+    if (setting["name"] == "TeojDuration") {
+      EXPECT_EQ(setting["value"], 1500);
+    } else if (setting["name"] != "DefaultModelName") {
+      EXPECT_EQ(setting["value"], setting["default"]) << setting;
+    }
+  }
+  const std::string once = ok({"registry", "export"});
+  ok({"install"});
+  EXPECT_EQ(ok({"registry", "export"}), once);
+}
+
+TEST_F(InstallationCommands, InstallSaysWhatIsWrongWithTheScript) {
+  std::ofstream(scriptFile()) << "[Software\\Quorin Tools]\n\"a\"=b\n";
+  Result result = qvn({"install"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors,
+              AllOf(HasSubstr("qr__.loc: line 2: a text in double"), HasSubstr("nothing was installed")));
+  std::filesystem::remove(scriptFile());
+  std::filesystem::create_directory(scriptFile());
+  result = qvn({"install"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("cannot read the registry script"));
+  std::filesystem::remove(scriptFile());
+  std::ofstream(scriptFile()) << "# of no use\n";
+  result = qvn({"install"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("the registry script was not imported"));
+  EXPECT_EQ(qvn({"registry", "export"}).exitCode, 1);
+}
+
+TEST_F(InstallationCommands, UninstallLeavesNothingOfTheLibrarysOwn) {
+  ok({"install"});
+  ok({"settings", "set", "DeleteStoreOnUninstall", "1"});
+  EXPECT_THAT(ok({"uninstall"}), IsEmpty());
+  EXPECT_EQ(qvn({"registry", "export", "--key", "Software\\Quorin Tools"}).exitCode, 1);
+  ok({"uninstall"});
+}
+
+TEST_F(InstallationCommands, TheMonitorIsRegisteredOnce) {
+  const Result result = qvn({"monitor", "add"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors,
+              AllOf(HasSubstr("has no name"), HasSubstr("(result 1168, QRN_ERROR_NOT_FOUND)")));
+  ok({"install"});
+  EXPECT_THAT(ok({"monitor", "add"}), IsEmpty());
+  EXPECT_EQ(ok({"monitor", "add"}), "the print monitor is registered already\n");
+}
+
+TEST_F(InstallationCommands, HostInformationHasDefaultsAndCanBeOfAnyLength) {
+  ok({"install"});
+  const json listed = json::parse(ok({"host", "get", "--json"}));
+  ASSERT_EQ(listed.size(), 3u);
+  EXPECT_EQ(listed[0]["name"], "PcName");
+  EXPECT_EQ(listed[1], json({{"name", "PinNumber"}, {"value", "0000"}}));
+  EXPECT_EQ(listed[2], json({{"name", "CodePage"}, {"value", "1252"}}));
+  EXPECT_EQ(ok({"host", "get", "PcName"}), listed[0]["value"].get<std::string>() + "\n");
+  EXPECT_THAT(ok({"host", "get"}), HasSubstr("PinNumber  0000"));
+
+  for (const std::string& value :
+       {std::string(100'000, 'x'), std::string(), std::string("b\xC3\xBCro <1>")}) {
+    ok({"host", "set", "PcName", value});
+    EXPECT_EQ(ok({"host", "get", "PcName"}), value + "\n");
+  }
+  EXPECT_EQ(ok({"host", "get", "PinNumber"}), "0000\n");
+  EXPECT_EQ(json::parse(ok({"host", "get", "CodePage", "--json"})), listed[2]);
+
+  for (const auto& arguments :
+       std::vector<std::vector<std::string>>{{"host"},
+                                             {"host", "get", "Vid"},
+                                             {"host", "set", "Vid", "1"},
+                                             {"host", "set", "PcName"},
+                                             {"host", "set", "PcName", "a</PcName>"}}) {
+    const Result result = qvn(arguments);
+    EXPECT_EQ(result.exitCode, 2) << testing::PrintToString(arguments);
+    EXPECT_THAT(result.errors, StartsWith("qvn: "));
+  }
+}
+
+TEST_F(InstallationCommands, AScriptWithoutEndIsRefused) {
+  const Result result =
+      run({"/bin/sh", "-c",
+           "{ echo; head -c 1G /dev/zero | tr '\\0' ' '; } | " QVN_COMMAND " registry import -"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors,
+              AllOf(HasSubstr("line 2: a script has at most 64 MiB"), HasSubstr("nothing was imported")));
+}
+
+TEST_F(InstallationCommands, AnImportThatIsKilledHasHappenedWholeOrNotAtAll) {
+  std::string script = "[Software\\Killed]\n";
+  for (int i = 0; i < 20'000; ++i) script += "\"" + std::to_string(i) + "\"=dword:1\n";
+  // Each is killed a little later than the one before.
+  for (int round = 0; round < 12; ++round) {
+    ok({"registry", "import", "-"}, "[-Software]\n");
+    {
+      Child importer({QVN_COMMAND, "registry", "import", "-"});
+      importer.write(script);
+      importer.closeInput();
+      for (int others = 0; others < round; ++others) ok({"--version"});
+      importer.signal(SIGKILL);
+      importer.wait();
+    }
+    const Result left = qvn({"registry", "export", "--key", "Software\\Killed"});
+    const auto lines = std::count(left.output.begin(), left.output.end(), '\n');
+    EXPECT_EQ(lines, left.exitCode == 0 ? 20'001 : 0) << "round " << round;
+  }
+}
+
+}  // namespace
+}  // namespace qvn::test

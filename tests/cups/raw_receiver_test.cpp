@@ -1,0 +1,41 @@
+// A print job from lp to a receiver that others wrote: the scheduler, the backend, a Bpd printer.
+#include "raw_receivers/raw_receiver.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "cups/eventually.h"
+#include "cups/scheduler.h"
+#include "end_to_end/bpd_printer.h"
+
+namespace qvn::test {
+namespace {
+
+TEST(CupsToRawReceiver, DeliversEveryByteOfAJobAndItsCopiesAndNoOthers) {
+  if (!Scheduler::isInstalled()) GTEST_SKIP() << "cupsd and lp are not installed (cups-daemon, cups-client)";
+  const std::filesystem::path home = std::getenv("QVN_HOME");
+  const std::unique_ptr<RawReceiver> receiver = RawReceiver::start();
+  ASSERT_EQ(qvn({"transport", "add", "qvn_ipv4.so"}).exitCode, 0);
+  ASSERT_EQ(
+      qvn({"device", "add", "--family", "BpdPrinter", "--transport", "IPv4", "--handle", "7", "--address",
+           "127.0.0.1", "--portname", "RAW", "--set", "IpPort=" + std::to_string(receiver->port())})
+          .exitCode,
+      0);
+  const Scheduler scheduler(home / "cups", home);
+  ASSERT_EQ(scheduler.command({"lpadmin", "-p", "raw", "-v", "qvn://RAW", "-m", "raw", "-E"}).exitCode, 0);
+
+  const std::string page = printData(2500000);
+  std::ofstream(home / "page", std::ios::binary) << page;
+  const Result sent =
+      scheduler.command({"lp", "-d", "raw", "-o", "raw", "-n", "2", (home / "page").string()});
+  ASSERT_EQ(sent.exitCode, 0) << sent.errors;
+  ASSERT_TRUE(eventually([&] {
+    return scheduler.command({"lpstat", "-o", "raw"}).output.empty();
+  })) << scheduler.log();
+  EXPECT_TRUE(receiver->receivedJob() == page + page) << scheduler.log();
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,125 @@
+# bash completion for qvn(1) and qvn-sim(1). Words that depend on the machine are asked of qvn, which reads them
+# from the registry without talking to a device.
+
+_qvn_verbs="install uninstall transport device discover print status cache watch npa get set host monitor settings
+  registry log"
+
+# The words after a verb that has verbs of its own.
+_qvn_subverbs() {
+  case $1 in
+    transport) echo "add remove list" ;;
+    device) echo "list show remove add" ;;
+    settings) echo "list get set" ;;
+    host) echo "get set" ;;
+    monitor) echo "add" ;;
+    registry) echo "export import" ;;
+    log) echo "on off show follow path" ;;
+  esac
+}
+
+_qvn_options() {
+  case $1 in
+    "transport list" | "settings list" | "host get") echo "--json" ;;
+    "device list") echo "--kind --transport --address --portname --port-type --json" ;;
+    "device show") echo "--kind --json" ;;
+    "device remove") echo "--kind" ;;
+    "device add") echo "--family --transport --handle --address --portname --port-type --set" ;;
+    discover) echo "--transport --json" ;;
+    print) echo "--device --user --job --quiet" ;;
+    status | npa) echo "--device --json" ;;
+    cache) echo "--device --json --raw" ;;
+    watch) echo "--device --count --json --raw" ;;
+    get) echo "--device --kind --json" ;;
+    set) echo "--device" ;;
+    "registry export") echo "--key" ;;
+    "log show") echo "--lines" ;;
+    "") echo "--version" ;;
+  esac
+  echo "--help"
+}
+
+# The values of a member in a listing, one a line.
+_qvn_listed() {
+  local member=$1
+  shift
+  qvn "$@" --json 2>/dev/null | sed -n "s/^ *\"$member\": \"\{0,1\}\([^\",]*\)\"\{0,1\},\{0,1\}\$/\1/p" |
+    grep -vx null
+}
+
+# The lines of standard input that begin with the word, quoted for the shell.
+_qvn_offer() {
+  local line quoted
+  while IFS= read -r line; do
+    [[ $line == "$1"* ]] || continue
+    printf -v quoted %q "$line"
+    COMPREPLY+=("$quoted")
+  done
+}
+
+_qvn_words() { _qvn_offer "$cur" < <(printf '%s\n' $1); }
+
+_qvn() {
+  local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  local verb= path= word i
+  COMPREPLY=()
+  # The verb, and the verb below it.
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    word=${COMP_WORDS[i]}
+    [[ $word == -* ]] && continue
+    if [[ -z $verb ]]; then
+      verb=$word path=$word
+      [[ -n $(_qvn_subverbs "$verb") ]] || break
+    else
+      path="$verb $word"
+      break
+    fi
+  done
+
+  case $previous in
+    --device) _qvn_offer "$cur" < <(_qvn_listed handle device list --kind printer; _qvn_listed portname device list) ;;
+    --kind) _qvn_words "printer scanner hid" ;;
+    --family) _qvn_words "CpdPrinter BpdPrinter CpdScanner BpdScanner CpdHid" ;;
+    --transport)
+      _qvn_words "LOCAL_TRANSPORT NETWORK_TRANSPORT ALL_TRANSPORT"
+      _qvn_offer "$cur" < <(_qvn_listed name transport list)
+      ;;
+    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count) ;;
+    *)
+      if [[ $cur == -* ]]; then
+        _qvn_words "$(_qvn_options "$path")"
+        return
+      fi
+      case $path in
+        "") _qvn_words "$_qvn_verbs" ;;
+        transport | device | settings | host | monitor | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
+        "transport remove") _qvn_offer "$cur" < <(_qvn_listed name transport list) ;;
+        "device show" | "device remove") _qvn_offer "$cur" < <(_qvn_listed handle device list) ;;
+        "host get" | "host set") [[ $previous == [gs]et ]] && _qvn_words "PcName PinNumber CodePage" ;;
+        "settings get" | "settings set") _qvn_offer "$cur" < <(_qvn_listed name settings list) ;;
+        print | "transport add" | "registry export" | "registry import") compopt -o default 2>/dev/null ;;
+      esac
+      ;;
+  esac
+}
+
+_qvn_sim() {
+  local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  COMPREPLY=()
+  case $previous in
+    --jobs | --trace) compopt -o default 2>/dev/null ;;
+    --fault)
+      compopt -o nospace 2>/dev/null
+      _qvn_words "delay-reply= late-reply= drop-reply= corrupt-reply= misframe-reply= double-reply= reject= close-bidi=
+        busy never-finish slow-print= close-mid-job="
+      ;;
+    --family) _qvn_words "CpdPrinter BpdPrinter" ;;
+    --model | --serial | --name | --address | --*-port | --print-time | --cancel-run) ;;
+    *)
+      _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --plain --jobs --discard
+        --print-time --cancel-run --trace --events --quit-on-eof --fault --help"
+      ;;
+  esac
+}
+
+complete -F _qvn qvn
+complete -F _qvn_sim qvn-sim
