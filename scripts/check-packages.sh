@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Installs the Debian packages in a bare Debian root, prints from one of them to another, purges them and looks for
+# Installs the Debian packages in a bare Debian root, spends a first day with them there, purges them and looks for
 # what they left behind. Needs root, and the package mirror for the bare root and for what the packages depend on.
 # usage: scripts/check-packages.sh DIRECTORY_OF_PACKAGES
 set -euo pipefail
 
 packages=$(cd "$1" && pwd)
+cd "$(dirname "$0")/.."
 [ "$(id -u)" -eq 0 ] || { echo "check-packages: only root can make a root of its own" >&2; exit 1; }
 work=$(mktemp -d)
 root=$work/root
@@ -12,9 +13,10 @@ trap 'rm -rf --one-file-system "$work"' EXIT
 
 say() { printf '\n== %s\n' "$*"; }
 inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"; }
-# Every file but those that any installation touches.
+# Every file but those that any installation touches, and what the scheduler keeps of its own.
 files() {
   (cd "$root" && find . -xdev \( -path ./proc -o -path ./sys -o -path ./dev -o -path ./tmp -o -path ./var/cache \
+    -o -path ./etc/cups -o -path ./var/spool/cups -o -path ./run -o -path ./root \
     -o -path ./var/log -o -path ./var/lib/apt -o -path ./var/lib/dpkg -o -path ./etc/ld.so.cache \) -prune -o -print | sort)
 }
 
@@ -39,28 +41,9 @@ inside qvn --version
 inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn' | grep 'not found' &&
   { echo "a library is missing" >&2; exit 1; }
 
-say "Printing to the simulated printer of the package"
-# The device ends with its console, which the shell below holds open.
-inside timeout 120 sh -e >"$work/printed" <<'INSIDE'
-mkfifo /tmp/console
-qvn-sim --jobs /tmp/jobs --quit-on-eof </tmp/console >/tmp/ready &
-exec 4>/tmp/console
-while [ ! -s /tmp/ready ]; do sleep 0.1; done
-port=$(sed 's/.*"discovery":\([0-9]*\).*/\1/' /tmp/ready)
-qvn settings set TeojInterval 50
-qvn install
-qvn transport list
-qvn discover --transport IPv4 "127.0.0.1:$port"
-qvn print /etc/os-release /etc/passwd
-/usr/lib/cups/backend/qvn
-DEVICE_URI=qvn://IP_SIM0000001 PRINTER=lab /usr/lib/cups/backend/qvn 1 root title 2 "" /etc/passwd
-exec 4>&-
-wait
-INSIDE
-cat "$work/printed"
-cmp "$root/etc/passwd" "$root/tmp/jobs/job-2.prn"
-cat "$root/etc/passwd" "$root/etc/passwd" | cmp - "$root/tmp/jobs/job-3.prn"
-grep -q '^network qvn://IP_SIM0000001 "Simulated Printer"' "$work/printed"
+say "A first day with them"
+cp scripts/first-day.sh "$root/packages/"
+inside timeout 300 /packages/first-day.sh
 [ -d "$root/var/lib/qvn" ]
 
 say "Purging"
