@@ -1,8 +1,5 @@
 // How the costs of the library's inner parts grow, and what they take from the heap. Prints the table and
 // adds it to the file that the argument names.
-#include <cstdio>
-#include <exception>
-
 #include "allocations.h"
 #include "measure.h"
 #include "ratio_table.h"
@@ -84,16 +81,4 @@ void run(const char* file) {
 }  // namespace
 }  // namespace qvn::bench
 
-int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: qvn_bench_growth FILE\n", stderr);
-    return 2;
-  }
-  try {
-    qvn::bench::run(argv[1]);
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "qvn_bench_growth: %s\n", error.what());
-    return 1;
-  }
-}
+int main(int argc, char** argv) { return qvn::bench::benchMain(argc, argv, qvn::bench::run); }

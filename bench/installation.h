@@ -16,6 +16,7 @@ class Installation {
   Installation& operator=(const Installation&) = delete;
 
   std::uint32_t client() const { return client_; }
+  const std::filesystem::path& home() const { return home_; }
 
   // A value below "Settings\".
   void set(const std::string& name, std::uint32_t value) const;

@@ -1,6 +1,8 @@
 #include "measure.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -26,6 +28,20 @@ double medianRatio(int rounds, const Measured& a, const Measured& b) {
 
 void require(std::uint32_t result, const char* operation) {
   if (result != 0) throw std::runtime_error(std::string(operation) + " gave " + std::to_string(result));
+}
+
+int benchMain(int argc, char** argv, void (*run)(const char* file)) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: %s FILE\n", argv[0]);
+    return 2;
+  }
+  try {
+    run(argv[1]);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+    return 1;
+  }
 }
 
 }  // namespace qvn::bench

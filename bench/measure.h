@@ -33,6 +33,9 @@ Seconds timeOf(std::uint32_t runs, Action&& action) {
   });
 }
 
+// The main function of a program of measurements that takes the file of results as its only argument.
+int benchMain(int argc, char** argv, void (*run)(const char* file));
+
 // Throws std::runtime_error with the operation's name when the result is not 0: what failed must not count as
 // fast.
 void require(std::uint32_t result, const char* operation);

@@ -10,5 +10,6 @@ build=$1
 rm -f "$build/bench.json"
 {
   "$build/bench/qvn_bench_pairs" "$build/bench.json"
+  "$build/bench/qvn_bench_spooler" "$build/bench.json"
   "$build/bench/qvn_bench_growth" "$build/bench.json"
 } | tee "$build/bench.txt"

@@ -12,7 +12,7 @@ packages=(
 )
 case "${1:-build}" in
   build) ;;
-  bench) ;;
+  bench) packages+=(cups) ;;
   package) packages+=(file debootstrap) ;;
   check) packages+=(clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
   *) echo "usage: setup.sh [build|bench|package|check]" >&2; exit 2 ;;

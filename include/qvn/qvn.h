@@ -605,8 +605,8 @@ QVN_EXPORT uint32_t QvnInstall(void);
 QVN_EXPORT uint32_t QvnUninstall(void);
 
 /*
- * Registers the print monitor with the spooler, named after the default model, and waits at most 5 s for it to
- * report that it runs; when it does not, the answer is the same.
+ * Registers the print monitor with the spooler, named after the default model, and waits at most 5 s for it
+ * to report that it runs; when it does not, the answer is the same.
  * Returns 0; 183 or 3006 it is registered already; 2 the default model has no name; else the spooler's error.
  */
 QVN_EXPORT uint32_t QvnAddMonitor(void);

@@ -16,8 +16,8 @@ enum class PriorityClass : std::uint32_t { Normal = 32, Idle = 64, High = 128, B
 
 class QVN_PLATFORM_API ChildProcess {
  public:
-  // Starts the program named by the first word of `commandLine` (one installed with this layer if there is one
-  // of that name, else searched as the shell does) with the other words as arguments; double quotes keep
+  // Starts the program named by the first word of `commandLine` (one installed with this layer if there is
+  // one of that name, else searched as the shell does) with the other words as arguments; double quotes keep
   // blanks together. The child has no terminal and inherits the
   // caller's environment and directory, none of its handles. Null on failure, with `error` set (2 when there
   // is no such program).

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "cli/child.h"
+#include "cli/successful_run.h"
 #include "platform/paths.h"
 
 namespace qvn::test {
@@ -18,13 +18,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
-
-std::string ok(const std::vector<std::string>& arguments, const std::string& input = "") {
-  const Result result = qvn(arguments, input);
-  EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << "\n" << result.errors;
-  EXPECT_THAT(result.errors, IsEmpty()) << testing::PrintToString(arguments);
-  return result.output;
-}
 
 std::filesystem::path scriptFile() {
   std::string directory;

@@ -1,26 +1,14 @@
 // Alerts and the status cache as a printer sends them: their class, and what the tools say of them.
 #include "alert_words.h"
-#include "common/basic_logger.h"
 #include "fuzz/check.h"
+#include "fuzz/silent_logger.h"
 #include "npa/npa_packet.h"
 #include "printer/printer_alert_type.h"
 
-namespace {
-
 using namespace qvn;
 
-class SilentLogger : public BasicLogger {
- public:
-  SilentLogger() : BasicLogger("fuzz.log") {}
-
- protected:
-  bool isWanted(const Component&, std::uint32_t) const override { return false; }
-};
-
-}  // namespace
-
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  BasicLogger::setInstance(std::make_unique<SilentLogger>());
+  qvn::fuzz::SilentLogger::install();
   return 0;
 }
 

@@ -2,11 +2,9 @@
 // the status cache.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <memory>
-
-#include "common/basic_logger.h"
 #include "common/exception.h"
 #include "fuzz/check.h"
+#include "fuzz/silent_logger.h"
 #include "npa/alert_registration.h"
 #include "npa/dc_summary_command.h"
 #include "npa/job_commands.h"
@@ -17,14 +15,6 @@
 namespace {
 
 using namespace qvn;
-
-class SilentLogger : public BasicLogger {
- public:
-  SilentLogger() : BasicLogger("fuzz.log") {}
-
- protected:
-  bool isWanted(const Component&, std::uint32_t) const override { return false; }
-};
 
 void readPacket(const Data& packet) {
   const NpaPacket npa(packet);
@@ -83,7 +73,7 @@ void nameJob(FuzzedDataProvider& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  BasicLogger::setInstance(std::make_unique<SilentLogger>());
+  qvn::fuzz::SilentLogger::install();
   return 0;
 }
 

@@ -246,6 +246,9 @@ TEST_F(Discovery, TriesThePrintPortOfADeviceThatAnswersNoQuestions) {
     EXPECT_EQ(log.texts, c.code == 0 ? std::vector{c.attributes} : std::vector<std::string>())
         << c.attributes;
   }
+  log.texts.clear();
+  EXPECT_EQ(module.discoverer.discoverSpecific(nameless + "<Unverified>1</Unverified>"), 0u);
+  EXPECT_EQ(log.texts, std::vector{nameless + "<Unverified>0</Unverified>"});
 }
 
 TEST_F(Discovery, DescribesAPlainPrinter) {

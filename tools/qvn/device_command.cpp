@@ -48,11 +48,8 @@ std::string filterOf(const ListOptions& options) {
   for (const auto& [descriptor, value] :
        {std::pair(attribute::kAddress, &options.address), std::pair(attribute::kPortname, &options.portname),
         std::pair(attribute::kPortType, &options.portType)}) {
-    if (value->empty()) {
-      continue;
-    }
-    if (AttributeCodec::setString(filter, descriptor, *value) != QRN_ERROR_SUCCESS) {
-      throw UsageError("no device has the " + attributeName(descriptor) + " '" + *value + "'");
+    if (!value->empty()) {
+      AttributeCodec::setString(filter, descriptor, *value);
     }
   }
   return filter;

@@ -19,15 +19,13 @@ namespace {
 
 constexpr const char* kKeys[] = {attribute::kPcName, attribute::kPinNumber, attribute::kCodePage};
 
-std::vector<std::string> names() {
-  std::vector<std::string> found;
-  std::transform(std::begin(kKeys), std::end(kKeys), std::back_inserter(found), attributeName);
-  return found;
-}
-
 const char* keyNamed(const std::string& name) {
-  return *std::find_if(std::begin(kKeys), std::end(kKeys),
-                       [&](const char* key) { return attributeName(key) == name; });
+  for (const char* const key : kKeys) {
+    if (attributeName(key) == name) {
+      return key;
+    }
+  }
+  throw UsageError("there is no '" + name + "': use PcName, PinNumber or CodePage");
 }
 
 std::string read(const Session& session, const char* key) {
@@ -43,9 +41,10 @@ std::string read(const Session& session, const char* key) {
 }
 
 void get(const std::string& name, bool json) {
+  const char* const asked = name.empty() ? nullptr : keyNamed(name);
   const Session session;
-  if (!name.empty()) {
-    const std::string value = read(session, keyNamed(name));
+  if (asked != nullptr) {
+    const std::string value = read(session, asked);
     if (json) {
       printJson({{"name", name}, {"value", value}});
     } else {
@@ -61,11 +60,11 @@ void get(const std::string& name, bool json) {
 }
 
 void set(const std::string& name, const std::string& value) {
+  const char* const key = keyNamed(name);
   if (value.find("</" + name + ">") != std::string::npos) {
     throw UsageError(name + " cannot contain '</" + name + ">'");
   }
   const Session session;
-  const char* const key = keyNamed(name);
   require(QvnSetHostInfo(session.client(), key, value.c_str(), static_cast<std::uint32_t>(value.size() + 1)),
           "cannot set " + name);
   // The library does not tell when the registry refuses the value.
@@ -95,14 +94,12 @@ void addHostCommand(CLI::App& app) {
       "  qvn host set PinNumber 4711");
 
   CLI::App* getVerb = verb->add_subcommand("get", "Print one of them, or all");
-  getVerb->add_option("KEY", options->name, "PcName, PinNumber or CodePage")->check(CLI::IsMember(names()));
+  getVerb->add_option("KEY", options->name, "PcName, PinNumber or CodePage");
   getVerb->add_flag("--json", options->json, "Print JSON");
   getVerb->callback([options] { get(options->name, options->json); });
 
   CLI::App* setVerb = verb->add_subcommand("set", "Change one of them");
-  setVerb->add_option("KEY", options->name, "PcName, PinNumber or CodePage")
-      ->required()
-      ->check(CLI::IsMember(names()));
+  setVerb->add_option("KEY", options->name, "PcName, PinNumber or CodePage")->required();
   setVerb->add_option("VALUE", options->value, "Its value")->required();
   setVerb->callback([options] { set(options->name, options->value); });
 }

@@ -1,4 +1,4 @@
-// Asks the machine's Avahi daemon, over D-Bus.
+// The module that asks the machine's Avahi daemon, over D-Bus.
 #include <avahi-client/client.h>
 #include <avahi-client/lookup.h>
 #include <avahi-common/address.h>
@@ -12,7 +12,7 @@
 #include <climits>
 #include <memory>
 
-#include "services.h"
+#include "services_module.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -119,15 +119,15 @@ class Lookup {
 };
 
 }  // namespace
+}  // namespace qvn::ipv4
 
-std::vector<Service> findServices(const std::string& name, ServiceDeadline deadline) {
-  Lookup lookup;
+extern "C" __attribute__((visibility("default"))) void QvnIpv4FindServices(
+    const std::string& name, qvn::ipv4::ServiceDeadline deadline, std::vector<qvn::ipv4::Service>& services) {
+  qvn::ipv4::Lookup lookup;
   if (name.empty()) {
     lookup.browse();
   } else {
     lookup.resolve(AVAHI_IF_UNSPEC, AVAHI_PROTO_INET, name.c_str(), nullptr);
   }
-  return lookup.run(deadline);
+  services = lookup.run(deadline);
 }
-
-}  // namespace qvn::ipv4

@@ -55,7 +55,6 @@ std::string describe(const DeviceAnswer& device, std::uint32_t address, std::uin
   AttributeCodec::setString(text, attribute::kSerialNumber, device.serial);
   AttributeCodec::setString(text, attribute::kNickname, device.name);
   AttributeCodec::setLong(text, attribute::kIpPort, device.printPort);
-  // Also when it is 0: the device may have had one before.
   AttributeCodec::setLong(text, attribute::kChannelId, device.bidiPort);
   return text;
 }
@@ -131,8 +130,14 @@ std::uint32_t IpDiscoverer::findAnnouncedDevice(const std::string& deviceAttribu
   }
   TcpSocket socket;
   const std::uint32_t rc = socket.connect(printPort, currentTimeouts().connect);
-  if (rc == QRN_ERROR_SUCCESS) notify(deviceAttributes);
-  return rc;
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  std::string text = deviceAttributes;
+  std::uint32_t unverified = 0;
+  const bool isMarked =
+      AttributeCodec::getLong(text, attribute::kUnverified, unverified) == QRN_ERROR_SUCCESS;
+  if (isMarked) AttributeCodec::setLong(text, attribute::kUnverified, 0);
+  notify(text);
+  return QRN_ERROR_SUCCESS;
 }
 
 std::uint32_t IpDiscoverer::getDefaults(char* buffer, std::uint32_t size, std::uint32_t* required) {

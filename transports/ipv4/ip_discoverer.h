@@ -24,7 +24,7 @@ class IpDiscoverer : public Discoverer {
 
   // Asks the device where the text says it is, then all places of the defaults. A device that does not answer
   // questions (without "UdpPort") is looked for by the service that announced it; where there is none it is
-  // told again as the text describes it if it accepts a connection on its print port.
+  // told again as the text describes it, "Unverified" no more, if it accepts a connection on its print port.
   //
   // 87 when the text does not say where the device is, 1460 when nothing answers there, 1168 when another
   // device does, 1225 and the like for a print port that nobody can connect to.
