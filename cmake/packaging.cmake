@@ -1,5 +1,5 @@
-# Debian packages, one per install component: `cpack -G DEB` in a build with the prefix /usr (preset "package"). The
-# directory that transports are looked for in is part of the library, so no other prefix makes packages that work.
+# Debian packages, one per install component: `cpack -G DEB` in a build with the prefix /usr (preset "package"), where
+# they belong.
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   return()
 endif()
