@@ -37,6 +37,10 @@ void run(const char* file) {
   const Installation installation;
   const std::string place = device.address() + ":" + std::to_string(device.discoveryPort());
   require(QvnDiscovery(installation.client(), "IPv4", place.c_str()), "QvnDiscovery");
+  // The scheduler's own backends run as a user of its own.
+  std::filesystem::permissions(installation.home(),
+                               std::filesystem::perms::group_exec | std::filesystem::perms::others_exec,
+                               std::filesystem::perm_options::add);
   const test::Scheduler scheduler(installation.home() / "cups", installation.home());
   std::filesystem::create_symlink(kSocketBackend, installation.home() / "cups/bin/backend/socket");
   const auto command = [&](const std::vector<std::string>& arguments) {

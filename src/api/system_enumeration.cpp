@@ -1,11 +1,14 @@
 // What the exported enumeration and discovery functions forward to.
 #include <algorithm>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "api/discovery_manager.h"
 #include "api/system.h"
 #include "common/text.h"
 #include "common/trace_scope.h"
+#include "device/device_identity.h"
 #include "device/hid_store.h"
 #include "device/printer_store.h"
 #include "device/scanner_store.h"
@@ -16,20 +19,34 @@
 namespace qvn {
 namespace {
 
-bool contains(const std::vector<std::string>& names, const std::string& name) {
+bool contains(const std::vector<std::string>& names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// Keeps the texts that carry the filter's value of the attribute; all of them when the filter has none.
-void filterBy(const std::string& filter, const char* descriptor, std::vector<std::string>& texts) {
-  std::string wanted;
-  if (AttributeCodec::getString(filter, descriptor, wanted) != QRN_ERROR_SUCCESS) return;
-  std::erase_if(texts, [&](const std::string& text) {
-    std::string value;
-    return AttributeCodec::getString(text, descriptor, value) != QRN_ERROR_SUCCESS ||
-           !equalsIgnoringCase(value, wanted);
-  });
-}
+// The filter of an enumeration of printers: the attributes that it names, with their values.
+class Filter {
+ public:
+  explicit Filter(const std::string& text) {
+    for (const char* const descriptor : {attribute::kAddress, attribute::kPortname, attribute::kPortType}) {
+      std::string value;
+      if (AttributeCodec::getString(text, descriptor, value) == QRN_ERROR_SUCCESS) {
+        wanted_.emplace_back(descriptor, value);
+      }
+    }
+  }
+
+  // Whether the text carries all these values, compared without case.
+  bool matches(std::string_view text) const {
+    return std::all_of(wanted_.begin(), wanted_.end(), [&](const auto& wanted) {
+      std::string value;
+      return AttributeCodec::getString(text, wanted.first, value) == QRN_ERROR_SUCCESS &&
+             equalsIgnoringCase(value, wanted.second);
+    });
+  }
+
+ private:
+  std::vector<std::pair<const char*, std::string>> wanted_;
+};
 
 // Tells the callback of each scanner or HID of the transports; `function` names the exported one in the log.
 std::uint32_t enumerate(const char* function, const std::vector<std::string>& texts, std::uint32_t clientId,
@@ -41,16 +58,12 @@ std::uint32_t enumerate(const char* function, const std::vector<std::string>& te
     logDetail(log_component::server(), [&] {
       return LogText() << "System::" << function << ": item " << item << " has transport: " << text;
     });
-    std::uint32_t handle = 0;
-    std::string name;
-    if (AttributeCodec::getLong(text, attribute::kHandle, handle) != QRN_ERROR_SUCCESS ||
-        AttributeCodec::getString(text, attribute::kTransport, name) != QRN_ERROR_SUCCESS ||
-        !contains(names, name)) {
-      continue;
-    }
-    callback(clientId, handle);
+    const DeviceIdentity device = DeviceIdentity::of(text);
+    if (!device.handle || !device.transport || !contains(names, *device.transport)) continue;
+    callback(clientId, *device.handle);
     logDetail(log_component::server(), [&] {
-      return LogText() << "System::" << function << ": enum device " << handle << " of type " << name;
+      return LogText() << "System::" << function << ": enum device " << *device.handle << " of type "
+                       << *device.transport;
     });
   }
   return QRN_ERROR_SUCCESS;
@@ -60,28 +73,32 @@ std::uint32_t enumerate(const char* function, const std::vector<std::string>& te
 
 std::uint32_t System::qvnEnumPrinters(std::uint32_t clientId, const std::string& transport,
                                       const std::string& filter, QvnDeviceFoundCallback callback) {
-  std::vector<std::string> texts;
-  PrinterStore::getInstance().enumerate(texts);
-  for (const char* const descriptor : {attribute::kAddress, attribute::kPortname, attribute::kPortType}) {
-    filterBy(filter, descriptor, texts);
-  }
+  const Filter wanted(filter);
   const std::vector<std::string> names = Transports::getInstance().getTransportNames(transport);
-  for (const std::string& text : texts) {
-    std::uint32_t handle = 0;
-    if (AttributeCodec::getLong(text, attribute::kHandle, handle) != QRN_ERROR_SUCCESS) {
-      logError(log_component::server(),
-               [&] { return LogText() << "TransportString is missing device key: " << text; });
-      continue;
+  std::vector<std::uint32_t> handles;
+  std::vector<std::string> nameless;
+  PrinterStore::getInstance().forEach([&](std::string_view text) {
+    if (!wanted.matches(text)) return;
+    const DeviceIdentity device = DeviceIdentity::of(text);
+    if (!device.handle) {
+      nameless.emplace_back(text);
+    } else if (device.transport && contains(names, *device.transport)) {
+      handles.push_back(*device.handle);
     }
-    std::string name;
-    if (AttributeCodec::getString(text, attribute::kTransport, name) != QRN_ERROR_SUCCESS ||
-        !contains(names, name)) {
-      continue;
+  });
+  for (const std::string& text : nameless) {
+    logError(log_component::server(),
+             [&] { return LogText() << "TransportString is missing device key: " << text; });
+  }
+  // Asked once, not for each of what may be thousands.
+  const bool isLogged = BasicLogger::isEnabled(log_component::server(), log_level::kDetail);
+  for (const std::uint32_t handle : handles) {
+    if (isLogged) {
+      logDetail(log_component::server(), [&] {
+        return LogText() << "System::QvnEnumPrinters()"
+                         << " callback(" << clientId << "," << handle << ")";
+      });
     }
-    logDetail(log_component::server(), [&] {
-      return LogText() << "System::QvnEnumPrinters()"
-                       << " callback(" << clientId << "," << handle << ")";
-    });
     callback(clientId, handle);
   }
   return QRN_ERROR_SUCCESS;

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -20,7 +22,11 @@ class DeviceStore {
   std::uint32_t read(std::uint32_t handle, std::string& text);
   std::uint32_t remove(std::uint32_t handle);
   std::uint32_t findByPortname(const std::string& portName, std::string& text);
+  // Every text that can be read; always 0.
   std::uint32_t enumerate(std::vector<std::string>& texts);
+  // The same without a copy: `reader` is lent each text. It must not call the registry, and therefore not
+  // log.
+  void forEach(const std::function<void(std::string_view)>& reader);
 
  protected:
   explicit DeviceStore(const char* name) : name_(name) {}

@@ -88,15 +88,14 @@ std::uint32_t PersistenceStore::findByPortname(const std::string& store, const s
   return rc;
 }
 
-std::uint32_t PersistenceStore::enumerate(const std::string& store, std::vector<std::string>& texts) {
+void PersistenceStore::forEach(const std::string& store,
+                               const std::function<void(std::string_view)>& reader) {
   InterProcessLock lock(mutex_);
-  texts.clear();
   const platform::ErrorCode error =
       forEachText(store, [&](registry::ValueType type, std::string_view stored) {
-        if (type == registry::ValueType::String) texts.emplace_back(stored);
+        if (type == registry::ValueType::String) reader(stored);
       });
   if (error != platform::kSuccess) platform::setLastError(error);
-  return QRN_ERROR_SUCCESS;
 }
 
 }  // namespace qvn

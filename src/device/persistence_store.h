@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "common/mutex.h"
 #include "common/process_service.h"
@@ -23,8 +24,9 @@ class PersistenceStore : public ProcessService<PersistenceStore> {
   // The first text, in the order of writing, that carries the port name, compared without case: 0; 1796 when
   // none does; 1359 when a text before it cannot be read.
   std::uint32_t findByPortname(const std::string& store, const std::string& portName, std::string& text);
-  // Every text that can be read; always 0.
-  std::uint32_t enumerate(const std::string& store, std::vector<std::string>& texts);
+  // Lends every text that can be read to `reader`, in the order of writing. It must not call the registry,
+  // and therefore not log.
+  void forEach(const std::string& store, const std::function<void(std::string_view)>& reader);
 
  private:
   friend class ProcessService<PersistenceStore>;

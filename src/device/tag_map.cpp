@@ -1,5 +1,7 @@
 #include "device/tag_map.h"
 
+#include <cstring>
+
 namespace qvn {
 namespace {
 
@@ -8,20 +10,22 @@ struct Element {
   std::string_view value;
 };
 
-// Takes elements one after the other off an attribute text.
+// Takes elements one after the other off an attribute text. Enumerations take thousands of texts apart, so it
+// goes by pointers.
 class ElementReader {
  public:
-  explicit ElementReader(std::string_view text) : rest_(text) {}
+  explicit ElementReader(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
 
   // The next element at the top level; false at the end.
   bool next(Element& element) {
     while (true) {
-      const std::size_t open = rest_.find('<');
-      if (open == std::string_view::npos) return false;
-      const std::size_t close = rest_.find('>', open);
-      if (close == std::string_view::npos) return false;
-      std::string_view tag = rest_.substr(open + 1, close - open - 1);
-      rest_.remove_prefix(close + 1);
+      // As a rule one element follows the other with nothing between them.
+      const char* const open = at_ != end_ && *at_ == '<' ? at_ : find(at_, '<');
+      if (open == nullptr) return false;
+      const char* const close = find(open, '>');
+      if (close == nullptr) return false;
+      std::string_view tag(open + 1, static_cast<std::size_t>(close - open - 1));
+      at_ = close + 1;
       // A closing tag without its opening one.
       if (tag.empty() || tag.front() == '/') continue;
       if (tag.back() == '/') {
@@ -31,29 +35,34 @@ class ElementReader {
         element = {tag, {}};
         return true;
       }
-      const std::size_t end = findClosingTag(tag);
-      if (end == std::string_view::npos) return false;
-      element = {tag, rest_.substr(0, end)};
-      rest_.remove_prefix(end + tag.size() + 3);
+      const char* const end = findClosingTag(tag);
+      if (end == nullptr) return false;
+      element = {tag, {at_, static_cast<std::size_t>(end - at_)}};
+      at_ = end + tag.size() + 3;
       return true;
     }
   }
 
  private:
-  // Where "</" name ">" begins in the rest.
-  std::size_t findClosingTag(std::string_view name) const {
-    std::size_t position = 0;
-    while ((position = rest_.find("</", position)) != std::string_view::npos) {
-      const std::string_view candidate = rest_.substr(position + 2);
-      if (candidate.size() > name.size() && candidate.starts_with(name) && candidate[name.size()] == '>') {
-        return position;
-      }
-      position += 2;
-    }
-    return std::string_view::npos;
+  const char* find(const char* from, char character) const {
+    if (from == end_) return nullptr;
+    return static_cast<const char*>(std::memchr(from, character, static_cast<std::size_t>(end_ - from)));
   }
 
-  std::string_view rest_;
+  // Where "</" name ">" begins in the rest.
+  const char* findClosingTag(std::string_view name) const {
+    for (const char* tag = find(at_, '<'); tag != nullptr; tag = find(tag + 1, '<')) {
+      if (static_cast<std::size_t>(end_ - tag) < name.size() + 3) return nullptr;
+      if (tag[1] == '/' && tag[name.size() + 2] == '>' &&
+          std::memcmp(tag + 2, name.data(), name.size()) == 0) {
+        return tag;
+      }
+    }
+    return nullptr;
+  }
+
+  const char* at_;
+  const char* end_;
 };
 
 }  // namespace
@@ -91,15 +100,23 @@ const std::string& TagMap::text() const {
 }
 
 bool TagMap::find(std::string_view text, std::string_view name, std::string_view& value) {
+  Wanted wanted{name, {}};
+  find(text, {&wanted, 1});
+  if (wanted.value) value = *wanted.value;
+  return wanted.value.has_value();
+}
+
+void TagMap::find(std::string_view text, std::span<Wanted> wanted) {
   ElementReader reader(text);
   Element element;
-  while (reader.next(element)) {
-    if (element.name == name) {
-      value = element.value;
-      return true;
+  std::size_t missing = wanted.size();
+  while (missing > 0 && reader.next(element)) {
+    for (Wanted& one : wanted) {
+      if (one.value || one.name != element.name) continue;
+      one.value = element.value;
+      --missing;
     }
   }
-  return false;
 }
 
 }  // namespace qvn

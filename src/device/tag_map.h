@@ -5,6 +5,8 @@
 #pragma once
 
 #include <map>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,6 +28,13 @@ class TagMap {
 
   // The value of one element of a text, without taking the whole text apart; false when there is none.
   static bool find(std::string_view text, std::string_view name, std::string_view& value);
+
+  struct Wanted {
+    std::string_view name;
+    std::optional<std::string_view> value;  // none when there is no such element
+  };
+  // The same for several elements in one pass.
+  static void find(std::string_view text, std::span<Wanted> wanted);
 
  private:
   std::map<std::string, std::string, std::less<>> elements_;

@@ -205,9 +205,7 @@ ErrorCode openSubkey(const Key& parent, std::string_view path, Key& key) {
   });
 }
 
-ErrorCode flush() {
-  return fail(syncStore());
-}
+ErrorCode flush() { return fail(syncStore()); }
 
 ErrorCode getValue(const Key& key, std::string_view name, Value& value) {
   return readValue(key, name, [&](ValueType type, std::string_view data) {
@@ -293,10 +291,14 @@ ErrorCode forEachValue(const Key& key,
       return ValueRecord::decode(entry.bytes, records.emplace_back());
     });
     if (error != kSuccess) return error;
-    std::sort(records.begin(), records.end(), [](const ValueRecord& left, const ValueRecord& right) {
-      return left.sequence < right.sequence;
-    });
-    for (const ValueRecord& record : records) reader(record.name, record.type, record.data);
+    // Sorting places is cheaper than sorting records.
+    std::vector<std::pair<std::uint64_t, std::size_t>> order;
+    order.reserve(records.size());
+    for (const ValueRecord& record : records) order.emplace_back(record.sequence, order.size());
+    std::sort(order.begin(), order.end());
+    for (const auto& [sequence, place] : order) {
+      reader(records[place].name, records[place].type, records[place].data);
+    }
     return kSuccess;
   });
 }
@@ -306,8 +308,6 @@ ErrorCode transaction(const std::function<ErrorCode()>& changes) {
   return writing([&](WriteTransaction&) { return changes(); });
 }
 
-std::string lastFailure() {
-  return lastStoreFailure();
-}
+std::string lastFailure() { return lastStoreFailure(); }
 
 }  // namespace qvn::platform::registry

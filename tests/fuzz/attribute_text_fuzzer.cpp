@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "device/device_identity.h"
 #include "device/tag_map.h"
 #include "fuzz/check.h"
 #include "qvn/result_codes.h"
@@ -84,6 +85,18 @@ void setAndReadBack(FuzzedDataProvider& input, std::string& text) {
   QVN_FUZZ_CHECK(stringBack == string);
 }
 
+// What one pass finds is what the codec finds.
+void compareIdentity(const std::string& text) {
+  const DeviceIdentity identity = DeviceIdentity::of(text);
+  std::uint32_t handle = 0;
+  std::string transport;
+  QVN_FUZZ_CHECK(identity.handle.has_value() ==
+                 (AttributeCodec::getLong(text, attribute::kHandle, handle) == QRN_ERROR_SUCCESS));
+  QVN_FUZZ_CHECK(identity.transport.has_value() ==
+                 (AttributeCodec::getString(text, attribute::kTransport, transport) == QRN_ERROR_SUCCESS));
+  QVN_FUZZ_CHECK(identity.handle.value_or(0) == handle && identity.transport.value_or("") == transport);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -97,6 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   std::string text = input.ConsumeRemainingBytesAsString();
   readAll(text);
   compareReaders(text, name);
+  compareIdentity(text);
   const std::string written = TagMap(text).text();
   QVN_FUZZ_CHECK(TagMap(written).text() == written);
   FuzzedDataProvider again(bytes, size);
