@@ -31,7 +31,7 @@ chmod 755 "$root/usr/sbin/policy-rc.d"
 # What the packages depend on is there before, so that what is found after the purge is theirs.
 mapfile -t names < <(for file in "$packages"/*.deb; do dpkg-deb -f "$file" Package; done)
 inside apt-get update -qq
-inside apt-get install -y -qq --no-install-recommends cups-daemon liblmdb0 >>"$work/log" 2>&1
+inside apt-get install -y -qq --no-install-recommends cups-daemon cups-client liblmdb0 >>"$work/log" 2>&1
 files >"$work/before"
 
 say "Installing ${names[*]}"

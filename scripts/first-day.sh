@@ -6,6 +6,9 @@ set -eu
 
 work=$(mktemp -d)
 cd "$work"
+started=
+# Whatever happens, nothing that was started stays.
+trap 'for process in $started; do kill "$process" 2>/dev/null || true; done' EXIT
 say() { printf '\n-- %s\n' "$*"; }
 # Until the command succeeds, at most half a minute.
 await() {
@@ -20,8 +23,10 @@ await() {
 say "Two printers: one that speaks packets, one that takes plain data"
 mkfifo cpd.console bpd.console
 qvn-sim --jobs cpd --events --quit-on-eof <cpd.console >cpd.said &
+started="$started $!"
 exec 4>cpd.console
 qvn-sim --family BpdPrinter --plain --serial PLAIN1 --jobs bpd --events --quit-on-eof <bpd.console >bpd.said &
+started="$started $!"
 exec 5>bpd.console
 await test -s cpd.said
 await test -s bpd.said
@@ -36,6 +41,7 @@ say "A file as large as a document, printed to both with lp"
 head -c 3000000 /dev/urandom | tr '\000' 'x' >document
 cupsd -f >cupsd.said 2>&1 &
 scheduler=$!
+started="$started $scheduler"
 await sh -c 'lpstat -r | grep -q "is running"'
 lpadmin -p packets -v qvn://IP_SIM0000001 -m raw -E 2>/dev/null
 lpadmin -p plain -v qvn://IP_PLAIN1 -m raw -E 2>/dev/null
@@ -50,6 +56,7 @@ cmp document bpd/job-1.prn
 say "Watching: out of paper, and a job of another program from its beginning to its end"
 qvn watch --device IP_SIM0000001 --count 4 >watched 2>watch.said &
 watcher=$!
+started="$started $watcher"
 await grep -q watching watch.said
 echo "status 0 0x4000" >&4
 echo "status 0 0" >&4
@@ -68,6 +75,8 @@ wait "$scheduler" || true
 exec 4>&- 5>&-
 wait
 qvn uninstall
-qvn registry export
+qvn registry export 2>said && { echo "the library left settings behind" >&2; exit 1; }
+cat said
 cd /
 rm -r "$work"
+started=

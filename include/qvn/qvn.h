@@ -60,12 +60,12 @@
  * the library or of a transport, or of the client whose call it reports on; it should return soon and must
  * not throw. Data passed to a callback is valid only until the callback returns.
  *
- * Inside a callback every function may be called; inside a notification the printer's opens and job operations
- * return 170, since the operation reported on is not over. What would end the callback's own thread or device is done
- * when the callback is over: QvnClosePrinter and the last QvnUninitialize then return before it. When an
- * unregistering function has returned no call of that registration begins or is running, unless it was made
- * from inside a callback of the same device. After the last QvnUninitialize no callback runs, with the same
- * exception.
+ * Inside a callback every function may be called; inside a notification the printer's opens and job
+ * operations return 170, since the operation reported on is not over. What would end the callback's own
+ * thread or device is done when the callback is over: QvnClosePrinter and the last QvnUninitialize then
+ * return before it. When an unregistering function has returned no call of that registration begins or is
+ * running, unless it was made from inside a callback of the same device. After the last QvnUninitialize no
+ * callback runs, with the same exception.
  */
 #ifndef QVN_QVN_H
 #define QVN_QVN_H
@@ -223,9 +223,8 @@ QVN_EXPORT uint32_t QvnEndJobPrinter(uint32_t clientId, uint32_t handle);
 /*
  * Asks for the printer's job to be cancelled; it takes effect at the end of the write that is running, else
  * at the next write. The job must still be ended. For use from another thread than the writing one. No
- * effect without a job. A Bpd printer prints what it has begun: only a job whose writes fail can be cancelled,
- * and then nothing but closing the printer ends it.
- * Returns 0; 6 the handle is 0.
+ * effect without a job. A Bpd printer prints what it has begun: only a job whose writes fail can be
+ * cancelled, and then nothing but closing the printer ends it. Returns 0; 6 the handle is 0.
  */
 QVN_EXPORT uint32_t QvnCancelJobPrinter(uint32_t clientId, uint32_t handle);
 
@@ -257,10 +256,8 @@ QVN_EXPORT uint32_t QvnGetCachePrinter(uint32_t clientId, uint32_t handle, uint8
                                        uint32_t bufferSize, uint32_t* required);
 
 /*
- * The printer's state as the library sees it: 1 printing, 2 error, 3 idle; of a Bpd printer always 3. Does not
- * ask the device.
- *   state  out, required; tested before the handle.
- * Returns 0; 87; 6.
+ * The printer's state as the library sees it: 1 printing, 2 error, 3 idle; of a Bpd printer always 3. Does
+ * not ask the device. state  out, required; tested before the handle. Returns 0; 87; 6.
  */
 QVN_EXPORT uint32_t QvnGetCurrentStatePrinter(uint32_t clientId, uint32_t handle, uint32_t* state);
 
