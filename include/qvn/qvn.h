@@ -224,7 +224,9 @@ QVN_EXPORT uint32_t QvnEndJobPrinter(uint32_t clientId, uint32_t handle);
  * Asks for the printer's job to be cancelled; it takes effect at the end of the write that is running, else
  * at the next write. The job must still be ended. For use from another thread than the writing one. No
  * effect without a job. A Bpd printer prints what it has begun: only a job whose writes fail can be
- * cancelled, and then nothing but closing the printer ends it. Returns 0; 6 the handle is 0.
+ * cancelled, and then nothing but closing the printer ends it.
+ *
+ * Returns 0; 6 the handle is 0.
  */
 QVN_EXPORT uint32_t QvnCancelJobPrinter(uint32_t clientId, uint32_t handle);
 
@@ -257,7 +259,9 @@ QVN_EXPORT uint32_t QvnGetCachePrinter(uint32_t clientId, uint32_t handle, uint8
 
 /*
  * The printer's state as the library sees it: 1 printing, 2 error, 3 idle; of a Bpd printer always 3. Does
- * not ask the device. state  out, required; tested before the handle. Returns 0; 87; 6.
+ * not ask the device.
+ *   state  out, required; tested before the handle.
+ * Returns 0; 87; 6.
  */
 QVN_EXPORT uint32_t QvnGetCurrentStatePrinter(uint32_t clientId, uint32_t handle, uint32_t* state);
 

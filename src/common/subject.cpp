@@ -34,12 +34,13 @@ bool SubjectReference::notify(Data& data) const {
   return true;
 }
 
-Subject::Subject() : self_([this] {
-  SubjectReference reference;
-  reference.link_ = std::make_shared<SubjectReference::Link>();
-  reference.link_->subject = this;
-  return reference;
-}()) {}
+Subject::Subject()
+    : self_([this] {
+        SubjectReference reference;
+        reference.link_ = std::make_shared<SubjectReference::Link>();
+        reference.link_->subject = this;
+        return reference;
+      }()) {}
 
 Subject::~Subject() { endReferences(); }
 

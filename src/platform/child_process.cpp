@@ -68,9 +68,7 @@ std::optional<int> niceOf(std::uint32_t priorityClass) {
 }
 
 // The child leads a process group of its own, so the group's priority is that of all its threads.
-bool applyPriority(pid_t pid, int nice) {
-  return setpriority(PRIO_PGRP, static_cast<id_t>(pid), nice) == 0;
-}
+bool applyPriority(pid_t pid, int nice) { return setpriority(PRIO_PGRP, static_cast<id_t>(pid), nice) == 0; }
 
 class NativeChildProcess final : public ChildProcess {
  public:

@@ -56,17 +56,11 @@ Clock* replaceClock(Clock* replacement) {
   return replacementClock.exchange(replacement, std::memory_order_acq_rel);
 }
 
-bool clockIsReplaced() {
-  return replacementClock.load(std::memory_order_acquire) != nullptr;
-}
+bool clockIsReplaced() { return replacementClock.load(std::memory_order_acquire) != nullptr; }
 
-std::uint32_t tickCount() {
-  return static_cast<std::uint32_t>(clock().monotonicMilliseconds());
-}
+std::uint32_t tickCount() { return static_cast<std::uint32_t>(clock().monotonicMilliseconds()); }
 
-void sleep(Milliseconds duration) {
-  clock().sleep(duration);
-}
+void sleep(Milliseconds duration) { clock().sleep(duration); }
 
 LocalTime localTime(std::chrono::system_clock::time_point moment) {
   const auto whole = std::chrono::floor<std::chrono::seconds>(moment);

@@ -14,13 +14,9 @@ thread_local ErrorCode lastErrorOfThread = kSuccess;
 
 }  // namespace
 
-ErrorCode lastError() {
-  return lastErrorOfThread;
-}
+ErrorCode lastError() { return lastErrorOfThread; }
 
-void setLastError(ErrorCode code) {
-  lastErrorOfThread = code;
-}
+void setLastError(ErrorCode code) { lastErrorOfThread = code; }
 
 ErrorCode errorFromErrno(int error) {
   switch (error) {

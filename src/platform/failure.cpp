@@ -9,8 +9,6 @@ ErrorCode fail(ErrorCode code) {
   return code;
 }
 
-ErrorCode failWithErrno() {
-  return fail(errorFromErrno(errno));
-}
+ErrorCode failWithErrno() { return fail(errorFromErrno(errno)); }
 
 }  // namespace qvn::platform

@@ -150,13 +150,9 @@ std::filesystem::path nativePath(std::string_view path) {
   return native;
 }
 
-ErrorCode windowsDirectory(std::string& path) {
-  return existingDirectory(kWindowsDirectory, path);
-}
+ErrorCode windowsDirectory(std::string& path) { return existingDirectory(kWindowsDirectory, path); }
 
-ErrorCode systemDirectory(std::string& path) {
-  return existingDirectory(kSystemDirectory, path);
-}
+ErrorCode systemDirectory(std::string& path) { return existingDirectory(kSystemDirectory, path); }
 
 std::filesystem::path installedDirectory() {
   static const char anchor = 0;

@@ -60,9 +60,7 @@ std::size_t mapSize() {
   return usable ? size : kMapSize;
 }
 
-MDB_val lend(std::string_view bytes) {
-  return MDB_val{bytes.size(), const_cast<char*>(bytes.data())};
-}
+MDB_val lend(std::string_view bytes) { return MDB_val{bytes.size(), const_cast<char*>(bytes.data())}; }
 
 int openEnvironment(const fs::path& file, unsigned flags, mode_t mode, Environment& environment) {
   MDB_env* made = nullptr;
@@ -205,9 +203,7 @@ StoreFailure describeStoreError(const fs::path& file, int error) {
   }
 }
 
-fs::path storeFile(const fs::path& stateDirectory) {
-  return stateDirectory / kFileName;
-}
+fs::path storeFile(const fs::path& stateDirectory) { return stateDirectory / kFileName; }
 
 MDB_env* openStoreFile(const fs::path& stateDirectory, StoreFailure& failure) {
   const fs::path file = storeFile(stateDirectory);

@@ -11,9 +11,7 @@ constexpr std::size_t kPrefixSize = 2;  // tag and hive
 static_assert(kPrefixSize + 1 + kMaxPath + 1 <= StoreName::kCapacity);
 static_assert(1 + sizeof(std::uint64_t) + kMaxName <= StoreName::kCapacity);
 
-constexpr char lowerCase(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+constexpr char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
 
@@ -79,13 +77,9 @@ ErrorCode StoreName::appendValueName(std::string_view name) {
   return kSuccess;
 }
 
-void StoreName::appendSeparator() {
-  append(kSeparator);
-}
+void StoreName::appendSeparator() { append(kSeparator); }
 
-void StoreName::skipPrefix() {
-  ++bytes_[size_ - 1];
-}
+void StoreName::skipPrefix() { ++bytes_[size_ - 1]; }
 
 void StoreName::appendNumber(std::uint64_t number) {
   for (int shift = 56; shift >= 0; shift -= 8) append(static_cast<char>(number >> shift & 0xFF));

@@ -112,9 +112,7 @@ ThreadReader::~ThreadReader() {
   if (transaction != nullptr && environment == openStore.load()) mdb_txn_abort(transaction);
 }
 
-MDB_val lend(std::string_view bytes) {
-  return MDB_val{bytes.size(), const_cast<char*>(bytes.data())};
-}
+MDB_val lend(std::string_view bytes) { return MDB_val{bytes.size(), const_cast<char*>(bytes.data())}; }
 
 std::string_view view(const MDB_val& value) {
   return {static_cast<const char*>(value.mv_data), value.mv_size};
@@ -184,9 +182,7 @@ WriteTransaction::~WriteTransaction() {
   if (threadWriter == this) threadWriter = nullptr;
 }
 
-WriteTransaction* WriteTransaction::current() {
-  return threadWriter;
-}
+WriteTransaction* WriteTransaction::current() { return threadWriter; }
 
 ErrorCode WriteTransaction::put(std::string_view name, std::string_view bytes) {
   MDB_val key = lend(name);
@@ -228,17 +224,11 @@ ErrorCode Cursor::move(int operation, std::string_view name, Entry& entry) {
   return kSuccess;
 }
 
-ErrorCode Cursor::seek(std::string_view name, Entry& entry) {
-  return move(MDB_SET_RANGE, name, entry);
-}
+ErrorCode Cursor::seek(std::string_view name, Entry& entry) { return move(MDB_SET_RANGE, name, entry); }
 
-ErrorCode Cursor::next(Entry& entry) {
-  return move(MDB_NEXT, {}, entry);
-}
+ErrorCode Cursor::next(Entry& entry) { return move(MDB_NEXT, {}, entry); }
 
-ErrorCode Cursor::erase() {
-  return errorFromStore(mdb_cursor_del(cursor_, 0));
-}
+ErrorCode Cursor::erase() { return errorFromStore(mdb_cursor_del(cursor_, 0)); }
 
 ErrorCode syncStore() {
   ErrorCode error = kSuccess;

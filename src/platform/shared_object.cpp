@@ -81,9 +81,7 @@ SharedObject::~SharedObject() {
   }
 }
 
-void* SharedObject::payload() const {
-  return header_->payload;
-}
+void* SharedObject::payload() const { return header_->payload; }
 
 void SharedObject::makePrivate(Kind kind, const std::function<void(void*)>& initialise) {
   header_ = new Header{};

@@ -60,9 +60,7 @@ constexpr Message kMessages[] = {
     {3006, "The specified print monitor has already been installed."},
 };
 
-constexpr bool byCode(const Message& left, const Message& right) {
-  return left.code < right.code;
-}
+constexpr bool byCode(const Message& left, const Message& right) { return left.code < right.code; }
 static_assert(std::is_sorted(std::begin(kMessages), std::end(kMessages), byCode));
 
 constexpr OsVersionInfo kVersion{
@@ -92,8 +90,6 @@ ErrorCode computerName(std::string& name) {
   return kSuccess;
 }
 
-std::uint32_t ansiCodePage() {
-  return kWesternCodePage;
-}
+std::uint32_t ansiCodePage() { return kWesternCodePage; }
 
 }  // namespace qvn::platform

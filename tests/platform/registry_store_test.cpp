@@ -37,9 +37,7 @@ int numberOf(const Key& key, std::string_view name) {
   return getValue(key, name, value) == kSuccess ? std::stoi(value.data) : -1;
 }
 
-fs::path storeFile() {
-  return stateDirectory() / "registry.mdb";
-}
+fs::path storeFile() { return stateDirectory() / "registry.mdb"; }
 
 std::string contentOf(const fs::path& file) {
   std::ostringstream content;

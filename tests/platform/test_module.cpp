@@ -1,4 +1,2 @@
 // A module with one function that tests look for.
-extern "C" __attribute__((visibility("default"))) int answer() {
-  return 42;
-}
+extern "C" __attribute__((visibility("default"))) int answer() { return 42; }

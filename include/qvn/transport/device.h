@@ -10,10 +10,10 @@
 
 namespace qvn {
 
-// A transport calls accept (the device hands itself to a visitor), getHandle, getAttributes and notify(Data&). A
-// notification runs the observers on the calling thread; the data stays the transport's. The reference given
-// through a visitor ends with that visitor's release: a transport whose threads deliver later, alerts for example,
-// keeps a SubjectReference.
+// A transport calls accept (the device hands itself to a visitor), getHandle, getAttributes and
+// notify(Data&). A notification runs the observers on the calling thread; the data stays the transport's. The
+// reference given through a visitor ends with that visitor's release: a transport whose threads deliver
+// later, alerts for example, keeps a SubjectReference.
 //
 // The order of the virtual operations is part of the interface between the library and its plug-ins.
 class Device : public Connectable, public Subject {

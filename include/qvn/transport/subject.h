@@ -17,16 +17,16 @@ namespace qvn {
 
 class Subject;
 
-// A subject that may be gone: how a transport keeps the device that its threads deliver to. Copies are references to
-// the same subject; any thread may use them.
+// A subject that may be gone: how a transport keeps the device that its threads deliver to. Copies are
+// references to the same subject; any thread may use them.
 class SubjectReference {
  public:
   // To nothing.
   SubjectReference() = default;
   explicit SubjectReference(Subject& subject);
 
-  // Subject::notify, if the subject is still there; the subject then stays until the call is over. False when it is
-  // gone.
+  // Subject::notify, if the subject is still there; the subject then stays until the call is over. False when
+  // it is gone.
   bool notify(Data& data) const;
 
  private:
@@ -63,8 +63,8 @@ class Subject {
   void waitForUpdates(const Observer& observer);
 
  protected:
-  // Lets no notification through a SubjectReference begin and waits for those that other threads are in. A class
-  // derived from this calls it first in its destructor; here it is called last.
+  // Lets no notification through a SubjectReference begin and waits for those that other threads are in. A
+  // class derived from this calls it first in its destructor; here it is called last.
   void endReferences();
 
  private:

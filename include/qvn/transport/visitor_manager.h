@@ -25,8 +25,8 @@ inline constexpr char kSetNpaWrapMode[] = "setNpaWrapModeVisitor";
 inline constexpr char kSetNonNpaPrinter[] = "setNonNpaPrinterVisitor";
 // Sends the packet that is the data, to which there is no reply; result 0 when it was sent.
 inline constexpr char kStartNpaMode[] = "startNpaModeVisitor";
-// What the spooler said of the job, as an attribute text: HostName, JobName, UserName, QueueName, QueueNumber,
-// SpoolerJobId, NpaSupported, TrueEndOfJob. Result 0 or 1 to go on.
+// What the spooler said of the job, as an attribute text: HostName, JobName, UserName, QueueName,
+// QueueNumber, SpoolerJobId, NpaSupported, TrueEndOfJob. Result 0 or 1 to go on.
 inline constexpr char kJobHeader[] = "jobHeaderVisitor";
 // Sends the packet that is the data, which names the job.
 inline constexpr char kNamePrintJob[] = "namePrintJobVisitor";
