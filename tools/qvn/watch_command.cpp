@@ -157,6 +157,7 @@ std::vector<Device> selectPrinters(const Session& session, const std::vector<std
     return listDevices(session, deviceKinds().front(), "ALL_TRANSPORT");
   }
   std::vector<Device> printers;
+  printers.reserve(names.size());
   for (const std::string& name : names) {
     printers.push_back(selectPrinter(session, name));
   }
