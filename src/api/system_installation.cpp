@@ -44,8 +44,7 @@ void importRegistryScript() {
   platform::registry::flush();
 
   Application editor("regedit /s /i " + directory + "\\" + localize.getLocalId() + ".loc");
-  editor.setPriorityClass(static_cast<std::uint32_t>(platform::PriorityClass::Normal));
-  editor.launch();  // It runs when this returns, if it has not ended already.
+  editor.start();
   if (editor.waitFor(kImportTimeout)) return;
   logError(log_component::server(), [] { return LogText() << "System::qvnInstall() regedit does not end"; });
 }
