@@ -7,15 +7,16 @@ packages=(
   liblmdb-dev libcli11-dev nlohmann-json3-dev
   libcups2-dev libavahi-client-dev
   libgtest-dev libgmock-dev libbenchmark-dev python3
-  # What the tests print through and are found by.
-  cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon dpkg-dev
 )
+# What the tests print through, print to and are found by.
+programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon)
 case "${1:-build}" in
   build) ;;
-  bench) packages+=(cups) ;;
-  package) packages+=(file debootstrap) ;;
-  check) packages+=(clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
-  *) echo "usage: setup.sh [build|bench|package|check]" >&2; exit 2 ;;
+  test) packages+=("${programs[@]}") ;;
+  bench) packages+=("${programs[@]}" cups) ;;
+  package) packages+=(dpkg-dev file debootstrap) ;;
+  check) packages+=("${programs[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
+  *) echo "usage: setup.sh [build|test|bench|package|check]" >&2; exit 2 ;;
 esac
 
 missing=()
