@@ -24,7 +24,7 @@ say "A bare root"
 debootstrap --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" >"$work/log" 2>&1 ||
   { tail -20 "$work/log"; exit 1; }
 mkdir "$root/packages"
-cp "$packages"/*.deb "$root/packages/"
+cp "$packages"/*.deb scripts/first-day.sh "$root/packages/"
 # Nothing is started in here.
 printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
 chmod 755 "$root/usr/sbin/policy-rc.d"
@@ -42,7 +42,6 @@ inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/l
   { echo "a library is missing" >&2; exit 1; }
 
 say "A first day with them"
-cp scripts/first-day.sh "$root/packages/"
 inside timeout 300 /packages/first-day.sh
 [ -d "$root/var/lib/qvn" ]
 
