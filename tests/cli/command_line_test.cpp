@@ -239,6 +239,16 @@ TEST_F(CommandLine, ImportsWhatItExported) {
   ok({"registry", "export", file.string()});
   ok({"registry", "import", file.string()});
   EXPECT_EQ(ok({"registry", "export"}), saved);
+
+  // A disk that is full leaves the copy that was there, and nothing else.
+  const Result full = run({"/bin/sh", "-c",
+                           "trap '' XFSZ; ulimit -f 0; exec " + std::string(QVN_COMMAND) +
+                               " registry export '" + file.string() + "'"});
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_THAT(full.errors, HasSubstr("cannot write '" + file.string() + "'"));
+  ok({"registry", "import", file.string()});
+  EXPECT_EQ(ok({"registry", "export"}), saved);
+  EXPECT_FALSE(std::filesystem::exists(file.string() + ".part"));
 }
 
 TEST_F(CommandLine, ImportsNothingOfAScriptWithAWrongLine) {

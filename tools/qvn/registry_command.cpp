@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -16,6 +17,31 @@ namespace qvn::cli {
 
 namespace {
 
+// Writes the file beside its place first, so that a copy saved before is lost only to a whole one. What is no
+// plain file, /dev/stdout for one, is written as it is.
+void writeWhole(const std::string& file, const std::string& text) {
+  std::error_code ignored;
+  const std::filesystem::file_status status = std::filesystem::symlink_status(file, ignored);
+  const bool plain = !exists(status) || is_regular_file(status);
+  const std::string target = plain ? file + ".part" : file;
+  std::ofstream out(target, std::ios::binary | std::ios::trunc);
+  std::error_code error;
+  if (!(out << text) || !out.flush()) {
+    error = std::error_code(errno, std::generic_category());
+  }
+  out.close();
+  if (!error && plain) {
+    std::filesystem::rename(target, file, error);
+  }
+  if (!error) {
+    return;
+  }
+  if (plain) {
+    std::filesystem::remove(target, ignored);
+  }
+  throw Failure("cannot write '" + file + "': " + error.message());
+}
+
 void exportScript(const std::string& file, const std::string& key) {
   std::string script;
   require(writeRegistryScript(key, script), "cannot read the key '" + key + "'");
@@ -23,10 +49,7 @@ void exportScript(const std::string& file, const std::string& key) {
     std::cout << script;
     return;
   }
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  if (!(out << script) || !out.flush()) {
-    throw Failure("cannot write '" + file + "': " + std::strerror(errno));
-  }
+  writeWhole(file, script);
 }
 
 void importScript(const std::string& file) {
