@@ -132,18 +132,26 @@ Alert decodeAlert(std::span<const std::uint8_t> bytes) {
   return {AlertKind::Status, statusWords(status), status};
 }
 
-std::optional<Status> decodeCache(std::span<const std::uint8_t> bytes) {
+std::vector<CacheEntry> cacheEntries(std::span<const std::uint8_t> bytes) {
   const ByteReader cache(bytes.data(), bytes.size());
-  std::optional<std::uint8_t> busy;
-  std::optional<std::uint16_t> word;
+  std::vector<CacheEntry> entries;
   for (std::size_t at = kCacheHead; at + kEntryHead <= cache.length();) {
-    const std::uint16_t id = cache.u16(at).value_or(0);
     const std::size_t length = cache.u8(at + 2).value_or(0);
     const std::size_t data = at + kEntryHead;
     if (data + length > cache.length()) break;
-    if (id == kBusyEntry && length == 1 && !busy) busy = cache.u8(data);
-    if (id == kStatusEntry && length == 2 && !word) word = cache.u16(data);
+    entries.push_back({cache.u16(at).value_or(0), bytes.subspan(data, length)});
     at = data + length;
+  }
+  return entries;
+}
+
+std::optional<Status> decodeCache(std::span<const std::uint8_t> bytes) {
+  std::optional<std::uint8_t> busy;
+  std::optional<std::uint16_t> word;
+  for (const CacheEntry& entry : cacheEntries(bytes)) {
+    const ByteReader data(entry.bytes.data(), entry.bytes.size());
+    if (entry.id == kBusyEntry && data.length() == 1 && !busy) busy = data.u8(0);
+    if (entry.id == kStatusEntry && data.length() == 2 && !word) word = data.u16(0);
   }
   if (!busy || !word) return std::nullopt;
   return Status{*busy != 0, *word};

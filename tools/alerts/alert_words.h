@@ -57,7 +57,16 @@ struct Alert {
 // Decodes one alert: the whole NPA packet (IEEE 1284.1), as QvnAlertCallback gets it. Takes any bytes.
 Alert decodeAlert(std::span<const std::uint8_t> packet);
 
-// The status in what QvnGetCachePrinter gives; none when one of the two entries is missing.
+struct CacheEntry {
+  std::uint16_t id;
+  std::span<const std::uint8_t> bytes;  // part of the cache
+};
+
+// The entries of what QvnGetCachePrinter gives, in their order; one whose length goes past the end is left
+// out, with all that follows.
+std::vector<CacheEntry> cacheEntries(std::span<const std::uint8_t> cache);
+
+// The status in it; none when one of the two entries is missing.
 std::optional<Status> decodeCache(std::span<const std::uint8_t> cache);
 
 }  // namespace qvn::alerts

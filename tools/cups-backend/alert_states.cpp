@@ -1,10 +1,10 @@
 #include "alert_states.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "qvn/qvn.h"
+#include "status_cache.h"
 
 namespace qvn::cups {
 
@@ -12,9 +12,6 @@ namespace {
 
 // The class of status alerts, resets and acknowledged cancels.
 constexpr std::uint32_t kExtendedAlerts = 0x100000;
-
-// What the status cache has at most.
-constexpr std::size_t kCacheSize = 1024;
 
 // Who hears the alerts; the callback has no argument to carry it.
 std::atomic<AlertStates*> heardBy{nullptr};
@@ -54,13 +51,9 @@ void AlertStates::hear(const alerts::Alert& alert) {
 }
 
 void AlertStates::readCache() {
-  std::vector<std::uint8_t> cache(kCacheSize);
-  std::uint32_t length = 0;
-  if (QvnGetCachePrinter(client_, handle_, cache.data(), static_cast<std::uint32_t>(cache.size()), &length) !=
-      QRN_ERROR_SUCCESS) {
-    return;
-  }
-  const auto status = alerts::decodeCache({cache.data(), std::min<std::size_t>(length, cache.size())});
+  std::vector<std::uint8_t> cache;
+  if (cli::readCache(client_, handle_, cache) != QRN_ERROR_SUCCESS) return;
+  const auto status = alerts::decodeCache(cache);
   if (!status) return;
   const std::lock_guard<std::mutex> lock(mutex_);
   if (heard_) return;

@@ -5,6 +5,7 @@
 
 #include "alert_words.h"
 #include "commands.h"
+#include "devices.h"
 #include "failure.h"
 #include "status_cache.h"
 #include "text_values.h"
@@ -17,15 +18,12 @@ constexpr std::uint32_t kBusyEntry = 17;
 constexpr std::uint32_t kStatusEntry = 18;
 
 // What an entry says, in words; none for those that the library does not know.
-Json meaning(const CacheEntry& entry) {
-  const auto byteAt = [&](std::size_t offset) -> unsigned {
-    return static_cast<unsigned char>(entry.bytes[offset]);
-  };
+Json meaning(const alerts::CacheEntry& entry) {
   if (entry.id == kBusyEntry && entry.bytes.size() == 1) {
-    return byteAt(0) != 0 ? "a job is open" : "no job is open";
+    return entry.bytes[0] != 0 ? "a job is open" : "no job is open";
   }
   if (entry.id == kStatusEntry && entry.bytes.size() == 2) {
-    return alerts::conditionWords(static_cast<std::uint16_t>(byteAt(0) << 8 | byteAt(1)));
+    return alerts::conditionWords(static_cast<std::uint16_t>(entry.bytes[0] << 8 | entry.bytes[1]));
   }
   return nullptr;
 }
@@ -34,8 +32,8 @@ void showCache(const std::string& name, bool json, bool raw) {
   const Session session;
   const Device printer = selectPrinter(session, name);
   require(QvnOpenPrinter(session.client(), printer.handle), "cannot open " + printer.text());
-  std::string cache;
-  const std::uint32_t result = readCache(session, printer, cache);
+  std::vector<std::uint8_t> cache;
+  const std::uint32_t result = readCache(session.client(), printer.handle, cache);
   QvnClosePrinter(session.client(), printer.handle);
   require(result, "cannot read the cache of " + printer.text());
   if (raw) {
@@ -43,7 +41,7 @@ void showCache(const std::string& name, bool json, bool raw) {
     return;
   }
   Json entries = Json::array();
-  for (const CacheEntry& entry : cacheEntries(cache)) {
+  for (const alerts::CacheEntry& entry : alerts::cacheEntries(cache)) {
     entries.push_back(
         {{"entry", entry.id}, {"bytes", formatHex(entry.bytes, " ")}, {"meaning", meaning(entry)}});
   }

@@ -17,8 +17,6 @@ namespace {
 constexpr platform::Milliseconds kShortestPause = 10;
 constexpr platform::Milliseconds kLongestPause = 500;
 
-constexpr std::uint32_t kPrinterJob = 1;
-
 // Who hears the notifications; the callback has no argument to carry it.
 std::atomic<OpenPrinter*> heardBy{nullptr};
 

@@ -12,7 +12,8 @@
 
 namespace qvn::cli {
 
-// The ids of the notifications about a printer's job (QvnNotificationCallback, category 1).
+// The category of the notifications about a printer's job (QvnNotificationCallback), and their ids.
+inline constexpr std::uint32_t kPrinterJob = 1;
 enum class JobEvent : std::uint32_t {
   Busy = 1,
   Error = 2,

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "alert_words.h"
 #include "commands.h"
 #include "devices.h"
 #include "failure.h"
@@ -42,10 +43,10 @@ Json statusOf(const Session& session, const Device& printer) {
   if (QvnGetCurrentStatePrinter(session.client(), printer.handle, &state) == QRN_ERROR_SUCCESS) {
     status["state"] = stateName(state);
   }
-  std::string cache;
-  if (readCache(session, printer, cache) == QRN_ERROR_SUCCESS) {
+  std::vector<std::uint8_t> cache;
+  if (readCache(session.client(), printer.handle, cache) == QRN_ERROR_SUCCESS) {
     status["cache"] = Json::object();
-    for (const CacheEntry& entry : cacheEntries(cache)) {
+    for (const alerts::CacheEntry& entry : alerts::cacheEntries(cache)) {
       status["cache"][std::to_string(entry.id)] = formatHex(entry.bytes, " ");
     }
   }

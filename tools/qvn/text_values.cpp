@@ -53,4 +53,8 @@ std::string formatHex(std::string_view bytes, std::string_view separator) {
   return text;
 }
 
+std::string formatHex(std::span<const std::uint8_t> bytes, std::string_view separator) {
+  return formatHex(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), separator);
+}
+
 }  // namespace qvn::cli

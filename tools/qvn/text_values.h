@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,5 +18,6 @@ std::optional<std::string> parseHex(std::string_view text);
 
 // Upper-case digits, two per byte, with `separator` between bytes.
 std::string formatHex(std::string_view bytes, std::string_view separator = "");
+std::string formatHex(std::span<const std::uint8_t> bytes, std::string_view separator = "");
 
 }  // namespace qvn::cli

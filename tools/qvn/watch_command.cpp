@@ -15,6 +15,7 @@
 #include "devices.h"
 #include "failure.h"
 #include "interrupt.h"
+#include "open_printer.h"
 #include "qvn/transport/attributes.h"
 #include "text_values.h"
 
@@ -23,7 +24,6 @@ namespace qvn::cli {
 namespace {
 
 constexpr std::uint32_t kEveryAlert = 0x3FFFFFF;
-constexpr std::uint32_t kPrinterJob = 1;
 
 constexpr std::array kJobWords = {"busy printing",
                                   "error",
@@ -104,7 +104,7 @@ void onAlert(std::uint32_t handle, const std::uint8_t* bytes, std::uint32_t leng
       event["reasons"].push_back(condition->reason);
     }
   }
-  event["packet"] = formatHex({reinterpret_cast<const char*>(bytes), length}, " ");
+  event["packet"] = formatHex(std::span(bytes, length), " ");
   events.add(std::move(event));
 }
 
