@@ -18,7 +18,7 @@ class AccountNumberSearch {
 
   // Begins with the first byte of a job. The line feed before the line must be among its first bytes, at a
   // position of at most `limit`.
-  explicit AccountNumberSearch(std::uint32_t limit = 0) : limit_(limit) {}
+  explicit AccountNumberSearch(std::uint32_t limit) : limit_(limit) {}
 
   // Goes on with the next bytes of the job; the value once it is complete. Not to be called after that.
   std::optional<std::string> feed(std::span<const std::uint8_t> bytes);

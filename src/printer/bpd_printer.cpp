@@ -80,11 +80,8 @@ std::uint32_t BpdPrinter::verify() {
 }
 
 std::uint32_t BpdPrinter::getAccountNumber(const Data& data, std::string& account) {
-  if (!accountSearched_) {
-    accountSearch_ = AccountNumberSearch(longSetting("JobAccountMarker", kDefaultAccountMarkerLimit));
-    accountSearched_ = true;
-  }
-  const auto found = accountSearch_.feed({data.getBuffer(), data.getLength()});
+  if (!accountSearch_) accountSearch_.emplace(longSetting("JobAccountMarker", kDefaultAccountMarkerLimit));
+  const auto found = accountSearch_->feed({data.getBuffer(), data.getLength()});
   logDetail(log_component::server(), [&] {
     LogText text;
     text << "BpdPrinter::getAccountNumber(handle=" << getHandle();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "printer/account_number_search.h"
@@ -38,10 +39,10 @@ class BpdPrinter : public StatePrinter<BpdPrinter, BpdPrinterState> {
   void setNpaMode(bool npaMode) { npaMode_ = npaMode; }
 
   // A new job's data is searched from its beginning.
-  void beginAccountSearch() { accountSearched_ = false; }
+  void beginAccountSearch() { accountSearch_.reset(); }
   // Whether the job's first data has been searched. The search may go on after that: isAccountSearchOver.
-  bool isAccountSearched() const { return accountSearched_; }
-  bool isAccountSearchOver() const { return accountSearch_.isOver(); }
+  bool isAccountSearched() const { return accountSearch_.has_value(); }
+  bool isAccountSearchOver() const { return accountSearch_ && accountSearch_->isOver(); }
   // Searches the next data of the job: 0 with the account number, 1168 when it is not there.
   std::uint32_t getAccountNumber(const Data& data, std::string& account);
 
@@ -52,8 +53,7 @@ class BpdPrinter : public StatePrinter<BpdPrinter, BpdPrinterState> {
  private:
   const Verify verify_;
   bool npaMode_ = false;
-  bool accountSearched_ = false;
-  AccountNumberSearch accountSearch_;
+  std::optional<AccountNumberSearch> accountSearch_;  // of the open job, from its first data on
 };
 
 }  // namespace qvn
