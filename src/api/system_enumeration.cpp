@@ -137,12 +137,11 @@ std::uint32_t System::qvnValidatePortName(const std::string& name) {
     return LogText() << "System::qvnValidatePortName()"
                      << "  port=" << name;
   });
-  std::vector<std::string> texts;
-  PrinterStore::getInstance().enumerate(texts);
-  const bool used = std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+  bool used = false;
+  PrinterStore::getInstance().forEach([&](std::string_view text) {
     std::string portName;
-    return AttributeCodec::getString(text, attribute::kPortname, portName) == QRN_ERROR_SUCCESS &&
-           portName == name;
+    used = used || (AttributeCodec::getString(text, attribute::kPortname, portName) == QRN_ERROR_SUCCESS &&
+                    portName == name);
   });
   const std::uint32_t rc = used ? QRN_ERROR_DUP_NAME : QRN_ERROR_SUCCESS;
   trace.setRc(rc);
