@@ -3,10 +3,9 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <random>
-
 #include "cups/eventually.h"
 #include "end_to_end/print_server.h"
+#include "support/noise.h"
 
 namespace qvn::test {
 namespace {
@@ -18,13 +17,6 @@ using testing::Not;
 using Environment = std::vector<std::pair<std::string, std::string>>;
 
 const std::string kMarker("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
-
-std::string noise(std::size_t size) {
-  std::mt19937 generator(13);
-  std::string bytes(size, '\0');
-  for (char& byte : bytes) byte = static_cast<char>(generator() % 255 + 1);
-  return bytes;
-}
 
 class Backend : public PrintServer {
  protected:

@@ -3,23 +3,15 @@
 
 #include <gmock/gmock.h>
 
-#include <random>
-
 #include "cups/eventually.h"
 #include "end_to_end/print_server.h"
+#include "support/noise.h"
 
 namespace qvn::test {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-
-std::string noise(std::size_t size) {
-  std::mt19937 generator(11);
-  std::string bytes(size, '\0');
-  for (char& byte : bytes) byte = static_cast<char>(generator() % 255 + 1);
-  return bytes;
-}
 
 class Cups : public PrintServer {
  protected:

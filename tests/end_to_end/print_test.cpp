@@ -2,9 +2,8 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <random>
-
 #include "end_to_end/print_server.h"
+#include "support/noise.h"
 
 namespace qvn::test {
 namespace {
@@ -13,14 +12,6 @@ using testing::HasSubstr;
 
 // Ends a job; the device takes it as that and does not store it.
 const std::string kMarker("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
-
-// Bytes that no part of the way can guess or confuse with zeros that cancel a job.
-std::string noise(std::size_t size) {
-  std::mt19937 generator(7);
-  std::string bytes(size, '\0');
-  for (char& byte : bytes) byte = static_cast<char>(generator() % 255 + 1);
-  return bytes;
-}
 
 using Printing = PrintServer;
 
