@@ -5,11 +5,11 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config ccache
   liblmdb-dev libcli11-dev nlohmann-json3-dev
-  libcups2-dev libavahi-client-dev
+  libcups2-dev libavahi-client-dev libpng-dev libtiff-dev libsane-dev
   libgtest-dev libgmock-dev libbenchmark-dev python3
 )
 # What the tests print through, print to and are found by.
-programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon)
+programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-utils)
 case "${1:-build}" in
   build) ;;
   test) packages+=("${programs[@]}") ;;

@@ -6,7 +6,7 @@
 #include "api/let_go.h"
 #include "api/system.h"
 #include "common/client_callback.h"
-#include "common/lent_data.h"
+#include "qvn/transport/lent_data.h"
 #include "device/printer_store.h"
 #include "device/printer_table.h"
 #include "printer/printer_object.h"

@@ -1,4 +1,4 @@
-#include "common/lent_data.h"
+#include "qvn/transport/lent_data.h"
 
 namespace qvn {
 

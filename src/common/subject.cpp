@@ -11,26 +11,30 @@ struct SubjectReference::Link {
   std::mutex mutex;
   std::condition_variable ended;
   Subject* subject = nullptr;
-  // The threads that are in a notification.
-  std::vector<std::thread::id> notifying;
+  // The threads that are in a call of the subject.
+  std::vector<std::thread::id> users;
 };
 
 SubjectReference::SubjectReference(Subject& subject) : link_(subject.self_.link_) {}
 
-bool SubjectReference::notify(Data& data) const {
-  if (link_ == nullptr) return false;
-  Subject* subject = nullptr;
-  {
-    std::lock_guard<std::mutex> lock(link_->mutex);
-    subject = link_->subject;
-    if (subject == nullptr) return false;
-    link_->notifying.push_back(std::this_thread::get_id());
-  }
-  subject->notify(data);
+SubjectReference::Use::Use(const SubjectReference& reference) : link_(reference.link_) {
+  if (link_ == nullptr) return;
   std::lock_guard<std::mutex> lock(link_->mutex);
-  link_->notifying.erase(
-      std::find(link_->notifying.begin(), link_->notifying.end(), std::this_thread::get_id()));
+  subject_ = link_->subject;
+  if (subject_ != nullptr) link_->users.push_back(std::this_thread::get_id());
+}
+
+SubjectReference::Use::~Use() {
+  if (subject_ == nullptr) return;
+  std::lock_guard<std::mutex> lock(link_->mutex);
+  link_->users.erase(std::find(link_->users.begin(), link_->users.end(), std::this_thread::get_id()));
   link_->ended.notify_all();
+}
+
+bool SubjectReference::notify(Data& data) const {
+  const Use use(*this);
+  if (use.subject() == nullptr) return false;
+  use.subject()->notify(data);
   return true;
 }
 
@@ -49,7 +53,7 @@ void Subject::endReferences() {
   std::unique_lock<std::mutex> lock(link.mutex);
   link.subject = nullptr;
   link.ended.wait(lock, [&] {
-    return std::all_of(link.notifying.begin(), link.notifying.end(),
+    return std::all_of(link.users.begin(), link.users.end(),
                        [](std::thread::id thread) { return thread == std::this_thread::get_id(); });
   });
 }

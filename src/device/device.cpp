@@ -77,6 +77,10 @@ std::uint32_t Device::doSetString(const std::string& descriptor, const std::stri
   return refuseUnsupported("Device::doSetString", descriptor);
 }
 
+void Device::doAccept(Data& data) { notify(data); }
+std::uint32_t Device::doAccept(Notification& /*notification*/) { return QRN_ERROR_INVALID_FUNCTION; }
+std::uint32_t Device::doOnConnectionLost() { return QRN_ERROR_INVALID_FUNCTION; }
+
 void Device::doPersist() {
   logError(log_component::server(), [] { return LogText() << "Device::doPersist() called!!!"; });
 }

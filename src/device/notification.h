@@ -1,18 +1,11 @@
-// Notification: a change in the library's view of a device, told to the clients that registered.
+// The categories and ids of the notifications that the library itself raises.
 #pragma once
 
 #include <cstdint>
 
-#include "qvn/transport/data.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
-
-struct Notification {
-  std::uint32_t handle = 0;
-  std::uint32_t category = 0;
-  std::uint32_t id = 0;
-  Data data;
-};
 
 // Category 1: what a printer's job does.
 namespace job_status {
@@ -26,5 +19,18 @@ inline constexpr std::uint32_t kEndJob = 6;
 inline constexpr std::uint32_t kCancelled = 7;
 inline constexpr std::uint32_t kTrueEndOfJob = 8;
 }  // namespace job_status
+
+// Category 2: the events of HIDs; their ids are the device's.
+namespace hid_event {
+inline constexpr std::uint32_t kCategory = 2;
+}  // namespace hid_event
+
+// Category 3: how far a scan is, told to the clients of the printer in the same device.
+namespace scan_progress {
+inline constexpr std::uint32_t kCategory = 3;
+inline constexpr std::uint32_t kStarted = 50;
+inline constexpr std::uint32_t kDataEnded = 51;
+inline constexpr std::uint32_t kJobEnded = 53;
+}  // namespace scan_progress
 
 }  // namespace qvn

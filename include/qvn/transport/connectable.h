@@ -18,8 +18,9 @@ class Connectable {
   Connectable& operator=(const Connectable&) = delete;
   virtual ~Connectable();
 
-  // Two slots for what this object is layered on. They are not owned. An index other than 0 or 1 gives null
-  // or false.
+  // Two slots for other objects, which are not owned. An index other than 0 or 1 gives null or false. A scanner
+  // and a HID put themselves into slot 0 of a connection before they open it, and take themselves out after
+  // closing it: they are who gets what comes on it unasked.
   virtual Connectable* getChild(std::uint32_t index);
   virtual bool setChild(std::uint32_t index, Connectable* child);
 

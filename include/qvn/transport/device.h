@@ -6,14 +6,16 @@
 #include <string>
 
 #include "qvn/transport/connectable.h"
+#include "qvn/transport/notification.h"
 #include "qvn/transport/subject.h"
 
 namespace qvn {
 
-// A transport calls accept (the device hands itself to a visitor), getHandle, getAttributes and
-// notify(Data&). A notification runs the observers on the calling thread; the data stays the transport's. The
-// reference given through a visitor ends with that visitor's release: a transport whose threads deliver
-// later, alerts for example, keeps a SubjectReference.
+// A transport calls accept (the device hands itself to a visitor), getHandle, getAttributes, and delivers
+// what the device sends: what a printer sends by notify(Data&), what a scanner or a HID sends by doAccept. Both
+// run on the calling thread; the data stays the transport's. The reference given through a visitor ends with
+// that visitor's release, that in a child slot with the connection's last close: a transport whose threads
+// deliver later keeps a DeviceReference.
 //
 // The order of the virtual operations is part of the interface between the library and its plug-ins.
 class Device : public Connectable, public Subject {
@@ -56,12 +58,36 @@ class Device : public Connectable, public Subject {
 
   bool isBidiAllowed() const { return bidiAllowed_; }
 
+  // One thing that the device sent: an ESC command of a scanner, whole, or a report of a HID. Ends when the
+  // clients' callbacks have returned; the next one is delivered only then. The data's result code is 1 when
+  // nobody wants it now. Here: the observers are notified.
+  virtual void doAccept(Data& data);
+  // An event of a HID: the transport fills in category and id. 0 or, for a device without events, 1.
+  virtual std::uint32_t doAccept(Notification& notification);
+  // The connection to the device ended without being closed. 0, or 1 when it makes no difference now.
+  virtual std::uint32_t doOnConnectionLost();
+
  protected:
   std::atomic<bool> bidiAllowed_{false};
 
  private:
   std::uint32_t cachedHandle_ = 0;
   std::string attributes_;
+};
+
+// A device that may be gone: how a transport keeps the one that its threads deliver to. Copies are references
+// to the same device; any thread may use them.
+class DeviceReference : private SubjectReference {
+ public:
+  // To nothing.
+  DeviceReference() = default;
+  explicit DeviceReference(Device& device) : SubjectReference(device) {}
+
+  // Device's operations of these names, if the device is still there; it then stays until the call is over.
+  // False when it is gone.
+  bool accept(Data& data) const;
+  bool accept(Notification& notification) const;
+  bool onConnectionLost() const;
 };
 
 }  // namespace qvn

@@ -29,9 +29,25 @@ class SubjectReference {
   // it is gone.
   bool notify(Data& data) const;
 
+ protected:
+  struct Link;
+
+  // The subject, which stays for the scope; null when it is gone.
+  class Use {
+   public:
+    explicit Use(const SubjectReference& reference);
+    ~Use();
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    Subject* subject() const { return subject_; }
+
+   private:
+    std::shared_ptr<Link> link_;
+    Subject* subject_ = nullptr;
+  };
+
  private:
   friend class Subject;
-  struct Link;
   std::shared_ptr<Link> link_;
 };
 

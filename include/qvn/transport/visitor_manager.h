@@ -30,6 +30,14 @@ inline constexpr char kStartNpaMode[] = "startNpaModeVisitor";
 inline constexpr char kJobHeader[] = "jobHeaderVisitor";
 // Sends the packet that is the data, which names the job.
 inline constexpr char kNamePrintJob[] = "namePrintJobVisitor";
+
+// The scanners' and HIDs' operations.
+// Sends the ESC command that is the data and returns when its reply (esc_command_table.h) has been delivered
+// to the device, at once when there is none to wait for. The data's code is 0, or why there was no reply.
+inline constexpr char kEscCommand[] = "escCommandVisitor";
+// Sees to it that an open HID still sends its reports, before one more client counts on it. No data; result 0
+// or 1 to go on.
+inline constexpr char kOpenHid[] = "openHidVisitor";
 }  // namespace visitor_name
 
 // Lives as long as its module is loaded; any thread may call it.
