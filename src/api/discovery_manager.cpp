@@ -3,6 +3,8 @@
 #include "common/observation.h"
 #include "common/trace_scope.h"
 #include "device/device_factories.h"
+#include "device/hid.h"
+#include "device/hid_store.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "transport/transports.h"
@@ -36,7 +38,13 @@ std::uint32_t DiscoveryManager::discoverSpecific(const std::string& deviceAttrib
 void DiscoveryManager::doUpdate(const std::string& deviceAttributes) {
   logDetail(log_component::server(), [&] { return LogText() << "Discovered device: " << deviceAttributes; });
   const auto device = DeviceFactories::getInstance().makeDevice(deviceAttributes);
-  if (device) device->update();
+  if (device == nullptr) return;
+  // HIDs have no update of their own: nothing that is stored of one needs to be kept.
+  if (dynamic_cast<const Hid*>(device.get()) != nullptr) {
+    HidStore::getInstance().persist(deviceAttributes);
+  } else {
+    device->update();
+  }
 }
 
 }  // namespace qvn

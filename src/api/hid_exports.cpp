@@ -1,53 +1,52 @@
-// The exported functions of HID devices. No device family makes HIDs yet: what needs a live one answers 6.
+// The exported functions of HID devices.
 #include "api/exported_call.h"
 #include "api/stored_attributes.h"
+#include "api/system.h"
 #include "device/hid_store.h"
-#include "device/hid_table.h"
+#include "device/notification.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;
 
-namespace {
-
-constexpr std::uint32_t kNoHid = QRN_ERROR_INVALID_HANDLE;
-
-}  // namespace
-
 uint32_t QvnOpenHid(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnOpenHid", clientId, handle, [](ExitDetail&) { return kNoHid; });
+  return deviceCall("QvnOpenHid", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnOpenHid(clientId, handle); });
 }
 
 uint32_t QvnCloseHid(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnCloseHid", clientId, handle, [](ExitDetail&) { return kNoHid; });
+  return deviceCall("QvnCloseHid", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnCloseHid(clientId, handle); });
 }
 
 uint32_t QvnDeleteHid(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnDeleteHid", clientId, handle, [&](ExitDetail&) -> std::uint32_t {
-    if (HidTable::getInstance().find(handle)) return QRN_ERROR_BUSY;
-    return HidStore::getInstance().remove(handle);
-  });
+  return deviceCall("QvnDeleteHid", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnDeleteHid(handle); });
 }
 
 uint32_t QvnRegisterForReportsHid(uint32_t clientId, uint32_t handle, QvnHidReportCallback callback) {
-  return deviceCall("QvnRegisterForReportsHid", clientId, handle,
-                    [&](ExitDetail&) { return callback == nullptr ? QRN_ERROR_INVALID_FUNCTION : kNoHid; });
+  return deviceCall("QvnRegisterForReportsHid", clientId, handle, [&](ExitDetail&) {
+    if (callback == nullptr) return QRN_ERROR_INVALID_FUNCTION;
+    return System::qvnRegisterForReportsHid(handle, {clientId, callback});
+  });
 }
 
 uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle) {
   return deviceCall("QvnUnregisterForReportsHid", clientId, handle,
-                    [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+                    [&](ExitDetail&) { return System::qvnUnregisterForReportsHid(clientId, handle); });
 }
 
 uint32_t QvnRegisterForNotificationsHid(uint32_t clientId, uint32_t handle,
                                         QvnNotificationCallback callback) {
   return deviceCall("QvnRegisterForNotificationsHid", clientId, handle, [&](ExitDetail&) {
-    return callback == nullptr || clientId == 0 ? QRN_ERROR_INVALID_PARAMETER : kNoHid;
+    if (callback == nullptr || clientId == 0) return QRN_ERROR_INVALID_PARAMETER;
+    return System::qvnRegisterForNotificationsHid(handle, {clientId, hid_event::kCategory, Data(), callback});
   });
 }
 
 uint32_t QvnUnregisterForNotificationsHid(uint32_t clientId, uint32_t handle) {
   return deviceCall("QvnUnregisterForNotificationsHid", clientId, handle, [&](ExitDetail&) {
-    return clientId == 0 ? QRN_ERROR_INVALID_PARAMETER : QRN_ERROR_SUCCESS;
+    if (clientId == 0) return QRN_ERROR_INVALID_PARAMETER;
+    return System::qvnUnregisterForNotificationsHid(clientId, handle);
   });
 }
 
@@ -88,7 +87,8 @@ uint32_t QvnGetCurrentStateHid(uint32_t clientId, uint32_t handle, uint32_t* sta
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
                       *state = 0;
+                      const std::uint32_t rc = System::qvnGetCurrentStateHid(handle, *state);
                       exit.set([&] { return LogText() << ", state=" << *state; });
-                      return kNoHid;
+                      return rc;
                     });
 }

@@ -1,43 +1,47 @@
-// The exported functions of scanners. No device family makes scanners yet: what needs a live one answers 6.
+// The exported functions of scanners.
 #include "api/exported_call.h"
+#include "api/output_buffer.h"
 #include "api/stored_attributes.h"
+#include "api/system.h"
 #include "device/scanner_store.h"
-#include "device/scanner_table.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;
 
 namespace {
 
-constexpr std::uint32_t kNoScanner = QRN_ERROR_INVALID_HANDLE;
+constexpr std::uint8_t kReplyFill = 0xFF;
 
 }  // namespace
 
 uint32_t QvnOpenScanner(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnOpenScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+  return deviceCall("QvnOpenScanner", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnOpenScanner(clientId, handle); });
 }
 
 uint32_t QvnCloseScanner(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnCloseScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+  return deviceCall("QvnCloseScanner", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnCloseScanner(clientId, handle); });
 }
 
 uint32_t QvnDeleteScanner(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnDeleteScanner", clientId, handle, [&](ExitDetail&) -> std::uint32_t {
-    if (ScannerTable::getInstance().find(handle)) return QRN_ERROR_BUSY;
-    return ScannerStore::getInstance().remove(handle);
-  });
+  return deviceCall("QvnDeleteScanner", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnDeleteScanner(handle); });
 }
 
-uint32_t QvnStartJobScanner(uint32_t clientId, uint32_t handle, void* /*job*/) {
-  return deviceCall("QvnStartJobScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+uint32_t QvnStartJobScanner(uint32_t clientId, uint32_t handle, void* job) {
+  return deviceCall("QvnStartJobScanner", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnStartJobScanner(clientId, handle, job); });
 }
 
 uint32_t QvnEndJobScanner(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnEndJobScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+  return deviceCall("QvnEndJobScanner", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnEndJobScanner(clientId, handle); });
 }
 
 uint32_t QvnCancelJobScanner(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnCancelJobScanner", clientId, handle, [](ExitDetail&) { return kNoScanner; });
+  return deviceCall("QvnCancelJobScanner", clientId, handle,
+                    [&](ExitDetail&) { return System::qvnCancelJobScanner(clientId, handle); });
 }
 
 uint32_t QvnExchangeDataScanner(uint32_t clientId, uint32_t handle, const uint8_t* request,
@@ -49,7 +53,11 @@ uint32_t QvnExchangeDataScanner(uint32_t clientId, uint32_t handle, const uint8_
       return QRN_ERROR_INVALID_PARAMETER;
     }
     *replyLength = 0;
-    return kNoScanner;
+    Data requestData(request, requestLength);
+    Data replyData(replySize, kReplyFill);
+    const std::uint32_t rc = System::qvnExchangeDataScanner(clientId, handle, requestData, replyData);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    return copyOut(replyData.getBuffer(), replyData.getLength(), reply, replySize, *replyLength);
   });
 }
 
@@ -79,8 +87,9 @@ uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle, uint32_t*
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
                       *state = 0;
+                      const std::uint32_t rc = System::qvnGetCurrentStateScanner(handle, *state);
                       exit.set([&] { return LogText() << " state=" << *state; });
-                      return kNoScanner;
+                      return rc;
                     });
 }
 
@@ -88,7 +97,7 @@ uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, const char* 
   return deviceCall("QvnSetJobStringScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
     exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
-    return kNoScanner;
+    return System::qvnSetJobParameterScanner(clientId, handle, key, value);
   });
 }
 
@@ -96,20 +105,24 @@ uint32_t QvnSetJobLongScanner(uint32_t clientId, uint32_t handle, const char* ke
   return deviceCall("QvnSetJobLongScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || value == 0) return QRN_ERROR_INVALID_PARAMETER;
     exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
-    return kNoScanner;
+    const std::string text = std::to_string(static_cast<std::int32_t>(value));
+    return System::qvnSetJobParameterScanner(clientId, handle, key, text);
   });
 }
 
 // The scanner's answer to the next two does not reach the client.
 uint32_t QvnRegisterForAsyncDataScanner(uint32_t clientId, uint32_t handle, uint32_t mask,
-                                        QvnScanDataCallback /*callback*/) {
+                                        QvnScanDataCallback callback) {
   return deviceCall("QvnRegisterForAsyncDataScanner", clientId, handle, [&](ExitDetail& exit) {
+    System::qvnRegisterForAsyncDataScanner(handle, {mask, clientId, callback});
     exit.set([&] { return (LogText() << " mask=").maskBytes(mask); });
     return QRN_ERROR_SUCCESS;
   });
 }
 
 uint32_t QvnUnregisterForAsyncDataScanner(uint32_t clientId, uint32_t handle) {
-  return deviceCall("QvnUnregisterForAsyncDataScanner", clientId, handle,
-                    [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+  return deviceCall("QvnUnregisterForAsyncDataScanner", clientId, handle, [&](ExitDetail&) {
+    System::qvnUnregisterForAsyncDataScanner(clientId, handle);
+    return QRN_ERROR_SUCCESS;
+  });
 }

@@ -14,7 +14,12 @@
 #include "device/printer_table.h"
 #include "device/scanner_store.h"
 #include "device/scanner_table.h"
+#include "hid/hid_notification_manager.h"
+#include "hid/hid_object.h"
+#include "hid/hid_report_manager.h"
 #include "printer/printer_object.h"
+#include "scanner/cpd_scanner_async_data_manager.h"
+#include "scanner/scanner_object.h"
 #include "transport/transports.h"
 
 namespace qvn {
@@ -43,6 +48,7 @@ bool startServices() {
   ScannerTable::getInstance();
   DiscoveryManager::getInstance();
   JobTracker::getInstance();
+  CpdScannerAsyncDataManager::getInstance();
   DeviceFactories::getInstance();
   return true;
 }
@@ -52,7 +58,18 @@ void stopServices() {
   // A printer's writer may be writing through a transport that is about to be unloaded.
   for (const auto& printer : PrinterTable::getInstance().liveObjects()) printer->shutDown();
 
+  // The transports' threads deliver what scanners and HIDs send to the clients that the managers know.
+  for (const auto& scanner : ScannerTable::getInstance().liveObjects()) {
+    if (scanner->hasDevice()) scanner->device().shutDown();
+  }
+  for (const auto& hid : HidTable::getInstance().liveObjects()) {
+    if (hid->hasDevice()) hid->device().shutDown();
+  }
+
   JobTracker::destroyInstance();
+  CpdScannerAsyncDataManager::destroyInstance();
+  HidReportManager::destroyInstance();
+  HidNotificationManager::destroyInstance();
   DeviceFactories::destroyInstance();
   Transports::destroyInstance();
   ScannerTable::destroyInstance();
@@ -70,7 +87,10 @@ void stopServices() {
 }  // namespace
 
 System::System()
-    : cpdPrinterFactory_(startServices()), bpdPrinterFactory_(true, [](const std::string& attributes) {
+    : cpdPrinterFactory_(startServices()),
+      cpdScannerFactory_(true),
+      cpdHidFactory_(true),
+      bpdPrinterFactory_(true, [](const std::string& attributes) {
         DiscoveryManager::getInstance().discoverSpecific(attributes);
       }) {}
 

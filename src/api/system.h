@@ -2,9 +2,10 @@
 // forward to.
 //
 // Birth: Localize, the logger, the stores, Transports, PrinterTable and ScannerTable, DiscoveryManager,
-// JobTracker, DeviceFactories, the device factories. HidTable and DeferredCalls are made on first use.
-// Death: DeferredCalls, the live printers' threads, JobTracker, DeviceFactories, Transports (which unloads
-// the plug-ins), the tables, DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
+// JobTracker, CpdScannerAsyncDataManager, DeviceFactories, the device factories. HidTable, the managers of
+// the HIDs and DeferredCalls are made on first use. Death: DeferredCalls, what the live devices' threads do,
+// JobTracker, CpdScannerAsyncDataManager, the managers of the HIDs, DeviceFactories, Transports (which
+// unloads the plug-ins), the tables, DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +14,11 @@
 #include "common/process_service.h"
 #include "device/client_registration.h"
 #include "device/job_description.h"
+#include "hid/cpd_hid_factory.h"
 #include "printer/bpd_printer_factory.h"
 #include "printer/cpd_printer_factory.h"
 #include "qvn/qvn.h"
+#include "scanner/cpd_scanner_factory.h"
 
 namespace qvn {
 
@@ -52,6 +55,35 @@ class System : public ProcessService<System> {
                                                           const NotificationRegistration& registration);
   static std::uint32_t qvnUnregisterForNotificationsPrinter(std::uint32_t clientId, std::uint32_t handle);
 
+  // Scanners (system_scanners.cpp).
+  static std::uint32_t qvnOpenScanner(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnCloseScanner(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnDeleteScanner(std::uint32_t handle);
+  static std::uint32_t qvnStartJobScanner(std::uint32_t clientId, std::uint32_t handle, void* parameters);
+  static std::uint32_t qvnEndJobScanner(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnCancelJobScanner(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnExchangeDataScanner(std::uint32_t clientId, std::uint32_t handle, Data& request,
+                                              Data& reply);
+  // Sends "<0>key</0><1>value</1>".
+  static std::uint32_t qvnSetJobParameterScanner(std::uint32_t clientId, std::uint32_t handle,
+                                                 const std::string& key, const std::string& value);
+  static std::uint32_t qvnGetCurrentStateScanner(std::uint32_t handle, std::uint32_t& state);
+  static std::uint32_t qvnRegisterForAsyncDataScanner(std::uint32_t handle,
+                                                      const AsyncDataRegistration& registration);
+  // Returns when the client is in no callback of the scanner any more, unless called from one.
+  static std::uint32_t qvnUnregisterForAsyncDataScanner(std::uint32_t clientId, std::uint32_t handle);
+
+  // HIDs (system_hids.cpp). The registrations are the process's, whether the HID is open or not.
+  static std::uint32_t qvnOpenHid(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnCloseHid(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnDeleteHid(std::uint32_t handle);
+  static std::uint32_t qvnRegisterForReportsHid(std::uint32_t handle, const ReportRegistration& registration);
+  static std::uint32_t qvnUnregisterForReportsHid(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnRegisterForNotificationsHid(std::uint32_t handle,
+                                                      const NotificationRegistration& registration);
+  static std::uint32_t qvnUnregisterForNotificationsHid(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnGetCurrentStateHid(std::uint32_t handle, std::uint32_t& state);
+
   // Enumeration and discovery (system_enumeration.cpp).
   static std::uint32_t qvnEnumPrinters(std::uint32_t clientId, const std::string& transport,
                                        const std::string& filter, QvnDeviceFoundCallback callback);
@@ -84,6 +116,8 @@ class System : public ProcessService<System> {
   ~System();
 
   CpdPrinterFactory cpdPrinterFactory_;
+  CpdScannerFactory cpdScannerFactory_;
+  CpdHidFactory cpdHidFactory_;
   BpdPrinterFactory bpdPrinterFactory_;
 };
 

@@ -1,15 +1,13 @@
 // CallbackRegistry: the clients that want to be called back about a device.
 #pragma once
 
-#include <algorithm>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 #include "common/client_callback.h"
+#include "common/running_calls.h"
 
 namespace qvn {
 
@@ -30,16 +28,11 @@ class CallbackRegistry {
     return registrations_.erase(clientId) != 0;
   }
 
-  // Returns when no call of the client is running. A thread that is itself inside a callback of this registry
-  // does not wait: two callbacks that unregister each other must not wait for each other. Call it without a
-  // lock that a callback may want.
+  // Returns when no call of the client is running; at once on a thread that is itself inside a callback of
+  // this registry. Call it without a lock that a callback may want.
   void waitForCalls(std::uint32_t clientId) {
     std::unique_lock<std::mutex> lock(mutex_);
-    if (isInsideCallback()) return;
-    callEnded_.wait(lock, [&] {
-      return std::none_of(running_.begin(), running_.end(),
-                          [&](const RunningCall& call) { return call.clientId == clientId; });
-    });
+    running_.wait(clientId, lock);
   }
 
   std::size_t size() const {
@@ -72,44 +65,30 @@ class CallbackRegistry {
   }
 
  private:
-  struct RunningCall {
-    std::uint32_t clientId;
-    std::thread::id thread;
-  };
   struct CallEnd {
     CallbackRegistry& registry;
     std::uint32_t clientId;
     ~CallEnd() { registry.end(clientId); }
   };
 
-  bool isInsideCallback() const {
-    return std::any_of(running_.begin(), running_.end(),
-                       [](const RunningCall& call) { return call.thread == std::this_thread::get_id(); });
-  }
-
   bool begin(std::uint32_t clientId, Registration& registration) {
     std::lock_guard<std::mutex> lock(mutex_);
     const auto found = registrations_.find(clientId);
     if (found == registrations_.end()) return false;
     registration = found->second;
-    running_.push_back({clientId, std::this_thread::get_id()});
+    running_.begin(clientId);
     return true;
   }
 
   void end(std::uint32_t clientId) {
     std::lock_guard<std::mutex> lock(mutex_);
-    const auto found = std::find_if(running_.rbegin(), running_.rend(), [&](const RunningCall& call) {
-      return call.clientId == clientId && call.thread == std::this_thread::get_id();
-    });
-    if (found != running_.rend()) running_.erase(std::next(found).base());
-    callEnded_.notify_all();
+    running_.end(clientId);
   }
 
   // Guards what follows.
   mutable std::mutex mutex_;
-  std::condition_variable callEnded_;
   std::map<std::uint32_t, Registration> registrations_;
-  std::vector<RunningCall> running_;
+  RunningCalls<std::uint32_t> running_;
 };
 
 }  // namespace qvn

@@ -21,4 +21,15 @@ struct NotificationRegistration {
   QvnNotificationCallback callback = nullptr;
 };
 
+struct AsyncDataRegistration {
+  std::uint32_t mask = 0;
+  std::uint32_t clientId = 0;
+  QvnScanDataCallback callback = nullptr;
+};
+
+struct ReportRegistration {
+  std::uint32_t clientId = 0;
+  QvnHidReportCallback callback = nullptr;
+};
+
 }  // namespace qvn

@@ -1,9 +1,9 @@
-// ConnectionUse: a connection of a printer for the duration of an operation.
+// ConnectionUse: a connection of a device for the duration of an operation.
 #pragma once
 
 #include <string>
 
-#include "device/printer.h"
+#include "device/connected_device.h"
 #include "qvn/transport/connection_manager.h"
 
 namespace qvn {
@@ -11,9 +11,9 @@ namespace qvn {
 // Gets the connection by name and gives it back when the scope ends.
 class ConnectionUse {
  public:
-  ConnectionUse(Printer& printer, const std::string& connectionName)
-      : printer_(printer), connection_(printer.doGetConnection(connectionName)) {}
-  ~ConnectionUse() { printer_.doReleaseConnection(connection_); }
+  ConnectionUse(ConnectedDevice& device, const std::string& connectionName)
+      : device_(device), connection_(device.doGetConnection(connectionName)) {}
+  ~ConnectionUse() { device_.doReleaseConnection(connection_); }
   ConnectionUse(const ConnectionUse&) = delete;
   ConnectionUse& operator=(const ConnectionUse&) = delete;
 
@@ -22,7 +22,7 @@ class ConnectionUse {
   Connectable* get() const { return connection_; }
 
  private:
-  Printer& printer_;
+  ConnectedDevice& device_;
   Connectable* connection_;
 };
 

@@ -5,10 +5,10 @@
 #include "device/connection_use.h"
 #include "device/printer_store.h"
 #include "qvn/transport/attribute_codec.h"
-#include "transport/transports.h"
 
 namespace qvn {
 
+Printer::Printer() : ConnectedDevice("Printer") {}
 Printer::~Printer() = default;
 
 std::uint32_t Printer::doStartJob(const JobRequest& /*job*/) { return QRN_ERROR_INVALID_FUNCTION; }
@@ -34,6 +34,7 @@ std::uint32_t Printer::doUnregisterForNotifications(std::uint32_t /*clientId*/) 
 }
 std::uint32_t Printer::doGetCurrentState(std::uint32_t& /*state*/) { return QRN_ERROR_INVALID_FUNCTION; }
 void Printer::notifyJobStatus(const Notification& /*record*/) {}
+void Printer::passNotification(const Notification& /*record*/) {}
 void Printer::setBidiAllowed(bool allowed) { bidiAllowed_ = allowed; }
 void Printer::shutDown() {}
 
@@ -42,34 +43,12 @@ Connectable* Printer::doGetConnection(const std::string& connectionName) {
     return LogText() << "Printer::doGetConnection() handle=" << getHandle() << ", connectionName=\""
                      << connectionName << "\"";
   });
-  const std::string attributes = getAttributes();
-  ConnectionManager& manager = Transports::getInstance().getConnectionManager(attributes);
-  Connectable* const connection =
-      callTransport("getConnection", [&] { return manager.getConnection(attributes, connectionName); });
-  if (connection == nullptr) {
-    throw Win32Exception("Printer::doGetConnection() no connection=" + connectionName,
-                         QRN_ERROR_INTERNAL_ERROR, "", 0);
-  }
-  return connection;
-}
-
-void Printer::doReleaseConnection(Connectable* connection) {
-  if (connection == nullptr) return;
-  try {
-    Transports::getInstance().getConnectionManager(getAttributes()).releaseConnection(connection);
-  } catch (...) {
-    // The connection is the transport's, whatever it makes of the release.
-  }
+  return ConnectedDevice::doGetConnection(connectionName);
 }
 
 void Printer::doPersistConnection(Connectable* connection, bool keep) {
   if (connection == nullptr) return;
-  const std::uint32_t tag = connection->getTag();
-  if (keep) {
-    connection->setTag(tag + 1);
-  } else if (tag != 0) {
-    connection->setTag(tag - 1);
-  }
+  ConnectedDevice::doPersistConnection(connection, keep);
   logDetail(log_component::server(),
             [&] { return LogText() << "Printer: doPersistConnection() refCount=" << connection->getTag(); });
 }

@@ -5,16 +5,17 @@
 #include <string>
 
 #include "device/client_registration.h"
+#include "device/connected_device.h"
 #include "device/job_description.h"
 #include "device/notification.h"
-#include "qvn/transport/device.h"
 
 namespace qvn {
 
 // Operations that a family does not override answer 1. Client threads call them; each family locks for
 // itself.
-class Printer : public Device {
+class Printer : public ConnectedDevice {
  public:
+  Printer();
   ~Printer() override = 0;
 
   virtual std::uint32_t doStartJob(const JobRequest& job);
@@ -33,13 +34,12 @@ class Printer : public Device {
   // 1 busy printing, 2 error, 3 idle.
   virtual std::uint32_t doGetCurrentState(std::uint32_t& state);
   virtual void notifyJobStatus(const Notification& record);
+  // Tells the clients what another device, the scanner beside it, has to say.
+  virtual void passNotification(const Notification& record);
   virtual void setBidiAllowed(bool allowed);
 
-  // The named connection of the device's transport; give it back with doReleaseConnection.
-  virtual Connectable* doGetConnection(const std::string& connectionName);
-  virtual void doReleaseConnection(Connectable* connection);
-  // Keeps a connection beyond the operation that got it, or ends that.
-  virtual void doPersistConnection(Connectable* connection, bool keep);
+  Connectable* doGetConnection(const std::string& connectionName) override;
+  void doPersistConnection(Connectable* connection, bool keep) override;
 
   // Ends the printer's own threads, throwing away what they still had to write. Before the transports go.
   virtual void shutDown();

@@ -88,6 +88,10 @@ void JobPrinter::notifyJobStatus(const Notification& record) {
   reportingThread_ = outer;
 }
 
+void JobPrinter::passNotification(const Notification& record) {
+  if (NotificationTask* const task = notificationTask()) task->notify(record);
+}
+
 void JobPrinter::setBidiAllowed(bool allowed) {
   logDetail(log_component::server(), [&] {
     return LogText() << family_ << "::setBidiAllowed(" << allowed << ") handle=" << getHandle();

@@ -20,6 +20,7 @@ class JobPrinter : public Printer {
   std::uint32_t doRegisterForNotifications(const NotificationRegistration& registration) override;
   std::uint32_t doUnregisterForNotifications(std::uint32_t clientId) override;
   void notifyJobStatus(const Notification& record) override;
+  void passNotification(const Notification& record) override;
   void setBidiAllowed(bool allowed) override;
 
   // For the states, which are called with the state lock held.

@@ -19,6 +19,10 @@ void PrinterObject::shutDown() {
   if (device_) device_->shutDown();
 }
 
+void PrinterObject::passNotification(const Notification& record) {
+  if (device_) device_->passNotification(record);
+}
+
 std::uint32_t PrinterObject::open(std::uint32_t clientId) {
   if (!device_) return QRN_ERROR_INVALID_HANDLE;
   const std::uint32_t rc = device_->doOpen();

@@ -43,6 +43,8 @@ class PrinterObject {
   virtual std::uint32_t unregisterForAlerts(std::uint32_t clientId);
   virtual std::uint32_t unregisterForNotifications(std::uint32_t clientId);
 
+  void passNotification(const Notification& record);
+
   bool hasDevice() const { return device_ != nullptr; }
   bool isOpenBy(std::uint32_t clientId);
   std::string getAttributes() const;

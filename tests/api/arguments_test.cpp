@@ -135,7 +135,7 @@ const std::vector<Case>& deviceCases() {
   {"DeleteHid", 6, 2, [](auto h) { return QvnDeleteHid(kClient, h); }, {}},
   {"RegisterForReportsHid", 6, 6, [](auto h) { return QvnRegisterForReportsHid(kClient, h, report); }, {}},
   {"UnregisterForReportsHid", 6, 0, [](auto h) { return QvnUnregisterForReportsHid(kClient, h); }, {}},
-  {"RegisterForNotificationsHid", 6, 6, [](auto h) { return QvnRegisterForNotificationsHid(kClient, h, notification); },
+  {"RegisterForNotificationsHid", 6, 0, [](auto h) { return QvnRegisterForNotificationsHid(kClient, h, notification); },
    {[] { return QvnRegisterForNotificationsHid(kClient, 1, nullptr); },
     [] { return QvnRegisterForNotificationsHid(0, 1, notification); }}},
   {"UnregisterForNotificationsHid", 6, 0, [](auto h) { return QvnUnregisterForNotificationsHid(kClient, h); },

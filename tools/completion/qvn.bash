@@ -1,8 +1,8 @@
 # bash completion for qvn(1) and qvn-sim(1). Words that depend on the machine are asked of qvn, which reads them
 # from the registry without talking to a device.
 
-_qvn_verbs="install uninstall transport device discover print status cache watch npa get set host monitor settings
-  registry log"
+_qvn_verbs="install uninstall transport device discover print status cache watch npa scan esc hid get set host monitor
+  settings registry log"
 
 # The words after a verb that has verbs of its own.
 _qvn_subverbs() {
@@ -12,6 +12,7 @@ _qvn_subverbs() {
     settings) echo "list get set" ;;
     host) echo "get set" ;;
     monitor) echo "add" ;;
+    hid) echo "watch" ;;
     registry) echo "export import" ;;
     log) echo "on off show follow path" ;;
   esac
@@ -26,9 +27,11 @@ _qvn_options() {
     "device add") echo "--family --transport --handle --address --portname --port-type --set" ;;
     discover) echo "--transport --json" ;;
     print) echo "--device --user --job --quiet" ;;
-    status | npa) echo "--device --json" ;;
+    status | npa | esc) echo "--device --json" ;;
     cache) echo "--device --json --raw" ;;
     watch) echo "--device --count --json --raw" ;;
+    scan) echo "--output --device --dpi --mode --area --source --pages --timeout --json" ;;
+    "hid watch") echo "--device --count --json" ;;
     get) echo "--device --kind --json" ;;
     set) echo "--device" ;;
     "registry export") echo "--key" ;;
@@ -44,6 +47,21 @@ _qvn_listed() {
   shift
   qvn "$@" --json 2>/dev/null | sed -n "s/^ *\"$member\": \"\{0,1\}\([^\",]*\)\"\{0,1\},\{0,1\}\$/\1/p" |
     grep -vx null
+}
+
+# The kind of device that a verb takes.
+_qvn_kind() {
+  case $1 in
+    scan | esc) echo scanner ;;
+    hid) echo hid ;;
+    *) echo printer ;;
+  esac
+}
+
+# The handles and port names of the stored devices of a kind.
+_qvn_listed_named() {
+  _qvn_listed handle device list --kind "$1"
+  _qvn_listed portname device list --kind "$1"
 }
 
 # The lines of standard input that begin with the word, quoted for the shell.
@@ -76,14 +94,18 @@ _qvn() {
   done
 
   case $previous in
-    --device) _qvn_offer "$cur" < <(_qvn_listed handle device list --kind printer; _qvn_listed portname device list) ;;
+    --device) _qvn_offer "$cur" < <(_qvn_listed_named "$(_qvn_kind "$verb")") ;;
     --kind) _qvn_words "printer scanner hid" ;;
+    --mode) _qvn_words "bw gray color" ;;
+    --source) _qvn_words "flatbed feeder" ;;
+    --pages) _qvn_words "all" ;;
+    --output | -o) compopt -o default 2>/dev/null ;;
     --family) _qvn_words "CpdPrinter BpdPrinter CpdScanner BpdScanner CpdHid" ;;
     --transport)
       _qvn_words "LOCAL_TRANSPORT NETWORK_TRANSPORT ALL_TRANSPORT"
       _qvn_offer "$cur" < <(_qvn_listed name transport list)
       ;;
-    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count) ;;
+    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count | --dpi | --area | --timeout) ;;
     *)
       if [[ $cur == -* ]]; then
         _qvn_words "$(_qvn_options "$path")"
@@ -91,7 +113,7 @@ _qvn() {
       fi
       case $path in
         "") _qvn_words "$_qvn_verbs" ;;
-        transport | device | settings | host | monitor | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
+        transport | device | settings | host | monitor | hid | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
         "transport remove") _qvn_offer "$cur" < <(_qvn_listed name transport list) ;;
         "device show" | "device remove") _qvn_offer "$cur" < <(_qvn_listed handle device list) ;;
         "host get" | "host set") [[ $previous == [gs]et ]] && _qvn_words "PcName PinNumber CodePage" ;;
@@ -106,17 +128,18 @@ _qvn_sim() {
   local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case $previous in
-    --jobs | --trace) compopt -o default 2>/dev/null ;;
+    --jobs | --trace | --page | --scans | --script) compopt -o default 2>/dev/null ;;
     --fault)
       compopt -o nospace 2>/dev/null
       _qvn_words "delay-reply= late-reply= drop-reply= corrupt-reply= misframe-reply= double-reply= reject= close-bidi=
-        busy never-finish slow-print= close-mid-job="
+        busy never-finish slow-print= close-mid-job= slow-discovery= status-early= status-late= status-twice status-never
+        wrong-length= stop-page= close-mid-page= slow-scan= ignore-abort"
       ;;
     --family) _qvn_words "CpdPrinter BpdPrinter" ;;
-    --model | --serial | --name | --address | --*-port | --print-time | --cancel-run) ;;
+    --model | --serial | --name | --address | --*-port | --print-time | --cancel-run | --feeder | --block) ;;
     *)
-      _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --plain --jobs --discard
-        --print-time --cancel-run --trace --events --quit-on-eof --fault --help"
+      _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --scan-port --hid-port
+        --plain --printer-only --jobs --discard --print-time --cancel-run --page --feeder --block --scans --script --trace --events --quit-on-eof --fault --help"
       ;;
   esac
 }

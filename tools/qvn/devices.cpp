@@ -13,10 +13,11 @@ namespace {
 
 constexpr DeviceKind kKinds[] = {
     {"printer", "PrinterStore", QvnEnumPrinters, QvnGetStringPrinter, QvnGetLongPrinter,
-     QvnGetByteArrayPrinter, QvnDeletePrinter},
+     QvnGetByteArrayPrinter, QvnDeletePrinter, QvnEnumSpecificPrinter},
     {"scanner", "ScannerStore", QvnEnumScanners, QvnGetStringScanner, QvnGetLongScanner, nullptr,
-     QvnDeleteScanner},
-    {"hid", "HidStore", QvnEnumHids, QvnGetStringHid, QvnGetLongHid, nullptr, QvnDeleteHid},
+     QvnDeleteScanner, QvnEnumSpecificScanner},
+    {"hid", "HidStore", QvnEnumHids, QvnGetStringHid, QvnGetLongHid, nullptr, QvnDeleteHid,
+     QvnEnumSpecificHid},
 };
 
 constexpr DeviceFamily kFamilies[] = {
@@ -113,30 +114,34 @@ bool isStored(const Session& session, const Device& device) {
   return readAttribute(session, device, attribute::kHandle).has_value();
 }
 
-Device selectPrinter(const Session& session, const std::string& name) {
-  const DeviceKind& printers = kKinds[0];
+Device selectNamed(const Session& session, const DeviceKind& kind, const std::string& name) {
+  const std::string word = kind.name;
   if (name.empty()) {
-    const auto stored = listDevices(session, printers, "ALL_TRANSPORT");
+    const auto stored = listDevices(session, kind, "ALL_TRANSPORT");
     if (stored.size() == 1) {
       return stored.front();
     }
     if (stored.empty()) {
-      throw Failure(
-          "no printer of a registered transport is stored: see 'qvn transport add' and 'qvn discover'");
+      throw Failure("no " + word +
+                    " of a registered transport is stored: see 'qvn transport add' and 'qvn discover'");
     }
-    throw UsageError("several printers are stored: name one with --device (see 'qvn device list')");
+    throw UsageError("several " + word + "s are stored: name one with --device (see 'qvn device list')");
   }
   if (const auto handle = parseNumber(name)) {
-    const Device printer{&printers, *handle};
-    if (!isStored(session, printer)) {
-      throw Failure("there is no " + printer.text(), QRN_ERROR_INVALID_HANDLE);
+    const Device device{&kind, *handle};
+    if (!isStored(session, device)) {
+      throw Failure("there is no " + device.text(), QRN_ERROR_INVALID_HANDLE);
     }
-    return printer;
+    return device;
   }
   std::uint32_t handle = 0;
-  require(QvnEnumSpecificPrinter(session.client(), name.c_str(), &handle),
-          "there is no printer with the port name '" + name + "'");
-  return {&printers, handle};
+  require(kind.findByPortname(session.client(), name.c_str(), &handle),
+          "there is no " + word + " with the port name '" + name + "'");
+  return {&kind, handle};
+}
+
+Device selectPrinter(const Session& session, const std::string& name) {
+  return selectNamed(session, kKinds[0], name);
 }
 
 Device selectDevice(const Session& session, std::uint32_t handle, const std::string& kindName) {

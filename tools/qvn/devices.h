@@ -23,6 +23,7 @@ struct DeviceKind {
   decltype(&QvnGetLongPrinter) getLong;
   decltype(&QvnGetByteArrayPrinter) getByteArray;  // null where the kind has none
   decltype(&QvnDeletePrinter) remove;
+  decltype(&QvnEnumSpecificPrinter) findByPortname;
 };
 
 std::span<const DeviceKind> deviceKinds();
@@ -60,7 +61,9 @@ std::string readText(const Session& session, const Device& device, const std::st
 // True when the store of its kind holds the device.
 bool isStored(const Session& session, const Device& device);
 
-// The printer that a person names by its handle or its port name; without a name the only one stored.
+// The device of that kind that a person names by its handle or its port name; without a name the only one
+// stored.
+Device selectNamed(const Session& session, const DeviceKind& kind, const std::string& name);
 Device selectPrinter(const Session& session, const std::string& name);
 
 // The device of that handle; the kind may be left open (empty) when only one kind has the handle.

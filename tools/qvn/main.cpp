@@ -50,6 +50,9 @@ int run(int argc, char** argv) {
   qvn::cli::addCacheCommand(app);
   qvn::cli::addWatchCommand(app);
   qvn::cli::addNpaCommand(app);
+  qvn::cli::addScanCommand(app);
+  qvn::cli::addEscCommand(app);
+  qvn::cli::addHidCommand(app);
   qvn::cli::addAttributeCommands(app);
   qvn::cli::addHostCommand(app);
   qvn::cli::addMonitorCommand(app);

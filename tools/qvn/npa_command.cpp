@@ -1,12 +1,11 @@
 // qvn npa: one NPA packet to a printer and its reply.
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
 
 #include "commands.h"
 #include "devices.h"
 #include "failure.h"
-#include "text_values.h"
+#include "raw_exchange.h"
 
 namespace qvn::cli {
 
@@ -15,44 +14,27 @@ namespace {
 // An NPA packet says its length, less 3, in 16 bits.
 constexpr std::uint32_t kLargestPacket = 0xFFFF + 3;
 
-struct Options {
-  std::vector<std::string> hex;
-  std::string device;
-  bool json = false;
-};
-
-void exchange(const Options& options) {
-  std::string text;
-  for (const std::string& part : options.hex) {
-    text += part + " ";
-  }
-  const auto request = parseHex(text);
-  if (!request) {
-    throw UsageError("a packet is written as pairs of hexadecimal digits, for example 'A5 00 03 50 01 00'");
-  }
+void exchange(const RawExchangeOptions& options) {
+  const std::string request = parseRequest(options.hex, "A5 00 03 50 01 00");
   const Session session;
   const Device printer = selectPrinter(session, options.device);
   require(QvnOpenPrinter(session.client(), printer.handle), "cannot open " + printer.text());
   std::string reply(kLargestPacket, '\0');
   std::uint32_t length = 0;
   const std::uint32_t result = QvnExchangeNpaPrinter(
-      session.client(), printer.handle, reinterpret_cast<const std::uint8_t*>(request->data()),
-      static_cast<std::uint32_t>(request->size()), reinterpret_cast<std::uint8_t*>(reply.data()),
+      session.client(), printer.handle, reinterpret_cast<const std::uint8_t*>(request.data()),
+      static_cast<std::uint32_t>(request.size()), reinterpret_cast<std::uint8_t*>(reply.data()),
       kLargestPacket, &length);
   QvnClosePrinter(session.client(), printer.handle);
   require(result, "the exchange with " + printer.text() + " failed");
   reply.resize(length);
-  if (options.json) {
-    printJson({{"request", formatHex(*request)}, {"reply", formatHex(reply)}});
-  } else {
-    std::cout << formatHex(reply, " ") << '\n';
-  }
+  printReply(request, reply, options.json);
 }
 
 }  // namespace
 
 void addNpaCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<RawExchangeOptions>();
   CLI::App* verb = app.add_subcommand("npa", "Send an NPA packet (IEEE 1284.1) and print the reply");
   verb->add_option("HEX", options->hex, "The packet, two hexadecimal digits per byte")->required();
   verb->add_option("--device", options->device,

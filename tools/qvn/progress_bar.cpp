@@ -25,6 +25,14 @@ std::string formatSeconds(std::uint64_t seconds) {
   return text;
 }
 
+// A number by itself, which another with the unit's name may follow.
+std::string format(double amount, ProgressUnit unit) {
+  if (unit == ProgressUnit::Bytes) return formatBytes(amount);
+  char text[32];
+  std::snprintf(text, sizeof text, "%.0f", amount);
+  return text;
+}
+
 }  // namespace
 
 std::string formatBytes(double bytes) {
@@ -40,7 +48,7 @@ std::string formatBytes(double bytes) {
 }
 
 std::string progressLine(const std::string& label, std::uint64_t done, std::optional<std::uint64_t> total,
-                         std::uint64_t elapsed) {
+                         std::uint64_t elapsed, ProgressUnit unit) {
   const double rate = elapsed == 0 ? 0 : static_cast<double>(done) * 1000 / static_cast<double>(elapsed);
   std::string line = label + "  ";
   if (total && *total > 0) {
@@ -51,11 +59,12 @@ std::string progressLine(const std::string& label, std::uint64_t done, std::opti
     std::snprintf(percent, sizeof percent, "%3.0f%%  ", part * 100);
     line += percent;
   }
-  line += formatBytes(static_cast<double>(done));
+  line += format(static_cast<double>(done), unit);
   if (total) {
-    line += " of " + formatBytes(static_cast<double>(*total));
+    line += " of " + format(static_cast<double>(*total), unit);
   }
-  line += "  " + formatBytes(rate) + "/s";
+  const char* const name = unit == ProgressUnit::Lines ? " lines" : "";
+  line += name + ("  " + format(rate, unit)) + name + "/s";
   if (total && rate > 0 && *total > done) {
     line +=
         "  " + formatSeconds(static_cast<std::uint64_t>(static_cast<double>(*total - done) / rate)) + " left";
@@ -65,10 +74,12 @@ std::string progressLine(const std::string& label, std::uint64_t done, std::opti
 
 bool standardErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
 
-ProgressBar::ProgressBar(std::string label, std::optional<std::uint64_t> total, bool visible)
+ProgressBar::ProgressBar(std::string label, std::optional<std::uint64_t> total, bool visible,
+                         ProgressUnit unit)
     : label_(std::move(label)),
       total_(total),
       visible_(visible),
+      unit_(unit),
       started_(platform::clock().monotonicMilliseconds()) {}
 
 ProgressBar::~ProgressBar() {
@@ -83,7 +94,7 @@ void ProgressBar::update(std::uint64_t done) {
     return;
   }
   drawn_ = now;
-  std::cerr << kClearLine << progressLine(label_, done, total_, now - started_) << std::flush;
+  std::cerr << kClearLine << progressLine(label_, done, total_, now - started_, unit_) << std::flush;
 }
 
 void ProgressBar::note(const std::string& text) {

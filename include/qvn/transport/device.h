@@ -12,10 +12,10 @@
 namespace qvn {
 
 // A transport calls accept (the device hands itself to a visitor), getHandle, getAttributes, and delivers
-// what the device sends: what a printer sends by notify(Data&), what a scanner or a HID sends by doAccept. Both
-// run on the calling thread; the data stays the transport's. The reference given through a visitor ends with
-// that visitor's release, that in a child slot with the connection's last close: a transport whose threads
-// deliver later keeps a DeviceReference.
+// what the device sends: what a printer sends by notify(Data&), what a scanner or a HID sends by doAccept.
+// Both run on the calling thread; the data stays the transport's. The reference given through a visitor ends
+// with that visitor's release, that in a child slot with the connection's last close: a transport whose
+// threads deliver later keeps a DeviceReference.
 //
 // The order of the virtual operations is part of the interface between the library and its plug-ins.
 class Device : public Connectable, public Subject {
@@ -71,7 +71,7 @@ class Device : public Connectable, public Subject {
   std::atomic<bool> bidiAllowed_{false};
 
  private:
-  std::uint32_t cachedHandle_ = 0;
+  std::atomic<std::uint32_t> cachedHandle_{0};
   std::string attributes_;
 };
 

@@ -1,0 +1,91 @@
+// DeviceCalls: how the exported functions reach the objects of one kind of device.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+
+#include "api/acquired_object.h"
+#include "api/deferred_calls.h"
+#include "api/discovery_manager.h"
+#include "api/let_go.h"
+#include "common/client_callback.h"
+#include "qvn/result_codes.h"
+
+namespace qvn {
+
+template <typename Table, typename Store, typename Object>
+class DeviceCalls {
+ public:
+  // Runs an operation on the object of the handle for the time of the call, restored when it is not live. 6
+  // when there is none.
+  template <typename Operation>
+  static std::uint32_t withAcquired(std::uint32_t handle, Operation&& operation) {
+    const Acquired object(handle);
+    return object ? operation(*object) : QRN_ERROR_INVALID_HANDLE;
+  }
+
+  // The same on an object that is live already: the device must be open in this process.
+  template <typename Operation>
+  static std::uint32_t withLive(std::uint32_t handle, Operation&& operation) {
+    auto object = Table::getInstance().find(handle);
+    if (!object) return QRN_ERROR_INVALID_HANDLE;
+    const std::uint32_t rc = operation(*object);
+    letGo(std::move(object));
+    return rc;
+  }
+
+  // Opens the device for the client. When that fails, but for the codes of a device that is there and in
+  // use, the device may have changed its address: its transport looks for it, and it is tried once more.
+  static std::uint32_t open(std::uint32_t clientId, std::uint32_t handle,
+                            std::initializer_list<std::uint32_t> inUse) {
+    std::string attributes;
+    {
+      Acquired object(handle);
+      if (!object || !object->hasDevice()) return QRN_ERROR_INVALID_HANDLE;
+      const std::uint32_t rc = openAcquired(clientId, object);
+      if (rc == QRN_ERROR_SUCCESS || std::find(inUse.begin(), inUse.end(), rc) != inUse.end()) return rc;
+      attributes = object->getAttributes();
+    }
+    DiscoveryManager::getInstance().discoverSpecific(attributes);
+    Acquired object(handle);
+    return object ? openAcquired(clientId, object) : QRN_ERROR_INVALID_HANDLE;
+  }
+
+  // Undoes one open. From inside a callback, which may run on that very device, it is done afterwards.
+  static std::uint32_t close(std::uint32_t clientId, std::uint32_t handle) {
+    if (!ClientCallback::isRunning()) return closeNow(clientId, handle);
+    const std::uint32_t rc = withLive(handle, [&](Object& object) {
+      return object.isOpenBy(clientId) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION;
+    });
+    if (rc == QRN_ERROR_SUCCESS) DeferredCalls::getInstance().post([=] { closeNow(clientId, handle); });
+    return rc;
+  }
+
+  // Takes the device out of its store, unless it is live.
+  static std::uint32_t remove(std::uint32_t handle) {
+    if (Table::getInstance().find(handle)) return QRN_ERROR_BUSY;
+    return Store::getInstance().remove(handle);
+  }
+
+ private:
+  using Acquired = AcquiredObject<Table, Object>;
+
+  static std::uint32_t openAcquired(std::uint32_t clientId, Acquired& object) {
+    const std::uint32_t rc = object->open(clientId);
+    if (rc == QRN_ERROR_SUCCESS) object.keep();
+    return rc;
+  }
+
+  static std::uint32_t closeNow(std::uint32_t clientId, std::uint32_t handle) {
+    bool wasOpen = false;
+    const std::uint32_t rc =
+        withLive(handle, [&](Object& object) { return object.close(clientId, wasOpen); });
+    // The reference is the open's: a close without an open has none to give back.
+    if (wasOpen) letGo(Table::getInstance().release(handle));
+    return rc;
+  }
+};
+
+}  // namespace qvn

@@ -1,0 +1,80 @@
+// What the exported scanner functions forward to.
+#include "api/device_calls.h"
+#include "api/system.h"
+#include "device/scanner_store.h"
+#include "device/scanner_table.h"
+#include "device/tag_map.h"
+#include "scanner/scanner_object.h"
+
+namespace qvn {
+namespace {
+
+using Scanners = DeviceCalls<ScannerTable, ScannerStore, ScannerObject>;
+
+// Asks the scanner of a live object.
+template <typename Operation>
+std::uint32_t withScanner(std::uint32_t handle, Operation&& operation) {
+  return Scanners::withLive(handle, [&](ScannerObject& object) {
+    return object.hasDevice() ? operation(object.device()) : QRN_ERROR_INVALID_HANDLE;
+  });
+}
+
+}  // namespace
+
+std::uint32_t System::qvnOpenScanner(std::uint32_t clientId, std::uint32_t handle) {
+  return Scanners::open(clientId, handle, {QRN_ERROR_BUSY});
+}
+
+std::uint32_t System::qvnCloseScanner(std::uint32_t clientId, std::uint32_t handle) {
+  return Scanners::close(clientId, handle);
+}
+
+std::uint32_t System::qvnDeleteScanner(std::uint32_t handle) { return Scanners::remove(handle); }
+
+std::uint32_t System::qvnStartJobScanner(std::uint32_t clientId, std::uint32_t handle, void* parameters) {
+  return withScanner(handle, [&](Scanner& scanner) { return scanner.doStartJob(clientId, parameters); });
+}
+
+std::uint32_t System::qvnEndJobScanner(std::uint32_t clientId, std::uint32_t handle) {
+  return withScanner(handle, [&](Scanner& scanner) { return scanner.doEndJob(clientId); });
+}
+
+std::uint32_t System::qvnCancelJobScanner(std::uint32_t clientId, std::uint32_t handle) {
+  return withScanner(handle, [&](Scanner& scanner) { return scanner.doCancelJob(clientId); });
+}
+
+std::uint32_t System::qvnExchangeDataScanner(std::uint32_t clientId, std::uint32_t handle, Data& request,
+                                             Data& reply) {
+  return withScanner(handle,
+                     [&](Scanner& scanner) { return scanner.doExchangeData(clientId, request, reply); });
+}
+
+std::uint32_t System::qvnSetJobParameterScanner(std::uint32_t clientId, std::uint32_t handle,
+                                                const std::string& key, const std::string& value) {
+  TagMap parameter;
+  parameter.set("0", key);
+  parameter.set("1", value);
+  Data data(parameter.text());
+  return withScanner(handle, [&](Scanner& scanner) { return scanner.doExchangeData(clientId, data); });
+}
+
+std::uint32_t System::qvnGetCurrentStateScanner(std::uint32_t handle, std::uint32_t& state) {
+  return Scanners::withAcquired(handle, [&](ScannerObject& object) {
+    return object.hasDevice() ? object.device().doGetCurrentState(state) : QRN_ERROR_INVALID_HANDLE;
+  });
+}
+
+std::uint32_t System::qvnRegisterForAsyncDataScanner(std::uint32_t handle,
+                                                     const AsyncDataRegistration& registration) {
+  return withScanner(handle, [&](Scanner& scanner) { return scanner.doRegisterForAsyncData(registration); });
+}
+
+std::uint32_t System::qvnUnregisterForAsyncDataScanner(std::uint32_t clientId, std::uint32_t handle) {
+  return withScanner(handle, [&](Scanner& scanner) {
+    const std::uint32_t rc = scanner.doUnregisterForAsyncData(clientId);
+    scanner.waitForCallbacks(clientId);
+    return rc;
+  });
+}
+
+}  // namespace qvn

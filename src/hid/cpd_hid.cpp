@@ -1,0 +1,84 @@
+#include "hid/cpd_hid.h"
+
+#include "common/trace_scope.h"
+#include "hid/cpd_hid_closed.h"
+#include "hid/hid_notification_manager.h"
+#include "hid/hid_report_manager.h"
+
+namespace qvn {
+
+CpdHid::CpdHid() : StateMachine(CpdHidClosed::getInstance()) { state().doEnterState(*this); }
+
+// The transport's threads call this object.
+CpdHid::~CpdHid() { endReferences(); }
+
+void CpdHid::shutDown() { endReferences(); }
+
+template <typename Operation>
+std::uint32_t CpdHid::traced(const char* operation, Operation&& run) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::serverHid(),
+                   [&] { return LogText() << "CpdHid::" << operation << "() handle=" << getHandle(); });
+  const std::uint32_t rc = withState(run);
+  trace.setRc(rc);
+  return rc;
+}
+
+std::uint32_t CpdHid::doOpen() {
+  return traced("doOpen", [this](const CpdHidState& state) { return state.doOpen(*this); });
+}
+
+std::uint32_t CpdHid::doClose() {
+  return traced("doClose", [this](const CpdHidState& state) { return state.doClose(*this); });
+}
+
+std::uint32_t CpdHid::doRegisterForReports(const ReportRegistration& registration) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::serverHid(), [&] {
+    return LogText() << "CpdHid::doRegisterForReports() handle=" << getHandle()
+                     << " clientId=" << registration.clientId;
+  });
+  return withState([&](const CpdHidState& state) { return state.doRegisterForReports(*this, registration); });
+}
+
+std::uint32_t CpdHid::doUnregisterForReports(std::uint32_t clientId) {
+  return traced("doUnregisterForReports",
+                [&](const CpdHidState& state) { return state.doUnregisterForReports(*this, clientId); });
+}
+
+std::uint32_t CpdHid::doGetCurrentState(std::uint32_t& state) {
+  state = stateValue_;
+  logDetail(log_component::serverHid(), [&] { return LogText() << "ERROR_SUCCESS, state=" << state; });
+  return QRN_ERROR_SUCCESS;
+}
+
+std::uint32_t CpdHid::doSetCurrentState(std::uint32_t state) {
+  stateValue_ = state;
+  logDetail(log_component::serverHid(), [&] { return LogText() << "ERROR_SUCCESS, state=" << state; });
+  return QRN_ERROR_SUCCESS;
+}
+
+void CpdHid::doAccept(Data& report) {
+  logDetail(log_component::serverHid(), [&] {
+    return (LogText() << "CpdHid::doAccept(Data)"
+                      << " handle=" << getHandle() << " data=")
+        .hex(report);
+  });
+  HidReportManager::getInstance().accept(getHandle(), report);
+}
+
+std::uint32_t CpdHid::doAccept(Notification& notification) {
+  logDetail(log_component::serverHid(), [&] {
+    return LogText() << "CpdHid::doAccept(Notification)"
+                     << " handle=" << getHandle() << " notificationId=" << notification.id;
+  });
+  notification.handle = getHandle();
+  HidNotificationManager::getInstance().acceptNotification(notification);
+  return doSetCurrentState(notification.id);
+}
+
+std::uint32_t CpdHid::doOnConnectionLost() {
+  logDetail(log_component::serverHid(),
+            [&] { return LogText() << "CpdHid::onConnectionLost() handle=" << getHandle(); });
+  return QRN_ERROR_SUCCESS;
+}
+
+}  // namespace qvn

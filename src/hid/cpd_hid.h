@@ -1,0 +1,42 @@
+// CpdHid: an input device; what it sends goes to the clients that the process's managers know.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "device/hid.h"
+#include "device/state_machine.h"
+#include "hid/cpd_hid_state.h"
+
+namespace qvn {
+
+// Reports and events arrive without the state lock and in every state.
+class CpdHid : public Hid, public StateMachine<CpdHid, CpdHidState> {
+ public:
+  CpdHid();
+  ~CpdHid() override;
+
+  std::uint32_t doOpen() override;
+  std::uint32_t doClose() override;
+  std::uint32_t doRegisterForReports(const ReportRegistration& registration) override;
+  std::uint32_t doUnregisterForReports(std::uint32_t clientId) override;
+  std::uint32_t doGetCurrentState(std::uint32_t& state) override;
+  std::uint32_t doSetCurrentState(std::uint32_t state) override;
+  void doAccept(Data& report) override;
+  std::uint32_t doAccept(Notification& notification) override;
+  std::uint32_t doOnConnectionLost() override;
+  void shutDown() override;
+
+  // For the states, which are called with the state lock held.
+  std::uint32_t openCount() const { return openCount_; }
+  void setOpenCount(std::uint32_t count) { openCount_ = count; }
+
+ private:
+  template <typename Operation>
+  std::uint32_t traced(const char* operation, Operation&& run);
+
+  std::uint32_t openCount_ = 0;
+  std::atomic<std::uint32_t> stateValue_{0};
+};
+
+}  // namespace qvn

@@ -1,0 +1,37 @@
+#include "hid/cpd_hid_closed.h"
+
+#include "common/basic_logger.h"
+#include "device/connection_use.h"
+#include "hid/cpd_hid.h"
+#include "hid/cpd_hid_open.h"
+
+namespace qvn {
+
+const CpdHidClosed& CpdHidClosed::getInstance() {
+  static const CpdHidClosed instance;
+  return instance;
+}
+
+std::uint32_t CpdHidClosed::doOpen(CpdHid& hid) const {
+  const ConnectionUse connection(hid, connection_name::kAlert);
+  connection->setChild(0, &hid);
+  const std::uint32_t rc = connection->open();
+  if (rc == QRN_ERROR_SUCCESS) {
+    hid.changeState(CpdHidOpen::getInstance());
+    hid.doPersistConnection(connection.get(), true);
+    hid.setOpenCount(1);
+  } else {
+    connection->setChild(0, nullptr);
+  }
+  logDetail(log_component::serverHid(), [&] { return LogText() << " openCount=" << hid.openCount(); });
+  return rc;
+}
+
+std::uint32_t CpdHidClosed::doClose(CpdHid& hid) const {
+  logDetail(log_component::serverHid(), [&] {
+    return LogText() << "CpdHidState:doClose(handle=" << hid.getHandle() << " openCount=" << hid.openCount();
+  });
+  return QRN_ERROR_SUCCESS;
+}
+
+}  // namespace qvn
