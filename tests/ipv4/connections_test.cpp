@@ -78,6 +78,11 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReach) {
       {"print", "<Address>127.0.0.1</Address><IpPort>65545</IpPort>", 87},
       {"print", attributeText(unused, unused), 1225},
       {"bidi", attributeText(unused, unused), 1225},
+      {"bidi", partText("CpdScanner", unused), 1225},
+      {"bidi", partText("CpdScanner", 0), 87},
+      {"alert", partText("CpdHid", unused), 1225},
+      {"alert", partText("CpdHid", 0), 87},
+      {"bidi", partText("CpdHid", unused), 1},
   };
   for (const Case& c : kCases) {
     EXPECT_EQ(OpenConnection(module, c.attributes, c.name).openCode(), c.code)
@@ -106,7 +111,8 @@ TEST_F(Ipv4Transport, AnswersEachVisitorByName) {
       {"flushPrintBufferVisitor", "", 0},
       {"setMaxPacketSizeVisitor", "<MaxWritePacketSize>512</MaxWritePacketSize>", 0},
       {"cacheVisitor", "", 1},
-      {"escCommandVisitor", "", 1},
+      {"escCommandVisitor", "", 1},  // for a scanner's "bidi"
+      {"openHidVisitor", "", 1},     // for a HID's "alert"
       {"", "", 1},
       {"npaDataVisitor", "", 1},  // not on this connection
       {attribute::kPortname, good, 0},

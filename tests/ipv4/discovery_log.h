@@ -6,19 +6,11 @@
 #include <vector>
 
 #include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
 #include "qvn/transport/observer.h"
 #include "simulator/simulator_process.h"
 
 namespace qvn::test {
-
-class DiscoveryLog : public Observer {
- public:
-  std::vector<std::string> texts;
-
- protected:
-  using Observer::doUpdate;
-  void doUpdate(const std::string& text) override { texts.push_back(text); }
-};
 
 inline std::string stringOf(const std::string& text, const char* descriptor) {
   std::string value;
@@ -31,6 +23,20 @@ inline std::uint32_t longOf(const std::string& text, const char* descriptor) {
   AttributeCodec::getLong(text, descriptor, value);
   return value;
 }
+
+class DiscoveryLog : public Observer {
+ public:
+  std::vector<std::string> texts;
+  // Of the scanners and HIDs that belong to them.
+  std::vector<std::string> parts;
+
+ protected:
+  using Observer::doUpdate;
+  void doUpdate(const std::string& text) override {
+    const std::string family = stringOf(text, attribute::kDevice);
+    (family == "CpdScanner" || family == "CpdHid" ? parts : texts).push_back(text);
+  }
+};
 
 // As a search text names it.
 inline std::string placeOf(const SimulatorProcess& device) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <future>
 #include <set>
 #include <thread>
 
@@ -32,6 +33,7 @@ class Discovery : public testing::Test {
 
   std::uint32_t discover(const std::string& options) {
     log.texts.clear();
+    log.parts.clear();
     return module.discoverer.discover(options);
   }
 
@@ -53,6 +55,62 @@ TEST_F(Discovery, DescribesADeviceSoThatItCanBeUsed) {
                 std::to_string(simulator.discoveryPort()) + "</UdpPort>");
   EXPECT_EQ(OpenConnection(module, log.texts[0], "print").openCode(), 0u);
   EXPECT_EQ(OpenConnection(module, log.texts[0], "bidi").openCode(), 0u);
+}
+
+TEST_F(Discovery, TellsEachPartOfADevice) {
+  Datagrams device;
+  const Listener scan;
+  const Listener hid;
+  std::string ports;
+  const auto answering = [&] {
+    return std::async(std::launch::async, [&] {
+      const std::string question = device.receive();
+      for (int times = 0; times < 2; ++times) device.answer(answerTo(question, "A-1") + ports);
+    });
+  };
+  const auto channel = [](const Listener& port) { return "<ChannelId>" + std::to_string(port.port()); };
+  const auto part = [&](const Listener& port, const char* family, const char* handle) {
+    return "<Address>127.0.0.1</Address>" + channel(port) + "</ChannelId><Device>" + family +
+           "</Device><Handle>" + handle +
+           "</Handle><Nickname>N</Nickname><PortType>TCP</PortType><Portname>IP_A-1</Portname>"
+           "<Printer Model>M</Printer Model><SerialNumber>A-1</SerialNumber><Transport>IPv4</Transport>"
+           "<TransportType>NETWORK_TRANSPORT</TransportType><UdpPort>" +
+           std::to_string(device.port()) + "</UdpPort>";
+  };
+  const std::string scanner = part(scan, "CpdScanner", "40401");
+  const std::string panel = part(hid, "CpdHid", "40801");
+  const std::string scanLine = "scan=" + std::to_string(scan.port()) + "\n";
+  const std::string hidLine = "hid=" + std::to_string(hid.port()) + "\n";
+  struct Case {
+    std::string ports;
+    std::vector<std::string> parts;
+  };
+  const Case kCases[] = {{"", {}},
+                         {"scan=0\nhid=0\n", {}},
+                         {scanLine, {scanner}},
+                         {hidLine, {panel}},
+                         {hidLine + scanLine, {scanner, panel}}};
+  for (const Case& c : kCases) {
+    ports = c.ports;
+    auto answered = answering();
+    EXPECT_EQ(discover("127.0.0.1:" + std::to_string(device.port())), 0u);
+    answered.get();
+    EXPECT_EQ(log.texts.size(), 1u);
+    EXPECT_EQ(log.parts, c.parts);
+  }
+  // Each is found by itself, and tells of the others.
+  for (const std::string& text : {scanner, panel}) {
+    log.texts.clear();
+    log.parts.clear();
+    auto answered = answering();
+    EXPECT_EQ(module.discoverer.discoverSpecific(text), 0u);
+    answered.get();
+    EXPECT_EQ(log.texts.size(), 1u);
+    EXPECT_EQ(log.parts, (std::vector{scanner, panel}));
+  }
+  EXPECT_EQ(OpenConnection(module, scanner, "bidi").openCode(), 0u);
+  EXPECT_EQ(OpenConnection(module, panel, "alert").openCode(), 0u);
+  EXPECT_TRUE(scan.isWaiting() && hid.isWaiting());
 }
 
 TEST_F(Discovery, KeepsADevicesHandleWhereverItGoes) {

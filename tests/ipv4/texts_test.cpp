@@ -4,6 +4,8 @@
 #include <random>
 
 #include "ipv4/device_answer.h"
+#include "ipv4/esc_stream.h"
+#include "ipv4/hid_stream.h"
 #include "ipv4/npa_stream.h"
 #include "ipv4/search_text.h"
 #include "ipv4/services.h"
@@ -99,6 +101,116 @@ TEST(NpaPackets, ReplyMatchesItsRequestOnly) {
   }
 }
 
+// What a stream gives when bytes come in steps of that length; with `givesUp`, after all have come, what has
+// begun is given up until nothing has.
+template <typename Stream, typename Describe>
+std::vector<std::string> read(const Packet& bytes, std::size_t step, bool givesUp, const Describe& describe) {
+  Stream stream;
+  std::vector<std::string> items;
+  const auto take = [&] {
+    while (const auto item = stream.next()) items.push_back(describe(*item));
+  };
+  for (std::size_t at = 0; at < bytes.size(); at += step) {
+    const std::size_t length = std::min(step, bytes.size() - at);
+    const auto room = stream.room();
+    EXPECT_GE(room.size(), length);
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), length, room.begin());
+    stream.add(length);
+    take();
+  }
+  while (givesUp && stream.isPartial()) {
+    stream.giveUpPartial();
+    take();
+  }
+  return items;
+}
+
+TEST(EscStream, FindsCommandsHoweverTheyArrive) {
+  const std::string status = "1B 53 53 00 00 00 00 00";
+  const std::string block = "1B 73 64 03 00 01 00 00 1B 53 53";
+  const std::string unknown = "1B 58 59 5A 02 00 00 00 41 42";
+  struct Case {
+    std::string bytes;
+    std::vector<std::string> commands;
+    std::vector<std::string> afterGivingUp;
+  };
+  const Case kCases[] = {
+      {"", {}, {}},
+      {status, {status}, {status}},
+      {status + block + unknown + status, {status, block, unknown, status}, {status, block, unknown, status}},
+      {"00 FF" + status, {status}, {status}},
+      {status + "00" + block, {status, block}, {status, block}},
+      {"00" + unknown + status, {status}, {status}},  // image data looks like a command too
+      {"00 1B 58 1B" + status, {status}, {status}},
+      {"1B 53 53", {}, {}},
+      {"1B 73 64 FF FF 01 00 00" + unknown + status, {}, {status}},
+      {"1B 73 64 0C 00 01 00 00" + status, {}, {status}},
+      {"1B 73 64 0C 00 01 00 00 1B 73 64 0C 00 01 00 00", {}, {}},
+  };
+  const auto describe = [](esc::Bytes command) { return toHex({command.begin(), command.end()}); };
+  const auto spaced = [](const std::vector<std::string>& commands) {
+    std::vector<std::string> all;
+    for (const std::string& command : commands) all.push_back(toHex(hex(command)));
+    return all;
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      EXPECT_EQ(read<EscStream>(bytes, step, false, describe), spaced(c.commands))
+          << c.bytes << " by " << step;
+      EXPECT_EQ(read<EscStream>(bytes, step, true, describe), spaced(c.afterGivingUp))
+          << c.bytes << " by " << step;
+    }
+  }
+}
+
+TEST(EscStream, NeverRunsOutOfRoom) {
+  // The longest commands there are, in the pieces that leave the most of one behind.
+  Packet bytes;
+  for (int i = 0; i < 20; ++i) {
+    bytes = test::operator+(std::move(bytes), hex("1B 73 64 FF FF 01 00 00"));
+    bytes.resize(bytes.size() + 65535, 0x1B);
+  }
+  for (const std::size_t step : {std::size_t{65535}, std::size_t{65542}, std::size_t{100000}}) {
+    const auto length = [](esc::Bytes command) { return std::to_string(command.size()); };
+    EXPECT_EQ(read<EscStream>(bytes, step, false, length), std::vector<std::string>(20, "65543"));
+  }
+}
+
+TEST(HidStream, FindsFramesHoweverTheyArrive) {
+  struct Case {
+    const char* bytes;
+    std::vector<std::string> frames;
+  };
+  const Case kCases[] = {
+      {"", {}},
+      {"01 02 00 41 42 02 00 00 07 01 00 43", {"1: 41 42", "2: ", "7: 43"}},
+      {"01 00 00 01 03 00 41 42", {"1: "}},
+      {"01 FF FF 01 01 00 41", {}},
+  };
+  const auto describe = [](const HidFrame& frame) {
+    return std::to_string(frame.type) + ": " + toHex({frame.content.begin(), frame.content.end()});
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      for (const bool givesUp : {false, true}) {
+        EXPECT_EQ(read<HidStream>(bytes, step, givesUp, describe), c.frames) << c.bytes << " by " << step;
+      }
+    }
+  }
+}
+
+TEST(HidStream, ReadsEvents) {
+  const auto event = parseHidEvent(hex("04 03 02 81 02 00 00 00"));
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->id, 0x81020304u);
+  EXPECT_EQ(event->category, 2u);
+  for (const char* bad : {"", "04 03 02 01 02 00 00", "04 03 02 01 02 00 00 00 00"}) {
+    EXPECT_FALSE(parseHidEvent(hex(bad))) << bad;
+  }
+}
+
 TEST(SearchText, ListsPlacesOrRefuses) {
   struct Case {
     const char* text;
@@ -149,6 +261,8 @@ TEST(DeviceAnswer, TakesCompleteAnswersOnly) {
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->family, "CpdPrinter");
   EXPECT_EQ(answer->bidiPort, 65535);
+  EXPECT_EQ(answer->scanPort, 0);
+  EXPECT_EQ(answer->hidPort, 0);
 
   const std::string plain = heading + "model=M\nserial=S\nprint=1\nfamily=";
   EXPECT_EQ(parseAnswer(plain + "BpdPrinter\n", "t").value().bidiPort, 0);
@@ -169,6 +283,8 @@ TEST(DeviceAnswer, TakesCompleteAnswersOnly) {
       heading + lines + "print=0\n",
       heading + lines + "bidi=65536\n",
       heading + lines + "bidi=1x\n",
+      heading + lines + "scan=-1\n",
+      heading + lines + "hid=65536\n",
       heading + lines + "serial=\n",
       heading + lines + "model=</Printer Model><Handle>1</Handle>\n",
       heading + lines + "name=\x01\n",

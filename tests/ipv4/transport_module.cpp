@@ -101,6 +101,15 @@ std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort, const
   return text;
 }
 
+std::string partText(const char* family, std::uint16_t channel) {
+  std::string text;
+  AttributeCodec::setString(text, attribute::kDevice, family);
+  AttributeCodec::setLong(text, attribute::kHandle, 7);
+  AttributeCodec::setString(text, attribute::kAddress, "127.0.0.1");
+  AttributeCodec::setLong(text, attribute::kChannelId, channel);
+  return text;
+}
+
 OpenConnection::OpenConnection(TransportModule& module, const std::string& attributes, const char* name)
     : module_(module),
       connection_(module.connections.getConnection(attributes, name)),
@@ -116,10 +125,10 @@ void PrintTo(const ExchangeResult& result, std::ostream* out) {
 }
 
 ExchangeResult exchange(TransportModule& module, Connectable& connection, Device& device,
-                        std::string_view request) {
+                        std::string_view request, const char* visitorName) {
   const Bytes bytes = hex(request);
   Data data(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  Visitor* visitor = module.visitors.getVisitor(visitor_name::kNpaData);
+  Visitor* visitor = module.visitors.getVisitor(visitorName);
   visitor->setData(data);
   visitor->setDevice(device);
   connection.accept(*visitor);

@@ -71,6 +71,8 @@ class PacketLog : public Observer {
 
 std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort,
                           const std::string& address = "127.0.0.1", std::uint32_t handle = 7);
+// Of a scanner or a HID, whose one port that is.
+std::string partText(const char* family, std::uint16_t channel);
 
 // A printer with one connection of the module, as the library holds one.
 class OpenConnection {
@@ -96,6 +98,6 @@ struct ExchangeResult {
 void PrintTo(const ExchangeResult& result, std::ostream* out);
 
 ExchangeResult exchange(TransportModule& module, Connectable& connection, Device& device,
-                        std::string_view request);
+                        std::string_view request, const char* visitorName = visitor_name::kNpaData);
 
 }  // namespace qvn::test

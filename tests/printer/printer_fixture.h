@@ -12,11 +12,6 @@
 
 namespace qvn::test {
 
-// Constructed before the library: its threads use the clock until they end.
-struct SkippingClock {
-  ManualClock clock{ManualClock::Mode::AutoAdvance};
-};
-
 inline std::vector<std::uint32_t> statusIds;
 inline void recordStatus(std::uint32_t, std::uint32_t, std::uint32_t id, const std::uint8_t*, std::uint32_t,
                          std::uint32_t) {

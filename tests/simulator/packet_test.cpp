@@ -170,7 +170,9 @@ TEST(SimulatedDiscovery, AnswersOnlyWellFormedQuestions) {
   host.send("127.0.0.3", device.discoveryPort(), "QVN-DISCOVER 1 abc9\n");
   EXPECT_EQ(host.receive(),
             "QVN-DEVICE 1 abc9\nfamily=CpdPrinter\nmodel=M 1\nserial=S-1\nname=on the desk\nprint=" +
-                std::to_string(device.printPort()) + "\nbidi=" + std::to_string(device.bidiPort()) + "\n");
+                std::to_string(device.printPort()) + "\nbidi=" + std::to_string(device.bidiPort()) +
+                "\nscan=" + std::to_string(device.scanPort()) + "\nhid=" + std::to_string(device.hidPort()) +
+                "\n");
 }
 
 }  // namespace

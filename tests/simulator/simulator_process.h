@@ -24,6 +24,8 @@ class SimulatorProcess {
   std::uint16_t discoveryPort() const { return ready_.at("discovery"); }
   std::uint16_t bidiPort() const { return ready_.at("bidi"); }
   std::uint16_t printPort() const { return ready_.at("print"); }
+  std::uint16_t scanPort() const { return ready_.at("scan"); }
+  std::uint16_t hidPort() const { return ready_.at("hid"); }
   const nlohmann::json& readyLine() const { return ready_; }
 
   // Has the device carry out one line of its standard input and gives its answer.

@@ -28,6 +28,15 @@ std::string hex(const Data& data) {
 struct FakeTransport::Connection : Connectable {
   explicit Connection(std::string connectionName) : name(std::move(connectionName)) {}
 
+  bool setChild(std::uint32_t index, Connectable* child) override {
+    FakeTransport& transport = instance();
+    auto* const device = static_cast<Device*>(child);
+    {
+      std::lock_guard<std::mutex> lock(transport.mutex_);
+      transport.device_ = device != nullptr ? DeviceReference(*device) : DeviceReference();
+    }
+    return Connectable::setChild(index, child);
+  }
   std::uint32_t doOpen() override {
     FakeTransport& transport = instance();
     transport.record("open " + name);
@@ -64,10 +73,13 @@ struct FakeTransport::Visit : Visitor {
     const std::string on = static_cast<Connection&>(connection).name;
     {
       std::lock_guard<std::mutex> lock(transport.mutex_);
-      if (device_ != nullptr) transport.device_ = SubjectReference(*device_);
+      if (device_ != nullptr) transport.device_ = DeviceReference(*device_);
     }
     if (name == visitor_name::kNpaData) {
       transport.record("npa " + on + " " + hex(*data_).substr(8));
+      exchange(transport);
+    } else if (name == visitor_name::kEscCommand) {
+      transport.record("esc " + on + " " + hex(*data_));
       exchange(transport);
     } else {
       transport.record("visit " + name + " " + on);
@@ -81,7 +93,7 @@ struct FakeTransport::Visit : Visitor {
     data_->setRc(reply ? QRN_ERROR_SUCCESS : QRN_ERROR_TIMEOUT);
     if (!reply) return;
     // As a real transport does: on a thread of its own, over before the visitor returns.
-    std::thread delivering([&] { device_->notify(*reply); });
+    std::thread delivering([&] { device_->doAccept(*reply); });
     delivering.join();
   }
 
@@ -147,13 +159,18 @@ void FakeTransport::registerModule() {
   setValue(key, kName, ValueType::String, QVN_FAKE_TRANSPORT_MODULE);
 }
 
-std::string FakeTransport::printerText(std::uint32_t handle, const std::string& portName) {
+std::string FakeTransport::deviceText(const std::string& family, std::uint32_t handle,
+                                      const std::string& portName) {
   std::string text;
-  AttributeCodec::setString(text, attribute::kDevice, "CpdPrinter");
+  AttributeCodec::setString(text, attribute::kDevice, family);
   AttributeCodec::setLong(text, attribute::kHandle, handle);
   AttributeCodec::setString(text, attribute::kPortname, portName);
   AttributeCodec::setString(text, attribute::kTransport, kName);
   return text;
+}
+
+std::string FakeTransport::printerText(std::uint32_t handle, const std::string& portName) {
+  return deviceText("CpdPrinter", handle, portName);
 }
 
 void FakeTransport::record(const std::string& call) {
@@ -182,14 +199,18 @@ std::string FakeTransport::written() const {
   return written_;
 }
 
-void FakeTransport::deliver(Data data) {
-  SubjectReference device;
-  {
-    std::lock_guard<std::mutex> lock(mutex_);
-    device = device_;
-  }
-  device.notify(data);
+DeviceReference FakeTransport::device() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return device_;
 }
+
+std::uint32_t FakeTransport::deliver(Data data) {
+  device().accept(data);
+  return data.getRc();
+}
+
+void FakeTransport::deliver(Notification notification) { device().accept(notification); }
+void FakeTransport::loseConnection() { device().onConnectionLost(); }
 
 ConnectionManager* FakeTransport::connectionManager() { return connections_.get(); }
 VisitorManager* FakeTransport::visitorManager() { return visitors_.get(); }

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "qvn/transport/device.h"
 #include "qvn/transport/plugin.h"
 
 namespace qvn::test {
@@ -22,7 +23,9 @@ class __attribute__((visibility("default"))) FakeTransport {
   static FakeTransport& instance();
   // Puts the module's file under its name into the registry as a network transport.
   static void registerModule();
-  // A Cpd printer of this transport.
+  // A device of this transport: of a family, or a Cpd printer.
+  static std::string deviceText(const std::string& family, std::uint32_t handle,
+                                const std::string& portName = "PORT");
   static std::string printerText(std::uint32_t handle, const std::string& portName = "PORT");
 
   // What the devices do. Unset: opens and visitors give 0, writes take everything, exchanges get no reply and
@@ -34,8 +37,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   // The devices that a discovery reports.
   std::function<std::vector<std::string>(const std::string& options)> onDiscover;
 
-  // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "visit startJobPrinter
-  // print", "write 5", "close print", "release print", "discover".
+  // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "esc bidi 1B53560000000000",
+  // "visit startJobPrinter print", "write 5", "close print", "release print", "discover".
   void record(const std::string& call);
   std::vector<std::string> calls() const;
   std::vector<std::string> takeCalls();
@@ -44,8 +47,11 @@ class __attribute__((visibility("default"))) FakeTransport {
   // All bytes that were written.
   std::string written() const;
 
-  // Delivers data to the device of the latest visitor, on the caller's thread.
-  void deliver(Data data);
+  // Delivers data to the device of the latest visitor or opened connection, on the caller's thread. Gives the
+  // result code that the device left in the data.
+  std::uint32_t deliver(Data data);
+  void deliver(Notification notification);
+  void loseConnection();
 
   struct Connection;
   struct Visit;
@@ -59,11 +65,12 @@ class __attribute__((visibility("default"))) FakeTransport {
 
  private:
   FakeTransport();
+  DeviceReference device() const;
 
   mutable std::mutex mutex_;
   std::vector<std::string> calls_;
   std::string written_;
-  SubjectReference device_;
+  DeviceReference device_;
   std::unique_ptr<Connections> connections_;
   std::unique_ptr<Visitors> visitors_;
   std::unique_ptr<Discovery> discovery_;

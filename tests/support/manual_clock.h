@@ -88,4 +88,9 @@ class ManualClock final : public platform::Clock {
   std::vector<platform::Milliseconds> sleeps_;
 };
 
+// For fixtures, before the library: its threads use the clock until they end.
+struct SkippingClock {
+  ManualClock clock{ManualClock::Mode::AutoAdvance};
+};
+
 }  // namespace qvn::test

@@ -128,17 +128,18 @@ _qvn_sim() {
   local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case $previous in
-    --jobs | --trace) compopt -o default 2>/dev/null ;;
+    --jobs | --trace | --page | --scans | --script) compopt -o default 2>/dev/null ;;
     --fault)
       compopt -o nospace 2>/dev/null
       _qvn_words "delay-reply= late-reply= drop-reply= corrupt-reply= misframe-reply= double-reply= reject= close-bidi=
-        busy never-finish slow-print= close-mid-job="
+        busy never-finish slow-print= close-mid-job= slow-discovery= status-early= status-late= status-twice status-never
+        wrong-length= stop-page= close-mid-page= slow-scan= ignore-abort"
       ;;
     --family) _qvn_words "CpdPrinter BpdPrinter" ;;
-    --model | --serial | --name | --address | --*-port | --print-time | --cancel-run) ;;
+    --model | --serial | --name | --address | --*-port | --print-time | --cancel-run | --feeder | --block) ;;
     *)
-      _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --plain --jobs --discard
-        --print-time --cancel-run --trace --events --quit-on-eof --fault --help"
+      _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --scan-port --hid-port
+        --plain --printer-only --jobs --discard --print-time --cancel-run --page --feeder --block --scans --script --trace --events --quit-on-eof --fault --help"
       ;;
   esac
 }

@@ -12,8 +12,10 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   std::vector<std::string> faults;
   std::uint32_t printTime = 0;
 
-  CLI::App app("A simulated printer on loopback. Prints its ports as one line of JSON when it is ready.",
-               "qvn-sim");
+  CLI::App app(
+      "A simulated printer, scanner and button panel on loopback. Prints its ports as one line of JSON when "
+      "it is ready.",
+      "qvn-sim");
   app.add_option("--family", options.identity.family, "CpdPrinter or BpdPrinter")
       ->capture_default_str()
       ->check(CLI::IsMember({kCpdPrinter, kBpdPrinter}));
@@ -24,23 +26,40 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   app.add_option("--discovery-port", options.discoveryPort, "UDP port for discovery; 0: any free one");
   app.add_option("--print-port", options.printPort, "TCP port for print data; 0: any free one");
   app.add_option("--bidi-port", options.bidiPort, "TCP port for NPA packets; 0: any free one");
+  app.add_option("--scan-port", options.scanPort, "TCP port for ESC commands; 0: any free one");
+  app.add_option("--hid-port", options.hidPort, "TCP port for HID reports; 0: any free one");
   app.add_flag("--plain", options.plain, "Take print data only: no port for NPA packets (a BpdPrinter)");
+  app.add_flag("--printer-only", options.printerOnly, "Have neither scanner nor HID");
   app.add_option("--jobs", options.jobs, "Directory for finished jobs (job-<id>.prn and job-<id>.json)");
   app.add_flag("--discard", options.discard, "Keep records of jobs only, not their data");
   app.add_option("--print-time", printTime, "Milliseconds from receiving a job to having printed it");
   app.add_option("--cancel-run", options.cancelRun, "Zero bytes at the end of a job that cancel it")
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
-  app.add_option("--trace", options.trace, "File for every packet received and sent");
+  app.add_option("--page", options.page,
+                 "Picture (PNG) on the glass and in the feeder; otherwise a test chart")
+      ->check(CLI::ExistingFile);
+  app.add_option("--feeder", options.sheets, "Sheets in the feeder");
+  app.add_option("--block", options.blockSize, "Longest payload of a scan data block, in bytes")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{1}, esc::kLongestPayload));
+  app.add_option("--scans", options.scans, "Directory for the pages that were sent (page-<n>.png)");
+  app.add_option("--script", options.script, "File of commands to carry out, with wait MS among them")
+      ->check(CLI::ExistingFile);
+  app.add_option("--trace", options.trace, "File for every packet and ESC command received and sent");
   app.add_flag("--events", options.events, "Print a line of JSON for every job that ends");
   app.add_flag("--quit-on-eof", options.quitAtEndOfInput, "End when standard input does");
   app.add_option("--fault", faults, "A fault to have (repeatable)")->allow_extra_args(false);
   app.footer(
       "Faults: delay-reply=MS[:COMMAND[:TIMES]] late-reply=MS[:COMMAND[:TIMES]] drop-reply=COMMAND[:TIMES]\n"
       "corrupt-reply=... misframe-reply=... double-reply=... reject=... close-bidi=... (as drop-reply)\n"
-      "busy never-finish slow-print=BYTES_PER_SECOND close-mid-job=BYTES[:TIMES]\n"
+      "busy never-finish slow-print=BYTES_PER_SECOND close-mid-job=BYTES[:TIMES] slow-discovery=MS\n"
+      "status-early=BYTES[:TIMES] status-late=MS[:TIMES] status-twice[:TIMES] status-never[:TIMES]\n"
+      "wrong-length=BLOCK[:TIMES] stop-page=BYTES[:TIMES] close-mid-page=BYTES[:TIMES]\n"
+      "slow-scan=BYTES_PER_SECOND ignore-abort[:TIMES]\n"
       "Standard input takes commands, one a line: alert HEX, send HEX, status BYTE [WORD], power-on-reset,\n"
-      "fault NAME[=VALUE], clear-faults, quit.");
+      "button N, report HEX, reports N, event ID [CATEGORY], load N, fault NAME[=VALUE], clear-faults, "
+      "quit.");
   try {
     app.parse(argc, argv);
     if (options.plain && options.identity.family != kBpdPrinter) {

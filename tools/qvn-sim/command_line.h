@@ -18,15 +18,25 @@ struct Options {
   std::uint16_t discoveryPort = 0;
   std::uint16_t printPort = 0;
   std::uint16_t bidiPort = 0;
-  bool plain = false;  // no bidi port at all
+  std::uint16_t scanPort = 0;
+  std::uint16_t hidPort = 0;
+  bool plain = false;        // no bidi port at all
+  bool printerOnly = false;  // neither scanner nor HID
   std::filesystem::path jobs;
   bool discard = false;
+  std::filesystem::path page;  // the picture on the glass; the test chart when empty
+  std::uint32_t sheets = 0;    // in the feeder
+  std::size_t blockSize = 32768;
+  std::filesystem::path scans;
+  std::filesystem::path script;
   std::filesystem::path trace;
   std::chrono::milliseconds printTime{0};
   std::uint64_t cancelRun = 4096;
   bool events = false;
   bool quitAtEndOfInput = false;
   FaultSwitches faults;
+
+  bool hasScanner() const { return identity.family == kCpdPrinter && !printerOnly; }
 };
 
 // Nothing when the process is to end with `exitCode` (help was asked for, or the arguments are wrong).

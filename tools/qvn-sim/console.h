@@ -2,28 +2,21 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
-#include "bidi_port.h"
+#include "command_interpreter.h"
 #include "event_loop.h"
-#include "fault_switches.h"
-#include "printer.h"
 
 namespace sim {
 
 class Console {
  public:
-  Console(EventLoop& loop, FaultSwitches& faults, Printer& printer, BidiPort& bidi, bool quitAtEnd);
+  Console(EventLoop& loop, CommandInterpreter& commands, bool quitAtEnd);
 
  private:
   void readInput();
-  // Throws std::invalid_argument with a sentence for the user.
-  void run(std::string_view line);
 
   EventLoop& loop_;
-  FaultSwitches& faults_;
-  Printer& printer_;
-  BidiPort& bidi_;
+  CommandInterpreter& commands_;
   const bool quitAtEnd_;
   std::string pending_;
 };

@@ -23,17 +23,20 @@ std::string_view tokenOf(std::string_view datagram) {
   return wellFormed ? token : std::string_view();
 }
 
+std::string portLine(const char* key, std::uint16_t port) {
+  return port == 0 ? std::string() : std::string(key) + "=" + std::to_string(port) + "\n";
+}
+
 }  // namespace
 
 DiscoveryPort::DiscoveryPort(EventLoop& loop, const FaultSwitches& faults, const Identity& identity,
-                             std::uint16_t printPort, std::uint16_t bidiPort, const std::string& address,
-                             std::uint16_t port)
+                             const TcpPorts& ports, const std::string& address, std::uint16_t port)
     : loop_(loop),
       faults_(faults),
       socket_(bindUdp(address, port)),
       description_("family=" + identity.family + "\nmodel=" + identity.model + "\nserial=" + identity.serial +
-                   "\nname=" + identity.name + "\nprint=" + std::to_string(printPort) + "\n" +
-                   (bidiPort != 0 ? "bidi=" + std::to_string(bidiPort) + "\n" : "")) {
+                   "\nname=" + identity.name + "\n" + portLine("print", ports.print) +
+                   portLine("bidi", ports.bidi) + portLine("scan", ports.scan) + portLine("hid", ports.hid)) {
   loop.watch(socket_.get(), [this] { answer(); });
 }
 

@@ -2,7 +2,7 @@
 //
 //   asked     "QVN-DISCOVER 1 <token>\n"
 //   answered  "QVN-DEVICE 1 <token>\n", then a line "key=value\n" each for family, model, serial, name,
-//             print and, where there is one, bidi (the two ports)
+//             print and, where the device has them, bidi, scan and hid (the ports)
 //
 // The token, at most 32 letters and digits, ties an answer to its question.
 #pragma once
@@ -17,11 +17,18 @@
 
 namespace sim {
 
+// 0 for one that the device has not.
+struct TcpPorts {
+  std::uint16_t print;
+  std::uint16_t bidi;
+  std::uint16_t scan;
+  std::uint16_t hid;
+};
+
 class DiscoveryPort {
  public:
-  DiscoveryPort(EventLoop& loop, const FaultSwitches& faults, const Identity& identity,
-                std::uint16_t printPort, std::uint16_t bidiPort, const std::string& address,
-                std::uint16_t port);
+  DiscoveryPort(EventLoop& loop, const FaultSwitches& faults, const Identity& identity, const TcpPorts& ports,
+                const std::string& address, std::uint16_t port);
 
   std::uint16_t port() const { return localPort(socket_); }
 

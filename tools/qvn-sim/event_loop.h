@@ -15,20 +15,31 @@ class EventLoop {
   // Calls `onReadable` whenever the descriptor can be read, was closed by the peer or has an error. Handlers
   // may be called once too often and must not block. Watching again replaces the handler.
   void watch(int fd, Handler onReadable);
+  // Calls `onWritable` as well, whenever a watched descriptor takes data, until unwatchWritable.
+  void watchWritable(int fd, Handler onWritable);
+  void unwatchWritable(int fd);
+  // Ends both.
   void unwatch(int fd);
 
-  // Calls `handler` once after the delay.
+  // Calls `handler` once after the delay, or at the moment; in the order of the calls when moments are equal.
   void after(std::chrono::milliseconds delay, Handler handler);
+  void at(Clock::time_point moment, Handler handler);
 
   // Runs until stop.
   void run();
   void stop() { stopped_ = true; }
 
  private:
+  struct Watch {
+    Handler onReadable;
+    Handler onWritable;  // none when that is of no interest
+  };
+
+  void call(int fd, Handler Watch::*which);
   void runDueTimers();
   int millisecondsToNextTimer() const;
 
-  std::map<int, Handler> watched_;
+  std::map<int, Watch> watched_;
   std::multimap<Clock::time_point, Handler> timers_;
   bool stopped_ = false;
 };

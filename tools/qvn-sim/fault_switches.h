@@ -3,11 +3,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "esc_commands.h"
 #include "npa_packets.h"
 
 namespace sim {
@@ -24,6 +26,18 @@ enum class ReplyFault : std::uint8_t {
   Close,     // the connection is closed instead
 };
 
+// What can go wrong with a page that is sent, and the number that the fault has.
+enum class PageFault : std::uint8_t {
+  StatusEarly,   // bytes of the page
+  StatusLate,    // milliseconds
+  StatusTwice,   // -
+  StatusNever,   // -
+  WrongLength,   // the block's number
+  StopPage,      // bytes of the page
+  CloseMidPage,  // bytes of the page
+  IgnoreAbort,   // -
+};
+
 class FaultSwitches {
  public:
   // "NAME[=VALUE[:COMMAND][:TIMES]]", for example "drop-reply=lock:1"; docs/simulated-device.md has them all.
@@ -34,31 +48,53 @@ class FaultSwitches {
   // Whether the fault strikes this command now, and with which delay; counts down a limited one. A packet
   // that is no known command meets only the faults of any command.
   std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::optional<npa::Command> command);
+  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, esc::Command command);
+
+  // The number of the fault when the device has it; 0 for one without. `strike` counts down a limited one.
+  std::optional<std::uint64_t> valueOf(PageFault fault) const;
+  std::optional<std::uint64_t> strike(PageFault fault);
 
   bool busy() const { return busy_; }
   bool neverFinish() const { return neverFinish_; }
   std::chrono::milliseconds discoveryDelay() const { return discoveryDelay_; }
   std::optional<std::uint64_t> printBytesPerSecond() const { return printBytesPerSecond_; }
+  std::optional<std::uint64_t> scanBytesPerSecond() const { return scanBytesPerSecond_; }
 
   // The number of bytes of a job after which its connection is to be closed; counts down when `received` has
   // got there.
   bool closesJobAt(std::uint64_t received);
 
  private:
+  // How often a fault strikes yet; as often as there is reason to when it was not limited.
+  class Times {
+   public:
+    explicit Times(std::optional<std::uint32_t> limit) : left_(limit) {}
+    bool areLeft() const { return left_ != 0u; }
+    void countDown() {
+      if (left_) --*left_;
+    }
+
+   private:
+    std::optional<std::uint32_t> left_;
+  };
   struct Entry {
     ReplyFault fault;
-    std::optional<npa::Command> command;  // any when absent
-    std::optional<std::uint32_t> timesLeft;
+    std::optional<std::string_view> command;  // any when absent
+    Times times;
     std::chrono::milliseconds delay{0};
   };
-  struct CloseMidJob {
-    std::uint64_t bytes;
-    std::optional<std::uint32_t> timesLeft;
+  struct Limited {
+    std::uint64_t value;
+    Times times;
   };
 
+  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::string_view command);
+
   std::vector<Entry> entries_;
-  std::optional<CloseMidJob> closeMidJob_;
+  std::map<PageFault, Limited> pageFaults_;
+  std::optional<Limited> closeMidJob_;
   std::optional<std::uint64_t> printBytesPerSecond_;
+  std::optional<std::uint64_t> scanBytesPerSecond_;
   std::chrono::milliseconds discoveryDelay_{0};
   bool busy_ = false;
   bool neverFinish_ = false;

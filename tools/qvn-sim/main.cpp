@@ -1,21 +1,30 @@
-// qvn-sim: a printer that speaks NPA packets, on loopback, in a process of its own.
+// qvn-sim: a printer, scanner and button panel on loopback, in a process of its own.
 #include <signal.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "bidi_port.h"
+#include "command_interpreter.h"
 #include "command_line.h"
 #include "console.h"
 #include "discovery_port.h"
 #include "event_loop.h"
+#include "hid_port.h"
 #include "job_queue.h"
 #include "job_store.h"
+#include "page_store.h"
+#include "png_picture.h"
 #include "print_port.h"
 #include "printer.h"
+#include "scan_port.h"
+#include "scanner.h"
+#include "script.h"
+#include "test_chart.h"
 #include "trace.h"
 
 namespace {
@@ -28,6 +37,11 @@ sim::Descriptor stopSignals() {
   sigprocmask(SIG_BLOCK, &signals, nullptr);
   signal(SIGPIPE, SIG_IGN);  // nobody reads the answers any more
   return sim::Descriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+std::unique_ptr<sim::Picture> pictureFrom(const std::filesystem::path& file) {
+  if (file.empty()) return std::make_unique<sim::TestChart>();
+  return std::make_unique<sim::PngPicture>(file);
 }
 
 void simulate(sim::Options options) {
@@ -60,21 +74,38 @@ void simulate(sim::Options options) {
   printPort = &print;
   bidiPort = &bidi;
   statusOf = &printer;
-  const sim::DiscoveryPort discovery(loop, options.faults, options.identity, print.port(), bidi.port(),
-                                     options.address, options.discoveryPort);
-  const sim::Console console(loop, options.faults, printer, bidi, options.quitAtEndOfInput);
+
+  const std::unique_ptr<sim::Picture> picture = pictureFrom(options.page);
+  sim::PageStore pages(options.scans);
+  sim::Scanner scanner(options.identity.model, options.sheets, options.faults);
+  sim::ScanPort scan(loop, options.faults, scanner, *picture, pages, trace, options.blockSize);
+  sim::HidPort hid(loop);
+  if (options.hasScanner()) {
+    scan.listen(options.address, options.scanPort);
+    hid.listen(options.address, options.hidPort);
+  }
+
+  const sim::TcpPorts ports{print.port(), bidi.port(), scan.port(), hid.port()};
+  const sim::DiscoveryPort discovery(loop, options.faults, options.identity, ports, options.address,
+                                     options.discoveryPort);
+  sim::CommandInterpreter commands({loop, options.faults, printer, bidi, scanner, scan, hid});
+  const sim::Console console(loop, commands, options.quitAtEndOfInput);
+  sim::Script script(loop, commands, options.script);
   loop.watch(signals.get(), [&] { loop.stop(); });
 
   sim::printLine(nlohmann::ordered_json{
       {"address", options.address},
       {"discovery", discovery.port()},
-      {"bidi", bidi.port()},
-      {"print", print.port()},
+      {"bidi", ports.bidi},
+      {"print", ports.print},
+      {"scan", ports.scan},
+      {"hid", ports.hid},
       {"family", options.identity.family},
       {"model", options.identity.model},
       {"serial", options.identity.serial},
       {"pid",
        getpid()}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  script.run();
   loop.run();
   jobs.closeAll();
 }

@@ -27,6 +27,8 @@ bool takeLine(std::string_view key, std::string_view value, DeviceAnswer& answer
   if (key == "name") return takeText(value, answer.name);
   if (key == "print") return takePort(value, answer.printPort);
   if (key == "bidi") return takePort(value, answer.bidiPort);
+  if (key == "scan") return takePort(value, answer.scanPort);
+  if (key == "hid") return takePort(value, answer.hidPort);
   return true;
 }
 

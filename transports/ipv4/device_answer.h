@@ -1,10 +1,11 @@
 // What a device answers to a discovery question, one datagram each:
 //
 //   asked     "QVN-DISCOVER 1 <token>\n"
-//   answered  "QVN-DEVICE 1 <token>\n", then lines "key=value\n": family, model, serial, name, print, bidi
+//   answered  "QVN-DEVICE 1 <token>\n", then lines "key=value\n": family, model, serial, name, print, bidi,
+//            scan, hid
 //
-// A BpdPrinter that takes print data only has no bidi port: 0, or no such line. Unknown keys are skipped, so
-// that devices may tell more.
+// A BpdPrinter that takes print data only has no bidi port: 0, or no such line; so has a
+// device without scanner or HID. Unknown keys are skipped, so that devices may tell more.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +25,8 @@ struct DeviceAnswer {
   std::string name;
   std::uint16_t printPort = 0;
   std::uint16_t bidiPort = 0;  // 0: takes print data only
+  std::uint16_t scanPort = 0;  // 0: has no scanner
+  std::uint16_t hidPort = 0;   // 0: has no HID
 };
 
 // Printable ASCII of 1 to 63 characters that cannot be taken for a tag of an attribute text.

@@ -1,15 +1,18 @@
 #include "ip_connection_manager.h"
 
+#include "esc_connection.h"
+#include "hid_connection.h"
 #include "npa_connection.h"
 #include "print_connection.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "transport_identity.h"
 
 namespace qvn::ipv4 {
 namespace {
 
-// Takes print data only. A text without a proper address describes no device at all.
+// A printer that takes print data only. A text without a proper address describes no device at all.
 bool isPlain(const std::string& deviceAttributes) {
   std::string addressText;
   std::uint32_t address = 0;
@@ -39,8 +42,10 @@ Connectable* IpConnectionManager::getConnection(const std::string& deviceAttribu
   Key key;
   AttributeCodec::getString(deviceAttributes, attribute::kDevice, key.family);
   AttributeCodec::getLong(deviceAttributes, attribute::kHandle, key.handle);
-  key.name = connectionName == connection_name::kAlert ? connection_name::kBidi : connectionName;
-  key.hasChannel = key.name != connection_name::kBidi || !isPlain(deviceAttributes);
+  const bool isHid = key.family == kHidFamily;
+  const bool isPrinter = !isHid && key.family != kScannerFamily;
+  key.name = connectionName == connection_name::kAlert && !isHid ? connection_name::kBidi : connectionName;
+  key.hasChannel = key.name != connection_name::kBidi || !isPrinter || !isPlain(deviceAttributes);
   const Endpoint endpoint = endpointOf(
       deviceAttributes, key.name == connection_name::kPrint ? attribute::kIpPort : attribute::kChannelId);
 
@@ -71,10 +76,14 @@ void IpConnectionManager::closeAll() {
 
 std::unique_ptr<IpConnection> IpConnectionManager::makeConnection(const Key& key) {
   if (key.name == connection_name::kPrint) return std::make_unique<PrintConnection>();
-  if (key.name == connection_name::kBidi && key.hasChannel) return std::make_unique<NpaConnection>(retired_);
-  const bool known = key.name == connection_name::kBidi || key.name == connection_name::kCache ||
-                     key.name == connection_name::kConfiguration;
-  return std::make_unique<ChannellessConnection>(known ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION);
+  if (key.name == connection_name::kAlert) return std::make_unique<HidConnection>(retired_);
+  if (key.name == connection_name::kBidi && key.hasChannel && key.family != kHidFamily) {
+    if (key.family == kScannerFamily) return std::make_unique<EscConnection>(retired_);
+    return std::make_unique<NpaConnection>(retired_);
+  }
+  const bool needsNone =
+      !key.hasChannel || key.name == connection_name::kCache || key.name == connection_name::kConfiguration;
+  return std::make_unique<ChannellessConnection>(needsNone ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION);
 }
 
 void IpConnectionManager::dropUnusedLocked() {

@@ -41,10 +41,16 @@ std::uint16_t portOf(const std::string& attributes, const char* descriptor) {
   return port <= 0xFFFF ? static_cast<std::uint16_t>(port) : std::uint16_t{0};
 }
 
-// What answers and announcements have in common.
-std::string describe(const DeviceAnswer& device, std::uint32_t address, std::uint32_t handle) {
+// The part of a device that does not print is a device of its own. Handles are unique per kind only, and the
+// library finds a scanner's printer by the difference.
+constexpr std::uint32_t kScannerHandleOffset = 400;
+constexpr std::uint32_t kHidHandleOffset = 800;
+
+// What all parts have in common, whether they answered or were announced.
+std::string describe(const DeviceAnswer& device, const char* family, std::uint32_t handle,
+                     std::uint32_t address, std::uint16_t channel) {
   std::string text;
-  AttributeCodec::setString(text, attribute::kDevice, device.family);
+  AttributeCodec::setString(text, attribute::kDevice, family);
   AttributeCodec::setLong(text, attribute::kHandle, handle);
   AttributeCodec::setString(text, attribute::kPortname, "IP_" + device.serial);
   AttributeCodec::setString(text, attribute::kAddress, addressText(address));
@@ -54,8 +60,13 @@ std::string describe(const DeviceAnswer& device, std::uint32_t address, std::uin
   AttributeCodec::setString(text, attribute::kPrinterModel, device.model);
   AttributeCodec::setString(text, attribute::kSerialNumber, device.serial);
   AttributeCodec::setString(text, attribute::kNickname, device.name);
+  AttributeCodec::setLong(text, attribute::kChannelId, channel);
+  return text;
+}
+
+std::string describePrinter(const DeviceAnswer& device, std::uint32_t handle, std::uint32_t address) {
+  std::string text = describe(device, device.family.c_str(), handle, address, device.bidiPort);
   AttributeCodec::setLong(text, attribute::kIpPort, device.printPort);
-  AttributeCodec::setLong(text, attribute::kChannelId, device.bidiPort);
   return text;
 }
 
@@ -167,9 +178,20 @@ std::uint32_t IpDiscoverer::setDefaults(const char* defaults) {
 std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {
   std::uint32_t handle = 0;
   if (const std::uint32_t rc = handleOf(device.answer.serial, handle); rc != QRN_ERROR_SUCCESS) return rc;
-  std::string text = describe(device.answer, device.place.address, handle);
-  AttributeCodec::setLong(text, attribute::kUdpPort, device.place.port);
-  notify(text);
+  const auto& [place, answer] = device;
+  const auto tellPart = [&](std::string text) {
+    AttributeCodec::setLong(text, attribute::kUdpPort, place.port);
+    notify(text);
+  };
+  tellPart(describePrinter(answer, handle, place.address));
+  if (answer.scanPort != 0) {
+    const std::uint32_t scanner = handle + kScannerHandleOffset;
+    tellPart(describe(answer, kScannerFamily, scanner, place.address, answer.scanPort));
+  }
+  if (answer.hidPort != 0) {
+    const std::uint32_t hid = handle + kHidHandleOffset;
+    tellPart(describe(answer, kHidFamily, hid, place.address, answer.hidPort));
+  }
   return QRN_ERROR_SUCCESS;
 }
 
@@ -178,7 +200,7 @@ std::uint32_t IpDiscoverer::tell(const Service& service, const DeviceAnswer& des
   const std::uint32_t rc = handleOfService(described.serial, service.name, handle);
   if (rc == QRN_ERROR_NOT_FOUND) return QRN_ERROR_SUCCESS;  // the device has said more about itself
   if (rc != QRN_ERROR_SUCCESS) return rc;
-  notify(describe(described, service.place.address, handle));
+  notify(describePrinter(described, handle, service.place.address));
   return QRN_ERROR_SUCCESS;
 }
 

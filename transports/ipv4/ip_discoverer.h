@@ -14,8 +14,8 @@ namespace qvn::ipv4 {
 
 // Asks all places side by side, and the mDNS daemon at the same time, for the setting
 // "9200UnicastDiscoveryTimeout" at most. A device is known by its serial number: it keeps its handle wherever
-// it answers from. Of two that claim the same serial number in one discovery the first one counts, and an
-// answer counts more than an announcement.
+// it answers from. Its scanner and its HID are told after it, as devices of their own. Of two that claim the
+// same serial number in one discovery the first one counts, and an answer counts more than an announcement.
 class IpDiscoverer : public Discoverer {
  public:
   // The options are a search text (search_text.h); an empty one stands for the defaults and the announced

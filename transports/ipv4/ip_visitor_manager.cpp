@@ -4,6 +4,8 @@
 #include <array>
 #include <memory>
 
+#include "esc_connection.h"
+#include "hid_connection.h"
 #include "npa_connection.h"
 #include "print_connection.h"
 #include "qvn/result_codes.h"
@@ -73,6 +75,30 @@ class StartNpaModeVisitor : public PacketVisitor {
   std::uint32_t doSend(NpaConnection& npa) override { return npa.send(*data_, *device_); }
 };
 
+class EscCommandVisitor : public Visitor {
+ public:
+  void visit(Connectable& connection) override {
+    auto* const scanner = dynamic_cast<EscConnection*>(&connection);
+    if (data_ == nullptr || device_ == nullptr) {
+      result_ = QRN_ERROR_INVALID_PARAMETER;
+    } else {
+      result_ = scanner != nullptr ? scanner->exchange(*data_, *device_) : QRN_ERROR_INVALID_FUNCTION;
+    }
+  }
+};
+
+class OpenHidVisitor : public Visitor {
+ public:
+  void visit(Connectable& connection) override {
+    auto* const hid = dynamic_cast<HidConnection*>(&connection);
+    if (device_ == nullptr) {
+      result_ = QRN_ERROR_INVALID_PARAMETER;
+    } else {
+      result_ = hid != nullptr ? hid->revive(*device_) : QRN_ERROR_INVALID_FUNCTION;
+    }
+  }
+};
+
 // The data is a number.
 class NumberVisitor : public Visitor {
  public:
@@ -132,6 +158,8 @@ Visitor* IpVisitorManager::getVisitor(const std::string& name) {
   if (name == visitor_name::kNpaData) return new NpaDataVisitor(connections_);
   if (name == visitor_name::kNamePrintJob) return new NamePrintJobVisitor(connections_);
   if (name == visitor_name::kStartNpaMode) return new StartNpaModeVisitor(connections_);
+  if (name == visitor_name::kEscCommand) return new EscCommandVisitor;
+  if (name == visitor_name::kOpenHid) return new OpenHidVisitor;
   if (name == visitor_name::kGetNpaMode) return new GetNpaModeVisitor;
   if (name == visitor_name::kSetNpaWrapMode || name == visitor_name::kSetNonNpaPrinter) {
     return new NumberVisitor;

@@ -18,6 +18,9 @@ namespace qvn::ipv4 {
 // valid address. Nothing is buffered and packets of any size are taken, so "flushPrintBufferVisitor",
 // "setMaxPacketSizeVisitor" and "startJobPrinter" have nothing to do and answer 0. There is no cache channel:
 // "cacheVisitor" answers 1, as does every other name.
+//
+// "escCommandVisitor" exchanges the data, an ESC command, on a scanner's "bidi" connection, "openHidVisitor"
+// connects a HID's "alert" connection anew when the HID has ended it; on other connections they answer 1.
 class IpVisitorManager : public VisitorManager {
  public:
   explicit IpVisitorManager(IpConnectionManager& connections) : connections_(connections) {}

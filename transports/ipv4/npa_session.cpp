@@ -7,10 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <system_error>
 
-#include "all_signals_blocked.h"
-#include "platform/error.h"
 #include "qvn/result_codes.h"
 
 namespace qvn::ipv4 {
@@ -33,39 +30,17 @@ constexpr std::size_t kMaxUnanswered = 64;
 }  // namespace
 
 std::uint32_t NpaSession::start(const Endpoint& endpoint, const Timeouts& timeouts,
-                                std::shared_ptr<NpaSession>& session) {
+                                const DeviceReference& device, std::shared_ptr<NpaSession>& session) {
   TcpSocket socket;
   if (const std::uint32_t rc = socket.connect(endpoint, timeouts.connect); rc != QRN_ERROR_SUCCESS) return rc;
-  std::shared_ptr<NpaSession> made(new NpaSession(std::move(socket), timeouts));
-  if (const std::uint32_t rc = made->startThreads(); rc != QRN_ERROR_SUCCESS) return rc;
+  std::shared_ptr<NpaSession> made(new NpaSession(std::move(socket), timeouts, device));
+  NpaSession* const self = made.get();
+  for (const auto body : {&NpaSession::readPackets, &NpaSession::deliverAlerts}) {
+    const std::uint32_t rc = self->startThread([self, body] { (self->*body)(); });
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+  }
   session = std::move(made);
   return QRN_ERROR_SUCCESS;
-}
-
-std::uint32_t NpaSession::startThreads() {
-  const AllSignalsBlocked blocked;
-  try {
-    runningThreads_ = 1;
-    reader_ = std::thread([this] {
-      readPackets();
-      --runningThreads_;
-    });
-    ++runningThreads_;
-    alertThread_ = std::thread([this] {
-      deliverAlerts();
-      --runningThreads_;
-    });
-    return QRN_ERROR_SUCCESS;
-  } catch (const std::system_error&) {
-    --runningThreads_;
-    return platform::kNotEnoughMemory;
-  }
-}
-
-NpaSession::~NpaSession() {
-  close();
-  if (reader_.joinable()) reader_.join();
-  if (alertThread_.joinable()) alertThread_.join();
 }
 
 std::uint32_t NpaSession::exchange(PacketView request, Device* device, std::uint32_t& replyCode) {
@@ -106,26 +81,10 @@ std::uint32_t NpaSession::send(PacketView packet) {
   return rc;
 }
 
-bool NpaSession::isAlive() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return endedBy_ == 0;
-}
-
 bool NpaSession::isAmbiguous(PacketView request) const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return outOfStep_ || std::any_of(unanswered_.begin(), unanswered_.end(),
                                    [&](const Packet& earlier) { return answers(earlier, request); });
-}
-
-void NpaSession::setDevice(Device& device) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  device_ = SubjectReference(device);
-}
-
-void NpaSession::close() {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  device_ = SubjectReference();
-  endLocked(kConnectionAborted);
 }
 
 void NpaSession::readPackets() {
@@ -204,10 +163,10 @@ void NpaSession::deliverAlerts() {
     if (alerts_.empty()) return;
     const Packet alert = std::move(alerts_.front());
     alerts_.pop_front();
-    const SubjectReference device = device_;
+    const DeviceReference device = device_;
     lock.unlock();
     Data data(alert.data(), static_cast<std::uint32_t>(alert.size()));
-    device.notify(data);
+    device.accept(data);
     lock.lock();
   }
 }
@@ -217,10 +176,8 @@ bool NpaSession::nothingUnread() const {
   return ioctl(socket_.fd(), FIONREAD, &unread) != 0 || unread == 0;
 }
 
-void NpaSession::endLocked(std::uint32_t code) {
-  if (endedBy_ == 0) endedBy_ = code;
-  socket_.shutDown();
-  changed_.notify_all();
+void NpaSession::wakeLocked() {
+  Session::wakeLocked();
   alertsCame_.notify_all();
 }
 

@@ -6,10 +6,10 @@
 
 namespace qvn::ipv4 {
 
-void RetiredSessions::retire(std::shared_ptr<NpaSession> session) {
+void RetiredSessions::retire(std::shared_ptr<Session> session) {
   if (session == nullptr) return;
   session->close();
-  std::vector<std::shared_ptr<NpaSession>> finished;  // freed without the lock
+  std::vector<std::shared_ptr<Session>> finished;  // freed without the lock
   const std::lock_guard<std::mutex> lock(mutex_);
   sessions_.push_back(std::move(session));
   const auto firstFinished = std::partition(sessions_.begin(), sessions_.end(),
@@ -19,7 +19,7 @@ void RetiredSessions::retire(std::shared_ptr<NpaSession> session) {
 }
 
 void RetiredSessions::join() {
-  std::vector<std::shared_ptr<NpaSession>> all;
+  std::vector<std::shared_ptr<Session>> all;
   const std::lock_guard<std::mutex> lock(mutex_);
   all.swap(sessions_);
 }

@@ -18,9 +18,10 @@ class Connectable {
   Connectable& operator=(const Connectable&) = delete;
   virtual ~Connectable();
 
-  // Two slots for other objects, which are not owned. An index other than 0 or 1 gives null or false. A scanner
-  // and a HID put themselves into slot 0 of a connection before they open it, and take themselves out after
-  // closing it: they are who gets what comes on it unasked.
+  // Two slots for other objects, which are not owned. An index other than 0 or 1 gives null or false. A
+  // scanner and a HID put themselves into slot 0 of a connection before they open it, and take themselves out
+  // after closing it: a connection may take who is in slot 0 for the Device that gets what comes on it
+  // unasked.
   virtual Connectable* getChild(std::uint32_t index);
   virtual bool setChild(std::uint32_t index, Connectable* child);
 

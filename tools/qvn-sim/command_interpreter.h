@@ -1,0 +1,44 @@
+// Carries out the commands that people and scripts give the device.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "bidi_port.h"
+#include "event_loop.h"
+#include "fault_switches.h"
+#include "hid_port.h"
+#include "printer.h"
+#include "scan_port.h"
+#include "scanner.h"
+
+namespace sim {
+
+class CommandInterpreter {
+ public:
+  struct Device {
+    EventLoop& loop;
+    FaultSwitches& faults;
+    Printer& printer;
+    BidiPort& bidi;
+    Scanner& scanner;
+    ScanPort& scan;
+    HidPort& hid;
+  };
+
+  explicit CommandInterpreter(const Device& device) : device_(device) {}
+
+  // Throws std::invalid_argument with a sentence for the user.
+  void run(std::string_view line);
+
+ private:
+  bool runPrinterCommand(std::string_view command, const std::string& argument);
+  bool runScannerCommand(std::string_view command, const std::string& argument);
+
+  const Device device_;
+};
+
+// A number as people write it, also 0x4000; throws std::invalid_argument when it is none or above `largest`.
+std::uint32_t parseNumber(std::string_view text, std::uint32_t largest);
+
+}  // namespace sim

@@ -1,0 +1,49 @@
+// Says what of a page is to be sent next, and has the faults that a page can have.
+#pragma once
+
+#include "event_loop.h"
+#include "fault_switches.h"
+#include "page_stream.h"
+
+namespace sim {
+
+class PageSender {
+ public:
+  enum class Next : std::uint8_t {
+    Send,     // send bytes()
+    Status,   // send the status of the page now, although it goes on
+    Wait,     // ask again in a moment
+    Silence,  // nothing comes any more
+    Close,    // reset the connection
+    Done,     // the page is over
+  };
+
+  PageSender(PageStream stream, FaultSwitches& faults);
+
+  Next next();
+  ByteView bytes() const { return bytes_; }
+  // So many of bytes() were sent.
+  void sent(std::size_t count);
+
+  // Ends the page after the block that has begun.
+  void abort();
+  bool isAborted() const { return aborted_; }
+
+  bool isBetweenBlocks() const { return stream_.isBetweenBlocks(); }
+  // Whether Next::Status was given.
+  bool hasToldStatus() const { return hasToldStatus_; }
+
+ private:
+  std::size_t allowance();
+
+  PageStream stream_;
+  FaultSwitches& faults_;
+  ByteView bytes_;
+  bool aborted_ = false;
+  bool silent_ = false;
+  bool hasToldStatus_ = false;
+  EventLoop::Clock::time_point paidUntil_ =
+      EventLoop::Clock::now();  // what was sent, at a slow device's rate
+};
+
+}  // namespace sim

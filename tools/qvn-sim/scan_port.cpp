@@ -1,0 +1,297 @@
+#include "scan_port.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iostream>
+#include <utility>
+
+namespace sim {
+namespace {
+
+constexpr std::size_t kMaxConnections = 64;
+
+// How long the rest of a command may take.
+constexpr std::chrono::milliseconds kCommandTimeout{500};
+
+// A slow device looks so often whether it may send more.
+constexpr std::chrono::milliseconds kSlowStep{10};
+
+// What one turn sends at most, so that an abort is never kept waiting by a fast host.
+constexpr std::size_t kBytesPerTurn = std::size_t{1} << 20;
+
+// A host that has left so many bytes of replies unread does not read any more.
+constexpr std::size_t kMostReplies = std::size_t{1} << 20;
+
+constexpr std::string_view kTraceName = "scan";
+
+}  // namespace
+
+ScanPort::ScanPort(EventLoop& loop, FaultSwitches& faults, Scanner& scanner, Picture& picture,
+                   PageStore& store, Trace& trace, std::size_t blockSize)
+    : loop_(loop),
+      faults_(faults),
+      scanner_(scanner),
+      picture_(picture),
+      store_(store),
+      trace_(trace),
+      blockSize_(blockSize) {}
+
+void ScanPort::listen(const std::string& address, std::uint16_t port) {
+  listener_ = listenTcp(address, port, 0);
+  loop_.watch(listener_.get(), [this] { acceptWaiting(); });
+}
+
+void ScanPort::acceptWaiting() {
+  for (;;) {
+    Descriptor socket = acceptTcp(listener_);
+    if (!socket.isOpen()) return;
+    if (connections_.size() >= kMaxConnections) continue;  // the host sees it closed
+    const ConnectionId id = ++lastId_;
+    loop_.watch(socket.get(), [this, id] { readFrom(id); });
+    connections_[id].socket = std::move(socket);
+  }
+}
+
+void ScanPort::readFrom(ConnectionId id) {
+  const auto found = connections_.find(id);
+  if (found == connections_.end()) return;
+  Connection& connection = found->second;
+  std::uint8_t buffer[65536];
+  const ssize_t got = recv(connection.socket.get(), buffer, sizeof buffer, 0);
+  if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
+  if (got <= 0) {
+    close(id);
+    return;
+  }
+  connection.assembler.add(ByteView(buffer, static_cast<std::size_t>(got)));
+  ++connection.partialSince;
+  handleCommands(id);
+}
+
+void ScanPort::handleCommands(ConnectionId id) {
+  auto found = connections_.find(id);
+  while (found != connections_.end()) {
+    const std::optional<Bytes> command = found->second.assembler.next();
+    if (!command) {
+      if (found->second.assembler.isPartial()) watchPartial(id);
+      return;
+    }
+    trace_.received(id, *command, kTraceName);
+    handle(id, *command);
+    found = connections_.find(id);  // a fault may have closed it
+  }
+}
+
+void ScanPort::watchPartial(ConnectionId id) {
+  loop_.after(kCommandTimeout, [this, id, since = connections_.at(id).partialSince] {
+    const auto found = connections_.find(id);
+    if (found == connections_.end() || found->second.partialSince != since) return;
+    found->second.assembler.giveUpPartial();
+    handleCommands(id);
+  });
+}
+
+void ScanPort::handle(ConnectionId id, const Bytes& bytes) {
+  const esc::Command command = esc::entryOf(bytes).command;
+  if (faults_.strike(ReplyFault::Close, command)) {
+    close(id);
+  } else if (command == esc::Command::Go) {
+    go(id);
+  } else if (command == esc::Command::Abort) {
+    abort(id);
+  } else if (auto answer = scanner_.answer(id, command, bytes)) {
+    reply(id, command, std::move(*answer));
+  }
+}
+
+void ScanPort::go(ConnectionId id) {
+  const esc::Status status = scanner_.beginPage(id);
+  if (status != esc::Status::Good) {
+    reply(id, esc::Command::Go, esc::makeStatus(status));
+    return;
+  }
+  if (faults_.strike(ReplyFault::Drop, esc::Command::Go)) {
+    scanner_.endPage();
+    return;
+  }
+  atOrNow(momentOfReply(connections_.at(id), esc::Command::Go), [this, id, number = scanner_.pageNumber()] {
+    if (scanner_.isSendingTo(id) && scanner_.pageNumber() == number) beginPage(id);
+  });
+}
+
+void ScanPort::beginPage(ConnectionId id) {
+  const ScanSettings& settings = scanner_.settingsOf(id);
+  store_.open(scanner_.pageNumber(), settings);
+  const PageSinks sinks{[this](ByteView line) { store_.write(line); },
+                        [this, id](ByteView header) { trace_.sent(id, header, kTraceName); }};
+  connections_.at(id).page.emplace(
+      PageStream(picture_, settings, static_cast<std::uint8_t>(scanner_.pageNumber() & 0xFF), blockSize_,
+                 sinks),
+      faults_);
+  pump(id);
+}
+
+void ScanPort::abort(ConnectionId id) {
+  if (!scanner_.isSendingTo(id) || faults_.strike(PageFault::IgnoreAbort)) return;
+  std::optional<PageSender>& page = connections_.at(id).page;
+  if (page) {
+    page->abort();
+    pump(id);
+  } else {
+    scanner_.endPage();
+    reply(id, esc::Command::Abort, esc::makeStatus(esc::Status::Aborted));
+  }
+}
+
+void ScanPort::endPage(ConnectionId id) {
+  std::optional<PageSender>& page = connections_.at(id).page;
+  const bool isAborted = page->isAborted();
+  const bool hasToldStatus = page->hasToldStatus();
+  page.reset();
+  if (isAborted) {
+    store_.discard();
+    scanner_.endPage();
+    reply(id, esc::Command::Abort, esc::makeStatus(esc::Status::Aborted));
+    return;
+  }
+  const std::string error = store_.close();
+  if (!error.empty()) std::cerr << "qvn-sim: " << error << '\n';
+  if (hasToldStatus || faults_.strike(PageFault::StatusNever)) {
+    scanner_.endPage();
+  } else if (const auto delay = faults_.strike(PageFault::StatusLate)) {
+    loop_.after(std::chrono::milliseconds(*delay), [this, id, number = scanner_.pageNumber()] {
+      if (scanner_.isSendingTo(id) && scanner_.pageNumber() == number) sendStatusOfPage(id);
+    });
+  } else {
+    sendStatusOfPage(id);
+  }
+}
+
+void ScanPort::sendStatusOfPage(ConnectionId id) {
+  scanner_.endPage();
+  const Bytes status = scanner_.endOfPageStatus();
+  if (faults_.strike(PageFault::StatusTwice)) queue(id, status);
+  queue(id, status);
+  pump(id);
+}
+
+void ScanPort::reply(ConnectionId id, esc::Command command, Bytes bytes) {
+  if (faults_.strike(ReplyFault::Drop, command)) return;
+  if (faults_.strike(ReplyFault::Double, command)) bytes.insert(bytes.end(), bytes.begin(), bytes.end());
+  atOrNow(momentOfReply(connections_.at(id), command), [this, id, late = std::move(bytes)] {
+    queue(id, late);
+    pump(id);
+  });
+}
+
+EventLoop::Clock::time_point ScanPort::momentOfReply(Connection& connection, esc::Command command) {
+  if (const auto delay = faults_.strike(ReplyFault::Delay, command)) {
+    connection.earliestReply = std::max(EventLoop::Clock::now(), connection.earliestReply) + *delay;
+  }
+  return connection.earliestReply;
+}
+
+void ScanPort::atOrNow(EventLoop::Clock::time_point moment, EventLoop::Handler handler) {
+  if (moment <= EventLoop::Clock::now()) {
+    handler();
+  } else {
+    loop_.at(moment, std::move(handler));
+  }
+}
+
+void ScanPort::queue(ConnectionId id, ByteView bytes) {
+  const auto found = connections_.find(id);
+  if (found == connections_.end()) return;
+  Bytes& replies = found->second.replies;
+  if (replies.size() + bytes.size() > kMostReplies) {
+    close(id);
+    return;
+  }
+  trace_.sent(id, bytes, kTraceName);
+  replies.insert(replies.end(), bytes.begin(), bytes.end());
+}
+
+void ScanPort::pump(ConnectionId id) {
+  for (std::size_t sentNow = 0; sentNow < kBytesPerTurn;) {
+    const ByteView bytes = nextBytes(id);
+    const auto found = connections_.find(id);
+    if (found == connections_.end()) return;
+    Connection& connection = found->second;
+    const int fd = connection.socket.get();
+    if (bytes.empty()) {
+      loop_.unwatchWritable(fd);
+      return;
+    }
+    const ssize_t result = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (result < 0 && errno != EAGAIN && errno != EINTR) {
+      close(id);
+      return;
+    }
+    const std::size_t sent = result < 0 ? 0 : static_cast<std::size_t>(result);
+    if (bytes.data() == connection.replies.data()) {
+      connection.replies.erase(connection.replies.begin(),
+                               connection.replies.begin() + static_cast<std::ptrdiff_t>(sent));
+    } else {
+      connection.page->sent(sent);
+    }
+    if (sent < bytes.size()) break;
+    sentNow += sent;
+  }
+  loop_.watchWritable(connections_.at(id).socket.get(), [this, id] { pump(id); });
+}
+
+ByteView ScanPort::nextBytes(ConnectionId id) {
+  for (;;) {
+    const auto found = connections_.find(id);
+    if (found == connections_.end()) return {};
+    Connection& connection = found->second;
+    if (!connection.replies.empty() && (!connection.page || connection.page->isBetweenBlocks())) {
+      return connection.replies;
+    }
+    if (!connection.page) return {};
+    switch (connection.page->next()) {
+      case PageSender::Next::Send:
+        return connection.page->bytes();
+      case PageSender::Next::Status:
+        queue(id, scanner_.endOfPageStatus());
+        break;
+      case PageSender::Next::Wait:
+        waitForRate(id);
+        return {};
+      case PageSender::Next::Silence:
+        return {};
+      case PageSender::Next::Close:
+        resetOnClose(connection.socket);
+        close(id);
+        return {};
+      case PageSender::Next::Done:
+        endPage(id);
+        break;
+    }
+  }
+}
+
+void ScanPort::waitForRate(ConnectionId id) {
+  bool& stepPending = connections_.at(id).stepPending;
+  if (stepPending) return;
+  stepPending = true;
+  loop_.after(kSlowStep, [this, id] {
+    const auto found = connections_.find(id);
+    if (found == connections_.end()) return;
+    found->second.stepPending = false;
+    pump(id);
+  });
+}
+
+void ScanPort::close(ConnectionId id) {
+  const auto found = connections_.find(id);
+  if (found == connections_.end()) return;
+  loop_.unwatch(found->second.socket.get());
+  if (found->second.page) store_.discard();
+  connections_.erase(found);
+  scanner_.connectionClosed(id);
+}
+
+}  // namespace sim

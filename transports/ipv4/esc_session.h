@@ -1,0 +1,62 @@
+// One TCP connection to a device's scan port. Every command that the device sends goes to the scanner, but
+// for replies that nobody waits for any more.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "esc_stream.h"
+#include "ip_settings.h"
+#include "stream_session.h"
+
+namespace qvn::ipv4 {
+
+class EscSession : public StreamSession<EscStream> {
+ public:
+  // 0 and a session that delivers to the device, or why not.
+  static std::uint32_t start(const Endpoint& endpoint, const Timeouts& timeouts,
+                             const DeviceReference& device, std::shared_ptr<EscSession>& session);
+  ~EscSession() override { finish(); }
+
+  // Sends a command and returns once its reply has been delivered. One exchange or send at a time. Returns 0
+  // when it was carried out, with `replyCode` 0 for a reply and 1460 for none within the time-out, else the
+  // code of both.
+  std::uint32_t exchange(esc::Bytes request, std::uint32_t& replyCode);
+
+  // Sends without waiting for anything: 0, or why not all went out, with what did in `sent`.
+  std::uint32_t send(esc::Bytes bytes, std::size_t& sent);
+
+  // Whether what still comes could be taken for what these bytes bring, or swallow it: an earlier request
+  // that the same could answer is without a reply, or a command came with a wrong length.
+  bool isAmbiguous(esc::Bytes bytes) const;
+
+ protected:
+  void deliver(const esc::Bytes& command) override;
+
+ private:
+  enum class Stage : std::uint8_t { Preparing, Waiting, Delivering, Delivered };
+  struct Exchange {
+    esc::Bytes request;
+    Stage stage = Stage::Preparing;
+  };
+
+  EscSession(TcpSocket socket, const Timeouts& timeouts, const DeviceReference& device)
+      : StreamSession(std::move(socket), device), timeouts_(timeouts) {}
+
+  void waitForUnreadLocked(std::unique_lock<std::mutex>& lock);
+  bool isStaleLocked(esc::Bytes command);
+
+  const Timeouts timeouts_;
+
+  // Guarded by the lock.
+  Exchange* exchange_ = nullptr;
+  std::vector<std::vector<std::uint8_t>> unanswered_;  // requests given up, whose replies may still come
+  std::vector<std::uint8_t>
+      answered_;            // the last request, whose reply may come twice, until something is sent
+  bool outOfStep_ = false;  // an exchange timed out in the middle of a command
+};
+
+}  // namespace qvn::ipv4
