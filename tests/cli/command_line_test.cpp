@@ -61,6 +61,21 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"print"}, 2, "FILE is required"},
       {{"print", "x.prn", "--device", "LAB1"}, 1, "(result 1796, QRN_ERROR_UNKNOWN_PORT)"},
       {{"npa", "A5", "0"}, 2, "pairs of hexadecimal digits"},
+      {{"esc", "1B", "5"}, 2, "pairs of hexadecimal digits"},
+      {{"esc", "1B53560000000000"}, 1, "no scanner of a registered transport is stored"},
+      {{"hid"}, 2, "A subcommand is required"},
+      {{"hid", "watch"}, 1, "there is no hid to watch"},
+      {{"hid", "watch", "--device", "7"}, 1, "there is no hid 7"},
+      {{"scan"}, 2, "--output is required"},
+      {{"scan", "-o", "page.png"}, 1, "no scanner of a registered transport is stored"},
+      {{"scan", "-o", "page.jpg"}, 2, "ends in .png, .tif or .tiff"},
+      {{"scan", "-o", "page.png", "--mode", "sepia"}, 2, "sepia"},
+      {{"scan", "-o", "page.png", "--area", "1x2x3"}, 2, "an area is left, top, width and height"},
+      {{"scan", "-o", "page.png", "--pages", "0"}, 2, "a number from 1 up, or all"},
+      {{"scan", "-o", "page.png", "--pages", "2"}, 2, "several come from --source feeder"},
+      {{"scan", "-o", "-", "--pages", "all", "--source", "feeder"}, 2, "standard output takes one page"},
+      {{"scan", "-o", "-", "--json"}, 2, "not both"},
+      {{"scan", "-o", "page.png", "--device", "LAB1"}, 1, "(result 1796, QRN_ERROR_UNKNOWN_PORT)"},
       {{"get", "Colour"}, 2, "no attribute 'Colour'"},
       {{"set", "Vid", "x", "--device", "7"}, 1, "there is no printer 7"},
       {{"settings", "get", "Colour"}, 2, "no setting 'Colour'"},
@@ -82,9 +97,9 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
 
 TEST_F(CommandLine, HelpsWithExamplesAtEveryVerb) {
   EXPECT_THAT(ok({"--help"}), AllOf(HasSubstr("Exit codes:"), HasSubstr("130")));
-  for (const char* verb :
-       {"install", "uninstall", "monitor", "host", "transport", "device", "discover", "print", "status",
-        "cache", "watch", "npa", "get", "set", "settings", "registry", "log"}) {
+  for (const char* verb : {"install", "uninstall", "monitor", "host",     "transport", "device", "discover",
+                           "print",   "status",    "cache",   "watch",    "npa",       "scan",   "esc",
+                           "hid",     "get",       "set",     "settings", "registry",  "log"}) {
     EXPECT_THAT(ok({verb, "--help"}),
                 AllOf(HasSubstr("Usage: qvn " + std::string(verb)), HasSubstr("Examples:\n  qvn ")));
   }

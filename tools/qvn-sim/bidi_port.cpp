@@ -25,12 +25,11 @@ bool isForTheDevice(ByteView packet) {
 }  // namespace
 
 BidiPort::BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace)
-    : loop_(loop), faults_(faults), printer_(printer), trace_(trace) {}
-
-void BidiPort::listen(const std::string& address, std::uint16_t port) {
-  listener_ = listenTcp(address, port, 0);
-  loop_.watch(listener_.get(), [this] { acceptWaiting(); });
-}
+    : loop_(loop),
+      faults_(faults),
+      printer_(printer),
+      trace_(trace),
+      listener_(loop, [this](Descriptor socket) { connected(std::move(socket)); }) {}
 
 template <typename Wants>
 void BidiPort::sendTo(ByteView bytes, Wants&& wants) {
@@ -53,15 +52,11 @@ void BidiPort::sendToAll(ByteView bytes) {
   sendTo(bytes, [](ConnectionId) { return true; });
 }
 
-void BidiPort::acceptWaiting() {
-  for (;;) {
-    Descriptor socket = acceptTcp(listener_);
-    if (!socket.isOpen()) return;
-    if (connections_.size() >= kMaxConnections) continue;  // the host sees it closed
-    const ConnectionId id = ++lastId_;
-    loop_.watch(socket.get(), [this, id] { readFrom(id); });
-    connections_[id].socket = std::move(socket);
-  }
+void BidiPort::connected(Descriptor socket) {
+  if (connections_.size() >= kMaxConnections) return;
+  const ConnectionId id = ++lastId_;
+  loop_.watch(socket.get(), [this, id] { readFrom(id); });
+  connections_[id].socket = std::move(socket);
 }
 
 void BidiPort::readFrom(ConnectionId id) {
@@ -139,8 +134,7 @@ void BidiPort::reply(ConnectionId id, std::optional<npa::Command> command, Bytes
   if (when <= now) {
     send(id, packet);
   } else {
-    loop_.after(std::chrono::ceil<std::chrono::milliseconds>(when - now),
-                [this, id, late = std::move(packet)] { send(id, late); });
+    loop_.at(when, [this, id, late = std::move(packet)] { send(id, late); });
   }
 }
 

@@ -11,6 +11,7 @@
 #include "packet_assembler.h"
 #include "printer.h"
 #include "sockets.h"
+#include "tcp_listener.h"
 #include "trace.h"
 
 namespace sim {
@@ -20,10 +21,10 @@ class BidiPort {
   BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace);
 
   // Until then nobody can connect, and there is nobody to send to.
-  void listen(const std::string& address, std::uint16_t port);
+  void listen(const std::string& address, std::uint16_t port) { listener_.listen(address, port); }
 
   // 0 when it does not listen.
-  std::uint16_t port() const { return listener_.isOpen() ? localPort(listener_) : std::uint16_t{0}; }
+  std::uint16_t port() const { return listener_.port(); }
 
   // Sends the alert to every host that has asked for its kind.
   void alert(ByteView packet);
@@ -42,7 +43,7 @@ class BidiPort {
 
   template <typename Wants>
   void sendTo(ByteView bytes, Wants&& wants);
-  void acceptWaiting();
+  void connected(Descriptor socket);
   void readFrom(ConnectionId id);
   void handle(ConnectionId id, const Bytes& packet);
   void reply(ConnectionId id, std::optional<npa::Command> command, Bytes packet);
@@ -55,7 +56,7 @@ class BidiPort {
   FaultSwitches& faults_;
   Printer& printer_;
   Trace& trace_;
-  Descriptor listener_;
+  TcpListener listener_;
   ConnectionId lastId_ = 0;
   std::map<ConnectionId, Connection> connections_;
 };

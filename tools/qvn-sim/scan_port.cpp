@@ -36,22 +36,14 @@ ScanPort::ScanPort(EventLoop& loop, FaultSwitches& faults, Scanner& scanner, Pic
       picture_(picture),
       store_(store),
       trace_(trace),
-      blockSize_(blockSize) {}
+      blockSize_(blockSize),
+      listener_(loop, [this](Descriptor socket) { connected(std::move(socket)); }) {}
 
-void ScanPort::listen(const std::string& address, std::uint16_t port) {
-  listener_ = listenTcp(address, port, 0);
-  loop_.watch(listener_.get(), [this] { acceptWaiting(); });
-}
-
-void ScanPort::acceptWaiting() {
-  for (;;) {
-    Descriptor socket = acceptTcp(listener_);
-    if (!socket.isOpen()) return;
-    if (connections_.size() >= kMaxConnections) continue;  // the host sees it closed
-    const ConnectionId id = ++lastId_;
-    loop_.watch(socket.get(), [this, id] { readFrom(id); });
-    connections_[id].socket = std::move(socket);
-  }
+void ScanPort::connected(Descriptor socket) {
+  if (connections_.size() >= kMaxConnections) return;
+  const ConnectionId id = ++lastId_;
+  loop_.watch(socket.get(), [this, id] { readFrom(id); });
+  connections_[id].socket = std::move(socket);
 }
 
 void ScanPort::readFrom(ConnectionId id) {

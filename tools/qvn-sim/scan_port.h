@@ -14,6 +14,7 @@
 #include "picture.h"
 #include "scanner.h"
 #include "sockets.h"
+#include "tcp_listener.h"
 #include "trace.h"
 
 namespace sim {
@@ -25,10 +26,10 @@ class ScanPort {
            Trace& trace, std::size_t blockSize);
 
   // Until then nobody can connect.
-  void listen(const std::string& address, std::uint16_t port);
+  void listen(const std::string& address, std::uint16_t port) { listener_.listen(address, port); }
 
   // 0 when it does not listen.
-  std::uint16_t port() const { return listener_.isOpen() ? localPort(listener_) : std::uint16_t{0}; }
+  std::uint16_t port() const { return listener_.port(); }
 
  private:
   struct Connection {
@@ -41,7 +42,7 @@ class ScanPort {
     bool stepPending = false;        // of a page that is sent slowly
   };
 
-  void acceptWaiting();
+  void connected(Descriptor socket);
   void readFrom(ConnectionId id);
   void handleCommands(ConnectionId id);
   void watchPartial(ConnectionId id);
@@ -74,7 +75,7 @@ class ScanPort {
   PageStore& store_;
   Trace& trace_;
   const std::size_t blockSize_;
-  Descriptor listener_;
+  TcpListener listener_;
   ConnectionId lastId_ = 0;
   std::map<ConnectionId, Connection> connections_;
 };

@@ -22,21 +22,10 @@ struct Options {
   bool json = false;
 };
 
-Device select(const Session& session, const Options& options) {
-  if (options.kind == "printer") {
-    return selectPrinter(session, options.device);
-  }
-  const auto handle = parseNumber(options.device);
-  if (!handle) {
-    throw UsageError("--device takes the handle of a " + options.kind);
-  }
-  return selectDevice(session, *handle, options.kind);
-}
-
 void get(const Options& options) {
   const std::string descriptor = findDescriptor(options.key);
   const Session session;
-  const Device device = select(session, options);
+  const Device device = selectNamed(session, kindNamed(options.kind), options.device);
   const auto value = readAttribute(session, device, descriptor);
   if (!value) {
     throw Failure(device.text() + " has no " + attributeName(descriptor), QRN_ERROR_NOT_FOUND);
@@ -101,7 +90,7 @@ void addAttributeCommands(CLI::App& app) {
   CLI::App* getVerb = app.add_subcommand("get", "Read an attribute of a stored device");
   getVerb->add_option("KEY", getOptions->key, "The attribute's name, or its whole descriptor")->required();
   getVerb->add_option("--device", getOptions->device,
-                      "The device's handle, or a printer's port name; not needed for the only printer");
+                      "The device's handle or port name; not needed for the only one of its kind");
   getVerb->add_option("--kind", getOptions->kind, "printer, scanner or hid")
       ->check(CLI::IsMember({"printer", "scanner", "hid"}))
       ->capture_default_str();

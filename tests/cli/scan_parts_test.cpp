@@ -1,0 +1,322 @@
+// The parts of scanning that need no device: what is asked, what is answered, and how a page is put together.
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstring>
+#include <numeric>
+#include <thread>
+
+#include "progress_bar.h"
+#include "scan/capabilities.h"
+#include "scan/error.h"
+#include "scan/esc_requests.h"
+#include "scan/page.h"
+#include "scan_area.h"
+#include "text_values.h"
+
+namespace qvn::scan {
+namespace {
+
+using cli::formatHex;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr char kDescription[] =
+    "model=Simulated "
+    "Printer\ndpi=75,100,150,200,300,600,1200\nmodes=bw,gray,color\nwidth=10200\nheight=14040\n"
+    "feeder=1\n";
+
+// The problem that the action ends with, and its sentence.
+std::pair<std::optional<Problem>, std::string> failureOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const Error& error) {
+    return {error.problem(), error.what()};
+  }
+  return {std::nullopt, "none"};
+}
+
+TEST(EscRequests, AreTheDevicesCommands) {
+  const Area area{0x0102, 0x0304, 0x2710, 0x36D8};
+  const std::pair<Request, const char*> cases[] = {
+      {versionRequest(), "1B 53 56 00 00 00 00 00"},
+      {lockRequest(), "1B 44 53 4C 00 00 00 00"},
+      {unlockRequest(), "1B 44 53 55 00 00 00 00"},
+      {resolutionRequest(1200), "1B 53 44 B0 04 B0 04 00"},
+      {colorFormatRequest(ColorMode::Color), "1B 53 43 02 00 00 00 00"},
+      {clippingRequest(area), "1B 53 4D 02 01 04 03 00"},
+      {sizeRequest(area), "1B 53 5A 10 27 D8 36 00"},
+      {sourceRequest(Source::Feeder), "1B 44 50 53 00 00 0E 00 73 6F 75 72 63 65 3D 66 65 65 64 65 72 0A"},
+  };
+  for (const auto& [request, bytes] : cases) EXPECT_EQ(formatHex(request, " "), bytes);
+}
+
+TEST(Capabilities, AreReadFromTheDevicesText) {
+  const Capabilities scanner = parseCapabilities(kDescription);
+  EXPECT_EQ(scanner.model, "Simulated Printer");
+  EXPECT_THAT(scanner.resolutions, ElementsAre(75u, 100u, 150u, 200u, 300u, 600u, 1200u));
+  EXPECT_THAT(scanner.modes, ElementsAre(ColorMode::BlackAndWhite, ColorMode::Gray, ColorMode::Color));
+  EXPECT_EQ(scanner.width, 10200u);
+  EXPECT_EQ(scanner.height, 14040u);
+  EXPECT_TRUE(scanner.feeder);
+  EXPECT_EQ(scanner.defaults().dpi, 300u);
+  EXPECT_EQ(scanner.defaults().mode, ColorMode::Gray);
+
+  // Unknown keys and modes, another order, no feeder, no line end.
+  const Capabilities other =
+      parseCapabilities("lamp=1\nheight=2\nwidth=1\nmodes=infrared,color\ndpi=1200,600\nfeeder=0");
+  EXPECT_THAT(other.resolutions, ElementsAre(600u, 1200u));
+  EXPECT_THAT(other.modes, ElementsAre(ColorMode::Color));
+  EXPECT_FALSE(other.feeder);
+  EXPECT_EQ(other.defaults().dpi, 600u);
+  EXPECT_EQ(other.defaults().mode, ColorMode::Color);
+}
+
+TEST(Capabilities, OfADeviceThatMakesNoSenseAreRefused) {
+  for (const char* text :
+       {"", "\n\n", "dpi=300\nmodes=bw\nwidth=1\n", "dpi=\nmodes=bw\nwidth=1\nheight=1\n",
+        "dpi=0\nmodes=bw\nwidth=1\nheight=1\n", "dpi=300,\x00\nmodes=bw\nwidth=1\nheight=1\n",
+        "dpi=300x\nmodes=bw\nwidth=1\nheight=1\n", "dpi=65536\nmodes=bw\nwidth=1\nheight=1\n",
+        "dpi=300\nmodes=infrared\nwidth=1\nheight=1\n", "dpi=300\nmodes=bw\nwidth=-1\nheight=1\n",
+        "dpi=300\nmodes=bw\nwidth=1\nheight=99999999999999999999\n",
+        "dpi=,300\nmodes=bw\nwidth=1\nheight=1"}) {
+    EXPECT_EQ(failureOf([&] { parseCapabilities(text); }).first, Problem::BadAnswer) << text;
+  }
+}
+
+TEST(Capabilities, RefuseWhatTheScannerCannot) {
+  const Capabilities scanner = parseCapabilities(kDescription);
+  Capabilities flatbedOnly = scanner;
+  flatbedOnly.feeder = false;
+  flatbedOnly.modes = {ColorMode::Gray};
+  const Area all{0, 0, 10200, 14040};
+  const struct {
+    const Capabilities& scanner;
+    Settings settings;
+    const char* sentence;  // "none" when they are fine
+  } cases[] = {
+      {scanner, {100, ColorMode::Color, all, Source::Feeder}, "none"},
+      {scanner, {1200, ColorMode::BlackAndWhite, {10199, 14039, 1, 1}, Source::Flatbed}, "none"},
+      {scanner, {99, ColorMode::Gray, all, Source::Flatbed}, "has no 99 dpi; it has 75, 100"},
+      {scanner, {100, ColorMode::Gray, {1, 0, 10200, 1}, Source::Flatbed}, "215.9 by 297.2 mm"},
+      {scanner, {100, ColorMode::Gray, {0, 14041, 100, 0}, Source::Flatbed}, "reaches beyond"},
+      {scanner, {100, ColorMode::Gray, {0xFFFFFFFF, 0, 0xFFFFFFFF, 1}, Source::Flatbed}, "reaches beyond"},
+      {scanner, {100, ColorMode::Gray, {0, 0, 11, 100}, Source::Flatbed}, "smaller than a dot"},
+      {flatbedOnly, {100, ColorMode::Gray, all, Source::Feeder}, "has no feeder"},
+      {flatbedOnly, {100, ColorMode::Color, all, Source::Flatbed}, "has no mode color"},
+  };
+  for (const auto& [one, settings, sentence] : cases) {
+    EXPECT_THAT(failureOf([&] { one.check(settings); }).second, HasSubstr(sentence));
+  }
+}
+
+TEST(PageSize, RoundsDown) {
+  const struct {
+    Settings settings;
+    std::uint64_t dots, bytesPerLine, lines;
+  } cases[] = {
+      {{100, ColorMode::Gray, {0, 0, 10200, 14040}, {}}, 850, 850, 1170},
+      {{100, ColorMode::BlackAndWhite, {5, 5, 10200, 14040}, {}}, 850, 107, 1170},
+      {{1200, ColorMode::Color, {0, 0, 10200, 14040}, {}}, 10200, 30600, 14040},
+      {{75, ColorMode::Color, {0, 0, 31, 15}, {}}, 1, 3, 0},
+      {{300, ColorMode::BlackAndWhite, {0, 0, 32, 35}, {}}, 8, 1, 8},
+      {{300, ColorMode::BlackAndWhite, {0, 0, 36, 3}, {}}, 9, 2, 0},
+      {{1200, ColorMode::Color, {0, 0, 65535, 65535}, {}}, 65535, 196605, 65535},
+  };
+  for (const auto& [settings, dots, bytesPerLine, lines] : cases) {
+    const PageSize size = pageSize(settings);
+    EXPECT_EQ(size.dots, dots);
+    EXPECT_EQ(size.bytesPerLine, bytesPerLine);
+    EXPECT_EQ(size.lines, lines);
+    EXPECT_EQ(size.bytes(), bytesPerLine * lines);
+  }
+}
+
+// What a device sends in a page.
+using Command = std::vector<std::uint8_t>;
+
+Command block(unsigned page, unsigned number, std::size_t length, std::size_t promised) {
+  Command command = {0x1B,
+                     's',
+                     'd',
+                     static_cast<std::uint8_t>(promised),
+                     static_cast<std::uint8_t>(promised >> 8),
+                     static_cast<std::uint8_t>(page),
+                     static_cast<std::uint8_t>(number),
+                     static_cast<std::uint8_t>(number >> 8)};
+  command.resize(8 + length, static_cast<std::uint8_t>(number));
+  return command;
+}
+Command block(unsigned page, unsigned number, std::size_t length) {
+  return block(page, number, length, length);
+}
+Command status(std::uint8_t code) { return {0x1B, 'S', 'S', code, 0, 0, 0, 0}; }
+
+TEST(PageAssembler, TakesAPageAndNothingElse) {
+  const struct {
+    const char* name;
+    std::vector<Command> commands;
+    std::optional<Problem> problem;
+    const char* sentence;
+  } cases[] = {
+      {"a page", {block(7, 0, 60), block(7, 1, 40), status(0)}, std::nullopt, "none"},
+      {"empty blocks", {block(7, 0, 0), block(7, 1, 100), block(7, 2, 0), status(0)}, std::nullopt, "none"},
+      {"no status", {block(7, 0, 100)}, std::nullopt, "none"},
+      {"another page's block", {block(7, 0, 60), block(8, 1, 40)}, Problem::BadAnswer, "another page"},
+      {"a block is missing",
+       {block(7, 0, 60), block(7, 2, 40)},
+       Problem::BadAnswer,
+       "block 2 of the page instead of block 1"},
+      {"a block comes twice", {block(7, 0, 60), block(7, 0, 40)}, Problem::BadAnswer, "block 0"},
+      {"does not begin", {block(7, 1, 100)}, Problem::BadAnswer, "block 1"},
+      {"promises too much", {block(7, 0, 60, 61)}, Problem::BadAnswer, "60 bytes that says it has 61"},
+      {"promises too little", {block(7, 0, 60, 59)}, Problem::BadAnswer, "60 bytes that says it has 59"},
+      {"too long", {block(7, 0, 60), block(7, 1, 41)}, Problem::BadAnswer, "more than the 100 bytes"},
+      {"too short", {block(7, 0, 99), status(0)}, Problem::BadAnswer, "after 99 of 100 bytes"},
+      {"nothing but a status", {status(0)}, Problem::BadAnswer, "after 0 of 100"},
+      {"empty data", {Command{}}, Problem::BadAnswer, "something else than a block"},
+      {"half a header", {Command{0x1B, 's', 'd', 0}}, Problem::BadAnswer, "something else"},
+      {"half a status", {Command{0x1B, 'S', 'S', 0}}, Problem::BadAnswer, "something else"},
+      {"another command", {Command{0x1B, 's', 'v', 0, 0, 0, 0, 0}}, Problem::BadAnswer, "something else"},
+      {"busy", {status(1)}, Problem::Busy, "busy"},
+      {"refused", {status(2)}, Problem::Refused, "refuses the page"},
+      {"aborted at the device", {block(7, 0, 60), status(3)}, Problem::Aborted, "aborted"},
+      {"no sheet", {status(5)}, Problem::NoSheet, "no sheet"},
+      {"connection lost", {block(7, 0, 60), status(0x0B)}, Problem::ConnectionLost, "lost"},
+      {"unknown status", {status(0x77)}, Problem::BadAnswer, "status 119"},
+  };
+  for (const auto& [name, commands, problem, sentence] : cases) {
+    SCOPED_TRACE(name);
+    PageAssembler page(100);
+    std::size_t taken = 0;
+    const auto failure = failureOf([&, &all = commands] {
+      for (const Command& command : all) taken += page.take(command).size();
+    });
+    EXPECT_EQ(failure.first, problem);
+    EXPECT_THAT(failure.second, HasSubstr(sentence));
+    EXPECT_LE(taken, 100u);
+    EXPECT_EQ(page.complete(), !problem && isStatus(commands.back()));
+  }
+}
+
+TEST(PageAssembler, CountsBlocksAnewAfter65536) {
+  PageAssembler page(0x10002);
+  for (unsigned number = 0; number < 0x10002; ++number) {
+    ASSERT_EQ(page.take(block(1, number & 0xFFFF, 1)).size(), 1u) << number;
+  }
+  page.take(status(0));
+  EXPECT_TRUE(page.complete());
+}
+
+// A page larger than the pipe, delivered by another thread.
+constexpr std::size_t kBlocks = 100;
+constexpr std::size_t kBlockLength = 32768;
+
+void deliverAll(Page& page) {
+  for (unsigned number = 0; number < kBlocks; ++number) page.deliver(block(1, number, kBlockLength));
+  page.deliver(status(0));
+}
+
+TEST(Page, ReachesItsReaderWhole) {
+  const CancelSignal cancel;
+  Page page(kBlocks * kBlockLength, cancel);
+  std::thread device([&] { deliverAll(page); });
+  std::vector<std::uint8_t> read(kBlocks * kBlockLength + 1);
+  std::size_t at = 0;
+  for (;;) {
+    const auto [state, count] = page.pipe().take(std::span(read).subspan(at));
+    at += count;
+    if (state == PagePipe::State::End) break;
+    if (state == PagePipe::State::Nothing) {
+      ASSERT_TRUE(page.pipe().wait(std::chrono::seconds(30)));
+    }
+  }
+  device.join();
+  EXPECT_EQ(page.error(), std::nullopt);
+  ASSERT_EQ(at, kBlocks * kBlockLength);
+  for (std::size_t i = 0; i < at; ++i) ASSERT_EQ(read[i], i / kBlockLength) << i;
+}
+
+// The device's thread is in the middle of the page when nobody reads on.
+TEST(Page, LetsTheDeviceGoOnWhenTheReaderLeavesOrCancels) {
+  for (const bool cancelled : {true, false}) {
+    CancelSignal cancel;
+    Page page(kBlocks * kBlockLength, cancel);
+    std::thread device([&] { deliverAll(page); });
+    ASSERT_TRUE(page.pipe().wait(std::chrono::seconds(30)));
+    if (cancelled) {
+      cancel.raise();
+    } else {
+      page.pipe().leave();
+    }
+    device.join();
+    std::array<std::uint8_t, 16> some{};
+    EXPECT_EQ(page.pipe().take(some).state, cancelled ? PagePipe::State::Cancelled : PagePipe::State::Some);
+  }
+}
+
+TEST(Page, EndsWithTheFirstErrorAndDropsTheRest) {
+  const CancelSignal cancel;
+  Page page(100, cancel);
+  page.deliver(block(1, 0, 10));
+  page.deliver(block(1, 5, 10));
+  page.deliver(block(1, 1, 10));
+  page.deliver(status(5));
+  std::array<std::uint8_t, 100> read{};
+  EXPECT_EQ(page.pipe().take(read).count, 10u);
+  EXPECT_EQ(page.pipe().take(read).state, PagePipe::State::End);
+  ASSERT_TRUE(page.error());
+  EXPECT_THAT(page.error()->what(), HasSubstr("block 5"));
+}
+
+TEST(CancelSignal, IsReadableAsLongAsItIsRaised) {
+  CancelSignal cancel;
+  Page page(100, cancel);
+  EXPECT_FALSE(page.pipe().wait(std::chrono::milliseconds(0)));
+  cancel.raise();
+  cancel.raise();
+  EXPECT_TRUE(page.pipe().wait(std::chrono::milliseconds(0)));
+  cancel.clear();
+  EXPECT_FALSE(cancel.raised());
+  EXPECT_FALSE(page.pipe().wait(std::chrono::milliseconds(0)));
+}
+
+TEST(Area, IsReadInMillimetres) {
+  const struct {
+    const char* text;
+    std::optional<std::array<std::uint32_t, 4>> units;
+  } cases[] = {
+      {"0x0x25.4x50.8", {{0, 0, 1200, 2400}}},
+      {"10x20x105.5x148", {{472, 945, 4984, 6992}}},
+      {"0.01x0x215.9x297.18", {{0, 0, 10200, 14040}}},
+      {"", std::nullopt},
+      {"10x20x30", std::nullopt},
+      {"10x20x30x40x50", std::nullopt},
+      {"10x20x30x", std::nullopt},
+      {"10x20x30x4O", std::nullopt},
+      {"10 x20x30x40", std::nullopt},
+      {"-1x0x10x10", std::nullopt},
+      {"nanx0x10x10", std::nullopt},
+      {"infx0x10x10", std::nullopt},
+      {"1e3x0x10x10", std::nullopt},
+      {"0x0x99999999x10", std::nullopt},
+  };
+  for (const auto& [text, units] : cases) {
+    const auto area = cli::parseArea(text);
+    ASSERT_EQ(area.has_value(), units.has_value()) << text;
+    if (area) {
+      EXPECT_THAT((std::array{area->left, area->top, area->width, area->height}),
+                  testing::ContainerEq(*units))
+          << text;
+    }
+  }
+}
+
+TEST(Progress, TellsLines) {
+  EXPECT_EQ(cli::progressLine("page 1", 585, 1170, 1000, cli::ProgressUnit::Lines),
+            "page 1  [============            ]  50%  585 of 1170 lines  585 lines/s  00:01 left");
+}
+
+}  // namespace
+}  // namespace qvn::scan
