@@ -67,14 +67,14 @@ void run(const char* file) {
   const auto scan = [&] {
     return timeOf([&] {
       const test::Result result =
-          test::run({QVN_COMMAND, "scan", "--dpi", "300", "--mode", "color", "-o", page});
+          test::run({QVN_COMMAND, "scan", "--dpi", "600", "--mode", "color", "-o", page});
       if (result.exitCode != 0) fail("qvn scan: " + result.errors);
     });
   };
   scan();
   const Picture picture = readPicture(page);
   RatioTable table;
-  table.atMost("scan: qvn scan of a colour page at 300 dpi to PNG / libpng alone",
+  table.atMost("scan: qvn scan of a colour page at 600 dpi to PNG / libpng alone",
                medianRatio(kRounds, scan, [&] { return timeOf([&] { writePicture(copy, picture); }); }), 1.1);
   table.print();
   table.appendTo(file);
