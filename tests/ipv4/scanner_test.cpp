@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <future>
 #include <memory>
 #include <optional>
@@ -143,12 +144,14 @@ TEST_F(Scanner, TellsAReplyFromWhatElseComes) {
 TEST_F(Scanner, DoesNotWaitForAReplyThatIsNotToCome) {
   setSetting("ReadTimeout", 3600000);  // the test's own limit is shorter
   OpenScanner bidi(*module, attributes(), listener, device);
-  for (const char* request : {kGo, kAbort, "1B 58 59 5A 00 00 00 00", "41", ""}) {
+  for (const char* request : {kAbort, "1B 58 59 5A 00 00 00 00", "41", ""}) {
     EXPECT_EQ(ask(*bidi, request), kReplied) << request;
     EXPECT_EQ(write(*bidi, request), 0u) << request;
     const Bytes bytes = hex(request);
     EXPECT_EQ(bidi.peer->receive(2 * bytes.size()), bytes + bytes);
   }
+  EXPECT_EQ(ask(*bidi, kGo), kReplied);
+  EXPECT_EQ(toHex(bidi.peer->receive(8)), kGo);
   EXPECT_THAT(device.deliveries(), ElementsAre());
 }
 
@@ -184,6 +187,36 @@ TEST_F(Scanner, NeverTakesAnotherRequestsReply) {
     bidi.peer.emplace(std::move(peer));
   }
   EXPECT_THAT(device.waitFor(3), ElementsAre(kStatus, kStatus, kStatus));
+}
+
+TEST_F(Scanner, NeverTakesAPagesStatusForAReply) {
+  OpenScanner bidi(*module, attributes(), listener, device);
+  const auto onANewConnection = [&](const std::function<void()>& send) {
+    auto accepted = std::async(std::launch::async, [&] {
+      Stream peer = listener.accept();
+      peer.receive(8);
+      peer.send(hex(kStatus));
+      return peer;
+    });
+    send();
+    Stream peer = accepted.get();
+    EXPECT_TRUE(bidi.peer->isEnded());
+    bidi.peer.emplace(std::move(peer));
+  };
+  EXPECT_EQ(write(*bidi, kGo), 0u);
+  EXPECT_EQ(write(*bidi, kAbort), 0u) << "which ends the page where it comes from";
+  EXPECT_EQ(toHex(bidi.peer->receive(16)), std::string(kGo) + " " + kAbort);
+  auto answered = answering(*bidi.peer, hex(kVersionReply));
+  EXPECT_EQ(ask(*bidi, kVersion), kReplied) << "which no status can be taken for";
+  answered.get();
+  onANewConnection([&] { EXPECT_EQ(ask(*bidi, kDpi), kReplied); });
+  EXPECT_EQ(write(*bidi, kGo), 0u);
+  onANewConnection([&] { EXPECT_EQ(write(*bidi, kGo), 0u); });
+  device.waitFor(3);
+  answered = answering(*bidi.peer, hex(kBusy));
+  EXPECT_EQ(ask(*bidi, kDpi), kReplied) << "the page has ended";
+  answered.get();
+  EXPECT_THAT(device.deliveries(), ElementsAre(kVersionReply, kStatus, kStatus, kBusy));
 }
 
 TEST_F(Scanner, TakesAReplyThatComesTooEarlyOrTwiceForNone) {

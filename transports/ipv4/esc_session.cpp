@@ -14,6 +14,9 @@ constexpr std::chrono::milliseconds kUnreadTimeout{100};
 
 constexpr std::size_t kMaxUnanswered = 64;
 
+// A page comes for it, and then a status.
+bool beginsPage(esc::Bytes bytes) { return esc::beginsWith(bytes, {{esc::kEscape, 'S', 'G'}, 3}); }
+
 // How a reply begins to a request that expects one.
 esc::Bytes replyPrefix(esc::Bytes request) {
   const esc::Command* const command = esc::find(request);
@@ -74,6 +77,7 @@ std::uint32_t EscSession::send(esc::Bytes bytes, std::size_t& sent) {
     if (!answered_.empty()) waitForUnreadLocked(lock);
     answered_.clear();
     if (endedBy_ != 0) return endedBy_;
+    if (beginsPage(bytes)) pageUnderWay_ = true;
   }
   const std::uint32_t rc = socket_.send(bytes.data(), bytes.size(), timeouts_.npaWrite, sent);
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -82,12 +86,14 @@ std::uint32_t EscSession::send(esc::Bytes bytes, std::size_t& sent) {
 }
 
 bool EscSession::isAmbiguous(esc::Bytes bytes) const {
-  // A status is also how a page ends that a command without a reply has asked for.
-  const esc::Bytes expected = esc::expectsReply(bytes) ? replyPrefix(bytes) : esc::kStatus.view();
+  // Nothing is expected of an abort, which must reach the page that comes.
+  if (!esc::expectsReply(bytes) && !beginsPage(bytes)) return false;
+  const esc::Bytes expected = beginsPage(bytes) ? esc::kStatus.view() : replyPrefix(bytes);
+  const auto mayMeet = [&](esc::Bytes still) { return agree(still, expected); };
   const std::lock_guard<std::mutex> lock(mutex_);
-  return outOfStep_ || std::any_of(unanswered_.begin(), unanswered_.end(), [&](const auto& earlier) {
-           return agree(replyPrefix(earlier), expected);
-         });
+  return outOfStep_ || (pageUnderWay_ && mayMeet(esc::kStatus.view())) ||
+         std::any_of(unanswered_.begin(), unanswered_.end(),
+                     [&](const auto& earlier) { return mayMeet(replyPrefix(earlier)); });
 }
 
 void EscSession::deliver(const esc::Bytes& command) {
@@ -96,6 +102,7 @@ void EscSession::deliver(const esc::Bytes& command) {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (isStaleLocked(command)) return;
+    if (esc::beginsWith(command, esc::kStatus)) pageUnderWay_ = false;
     device = device_;
     if (exchange_ != nullptr && exchange_->stage == Stage::Waiting &&
         esc::isReply(exchange_->request, command)) {

@@ -30,7 +30,8 @@ class EscSession : public StreamSession<EscStream> {
   std::uint32_t send(esc::Bytes bytes, std::size_t& sent);
 
   // Whether what still comes could be taken for what these bytes bring, or swallow it: an earlier request
-  // that the same could answer is without a reply, or a command came with a wrong length.
+  // that the same could answer is without a reply, a page has not ended, or a command came with a wrong
+  // length.
   bool isAmbiguous(esc::Bytes bytes) const;
 
  protected:
@@ -56,8 +57,9 @@ class EscSession : public StreamSession<EscStream> {
   Exchange* exchange_ = nullptr;
   std::vector<std::vector<std::uint8_t>> unanswered_;  // requests given up, whose replies may still come
   std::vector<std::uint8_t>
-      answered_;            // the last request, whose reply may come twice, until something is sent
-  bool outOfStep_ = false;  // an exchange timed out in the middle of a command
+      answered_;               // the last request, whose reply may come twice, until something is sent
+  bool pageUnderWay_ = false;  // a status ends it
+  bool outOfStep_ = false;     // an exchange timed out in the middle of a command
 };
 
 }  // namespace qvn::ipv4
