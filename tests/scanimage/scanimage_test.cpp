@@ -1,0 +1,138 @@
+// Debian's scanimage with the backend: the way most programs of this system scan.
+#include <signal.h>
+
+#include <fstream>
+
+#include "end_to_end/scan_station.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::AllOf;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Scanimage : public ScanStation {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(std::filesystem::exists(kProgram)) << "install sane-utils (scripts/setup.sh test)";
+    // No other backend than ours is asked.
+    std::filesystem::create_directories(home() / "sane");
+    std::ofstream(home() / "sane" / "dll.conf") << "qvn\n";
+  }
+
+  std::vector<std::pair<std::string, std::string>> environment() const {
+    return {{"SANE_CONFIG_DIR", (home() / "sane").string()},
+            {"LD_LIBRARY_PATH", QVN_SANE_BACKEND_DIRECTORY},
+            {"LD_PRELOAD", QVN_SANITIZER_RUNTIME},
+            // What scanimage and the loader of the backends leave behind is theirs.
+            {"ASAN_OPTIONS", "detect_leaks=0"},
+            {"LC_ALL", "C"}};
+  }
+  static std::vector<std::string> command(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), kProgram);
+    return arguments;
+  }
+  Result scanimage(const std::vector<std::string>& arguments) const {
+    return run(command(arguments), "", environment());
+  }
+
+ private:
+  static constexpr char kProgram[] = "/usr/bin/scanimage";
+};
+
+TEST_F(Scanimage, ListsTheScannerAndItsOptions) {
+  start();
+  const Result list = scanimage({"-L"});
+  EXPECT_EQ(list.exitCode, 0) << list.errors;
+  EXPECT_THAT(list.output, HasSubstr("device `qvn:IP_SIM0000001' is a Noname Simulated Printer"));
+
+  const Result options = scanimage({"-A"});
+  EXPECT_EQ(options.exitCode, 0) << options.errors;
+  EXPECT_THAT(
+      options.output,
+      AllOf(HasSubstr("--source Flatbed|ADF [Flatbed]"), HasSubstr("--mode Lineart|Gray|Color [Gray]"),
+            HasSubstr("--resolution 75|100|150|200|300|600|1200dpi [300]"),
+            HasSubstr("-x 0..215.9mm [215.9]"), HasSubstr("-y 0..297.18mm [297.18]")));
+
+  // Its own test of a backend: every size of read.
+  const Result test = scanimage({"-T", "--resolution", "75"});
+  EXPECT_EQ(test.exitCode, 0) << test.errors;
+  EXPECT_THAT(test.errors, AllOf(HasSubstr("PASS"), testing::Not(HasSubstr("FAIL"))));
+}
+
+TEST_F(Scanimage, ScansWhatLiesOnTheGlass) {
+  start();
+  const struct {
+    std::vector<std::string> options;
+    std::uint32_t width, height;
+  } cases[] = {
+      {{"--resolution", "100", "--mode", "Color"}, 850, 1170},
+      {{"--resolution", "150", "--mode", "Gray", "-l", "10", "-t", "20", "-x", "100", "-y", "50"}, 590, 295},
+      {{"--resolution", "300", "--mode", "Lineart", "-l", "1.3", "-x", "9.6", "-y", "11"}, 113, 130},
+  };
+  int page = 0;
+  for (const auto& [options, width, height] : cases) {
+    SCOPED_TRACE(testing::PrintToString(options));
+    std::vector<std::string> arguments = {"-d", "qvn:IP_SIM0000001", "--format=png", "-o", out("page.png")};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Result scan = scanimage(arguments);
+    EXPECT_EQ(scan.exitCode, 0) << scan.errors;
+    const Picture picture = readPng(out("page.png"));
+    EXPECT_EQ(picture.width, width);
+    EXPECT_EQ(picture.height, height);
+    EXPECT_SAME_PICTURE(picture, sent(++page));
+  }
+  EXPECT_SAME_PICTURE(sent(1), glass());
+}
+
+TEST_F(Scanimage, TakesABatchFromTheFeeder) {
+  start({"--feeder", "3"});
+  const Result batch =
+      scanimage({"--source", "ADF", "--resolution", "75", "--format=png", "--batch=" + out("%d.png")});
+  EXPECT_EQ(batch.exitCode, 0) << batch.errors;
+  EXPECT_THAT(batch.errors, HasSubstr("Document feeder out of documents"));
+  EXPECT_THAT(filesLeft(), testing::ElementsAre("1.png", "2.png", "3.png"));
+  for (int page = 1; page <= 3; ++page) {
+    EXPECT_SAME_PICTURE(readPng(out(std::to_string(page) + ".png")), sent(page));
+  }
+}
+
+TEST_F(Scanimage, CancelsAPageOnCtrlC) {
+  start({"--fault", "slow-scan=50000"});
+  Child scan(command({"--resolution", "100", "--format=pnm"}), environment());
+  waitUntilPageIsSent();
+  scan.signal(SIGINT);
+  EXPECT_NE(scan.wait(), 999);
+  // The device has stopped.
+  EXPECT_EQ(qvn({"esc", "1B 53 4B 00 00 00 00 00"}).output, "1B 53 4B 00 00 00 00 00\n");
+  device().command("clear-faults");
+  const Result next =
+      scanimage({"--resolution", "100", "--mode", "Color", "--format=png", "-o", out("next.png")});
+  EXPECT_EQ(next.exitCode, 0) << next.errors;
+  EXPECT_SAME_PICTURE(readPng(out("next.png")), glass());
+}
+
+TEST_F(Scanimage, SaysWhatIsWrong) {
+  start();
+  const struct {
+    std::string fault;
+    std::string sentence;
+  } cases[] = {
+      {"busy", "sane_start: Device busy"},
+      {"close-mid-page=500000:1", "Error during device I/O"},
+      {"wrong-length=3:1", "Error during device I/O"},
+  };
+  for (const auto& [fault, sentence] : cases) {
+    SCOPED_TRACE(fault);
+    device().command("fault " + fault);
+    const Result failed = scanimage({"--resolution", "100", "--format=pnm"});
+    EXPECT_NE(failed.exitCode, 0);
+    EXPECT_THAT(failed.errors, HasSubstr(sentence));
+    device().command("clear-faults");
+  }
+}
+
+}  // namespace
+}  // namespace qvn::test
