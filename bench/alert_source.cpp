@@ -1,10 +1,6 @@
 #include "alert_source.h"
 
-#include <poll.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -13,9 +9,6 @@
 #include <cstring>
 #include <system_error>
 #include <vector>
-
-#include "loopback.h"
-
 namespace qvn::bench {
 namespace {
 
@@ -41,50 +34,22 @@ bool acknowledge(int connection) {
   return send(connection, packet, static_cast<std::size_t>(got), MSG_NOSIGNAL) == got;
 }
 
-[[noreturn]] void serve(int listener, int control) {
-  std::vector<pollfd> entries = {{control, POLLIN, 0}, {listener, POLLIN, 0}};
-  for (;;) {
-    if (poll(entries.data(), entries.size(), -1) < 0) _exit(1);
-    for (std::size_t i = 2; i < entries.size(); ++i) {
-      if (entries[i].revents != 0 && !acknowledge(entries[i].fd)) entries[i].fd = -1;
-    }
-    if (entries[0].revents != 0) {
-      std::uint8_t connection = 0;
-      if (read(control, &connection, 1) != 1 || connection + 2u >= entries.size()) _exit(0);
-      sendAlert(entries[connection + 2u].fd);
-    }
-    if (entries[1].revents != 0) entries.push_back({accept(listener, nullptr, nullptr), POLLIN, 0});
-  }
+void serve(int listener, int control) {
+  const auto raise = [control](const std::vector<int>& connections) {
+    std::uint8_t connection = 0;
+    if (read(control, &connection, 1) != 1 || connection >= connections.size()) return false;
+    sendAlert(connections[connection]);
+    return true;
+  };
+  serveConnections(listener, control, raise, acknowledge);
 }
 
 }  // namespace
 
-AlertSource::AlertSource() {
-  const int listener = listenOnLoopback(port_);
-  int pair[2];
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
-    throw std::system_error(errno, std::generic_category(), "socketpair");
-  }
-  process_ = fork();
-  if (process_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (process_ == 0) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    close(pair[0]);
-    serve(listener, pair[1]);
-  }
-  close(pair[1]);
-  close(listener);
-  control_ = pair[0];
-}
-
-AlertSource::~AlertSource() {
-  close(control_);
-  kill(process_, SIGKILL);
-  waitpid(process_, nullptr, 0);
-}
+AlertSource::AlertSource() : peer_(serve) {}
 
 void AlertSource::raise(std::uint8_t connection) {
-  if (write(control_, &connection, 1) != 1) {
+  if (write(peer_.control(), &connection, 1) != 1) {
     throw std::system_error(errno, std::generic_category(), "the alert source's control");
   }
 }

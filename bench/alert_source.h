@@ -1,10 +1,10 @@
 // A device that does nothing but raise alerts, in a process of its own. Each alert says when it was sent.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <span>
+
+#include "forked_peer.h"
 
 namespace qvn::bench {
 
@@ -12,11 +12,8 @@ class AlertSource {
  public:
   // Made before the process has threads: the source is a fork of it.
   AlertSource();
-  ~AlertSource();
-  AlertSource(const AlertSource&) = delete;
-  AlertSource& operator=(const AlertSource&) = delete;
 
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return peer_.port(); }
 
   // Sends an alert to the connection that was made as the nth, from 0 on.
   void raise(std::uint8_t connection);
@@ -26,9 +23,7 @@ class AlertSource {
   static std::uint64_t sentAt(std::span<const std::uint8_t> alert);
 
  private:
-  pid_t process_ = -1;
-  int control_ = -1;
-  std::uint16_t port_ = 0;
+  const ForkedPeer peer_;
 };
 
 // The same clock.

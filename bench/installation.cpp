@@ -25,21 +25,25 @@ registry::Key openKey(const std::string& key) {
   return opened;
 }
 
-std::string printerText(std::uint32_t handle, std::uint16_t printPort, std::uint16_t bidiPort) {
+std::string deviceText(const char* family, std::uint32_t handle, std::uint16_t channel) {
   std::string text;
-  AttributeCodec::setString(text, attribute::kDevice, "CpdPrinter");
+  AttributeCodec::setString(text, attribute::kDevice, family);
   AttributeCodec::setLong(text, attribute::kHandle, handle);
   AttributeCodec::setString(text, attribute::kTransport, "IPv4");
   AttributeCodec::setString(text, attribute::kAddress, "127.0.0.1");
   AttributeCodec::setString(text, attribute::kPortname, "PORT" + std::to_string(handle));
-  AttributeCodec::setLong(text, attribute::kIpPort, printPort);
-  AttributeCodec::setLong(text, attribute::kChannelId, bidiPort);
+  AttributeCodec::setLong(text, attribute::kChannelId, channel);
   return text;
 }
 
-void store(const registry::Key& printers, std::uint32_t handle, const std::string& text) {
-  require(registry::setValue(printers, std::to_string(handle), registry::ValueType::String, text),
-          "setValue");
+std::string printerText(std::uint32_t handle, std::uint16_t printPort, std::uint16_t bidiPort) {
+  std::string text = deviceText("CpdPrinter", handle, bidiPort);
+  AttributeCodec::setLong(text, attribute::kIpPort, printPort);
+  return text;
+}
+
+void store(const registry::Key& devices, std::uint32_t handle, const std::string& text) {
+  require(registry::setValue(devices, std::to_string(handle), registry::ValueType::String, text), "setValue");
 }
 
 std::filesystem::path makeHome() {
@@ -72,6 +76,14 @@ void Installation::set(const std::string& name, std::uint32_t value) const {
 
 void Installation::storePrinter(std::uint32_t handle, std::uint16_t printPort, std::uint16_t bidiPort) const {
   store(openKey("PrinterStore"), handle, printerText(handle, printPort, bidiPort));
+}
+
+void Installation::storeScanner(std::uint32_t handle, std::uint16_t scanPort) const {
+  store(openKey("ScannerStore"), handle, deviceText("CpdScanner", handle, scanPort));
+}
+
+void Installation::storeHid(std::uint32_t handle, std::uint16_t hidPort) const {
+  store(openKey("HidStore"), handle, deviceText("CpdHid", handle, hidPort));
 }
 
 void Installation::storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const {

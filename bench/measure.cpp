@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +25,15 @@ double medianRatio(int rounds, const Measured& a, const Measured& b) {
     ratios.push_back(first / b());
   }
   return median(ratios);
+}
+
+double peakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    double size = 0;
+    if (word == "VmHWM:" && status >> size) return size;
+  }
+  throw std::runtime_error("/proc/self/status does not tell the peak memory");
 }
 
 void require(std::uint32_t result, const char* operation) {

@@ -33,6 +33,9 @@ Seconds timeOf(std::uint32_t runs, Action&& action) {
   });
 }
 
+// The most memory that the process has had in use, in KiB.
+double peakMemory();
+
 // The main function of a program of measurements that takes the file of results as its only argument.
 int benchMain(int argc, char** argv, void (*run)(const char* file));
 

@@ -5,21 +5,32 @@
 
 #include "alert_source.h"
 #include "byte_sink.h"
+#include "hid_source.h"
 #include "installation.h"
 #include "ratio_table.h"
+#include "scan_source.h"
 
 namespace qvn::bench {
 
-// Handles of the printers that the families open.
+// Handles of the devices that the families open.
 inline constexpr std::uint32_t kFastPrinter = 1;
 inline constexpr std::uint32_t kSlowPrinter = 2;
 inline constexpr std::uint32_t kAlertingPrinter = 3;
+inline constexpr std::uint32_t kFastScanner = 401;
+inline constexpr std::uint32_t kBusyHid = 801;
 
 // Printing: direct path, memory, buffered path. The sinks take the print data.
 void measurePrinting(const Installation& installation, ByteSink& fast, ByteSink& slow, RatioTable& table);
 
-// Exchanges with the device behind kFastPrinter, whose port for NPA packets is `bidiPort`.
-void measureExchanges(const Installation& installation, std::uint16_t bidiPort, RatioTable& table);
+// Exchanges with the devices behind kFastPrinter and kFastScanner, whose ports for them are these.
+void measureExchanges(const Installation& installation, std::uint16_t bidiPort, std::uint16_t scanPort,
+                      RatioTable& table);
+
+// Pages of the scanner behind kFastScanner.
+void measureScanning(const Installation& installation, const ScanSource& source, RatioTable& table);
+
+// Reports of the HID behind kBusyHid.
+void measureHids(const Installation& installation, const HidSource& source, RatioTable& table);
 
 // Alerts of the device behind kAlertingPrinter.
 void measureAlerts(const Installation& installation, AlertSource& source, RatioTable& table);

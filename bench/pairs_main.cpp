@@ -21,16 +21,22 @@ void run(const char* file, const std::set<std::string>& families) {
   ByteSink fast;
   ByteSink slow(kSlowRate);
   AlertSource alerts;
+  const ScanSource pages;
+  const HidSource reports;
   qvn::test::SimulatorProcess device({"--discard", "--quit-on-eof"});
   const Installation installation;
   installation.storePrinter(kFastPrinter, fast.port(), device.bidiPort());
   installation.storePrinter(kSlowPrinter, slow.port(), device.bidiPort());
   installation.storePrinter(kAlertingPrinter, fast.port(), alerts.port());
+  installation.storeScanner(kFastScanner, pages.port());
+  installation.storeHid(kBusyHid, reports.port());
 
   RatioTable table;
   if (isChosen("print")) measurePrinting(installation, fast, slow, table);
-  if (isChosen("exchange")) measureExchanges(installation, device.bidiPort(), table);
+  if (isChosen("exchange")) measureExchanges(installation, device.bidiPort(), pages.port(), table);
   if (isChosen("alert")) measureAlerts(installation, alerts, table);
+  if (isChosen("scan")) measureScanning(installation, pages, table);
+  if (isChosen("hid")) measureHids(installation, reports, table);
   if (isChosen("discovery")) measureDiscovery(installation, table);
   if (isChosen("enumerate")) measureEnumeration(installation, table);
   if (isChosen("call")) measureCalls(installation, table);
@@ -42,7 +48,8 @@ void run(const char* file, const std::set<std::string>& families) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|discovery|enumerate|call]...\n", stderr);
+    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call]...\n",
+               stderr);
     return 2;
   }
   try {

@@ -193,16 +193,6 @@ class DocumentFile {
   std::string path_;
 };
 
-// The most memory that the process has had in use, in KiB.
-double peakMemory() {
-  std::ifstream status("/proc/self/status");
-  for (std::string word; status >> word;) {
-    double size = 0;
-    if (word == "VmHWM:" && status >> size) return size;
-  }
-  throw std::runtime_error("/proc/self/status does not tell the peak memory");
-}
-
 void measureMemory(PrintJobs& jobs, RatioTable& table) {
   jobs.print(Document(64 * kMiB, 64 * kKiB));
   const double before = peakMemory();

@@ -11,5 +11,6 @@ rm -f "$build/bench.json"
 {
   "$build/bench/qvn_bench_pairs" "$build/bench.json"
   "$build/bench/qvn_bench_spooler" "$build/bench.json"
+  "$build/bench/qvn_bench_scan_command" "$build/bench.json"
   "$build/bench/qvn_bench_growth" "$build/bench.json"
 } | tee "$build/bench.txt"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Prints real files to a simulated printer through the module, its IPv4 transport and the command line, and shows
-# that every byte arrived. usage: scripts/demo.sh BUILD_DIR
+# Prints real files to a simulated device, scans pages from it and hears its buttons, through the module, its IPv4
+# transport and the command line, and shows that every byte arrived. usage: scripts/demo.sh BUILD_DIR
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -26,10 +26,10 @@ run() {
   "$qvn" "$@"
 }
 
-say "A printer, simulated on loopback"
+say "A printer, scanner and button panel, simulated on loopback"
 # The device ends with this script: its console is a pipe that this shell alone holds open.
 mkfifo "$work/ready" "$work/console"
-"$build/tools/qvn-sim/qvn-sim" --jobs "$work/jobs" --trace "$work/packets" --quit-on-eof \
+"$build/tools/qvn-sim/qvn-sim" --jobs "$work/jobs" --scans "$work/scans" --feeder 2 --trace "$work/packets" --quit-on-eof \
   >"$work/ready" <"$work/console" &
 device=$!
 exec 3<"$work/ready" 4>"$work/console"
@@ -37,7 +37,7 @@ read -r ready <&3
 echo "$ready"
 port=$(sed -n 's/.*"discovery":\([0-9]*\).*/\1/p' <<<"$ready")
 
-say "The machine learns of the transport and finds the printer"
+say "The machine learns of the transport and finds the device"
 run log on
 run settings set TeojInterval 100
 run transport add qvn_ipv4.so
@@ -59,6 +59,24 @@ grep -E 'StartJobPrinter|EndJobPrinter|PrinterJobId|EOJ marker|getJobComplete|Qu
   head -14 | cut -c1-150 || true
 printf '(%s lines in all; %s packets on the wire)\n' "$(wc -l <"$work/log")" "$(wc -l <"$work/packets")"
 
+say "A page in colour from the glass, and two in gray from the feeder"
+run scan --dpi 100 --mode color -o "$work/glass.png"
+run scan --dpi 75 --mode gray --source feeder --pages all -o "$work/sheet.png"
+pages=("$work/glass.png" "$work/sheet-1.png" "$work/sheet-2.png")
+
+say "A button is pressed"
+"$qvn" hid watch --json >"$work/buttons" &
+watching=$!
+for _ in $(seq 100); do
+  # Until somebody watches, a pressed button is heard by nobody.
+  echo "button 2" >&4
+  grep -q '"button":2' "$work/buttons" && break
+  sleep 0.05
+done
+kill -INT "$watching"
+wait "$watching" || true
+grep -m1 '"button":2' "$work/buttons"
+
 say "Sent and received"
 all_equal=yes
 printf '%-12s %10s %10s  %-16s  %-16s  %-8s  %s\n' \
@@ -75,4 +93,17 @@ for i in "${!files[@]}"; do
     "$(sha256sum "$sent" | cut -c1-16)" "$(sha256sum "$received" | cut -c1-16)" "$outcome" "$equal"
 done
 echo "(the device stores a job without the end-of-job marker that the command adds)"
+
+say "Scanned"
+printf '%-12s %-9s  %-16s  %-16s  %s\n' file dots "sha256 sent" "sha256 scanned" equal
+for i in "${!pages[@]}"; do
+  read -r dots _ _ scanned _ < <(scripts/png_pixels.py "${pages[$i]}")
+  read -r _ _ _ sent _ < <(scripts/png_pixels.py "$work/scans/page-$((i + 1)).png")
+  equal=no
+  [ "$sent" = "$scanned" ] && equal=yes
+  [ "$equal" = yes ] || all_equal=no
+  printf '%-12s %-9s  %-16s  %-16s  %s\n' "$(basename "${pages[$i]}")" "$dots" "${sent:0:16}" "${scanned:0:16}" \
+    "$equal"
+done
+echo "(of the pixels; the files are compressed differently)"
 [ "$all_equal" = yes ]

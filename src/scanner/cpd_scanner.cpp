@@ -110,11 +110,28 @@ std::uint32_t CpdScanner::doGetCurrentState(std::uint32_t& value) {
   return QRN_ERROR_SUCCESS;
 }
 
-void CpdScanner::doAccept(Data& data) { state().doAccept(*this, data); }
+void CpdScanner::doAccept(Data& data) {
+  try {
+    state().doAccept(*this, data);
+  } catch (...) {
+    data.setRc(refuseThrown("doAccept"));
+  }
+}
 
 std::uint32_t CpdScanner::doOnConnectionLost() {
-  waitForStart();
-  return state().doOnConnectionLost(*this);
+  try {
+    waitForStart();
+    return state().doOnConnectionLost(*this);
+  } catch (...) {
+    return refuseThrown("doOnConnectionLost");
+  }
+}
+
+std::uint32_t CpdScanner::refuseThrown(const char* operation) {
+  logError(log_component::server(), [&] {
+    return LogText() << "CpdScanner::" << operation << "() handle=" << getHandle() << " Caught Exception";
+  });
+  return QRN_ERROR_INTERNAL_ERROR;
 }
 
 std::uint32_t CpdScanner::send(Data& data) {

@@ -74,6 +74,9 @@ class CpdScanner : public Scanner, public StateMachine<CpdScanner, CpdScannerSta
   template <typename Details, typename Operation>
   std::uint32_t traced(const char* operation, Details&& details, Operation&& run);
 
+  // A client told of the scan's progress may throw anything; the transport's thread must not end by it.
+  std::uint32_t refuseThrown(const char* operation);
+
   std::uint32_t openCount_ = 0;
   bool performanceNotifications_ = false;
   std::uint32_t cancelWaitDuration_ = 0;

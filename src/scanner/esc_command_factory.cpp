@@ -36,7 +36,7 @@ std::unique_ptr<EscCommand> EscCommandFactory::makeCommand(const Data& data) con
   if (data.getLength() < esc::kHeaderLength || data.getBuffer()[0] != esc::kEscape) return null_.create();
   const std::uint64_t header = asWord(data.getBuffer());
   for (const Registered& registered : registered_) {
-    if ((header & registered.mask) != registered.header) continue;
+    if ((header & registered.mask) != registered.header || !registered.prototype->isA(data)) continue;
     std::unique_ptr<EscCommand> command = registered.prototype->create(data);
     return command != nullptr ? std::move(command) : null_.create(data);
   }
@@ -52,7 +52,7 @@ void EscCommandFactory::registerCommand(const EscCommand& prototype) {
   if (known) return;
   std::unique_ptr<EscCommand> clone = prototype.create();
   const esc::Prefix pattern = prototype.pattern();
-  if (clone == nullptr || pattern.length == 0) return;
+  if (clone == nullptr) return;
   std::array<std::uint8_t, esc::kHeaderLength> mask{};
   std::fill_n(mask.begin(), pattern.length, 0xFF);
   registered_.push_back(

@@ -31,7 +31,7 @@ class EscCommandFactory {
 
   struct Registered {
     // The bytes that a command of the class begins with, and which of the header's bits count: one comparison
-    // instead of a call and a loop for each class.
+    // tells most classes without asking them.
     std::uint64_t header;
     std::uint64_t mask;
     std::unique_ptr<EscCommand> prototype;

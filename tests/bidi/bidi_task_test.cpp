@@ -90,10 +90,10 @@ TEST_F(BidiTaskTest, GenericTasksRunAnyVisitorByName) {
     data->setRc(3);
     return 0u;
   };
-  Takes task(printer, *connection, request, response, "escCommandVisitor");
+  Takes task(printer, *connection, request, response, "anyVisitor");
   EXPECT_EQ(task.execute(), 3u) << "the request's code";
   EXPECT_EQ(asText(response), "answer");
-  EXPECT_THAT(fake.calls(), ElementsAre("visit escCommandVisitor bidi"));
+  EXPECT_THAT(fake.calls(), ElementsAre("visit anyVisitor bidi"));
   fake.onVisitor = [](const std::string&, Data*) { return 8u; };
   EXPECT_EQ(GenericBidiTask(printer, *connection, request, response, "other").execute(), 8u);
   EXPECT_EQ(response.getLength(), 0u);

@@ -311,5 +311,22 @@ TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
   QvnClosePrinter(1, 7);
 }
 
+TEST_F(CpdScannerTest, AClientOfThePrinterThatThrowsDoesNotReachTheTransport) {
+  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
+  set("CpdScanPerformanceNotifications", 1);
+  makeScanner();
+  startScan();
+  ASSERT_EQ(QvnRegisterForNotificationsPrinter(
+                1, 7, 3,
+                [](std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t,
+                   std::uint32_t) { throw std::runtime_error("a client's own"); }),
+            0u);
+  EXPECT_EQ(fake.deliver(status(0)), 1359u);
+  QvnUnregisterForNotificationsPrinter(1, 7);
+  EXPECT_EQ(scanner->doEndJob(1), 0u) << "the scan has ended all the same";
+  QvnClosePrinter(1, 7);
+}
+
 }  // namespace
 }  // namespace qvn::test

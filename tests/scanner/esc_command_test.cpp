@@ -184,9 +184,24 @@ TEST(EscCommand, APayloadIsTakenFromWhatArrives) {
   EXPECT_FALSE(fax.takeFrom(incoming)) << "has a payload, but does not come in pieces";
 }
 
-TEST(EscCommand, AClassIsRegisteredOnce) {
-  EscCommandFactory::getInstance().registerCommand(HScanDpiEscCommand());
-  EXPECT_EQ(classify(fromHex("1B53440000000000"))->getName(), "HScanDpiEscCommand");
+// Recognised by its last byte, which no pattern tells.
+class LastByteCommand : public EscCommand {
+ public:
+  LastByteCommand() = default;
+  explicit LastByteCommand(const Data& data) : EscCommand(data) {}
+  bool isA(const Data& data) const override { return data.getBuffer()[data.getLength() - 1] == 0x99; }
+  std::string getName() const override { return "LastByteCommand"; }
+  std::unique_ptr<EscCommand> create(const Data& data) const override {
+    return std::make_unique<LastByteCommand>(data);
+  }
+  std::unique_ptr<EscCommand> create() const override { return std::make_unique<LastByteCommand>(); }
+};
+
+TEST(EscCommand, AnotherClassComesBehindThoseOfTheTable) {
+  EscCommandFactory::getInstance().registerCommand(LastByteCommand());
+  EXPECT_EQ(classify(fromHex("1B58595A00000099"))->getName(), "LastByteCommand");
+  EXPECT_EQ(classify(fromHex("1B58595A00000098"))->getName(), "StandardEscCommand");
+  EXPECT_EQ(classify(fromHex("1B53440000000099"))->getName(), "HScanDpiEscCommand");
 }
 
 }  // namespace

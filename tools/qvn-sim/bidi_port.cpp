@@ -3,17 +3,11 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 #include <vector>
 
 namespace sim {
 namespace {
-
-constexpr std::size_t kMaxConnections = 64;
-
-// How long the rest of a packet may take.
-constexpr std::chrono::milliseconds kPacketTimeout{500};
 
 constexpr std::size_t kMisframeBy = 256;
 
@@ -25,17 +19,18 @@ bool isForTheDevice(ByteView packet) {
 }  // namespace
 
 BidiPort::BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace)
-    : loop_(loop), faults_(faults), printer_(printer), trace_(trace) {}
-
-void BidiPort::listen(const std::string& address, std::uint16_t port) {
-  listener_ = listenTcp(address, port, 0);
-  loop_.watch(listener_.get(), [this] { acceptWaiting(); });
-}
+    : loop_(loop),
+      faults_(faults),
+      printer_(printer),
+      trace_(trace),
+      hosts_(loop, trace, {},
+             {.onMessage = [this](ConnectionId id, const Bytes& packet) { handle(id, packet); },
+              .onClosing = [this](ConnectionId id) { printer_.connectionClosed(id); }}) {}
 
 template <typename Wants>
 void BidiPort::sendTo(ByteView bytes, Wants&& wants) {
   std::vector<ConnectionId> hosts;
-  for (const auto& [id, connection] : connections_) {
+  for (const auto& [id, host] : hosts_.all()) {
     if (wants(id)) hosts.push_back(id);
   }
   for (const ConnectionId id : hosts) send(id, bytes);
@@ -53,59 +48,11 @@ void BidiPort::sendToAll(ByteView bytes) {
   sendTo(bytes, [](ConnectionId) { return true; });
 }
 
-void BidiPort::acceptWaiting() {
-  for (;;) {
-    Descriptor socket = acceptTcp(listener_);
-    if (!socket.isOpen()) return;
-    if (connections_.size() >= kMaxConnections) continue;  // the host sees it closed
-    const ConnectionId id = ++lastId_;
-    loop_.watch(socket.get(), [this, id] { readFrom(id); });
-    connections_[id].socket = std::move(socket);
-  }
-}
-
-void BidiPort::readFrom(ConnectionId id) {
-  Connection& connection = connections_.at(id);
-  std::uint8_t buffer[4096];
-  const ssize_t got = recv(connection.socket.get(), buffer, sizeof buffer, 0);
-  if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  if (got <= 0) {
-    close(id);
-    return;
-  }
-  connection.assembler.add(ByteView(buffer, static_cast<std::size_t>(got)));
-  ++connection.partialSince;
-  handlePackets(id);
-}
-
-void BidiPort::handlePackets(ConnectionId id) {
-  auto found = connections_.find(id);
-  while (found != connections_.end()) {
-    const std::optional<Bytes> packet = found->second.assembler.next();
-    if (!packet) {
-      if (found->second.assembler.isPartial()) watchPartial(id);
-      return;
-    }
-    trace_.received(id, *packet);
-    handle(id, *packet);
-    found = connections_.find(id);  // a fault may have closed it
-  }
-}
-
-void BidiPort::watchPartial(ConnectionId id) {
-  loop_.after(kPacketTimeout, [this, id, since = connections_.at(id).partialSince] {
-    const auto found = connections_.find(id);
-    if (found == connections_.end() || found->second.partialSince != since) return;
-    found->second.assembler.giveUpPartial();
-    handlePackets(id);
-  });
-}
-
 void BidiPort::handle(ConnectionId id, const Bytes& packet) {
   const std::optional<npa::Command> command = npa::commandOf(packet);
   if (!isForTheDevice(packet) && command != npa::Command::EnterNpaMode) return;
   if (faults_.strike(ReplyFault::Close, command)) {
-    close(id);
+    hosts_.close(id);
     return;
   }
   if (command == npa::Command::EnterNpaMode) return;  // the device speaks nothing else; no reply is expected
@@ -118,8 +65,8 @@ void BidiPort::handle(ConnectionId id, const Bytes& packet) {
 }
 
 void BidiPort::reply(ConnectionId id, std::optional<npa::Command> command, Bytes packet) {
-  const auto found = connections_.find(id);
-  if (found == connections_.end() || faults_.strike(ReplyFault::Drop, command)) return;
+  auto* const host = hosts_.find(id);
+  if (host == nullptr || faults_.strike(ReplyFault::Drop, command)) return;
   if (faults_.strike(ReplyFault::Corrupt, command)) {
     std::for_each(packet.begin() + npa::kCommand, packet.end(),
                   [](std::uint8_t& byte) { byte = static_cast<std::uint8_t>(~byte); });
@@ -130,37 +77,28 @@ void BidiPort::reply(ConnectionId id, std::optional<npa::Command> command, Bytes
   if (faults_.strike(ReplyFault::Double, command)) packet.insert(packet.end(), packet.begin(), packet.end());
 
   const auto now = EventLoop::Clock::now();
-  auto when = std::max(now, found->second.earliestReply);
+  auto when = std::max(now, host->earliestReply);
   if (const auto delay = faults_.strike(ReplyFault::Delay, command)) {
     when += *delay;
-    found->second.earliestReply = when;
+    host->earliestReply = when;
   }
   if (const auto delay = faults_.strike(ReplyFault::Late, command)) when += *delay;
   if (when <= now) {
     send(id, packet);
   } else {
-    loop_.after(std::chrono::ceil<std::chrono::milliseconds>(when - now),
-                [this, id, late = std::move(packet)] { send(id, late); });
+    loop_.at(when, [this, id, late = std::move(packet)] { send(id, late); });
   }
 }
 
 void BidiPort::send(ConnectionId id, ByteView bytes) {
-  const auto found = connections_.find(id);
-  if (found == connections_.end()) return;
-  const ssize_t sent = ::send(found->second.socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  auto* const host = hosts_.find(id);
+  if (host == nullptr) return;
+  const ssize_t sent = ::send(host->socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
   if (sent == static_cast<ssize_t>(bytes.size())) {
     trace_.sent(id, bytes);
   } else {
-    close(id);  // gone, or it has not read for so long that the system buffers are full
+    hosts_.close(id);  // gone, or it has not read for so long that the system buffers are full
   }
-}
-
-void BidiPort::close(ConnectionId id) {
-  const auto found = connections_.find(id);
-  if (found == connections_.end()) return;
-  loop_.unwatch(found->second.socket.get());
-  connections_.erase(found);
-  printer_.connectionClosed(id);
 }
 
 }  // namespace sim

@@ -2,15 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 
 #include "event_loop.h"
 #include "fault_switches.h"
+#include "message_hosts.h"
 #include "packet_assembler.h"
 #include "printer.h"
-#include "sockets.h"
 #include "trace.h"
 
 namespace sim {
@@ -20,10 +19,10 @@ class BidiPort {
   BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace);
 
   // Until then nobody can connect, and there is nobody to send to.
-  void listen(const std::string& address, std::uint16_t port);
+  void listen(const std::string& address, std::uint16_t port) { hosts_.listen(address, port); }
 
   // 0 when it does not listen.
-  std::uint16_t port() const { return listener_.isOpen() ? localPort(listener_) : std::uint16_t{0}; }
+  std::uint16_t port() const { return hosts_.port(); }
 
   // Sends the alert to every host that has asked for its kind.
   void alert(ByteView packet);
@@ -33,31 +32,21 @@ class BidiPort {
   void sendToAll(ByteView bytes);
 
  private:
-  struct Connection {
-    Descriptor socket;
-    PacketAssembler assembler;
-    std::uint64_t partialSince = 0;  // counts what arrived, to tell a stalled packet from a slow one
+  struct Host {
     EventLoop::Clock::time_point earliestReply;
   };
 
   template <typename Wants>
   void sendTo(ByteView bytes, Wants&& wants);
-  void acceptWaiting();
-  void readFrom(ConnectionId id);
   void handle(ConnectionId id, const Bytes& packet);
   void reply(ConnectionId id, std::optional<npa::Command> command, Bytes packet);
   void send(ConnectionId id, ByteView bytes);
-  void handlePackets(ConnectionId id);
-  void watchPartial(ConnectionId id);
-  void close(ConnectionId id);
 
   EventLoop& loop_;
   FaultSwitches& faults_;
   Printer& printer_;
   Trace& trace_;
-  Descriptor listener_;
-  ConnectionId lastId_ = 0;
-  std::map<ConnectionId, Connection> connections_;
+  MessageHosts<PacketAssembler, Host> hosts_;
 };
 
 }  // namespace sim

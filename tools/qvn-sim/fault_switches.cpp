@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <stdexcept>
 
 namespace sim {
-namespace {
 
 struct ReplyFaultName {
   std::string_view name;
@@ -14,6 +14,8 @@ struct ReplyFaultName {
   bool takesDelay;
   bool strikesEsc;  // replies to ESC commands too
 };
+
+namespace {
 
 constexpr std::array kReplyFaults = {
     ReplyFaultName{"delay-reply", ReplyFault::Delay, true, true},
@@ -46,109 +48,130 @@ constexpr std::array kPageFaults = {
 // Of bytes, milliseconds or blocks: no page has more, and sums with it do not overflow.
 constexpr std::uint64_t kLargestValue = std::uint64_t{1} << 40;
 
-[[noreturn]] void complain(std::string_view text, std::string_view why) {
-  throw std::invalid_argument("fault \"" + std::string(text) + "\": " + std::string(why));
-}
-
-template <typename Number>
-std::optional<Number> number(std::string_view text) {
-  Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-std::vector<std::string_view> split(std::string_view text) {
-  std::vector<std::string_view> parts;
-  while (!text.empty()) {
-    const std::size_t colon = text.find(':');
-    parts.push_back(text.substr(0, colon));
-    text = colon == std::string_view::npos ? std::string_view() : text.substr(colon + 1);
-  }
-  return parts;
+template <typename Table>
+const typename Table::value_type* findNamed(const Table& table, std::string_view name) {
+  const auto found =
+      std::find_if(table.begin(), table.end(), [name](const auto& known) { return known.name == name; });
+  return found == table.end() ? nullptr : &*found;
 }
 
 }  // namespace
 
-void FaultSwitches::add(std::string_view text) {
-  const std::size_t nameEnd = std::min(text.find_first_of("=:"), text.size());
-  const std::string_view name = text.substr(0, nameEnd);
-  const bool hasEquals = text.substr(nameEnd, 1) == "=";
-  std::vector<std::string_view> values = split(text.substr(std::min(nameEnd + 1, text.size())));
-  const auto takeFirst = [&values] {
-    const std::string_view first = values.front();
-    values.erase(values.begin());
-    return first;
-  };
-  const auto takeTimes = [&]() -> std::optional<std::uint32_t> {
-    if (values.empty()) return std::nullopt;
-    const auto times = number<std::uint32_t>(takeFirst());
-    if (!times || !values.empty()) complain(text, "expected a number of times at the end");
-    return times;
-  };
+// "NAME[=VALUE][:VALUE]...", taken apart from left to right; complains about what is not as expected.
+class FaultSwitches::Text {
+ public:
+  explicit Text(std::string_view text) : whole_(text) {
+    const std::size_t nameEnd = std::min(text.find_first_of("=:"), text.size());
+    name_ = text.substr(0, nameEnd);
+    hasEquals_ = text.substr(nameEnd, 1) == "=";
+    rest_ = text.substr(std::min(nameEnd + 1, text.size()));
+  }
 
-  for (const PageFaultName& known : kPageFaults) {
-    if (known.name != name) continue;
+  std::string_view name() const { return name_; }
+  bool isAtEnd() const { return rest_.empty(); }
+
+  template <typename Number>
+  Number takeNumber(const char* what, Number largest = std::numeric_limits<Number>::max()) {
+    const auto number = hasEquals_ ? parse<Number>(takeWord()) : std::nullopt;
+    if (!number || *number > largest) complain(std::string("expected ") + what);
+    return *number;
+  }
+
+  std::string_view takeWord() {
+    const std::size_t end = std::min(rest_.find(':'), rest_.size());
+    const std::string_view word = rest_.substr(0, end);
+    rest_ = rest_.substr(std::min(end + 1, rest_.size()));
+    return word;
+  }
+
+  Times takeTimes() {
+    if (isAtEnd()) return Times(std::nullopt);
+    const auto times = parse<std::uint32_t>(takeWord());
+    if (!times || !isAtEnd()) complain("expected a number of times at the end");
+    return Times(times);
+  }
+
+  void expectEnd() const {
+    if (!isAtEnd()) complain("has a value too much");
+  }
+  void expectEquals() const {
+    if (!isAtEnd() && !hasEquals_) complain("expected a value after =");
+  }
+  void expectNoEquals() const {
+    if (hasEquals_) complain("takes no value");
+  }
+
+  [[noreturn]] void complain(std::string_view why) const {
+    throw std::invalid_argument("fault \"" + std::string(whole_) + "\": " + std::string(why));
+  }
+
+ private:
+  template <typename Number>
+  static std::optional<Number> parse(std::string_view text) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+  }
+
+  std::string_view whole_;
+  std::string_view name_;
+  std::string_view rest_;
+  bool hasEquals_ = false;
+};
+
+void FaultSwitches::add(std::string_view text) {
+  Text fault(text);
+  const std::string_view name = fault.name();
+  if (const ReplyFaultName* reply = findNamed(kReplyFaults, name)) {
+    entries_.push_back(takeEntry(fault, *reply));
+  } else if (const PageFaultName* page = findNamed(kPageFaults, name)) {
     std::uint64_t value = 0;
-    if (known.value != nullptr) {
-      const auto given = values.empty() ? std::nullopt : number<std::uint64_t>(takeFirst());
-      if (!given || !hasEquals || *given > kLargestValue)
-        complain(text, std::string("expected ") + known.value);
-      value = *given;
-    } else if (hasEquals) {
-      complain(text, "takes no value");
-    }
-    pageFaults_.insert_or_assign(known.fault, Limited{value, Times(takeTimes())});
-    return;
-  }
-  if (!values.empty() && !hasEquals) complain(text, "expected a value after =");
-  if (name == "busy" || name == "never-finish") {
-    if (!values.empty()) complain(text, "takes no value");
-    (name == "busy" ? busy_ : neverFinish_) = true;
-    return;
-  }
-  if (name == "slow-print" || name == "slow-scan" || name == "close-mid-job") {
-    const auto bytes = values.empty() ? std::nullopt : number<std::uint64_t>(takeFirst());
-    if (!bytes) complain(text, "expected a number of bytes");
-    const auto times = takeTimes();
-    if (name == "close-mid-job") {
-      closeMidJob_ = Limited{*bytes, Times(times)};
+    if (page->value == nullptr) {
+      fault.expectNoEquals();
     } else {
-      if (times) complain(text, "takes one value");
-      (name == "slow-print" ? printBytesPerSecond_ : scanBytesPerSecond_) = bytes;
+      value = fault.takeNumber<std::uint64_t>(page->value, kLargestValue);
     }
-    return;
+    pageFaults_.insert_or_assign(page->fault, Limited{value, fault.takeTimes()});
+  } else if (name == "busy" || name == "never-finish") {
+    fault.expectNoEquals();
+    fault.expectEnd();
+    (name == "busy" ? busy_ : neverFinish_) = true;
+  } else if (name == "slow-print" || name == "slow-scan") {
+    const auto rate = fault.takeNumber<std::uint64_t>("a number of bytes");
+    fault.expectEnd();
+    (name == "slow-print" ? printBytesPerSecond_ : scanBytesPerSecond_) = rate;
+  } else if (name == "close-mid-job") {
+    const auto bytes = fault.takeNumber<std::uint64_t>("a number of bytes");
+    closeMidJob_ = Limited{bytes, fault.takeTimes()};
+  } else if (name == "slow-discovery") {
+    const std::chrono::milliseconds delay(fault.takeNumber<std::uint32_t>("milliseconds"));
+    fault.expectEnd();
+    discoveryDelay_ = delay;
+  } else {
+    fault.complain("unknown");
   }
-  if (name == "slow-discovery") {
-    const auto delay = values.empty() ? std::nullopt : number<std::uint32_t>(takeFirst());
-    if (!delay || !values.empty()) complain(text, "expected milliseconds");
-    discoveryDelay_ = std::chrono::milliseconds(*delay);
-    return;
+}
+
+FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName& known) {
+  fault.expectEquals();
+  Entry entry{known.fault, std::nullopt, Times(std::nullopt)};
+  if (known.takesDelay) {
+    entry.delay = std::chrono::milliseconds(fault.takeNumber<std::uint32_t>("milliseconds"));
   }
-  for (const ReplyFaultName& known : kReplyFaults) {
-    if (known.name != name) continue;
-    Entry entry{known.fault, std::nullopt, Times(std::nullopt)};
-    if (known.takesDelay) {
-      const auto delay = values.empty() ? std::nullopt : number<std::uint32_t>(takeFirst());
-      if (!delay) complain(text, "expected milliseconds");
-      entry.delay = std::chrono::milliseconds(*delay);
+  if (!fault.isAtEnd()) {
+    const std::string_view command = fault.takeWord();
+    if (const auto ofNpa = npa::commandNamed(command)) {
+      entry.command = npa::nameOf(*ofNpa);
+    } else if (const auto ofEsc = esc::commandNamed(command)) {
+      if (!known.strikesEsc) fault.complain("is no fault of replies to ESC commands");
+      entry.command = esc::nameOf(*ofEsc);
+    } else if (command != "any") {
+      fault.complain("unknown command name");
     }
-    if (!values.empty()) {
-      const std::string_view command = takeFirst();
-      if (const auto ofNpa = npa::commandNamed(command)) {
-        entry.command = npa::nameOf(*ofNpa);
-      } else if (const auto ofEsc = esc::commandNamed(command)) {
-        if (!known.strikesEsc) complain(text, "is no fault of replies to ESC commands");
-        entry.command = esc::nameOf(*ofEsc);
-      } else if (command != "any") {
-        complain(text, "unknown command name");
-      }
-    }
-    entry.times = Times(takeTimes());
-    entries_.push_back(entry);
-    return;
   }
-  complain(text, "unknown");
+  entry.times = fault.takeTimes();
+  return entry;
 }
 
 std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,

@@ -38,6 +38,8 @@ enum class PageFault : std::uint8_t {
   IgnoreAbort,   // -
 };
 
+struct ReplyFaultName;
+
 class FaultSwitches {
  public:
   // "NAME[=VALUE[:COMMAND][:TIMES]]", for example "drop-reply=lock:1"; docs/simulated-device.md has them all.
@@ -88,6 +90,9 @@ class FaultSwitches {
     Times times;
   };
 
+  class Text;
+
+  static Entry takeEntry(Text& fault, const ReplyFaultName& known);
   std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::string_view command);
 
   std::vector<Entry> entries_;

@@ -41,10 +41,8 @@ Bytes message(std::uint8_t type, ByteView content) {
 
 }  // namespace
 
-void HidPort::listen(const std::string& address, std::uint16_t port) {
-  listener_ = listenTcp(address, port, 0);
-  loop_.watch(listener_.get(), [this] { acceptWaiting(); });
-}
+HidPort::HidPort(EventLoop& loop)
+    : loop_(loop), listener_(loop, [this](Descriptor socket) { connected(std::move(socket)); }) {}
 
 void HidPort::sendReport(ByteView report) { sendToAll({message(kReport, report)}); }
 
@@ -52,15 +50,11 @@ void HidPort::sendEvent(ByteView event) { sendToAll({message(kEvent, event)}); }
 
 void HidPort::sendNumberedReports(std::uint32_t count) { sendToAll({{}, 0, count}); }
 
-void HidPort::acceptWaiting() {
-  for (;;) {
-    Descriptor socket = acceptTcp(listener_);
-    if (!socket.isOpen()) return;
-    if (hosts_.size() >= kMaxHosts) continue;  // the host sees it closed
-    const HostId id = ++lastId_;
-    loop_.watch(socket.get(), [this, id] { readFrom(id); });
-    hosts_[id].socket = std::move(socket);
-  }
+void HidPort::connected(Descriptor socket) {
+  if (hosts_.size() >= kMaxHosts) return;
+  const HostId id = ++lastId_;
+  loop_.watch(socket.get(), [this, id] { readFrom(id); });
+  hosts_[id].socket = std::move(socket);
 }
 
 void HidPort::readFrom(HostId id) {
@@ -72,7 +66,7 @@ void HidPort::readFrom(HostId id) {
 }
 
 void HidPort::sendToAll(const Waiting& waiting) {
-  acceptWaiting();  // a host whose connection is there gets what is sent from now on
+  listener_.acceptWaiting();  // a host whose connection is there gets what is sent from now on
   std::vector<HostId> ids;
   ids.reserve(hosts_.size());
   for (const auto& [id, host] : hosts_) ids.push_back(id);

@@ -13,18 +13,19 @@
 #include "bytes.h"
 #include "event_loop.h"
 #include "sockets.h"
+#include "tcp_listener.h"
 
 namespace sim {
 
 class HidPort {
  public:
-  explicit HidPort(EventLoop& loop) : loop_(loop) {}
+  explicit HidPort(EventLoop& loop);
 
   // Until then nobody can connect, and there is nobody to send to.
-  void listen(const std::string& address, std::uint16_t port);
+  void listen(const std::string& address, std::uint16_t port) { listener_.listen(address, port); }
 
   // 0 when it does not listen.
-  std::uint16_t port() const { return listener_.isOpen() ? localPort(listener_) : std::uint16_t{0}; }
+  std::uint16_t port() const { return listener_.port(); }
 
   void sendReport(ByteView report);
   void sendEvent(ByteView event);
@@ -47,7 +48,7 @@ class HidPort {
     Bytes buffer;                  // what goes next
   };
 
-  void acceptWaiting();
+  void connected(Descriptor socket);
   void readFrom(HostId id);
   void sendToAll(const Waiting& waiting);
   void fillBuffer(Host& host);
@@ -55,7 +56,7 @@ class HidPort {
   void close(HostId id);
 
   EventLoop& loop_;
-  Descriptor listener_;
+  TcpListener listener_;
   HostId lastId_ = 0;
   std::map<HostId, Host> hosts_;
 };

@@ -40,9 +40,8 @@ void PageRenderer::render(const std::uint8_t* row) {
     case ColorFormat::BlackAndWhite:
       std::fill(line_.begin(), line_.end(), std::uint8_t{0});
       for (std::size_t dot = 0; dot < offsets_.size(); ++dot) {
-        if (grayOf(row + offsets_[dot]) < 128) {
-          line_[dot / 8] = static_cast<std::uint8_t>(line_[dot / 8] | 0x80 >> dot % 8);
-        }
+        const unsigned black = grayOf(row + offsets_[dot]) < 128 ? 0x80 : 0;
+        line_[dot / 8] = static_cast<std::uint8_t>(line_[dot / 8] | black >> dot % 8);
       }
       break;
     case ColorFormat::Gray:

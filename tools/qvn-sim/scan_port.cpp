@@ -10,11 +10,6 @@
 namespace sim {
 namespace {
 
-constexpr std::size_t kMaxConnections = 64;
-
-// How long the rest of a command may take.
-constexpr std::chrono::milliseconds kCommandTimeout{500};
-
 // A slow device looks so often whether it may send more.
 constexpr std::chrono::milliseconds kSlowStep{10};
 
@@ -36,67 +31,15 @@ ScanPort::ScanPort(EventLoop& loop, FaultSwitches& faults, Scanner& scanner, Pic
       picture_(picture),
       store_(store),
       trace_(trace),
-      blockSize_(blockSize) {}
-
-void ScanPort::listen(const std::string& address, std::uint16_t port) {
-  listener_ = listenTcp(address, port, 0);
-  loop_.watch(listener_.get(), [this] { acceptWaiting(); });
-}
-
-void ScanPort::acceptWaiting() {
-  for (;;) {
-    Descriptor socket = acceptTcp(listener_);
-    if (!socket.isOpen()) return;
-    if (connections_.size() >= kMaxConnections) continue;  // the host sees it closed
-    const ConnectionId id = ++lastId_;
-    loop_.watch(socket.get(), [this, id] { readFrom(id); });
-    connections_[id].socket = std::move(socket);
-  }
-}
-
-void ScanPort::readFrom(ConnectionId id) {
-  const auto found = connections_.find(id);
-  if (found == connections_.end()) return;
-  Connection& connection = found->second;
-  std::uint8_t buffer[65536];
-  const ssize_t got = recv(connection.socket.get(), buffer, sizeof buffer, 0);
-  if (got < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  if (got <= 0) {
-    close(id);
-    return;
-  }
-  connection.assembler.add(ByteView(buffer, static_cast<std::size_t>(got)));
-  ++connection.partialSince;
-  handleCommands(id);
-}
-
-void ScanPort::handleCommands(ConnectionId id) {
-  auto found = connections_.find(id);
-  while (found != connections_.end()) {
-    const std::optional<Bytes> command = found->second.assembler.next();
-    if (!command) {
-      if (found->second.assembler.isPartial()) watchPartial(id);
-      return;
-    }
-    trace_.received(id, *command, kTraceName);
-    handle(id, *command);
-    found = connections_.find(id);  // a fault may have closed it
-  }
-}
-
-void ScanPort::watchPartial(ConnectionId id) {
-  loop_.after(kCommandTimeout, [this, id, since = connections_.at(id).partialSince] {
-    const auto found = connections_.find(id);
-    if (found == connections_.end() || found->second.partialSince != since) return;
-    found->second.assembler.giveUpPartial();
-    handleCommands(id);
-  });
-}
+      blockSize_(blockSize),
+      hosts_(loop, trace, kTraceName,
+             {.onMessage = [this](ConnectionId id, const Bytes& command) { handle(id, command); },
+              .onClosing = [this](ConnectionId id) { closing(id); }}) {}
 
 void ScanPort::handle(ConnectionId id, const Bytes& bytes) {
   const esc::Command command = esc::entryOf(bytes).command;
   if (faults_.strike(ReplyFault::Close, command)) {
-    close(id);
+    hosts_.close(id);
   } else if (command == esc::Command::Go) {
     go(id);
   } else if (command == esc::Command::Abort) {
@@ -116,7 +59,7 @@ void ScanPort::go(ConnectionId id) {
     scanner_.endPage();
     return;
   }
-  atOrNow(momentOfReply(connections_.at(id), esc::Command::Go), [this, id, number = scanner_.pageNumber()] {
+  atOrNow(momentOfReply(hosts_.at(id), esc::Command::Go), [this, id, number = scanner_.pageNumber()] {
     if (scanner_.isSendingTo(id) && scanner_.pageNumber() == number) beginPage(id);
   });
 }
@@ -126,7 +69,7 @@ void ScanPort::beginPage(ConnectionId id) {
   store_.open(scanner_.pageNumber(), settings);
   const PageSinks sinks{[this](ByteView line) { store_.write(line); },
                         [this, id](ByteView header) { trace_.sent(id, header, kTraceName); }};
-  connections_.at(id).page.emplace(
+  hosts_.at(id).page.emplace(
       PageStream(picture_, settings, static_cast<std::uint8_t>(scanner_.pageNumber() & 0xFF), blockSize_,
                  sinks),
       faults_);
@@ -135,7 +78,7 @@ void ScanPort::beginPage(ConnectionId id) {
 
 void ScanPort::abort(ConnectionId id) {
   if (!scanner_.isSendingTo(id) || faults_.strike(PageFault::IgnoreAbort)) return;
-  std::optional<PageSender>& page = connections_.at(id).page;
+  std::optional<PageSender>& page = hosts_.at(id).page;
   if (page) {
     page->abort();
     pump(id);
@@ -146,7 +89,7 @@ void ScanPort::abort(ConnectionId id) {
 }
 
 void ScanPort::endPage(ConnectionId id) {
-  std::optional<PageSender>& page = connections_.at(id).page;
+  std::optional<PageSender>& page = hosts_.at(id).page;
   const bool isAborted = page->isAborted();
   const bool hasToldStatus = page->hasToldStatus();
   page.reset();
@@ -180,17 +123,17 @@ void ScanPort::sendStatusOfPage(ConnectionId id) {
 void ScanPort::reply(ConnectionId id, esc::Command command, Bytes bytes) {
   if (faults_.strike(ReplyFault::Drop, command)) return;
   if (faults_.strike(ReplyFault::Double, command)) bytes.insert(bytes.end(), bytes.begin(), bytes.end());
-  atOrNow(momentOfReply(connections_.at(id), command), [this, id, late = std::move(bytes)] {
+  atOrNow(momentOfReply(hosts_.at(id), command), [this, id, late = std::move(bytes)] {
     queue(id, late);
     pump(id);
   });
 }
 
-EventLoop::Clock::time_point ScanPort::momentOfReply(Connection& connection, esc::Command command) {
+EventLoop::Clock::time_point ScanPort::momentOfReply(Host& host, esc::Command command) {
   if (const auto delay = faults_.strike(ReplyFault::Delay, command)) {
-    connection.earliestReply = std::max(EventLoop::Clock::now(), connection.earliestReply) + *delay;
+    host.earliestReply = std::max(EventLoop::Clock::now(), host.earliestReply) + *delay;
   }
-  return connection.earliestReply;
+  return host.earliestReply;
 }
 
 void ScanPort::atOrNow(EventLoop::Clock::time_point moment, EventLoop::Handler handler) {
@@ -202,11 +145,11 @@ void ScanPort::atOrNow(EventLoop::Clock::time_point moment, EventLoop::Handler h
 }
 
 void ScanPort::queue(ConnectionId id, ByteView bytes) {
-  const auto found = connections_.find(id);
-  if (found == connections_.end()) return;
-  Bytes& replies = found->second.replies;
+  auto* const host = hosts_.find(id);
+  if (host == nullptr) return;
+  Bytes& replies = host->replies;
   if (replies.size() + bytes.size() > kMostReplies) {
-    close(id);
+    hosts_.close(id);
     return;
   }
   trace_.sent(id, bytes, kTraceName);
@@ -216,44 +159,41 @@ void ScanPort::queue(ConnectionId id, ByteView bytes) {
 void ScanPort::pump(ConnectionId id) {
   for (std::size_t sentNow = 0; sentNow < kBytesPerTurn;) {
     const ByteView bytes = nextBytes(id);
-    const auto found = connections_.find(id);
-    if (found == connections_.end()) return;
-    Connection& connection = found->second;
-    const int fd = connection.socket.get();
+    auto* const host = hosts_.find(id);
+    if (host == nullptr) return;
+    const int fd = host->socket.get();
     if (bytes.empty()) {
       loop_.unwatchWritable(fd);
       return;
     }
     const ssize_t result = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (result < 0 && errno != EAGAIN && errno != EINTR) {
-      close(id);
+      hosts_.close(id);
       return;
     }
     const std::size_t sent = result < 0 ? 0 : static_cast<std::size_t>(result);
-    if (bytes.data() == connection.replies.data()) {
-      connection.replies.erase(connection.replies.begin(),
-                               connection.replies.begin() + static_cast<std::ptrdiff_t>(sent));
+    if (bytes.data() == host->replies.data()) {
+      host->replies.erase(host->replies.begin(), host->replies.begin() + static_cast<std::ptrdiff_t>(sent));
     } else {
-      connection.page->sent(sent);
+      host->page->sent(sent);
     }
     if (sent < bytes.size()) break;
     sentNow += sent;
   }
-  loop_.watchWritable(connections_.at(id).socket.get(), [this, id] { pump(id); });
+  loop_.watchWritable(hosts_.at(id).socket.get(), [this, id] { pump(id); });
 }
 
 ByteView ScanPort::nextBytes(ConnectionId id) {
   for (;;) {
-    const auto found = connections_.find(id);
-    if (found == connections_.end()) return {};
-    Connection& connection = found->second;
-    if (!connection.replies.empty() && (!connection.page || connection.page->isBetweenBlocks())) {
-      return connection.replies;
+    auto* const host = hosts_.find(id);
+    if (host == nullptr) return {};
+    if (!host->replies.empty() && (!host->page || host->page->isBetweenBlocks())) {
+      return host->replies;
     }
-    if (!connection.page) return {};
-    switch (connection.page->next()) {
+    if (!host->page) return {};
+    switch (host->page->next()) {
       case PageSender::Next::Send:
-        return connection.page->bytes();
+        return host->page->bytes();
       case PageSender::Next::Status:
         queue(id, scanner_.endOfPageStatus());
         break;
@@ -263,8 +203,8 @@ ByteView ScanPort::nextBytes(ConnectionId id) {
       case PageSender::Next::Silence:
         return {};
       case PageSender::Next::Close:
-        resetOnClose(connection.socket);
-        close(id);
+        resetOnClose(host->socket);
+        hosts_.close(id);
         return {};
       case PageSender::Next::Done:
         endPage(id);
@@ -274,23 +214,19 @@ ByteView ScanPort::nextBytes(ConnectionId id) {
 }
 
 void ScanPort::waitForRate(ConnectionId id) {
-  bool& stepPending = connections_.at(id).stepPending;
+  bool& stepPending = hosts_.at(id).stepPending;
   if (stepPending) return;
   stepPending = true;
   loop_.after(kSlowStep, [this, id] {
-    const auto found = connections_.find(id);
-    if (found == connections_.end()) return;
-    found->second.stepPending = false;
+    auto* const host = hosts_.find(id);
+    if (host == nullptr) return;
+    host->stepPending = false;
     pump(id);
   });
 }
 
-void ScanPort::close(ConnectionId id) {
-  const auto found = connections_.find(id);
-  if (found == connections_.end()) return;
-  loop_.unwatch(found->second.socket.get());
-  if (found->second.page) store_.discard();
-  connections_.erase(found);
+void ScanPort::closing(ConnectionId id) {
+  if (hosts_.at(id).page) store_.discard();
   scanner_.connectionClosed(id);
 }
 

@@ -2,18 +2,17 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 
 #include "esc_assembler.h"
 #include "event_loop.h"
 #include "fault_switches.h"
+#include "message_hosts.h"
 #include "page_sender.h"
 #include "page_store.h"
 #include "picture.h"
 #include "scanner.h"
-#include "sockets.h"
 #include "trace.h"
 
 namespace sim {
@@ -25,26 +24,19 @@ class ScanPort {
            Trace& trace, std::size_t blockSize);
 
   // Until then nobody can connect.
-  void listen(const std::string& address, std::uint16_t port);
+  void listen(const std::string& address, std::uint16_t port) { hosts_.listen(address, port); }
 
   // 0 when it does not listen.
-  std::uint16_t port() const { return listener_.isOpen() ? localPort(listener_) : std::uint16_t{0}; }
+  std::uint16_t port() const { return hosts_.port(); }
 
  private:
-  struct Connection {
-    Descriptor socket;
-    EscAssembler assembler;
-    std::uint64_t partialSince = 0;  // counts what arrived, to tell a stalled command from a slow one
+  struct Host {
     EventLoop::Clock::time_point earliestReply;
     Bytes replies;                   // whole ones, but for the first; they go between two blocks of a page
     std::optional<PageSender> page;  // absent while a page waits for its delayed beginning or status
     bool stepPending = false;        // of a page that is sent slowly
   };
 
-  void acceptWaiting();
-  void readFrom(ConnectionId id);
-  void handleCommands(ConnectionId id);
-  void watchPartial(ConnectionId id);
   void handle(ConnectionId id, const Bytes& bytes);
 
   void go(ConnectionId id);
@@ -55,7 +47,7 @@ class ScanPort {
 
   void reply(ConnectionId id, esc::Command command, Bytes bytes);
   // When the reply to a command may go, for it and for those that wait behind it.
-  EventLoop::Clock::time_point momentOfReply(Connection& connection, esc::Command command);
+  EventLoop::Clock::time_point momentOfReply(Host& host, esc::Command command);
   void atOrNow(EventLoop::Clock::time_point moment, EventLoop::Handler handler);
   // Adds to what waits to be sent; a host that has not read for too long loses its connection.
   void queue(ConnectionId id, ByteView bytes);
@@ -65,7 +57,7 @@ class ScanPort {
   // What to send next; nothing when there is nothing now, or no connection any more.
   ByteView nextBytes(ConnectionId id);
   void waitForRate(ConnectionId id);
-  void close(ConnectionId id);
+  void closing(ConnectionId id);
 
   EventLoop& loop_;
   FaultSwitches& faults_;
@@ -74,9 +66,7 @@ class ScanPort {
   PageStore& store_;
   Trace& trace_;
   const std::size_t blockSize_;
-  Descriptor listener_;
-  ConnectionId lastId_ = 0;
-  std::map<ConnectionId, Connection> connections_;
+  MessageHosts<EscAssembler, Host> hosts_;
 };
 
 }  // namespace sim

@@ -54,12 +54,10 @@ std::uint32_t EscSession::exchange(esc::Bytes request, std::uint32_t& replyCode)
     if (writeCode != QRN_ERROR_SUCCESS) endLocked(writeCode);  // sent in part there is nothing to go on with
   }
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeouts_.reply);
-  // Until all that came with the reply has been sorted: of a reply sent twice the second copy goes nowhere.
-  changed_.wait_until(lock, deadline,
-                      [&] { return endedBy_ != 0 || (current.stage == Stage::Delivered && !reading_); });
+  changed_.wait_until(lock, deadline, [&] { return endedBy_ != 0 || current.stage == Stage::Done; });
   changed_.wait(lock, [&] { return current.stage != Stage::Delivering; });
   exchange_ = nullptr;
-  if (current.stage == Stage::Delivered) return replyCode = QRN_ERROR_SUCCESS;
+  if (current.stage >= Stage::Delivered) return replyCode = QRN_ERROR_SUCCESS;
   if (endedBy_ != 0) return replyCode = endedBy_;
   if (unanswered_.size() == kMaxUnanswered) unanswered_.erase(unanswered_.begin());
   unanswered_.emplace_back(request.begin(), request.end());
@@ -112,6 +110,11 @@ void EscSession::deliver(const esc::Bytes& command) {
   const std::lock_guard<std::mutex> lock(mutex_);
   answered->stage = Stage::Delivered;
   answered_.assign(answered->request.begin(), answered->request.end());
+}
+
+// Only now that all that came with the reply has been sorted: the second copy of one sent twice goes nowhere.
+void EscSession::settleLocked() {
+  if (exchange_ != nullptr && exchange_->stage == Stage::Delivered) exchange_->stage = Stage::Done;
 }
 
 void EscSession::waitForUnreadLocked(std::unique_lock<std::mutex>& lock) {

@@ -35,9 +35,10 @@ class EscSession : public StreamSession<EscStream> {
 
  protected:
   void deliver(const esc::Bytes& command) override;
+  void settleLocked() override;
 
  private:
-  enum class Stage : std::uint8_t { Preparing, Waiting, Delivering, Delivered };
+  enum class Stage : std::uint8_t { Preparing, Waiting, Delivering, Delivered, Done };
   struct Exchange {
     esc::Bytes request;
     Stage stage = Stage::Preparing;

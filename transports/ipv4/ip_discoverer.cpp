@@ -178,7 +178,8 @@ std::uint32_t IpDiscoverer::setDefaults(const char* defaults) {
 std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {
   std::uint32_t handle = 0;
   if (const std::uint32_t rc = handleOf(device.answer.serial, handle); rc != QRN_ERROR_SUCCESS) return rc;
-  const auto& [place, answer] = device;
+  const Endpoint& place = device.place;
+  const DeviceAnswer& answer = device.answer;
   const auto tellPart = [&](std::string text) {
     AttributeCodec::setLong(text, attribute::kUdpPort, place.port);
     notify(text);

@@ -27,6 +27,9 @@ class StreamSession : public Session {
   // On the reader's thread, without the lock. The item ends with the call.
   virtual void deliver(const typename Stream::Item& item) = 0;
 
+  // All that was received with one read has been delivered.
+  virtual void settleLocked() {}
+
   // What the device has sent until now has been delivered.
   bool nothingUnreadLocked() const {
     int unread = 0;
@@ -87,6 +90,7 @@ class StreamSession : public Session {
     const std::lock_guard<std::mutex> lock(mutex_);
     partial_ = stream_.isPartial();
     reading_ = false;
+    settleLocked();
     if (endCode != QRN_ERROR_SUCCESS) endLocked(endCode);
     changed_.notify_all();
     return endedBy_ != 0;

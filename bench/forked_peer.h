@@ -1,0 +1,37 @@
+// A device's side of a measurement on a loopback port, in a process of its own.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace qvn::bench {
+
+class ForkedPeer {
+ public:
+  // Runs `serve` in the other process, with the socket that listens and its end of the control, until this
+  // one is destroyed. Made before the process has threads: the peer is a fork of it.
+  explicit ForkedPeer(const std::function<void(int listener, int control)>& serve);
+  ~ForkedPeer();
+  ForkedPeer(const ForkedPeer&) = delete;
+  ForkedPeer& operator=(const ForkedPeer&) = delete;
+
+  std::uint16_t port() const { return port_; }
+  int control() const { return control_; }
+
+ private:
+  pid_t process_ = -1;
+  int control_ = -1;
+  std::uint16_t port_ = 0;
+};
+
+// Serves every connection of the listener, in the order in which they were made, and the control: `onControl`
+// gets the connections and returns false when it is over, `onConnection` one that has something to read and
+// returns false when that one is.
+void serveConnections(int listener, int control,
+                      const std::function<bool(const std::vector<int>&)>& onControl,
+                      const std::function<bool(int)>& onConnection);
+
+}  // namespace qvn::bench
