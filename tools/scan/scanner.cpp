@@ -65,7 +65,8 @@ Scanner::Scanner(std::uint32_t handle, std::chrono::milliseconds patience)
     : handle_(handle),
       patience_(patience),
       connection_(handle),
-      capabilities_(parseCapabilities(versionText(exchange(versionRequest(), "what it can do")))) {
+      capabilities_(
+          parseCapabilities(versionText(exchange(versionRequest(), "the question what it can do")))) {
   pageBytes_ = pageSize(capabilities_.defaults()).bytes();
 }
 
