@@ -14,8 +14,9 @@ constexpr char kType[] = "multi-function peripheral";
 
 }  // namespace
 
-DeviceListing::DeviceListing(const cli::Session& session) {
-  for (const cli::Device& scanner : cli::listDevices(session, cli::kindNamed("scanner"), "ALL_TRANSPORT")) {
+DeviceListing::DeviceListing(const cli::Session& session, bool localOnly) {
+  const char* const transports = localOnly ? "LOCAL_TRANSPORT" : "ALL_TRANSPORT";
+  for (const cli::Device& scanner : cli::listDevices(session, cli::kindNamed("scanner"), transports)) {
     if (cli::readText(session, scanner, attribute::kDevice) != "CpdScanner") continue;
     auto entry = std::make_unique<Entry>();
     entry->handle = scanner.handle;

@@ -15,8 +15,8 @@ namespace qvn::sane {
 
 class DeviceListing {
  public:
-  // Reads the registry; talks to no device.
-  explicit DeviceListing(const cli::Session& session);
+  // Reads the registry; talks to no device. `localOnly` leaves out what is reached over a network.
+  explicit DeviceListing(const cli::Session& session, bool localOnly = false);
   // The devices point into this object.
   DeviceListing(const DeviceListing&) = delete;
   DeviceListing& operator=(const DeviceListing&) = delete;

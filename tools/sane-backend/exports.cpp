@@ -87,10 +87,10 @@ QVN_SANE_EXPORT void sane_qvn_exit() {
   backend = nullptr;
 }
 
-QVN_SANE_EXPORT SANE_Status sane_qvn_get_devices(const SANE_Device*** devices, SANE_Bool) {
+QVN_SANE_EXPORT SANE_Status sane_qvn_get_devices(const SANE_Device*** devices, SANE_Bool localOnly) {
   if (backend == nullptr || devices == nullptr) return SANE_STATUS_INVAL;
   return guarded([&] {
-    auto listing = std::make_unique<DeviceListing>(backend->session);
+    auto listing = std::make_unique<DeviceListing>(backend->session, localOnly == SANE_TRUE);
     *devices = listing->devices();
     // What was told before is valid until now.
     backend->listing = std::move(listing);
