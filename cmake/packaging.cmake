@@ -10,7 +10,8 @@ set(qvn_packages
   "development libqr-serv-dev     libdevel    runtime"
   "tools       qvn-tools          utils       runtime"
   "transports  qvn-transports     net         runtime"
-  "cups-backend cups-backend-qvn  net         runtime")
+  "cups-backend cups-backend-qvn  net         runtime"
+  "sane-backend libsane-qvn       libs        runtime")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -48,6 +49,9 @@ They are registered with the command qvn of the package qvn-tools.")
 set(CPACK_COMPONENT_CUPS-BACKEND_DESCRIPTION "CUPS backend for printers of the QR__serv communication library
 Queues with a device of the form qvn://PORTNAME print through the library,
 show the printer's alerts as their states and cancel jobs on the printer.")
+set(CPACK_COMPONENT_SANE-BACKEND_DESCRIPTION "SANE backend for scanners of the QR__serv communication library
+Programs that scan through SANE, such as scanimage, use the scanners that the
+library's registry holds as qvn:PORTNAME.")
 
 list(TRANSFORM qvn_control PREPEND ${CMAKE_CURRENT_LIST_DIR}/debian/)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${qvn_control})
@@ -56,6 +60,9 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS qvn-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS qvn-transports)
 set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_DEPENDS cups-daemon)
 set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
+set(CPACK_DEBIAN_SANE-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
+# The administrator's changes to what SANE loads survive an upgrade.
+set(CPACK_DEBIAN_SANE-BACKEND_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/conffiles)
 
 set(qvn_changelog ${PROJECT_BINARY_DIR}/changelog.gz)
 add_custom_command(OUTPUT ${qvn_changelog}

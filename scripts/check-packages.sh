@@ -31,14 +31,15 @@ chmod 755 "$root/usr/sbin/policy-rc.d"
 # What the packages depend on is there before, so that what is found after the purge is theirs.
 mapfile -t names < <(for file in "$packages"/*.deb; do dpkg-deb -f "$file" Package; done)
 inside apt-get update -qq
-inside apt-get install -y -qq --no-install-recommends cups-daemon cups-client liblmdb0 >>"$work/log" 2>&1
+inside apt-get install -y -qq --no-install-recommends cups-daemon cups-client sane-utils liblmdb0 \
+  libtiff6 libpng16-16 >>"$work/log" 2>&1
 files >"$work/before"
 
 say "Installing ${names[*]}"
 inside sh -c 'apt-get install -y -qq --no-install-recommends /packages/*.deb' >>"$work/log" 2>&1 ||
   { tail -20 "$work/log"; exit 1; }
 inside qvn --version
-inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn' | grep 'not found' &&
+inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn /usr/lib/*/sane/libsane-qvn.so.1' | grep 'not found' &&
   { echo "a library is missing" >&2; exit 1; }
 
 say "A first day with them"

@@ -1,7 +1,7 @@
 #!/bin/sh
-# A first day with the installed packages: finds two simulated printers, prints to both through CUPS, watches one and
-# takes the library off again. Runs as root on a machine of its own (scripts/check-packages.sh makes one), since it
-# starts a scheduler and changes the machine's settings.
+# A first day with the installed packages: finds two simulated printers, prints to both through CUPS, watches one,
+# scans with it and takes the library off again. Runs as root on a machine of its own (scripts/check-packages.sh makes
+# one), since it starts a scheduler and changes the machine's settings.
 set -eu
 
 work=$(mktemp -d)
@@ -22,7 +22,7 @@ await() {
 
 say "Two printers: one that speaks packets, one that takes plain data"
 mkfifo cpd.console bpd.console
-qvn-sim --jobs cpd --events --quit-on-eof <cpd.console >cpd.said &
+qvn-sim --jobs cpd --scans scanned --feeder 2 --events --quit-on-eof <cpd.console >cpd.said &
 started="$started $!"
 exec 4>cpd.console
 qvn-sim --family BpdPrinter --plain --serial PLAIN1 --jobs bpd --events --quit-on-eof <bpd.console >bpd.said &
@@ -66,6 +66,16 @@ wait "$watcher"
 cat watched
 grep -q 'idle: out of paper' watched
 tail -n 1 watched | grep -q 'idle: ready'
+
+say "Scanning from the glass and the feeder, with qvn and through SANE"
+qvn scan --dpi 100 -o glass.png
+qvn scan --source feeder --pages all --dpi 100 --mode bw -o feeder.tif
+# No other backend looks for its devices.
+: >/etc/sane.d/dll.conf
+scanimage -L | grep 'qvn:IP_SIM0000001'
+scanimage -d qvn:IP_SIM0000001 --resolution 100 --format=png -o sane.png
+cmp glass.png sane.png
+ls -l glass.png feeder.tif sane.png
 
 say "Taking it off again"
 lpadmin -x packets

@@ -106,8 +106,8 @@ TEST(Capabilities, RefuseWhatTheScannerCannot) {
       {flatbedOnly, {100, ColorMode::Gray, all, Source::Feeder}, "has no feeder"},
       {flatbedOnly, {100, ColorMode::Color, all, Source::Flatbed}, "has no mode color"},
   };
-  for (const auto& [one, settings, sentence] : cases) {
-    EXPECT_THAT(failureOf([&] { one.check(settings); }).second, HasSubstr(sentence));
+  for (const auto& one : cases) {
+    EXPECT_THAT(failureOf([&] { one.scanner.check(one.settings); }).second, HasSubstr(one.sentence));
   }
 }
 
