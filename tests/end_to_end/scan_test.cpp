@@ -143,6 +143,18 @@ TEST_F(Scanning, ADeviceThatDiesLeavesNoFile) {
   EXPECT_THAT(filesLeft(), IsEmpty());
 }
 
+TEST_F(Scanning, AScanThatIsKilledLeavesTheScannerToTheNext) {
+  start({"--fault", "slow-scan=50000"});
+  Child killed({QVN_COMMAND, "scan", "--dpi", "100", "-o", out("page.png")});
+  waitUntilPageIsSent();
+  killed.signal(SIGKILL);
+  EXPECT_EQ(killed.wait(), 128 + SIGKILL);
+  EXPECT_FALSE(std::filesystem::exists(out("page.png"))) << "half a page has another name";
+  device().command("clear-faults");
+  ok({"scan", "--dpi", "100", "--mode", "color", "-o", out("page.png")});
+  EXPECT_SAME_PICTURE(readPng(out("page.png")), glass());
+}
+
 TEST_F(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
   start();
   // One that has sent its whole page does not answer the abort either.

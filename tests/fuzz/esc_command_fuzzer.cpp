@@ -22,7 +22,8 @@ qvn::esc::Bytes view(const Data& data) { return {data.getBuffer(), data.getLengt
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   FuzzedDataProvider input(bytes, size);
-  const Data request = toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange(0, 64)));
+  const Data request =
+      toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 64)));
   const auto command = qvn::EscCommandFactory::getInstance().makeCommand(request);
   const bool isNull = command->getName() == "NullEscCommand";
   QVN_FUZZ_CHECK(isNull || command->isA(request));
@@ -31,7 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 
   // The transports' view of the same bytes.
   QVN_FUZZ_CHECK(command->expectsResponse() == qvn::esc::expectsReply(view(request)));
-  const Data answer = toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange(0, 64)));
+  const Data answer =
+      toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 64)));
   QVN_FUZZ_CHECK(command->isResponse(answer) == qvn::esc::isReply(view(request), view(answer)));
   if (!isNull) {
     QVN_FUZZ_CHECK(command->getHeaderLength() + command->getPayloadLength() ==
@@ -40,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 
   const std::uint32_t whole = command->getHeaderLength() + command->getPayloadLength();
   while (input.remaining_bytes() > 0) {
-    Data piece = toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange(1, 64)));
+    Data piece = toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(1, 64)));
     const std::uint32_t before = command->getLength();
     if (!command->takeFrom(piece)) break;
     QVN_FUZZ_CHECK(piece.getCount() == command->getLength() - before);
