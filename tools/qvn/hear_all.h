@@ -18,6 +18,7 @@ template <typename Watched>
 std::vector<std::unique_ptr<Watched>> hearAll(const Session& session, const DeviceKind& kind,
                                               const std::vector<std::string>& names) {
   std::vector<Device> devices;
+  devices.reserve(names.size());
   for (const std::string& name : names) devices.push_back(selectNamed(session, kind, name));
   if (names.empty()) devices = listDevices(session, kind, "ALL_TRANSPORT");
   std::vector<std::unique_ptr<Watched>> watched;

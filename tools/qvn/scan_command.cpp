@@ -26,7 +26,7 @@ namespace {
 
 constexpr unsigned kAllPages = std::numeric_limits<unsigned>::max();
 // Lines are taken in pieces of about that many bytes.
-constexpr std::size_t kPiece = 256 * 1024;
+constexpr std::size_t kPiece = std::size_t{256} * 1024;
 // No deflate stream is shorter than its data by more than that.
 constexpr std::uint64_t kBestCompression = 1032;
 
