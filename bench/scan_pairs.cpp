@@ -56,10 +56,10 @@ class Delivery {
   Received received_;
 };
 
-Delivery delivery;
+Delivery page;
 std::uint32_t onData(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t* data,
                      std::uint32_t length) {
-  delivery.add(data, length);
+  page.add(data, length);
   return 0;
 }
 
@@ -83,7 +83,7 @@ class Clients {
   Seconds scan(std::uint32_t client) const {
     const Seconds taken = timeOf([&] {
       require(QvnStartJobScanner(client, kFastScanner, nullptr), "QvnStartJobScanner");
-      delivery.wait(count_);
+      page.wait(count_);
     });
     require(QvnEndJobScanner(client, kFastScanner), "QvnEndJobScanner");
     return taken;
@@ -144,13 +144,19 @@ void measureScanning(const Installation& installation, const ScanSource& source,
                   medianRatio(kRounds, bareScan, [&] { return one.scan(client); }), 0.8);
   }
   for (const std::uint32_t count : {4u, 16u}) {
-    const auto many = [&] { return Clients(count).scan(client); };
-    const auto one = [&] { return Clients(1).scan(client); };
+    std::vector<Seconds> forMany;
+    std::vector<Seconds> forOne;
+    const auto scanFor = [client](std::uint32_t clients, std::vector<Seconds>& times) {
+      return times.emplace_back(Clients(clients).scan(client));
+    };
     table.atMost("scan: time with " + std::to_string(count) + " clients / with one",
-                 medianRatio(kRounds, many, one), count);
-    if (count < 16) continue;
-    const double share = (many() - one()) / (count - 1) / static_cast<double>(ScanSource::kBlocks);
-    std::fprintf(stderr, "scan: a block's delivery to one more client takes %.0f ns\n", share * 1e9);
+                 medianRatio(
+                     kRounds, [&] { return scanFor(count, forMany); }, [&] { return scanFor(1, forOne); }),
+                 count);
+    const Seconds delivery =
+        (median(forMany) - median(forOne)) / (count - 1) / static_cast<double>(ScanSource::kBlocks);
+    std::fprintf(stderr, "scan: a block's delivery to each of %u clients more takes %.0f ns\n", count - 1,
+                 delivery * 1e9);
   }
   require(QvnCloseScanner(client, kFastScanner), "QvnCloseScanner");
 }

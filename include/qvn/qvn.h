@@ -114,7 +114,11 @@ typedef void (*QvnNotificationCallback)(uint32_t deviceHandle, uint32_t category
  * A scanner delivered data or an alert. `job` is 0 from Cpd scanners and the identifier of the client that
  * started the job from Bpd scanners. `event` is the client's registered mask from Cpd scanners; from Bpd
  * scanners it is one bit, 0x1000 for scan data and 0x2000 or 0x4000 for an alert, whose text is `data`
- * without a terminator. The result is written to the log and has no other effect; return 0.
+ * without a terminator. From Cpd scanners `data` is one whole ESC command: a block of scan data (1B 's' 'd',
+ * the payload's length in bytes 3 and 4, low byte first, the payload from byte 8 on) or a status (1B 'S' 'S',
+ * its code in byte 3: 0x0B when the connection to the device was lost, else the device's). The next data is
+ * delivered when the callback has returned. The result is written to the log and has no other effect; return
+ * 0.
  */
 typedef uint32_t (*QvnScanDataCallback)(uint32_t clientId, uint32_t job, uint32_t scannerHandle,
                                         uint32_t event, const uint8_t* data, uint32_t dataLength);
@@ -438,7 +442,10 @@ QVN_EXPORT uint32_t QvnSetJobLongScanner(uint32_t clientId, uint32_t handle, con
 QVN_EXPORT uint32_t QvnRegisterForAsyncDataScanner(uint32_t clientId, uint32_t handle, uint32_t mask,
                                                    QvnScanDataCallback callback);
 
-/* Ends that registration. Returns 0 whatever the scanner answers; 6 the handle is 0. */
+/*
+ * Ends that registration. No callback of the client for this scanner runs or begins once this has returned,
+ * unless it was called from inside one. Returns 0 whatever the scanner answers; 6 the handle is 0.
+ */
 QVN_EXPORT uint32_t QvnUnregisterForAsyncDataScanner(uint32_t clientId, uint32_t handle);
 
 /* ---- HIDs --------------------------------------------------------------------------------------- */
@@ -464,7 +471,11 @@ QVN_EXPORT uint32_t QvnDeleteHid(uint32_t clientId, uint32_t handle);
 QVN_EXPORT uint32_t QvnRegisterForReportsHid(uint32_t clientId, uint32_t handle,
                                              QvnHidReportCallback callback);
 
-/* Ends that registration. Returns 0, also when there was none; 6 the handle is 0; 1 the HID is not open. */
+/*
+ * Ends that registration. No report callback of the client for this HID runs or begins once this has
+ * returned, unless it was called from inside one; it waits for a report that is being delivered to any
+ * client. Returns 0, also when there was none; 6 the handle is 0; 1 the HID is not open.
+ */
 QVN_EXPORT uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle);
 
 /*

@@ -36,7 +36,8 @@ std::unique_ptr<EscCommand> EscCommandFactory::makeCommand(const Data& data) con
   if (data.getLength() < esc::kHeaderLength || data.getBuffer()[0] != esc::kEscape) return null_.create();
   const std::uint64_t header = asWord(data.getBuffer());
   for (const Registered& registered : registered_) {
-    if ((header & registered.mask) != registered.header || !registered.prototype->isA(data)) continue;
+    if ((header & registered.mask) != registered.header) continue;
+    if (registered.mask == 0 && !registered.prototype->isA(data)) continue;
     std::unique_ptr<EscCommand> command = registered.prototype->create(data);
     return command != nullptr ? std::move(command) : null_.create(data);
   }

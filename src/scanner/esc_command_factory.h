@@ -31,7 +31,7 @@ class EscCommandFactory {
 
   struct Registered {
     // The bytes that a command of the class begins with, and which of the header's bits count: one comparison
-    // tells most classes without asking them.
+    // instead of a call. Without such bytes both are 0, and the class is asked.
     std::uint64_t header;
     std::uint64_t mask;
     std::unique_ptr<EscCommand> prototype;

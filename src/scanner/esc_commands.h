@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "common/exception.h"
 #include "scanner/table_esc_command.h"
 
 namespace qvn {
@@ -25,8 +26,11 @@ class NamedEscCommand final : public TableEscCommand {
   explicit NamedEscCommand(const Data& data) : TableEscCommand(esc::kCommands[Row], data) {}
 
   std::unique_ptr<EscCommand> create(const Data& data) const override {
-    if (!isA(data)) return nullptr;
-    return std::make_unique<NamedEscCommand>(data);
+    try {
+      return std::make_unique<NamedEscCommand>(data);
+    } catch (const Win32Exception&) {
+      return nullptr;
+    }
   }
   std::unique_ptr<EscCommand> create() const override { return std::make_unique<NamedEscCommand>(); }
 };

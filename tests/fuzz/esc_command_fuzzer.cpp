@@ -34,7 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   QVN_FUZZ_CHECK(command->expectsResponse() == qvn::esc::expectsReply(view(request)));
   const Data answer =
       toData(input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 64)));
-  QVN_FUZZ_CHECK(command->isResponse(answer) == qvn::esc::isReply(view(request), view(answer)));
+  QVN_FUZZ_CHECK((command->expectsResponse() && command->isResponse(answer)) ==
+                 qvn::esc::isReply(view(request), view(answer)));
   if (!isNull) {
     QVN_FUZZ_CHECK(command->getHeaderLength() + command->getPayloadLength() ==
                    qvn::esc::commandLength(view(request)));

@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t kMaxHosts = 64;
 
+constexpr std::size_t kMessageHeader = 3;
 constexpr std::uint8_t kReport = 0x01;
 constexpr std::uint8_t kEvent = 0x02;
 
@@ -35,6 +36,7 @@ void appendMessage(Bytes& to, std::uint8_t type, ByteView content) {
 
 Bytes message(std::uint8_t type, ByteView content) {
   Bytes bytes;
+  bytes.reserve(kMessageHeader + content.size());
   appendMessage(bytes, type, content);
   return bytes;
 }

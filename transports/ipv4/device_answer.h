@@ -4,8 +4,9 @@
 //   answered  "QVN-DEVICE 1 <token>\n", then lines "key=value\n": family, model, serial, name, print, bidi,
 //            scan, hid
 //
-// A BpdPrinter that takes print data only has no bidi port: 0, or no such line; so has a
-// device without scanner or HID. Unknown keys are skipped, so that devices may tell more.
+// A BpdPrinter that takes print data only has no bidi port: 0, or no such line. The same goes for the scan
+// port of a device without a scanner and the hid port of one without a HID. Unknown keys are skipped, so that
+// devices may tell more.
 #pragma once
 
 #include <cstdint>

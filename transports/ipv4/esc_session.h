@@ -55,9 +55,10 @@ class EscSession : public StreamSession<EscStream> {
 
   // Guarded by the lock.
   Exchange* exchange_ = nullptr;
-  std::vector<std::vector<std::uint8_t>> unanswered_;  // requests given up, whose replies may still come
-  std::vector<std::uint8_t>
-      answered_;               // the last request, whose reply may come twice, until something is sent
+  // Requests given up, whose replies may still come.
+  std::vector<std::vector<std::uint8_t>> unanswered_;
+  // The last request, whose reply may come twice, until something is sent.
+  std::vector<std::uint8_t> answered_;
   bool pageUnderWay_ = false;  // a status ends it
   bool outOfStep_ = false;     // an exchange timed out in the middle of a command
 };

@@ -1,5 +1,5 @@
-// Sessions that are closed while their threads still finish. A session may be closed from inside a
-// delivery of its own, so nobody who closes one waits for it; this list does.
+// Sessions that are closed while their threads still finish. A session may be closed from inside one of
+// its deliveries, so nobody who closes one waits for it; this list does.
 #pragma once
 
 #include <memory>

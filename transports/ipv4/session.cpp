@@ -16,7 +16,7 @@ bool Session::isAlive() const {
 
 void Session::setDevice(const DeviceReference& device) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  device_ = device;
+  if (endedBy_ == 0) device_ = device;
 }
 
 void Session::close() {

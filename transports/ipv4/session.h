@@ -24,7 +24,7 @@ class Session {
   // False once the connection has ended.
   bool isAlive() const;
 
-  // Whom what comes unasked is for, from now on.
+  // Whom what comes unasked is for, from now on. Makes no difference to a connection that has ended.
   void setDevice(const DeviceReference& device);
 
   // Ends the connection without waiting for the threads: whoever closes may hold what the receiver of a

@@ -87,13 +87,18 @@ class StreamSession : public Session {
   }
 
   bool isOver(std::uint32_t endCode) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    partial_ = stream_.isPartial();
-    reading_ = false;
-    settleLocked();
-    if (endCode != QRN_ERROR_SUCCESS) endLocked(endCode);
+    bool over = false;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      partial_ = stream_.isPartial();
+      reading_ = false;
+      settleLocked();
+      if (endCode != QRN_ERROR_SUCCESS) endLocked(endCode);
+      over = endedBy_ != 0;
+    }
+    // Without the lock: who wakes up needs it at once, and would only wait again.
     changed_.notify_all();
-    return endedBy_ != 0;
+    return over;
   }
 
   Stream stream_;  // the reader's own
