@@ -24,8 +24,8 @@ std::uint64_t asWord(const std::uint8_t* header) {
 }  // namespace
 
 EscCommandFactory& EscCommandFactory::getInstance() {
-  static auto* const factory = new EscCommandFactory;
-  return *factory;
+  static EscCommandFactory factory;
+  return factory;
 }
 
 EscCommandFactory::EscCommandFactory() {

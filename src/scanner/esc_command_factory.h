@@ -10,7 +10,7 @@
 
 namespace qvn {
 
-// One per process, made on first use and never destroyed. The commands of the table are registered in its
+// One per process, made on first use, there until the library is unloaded. The commands of the table are registered in its
 // order, which decides between those that begin alike.
 class EscCommandFactory {
  public:
