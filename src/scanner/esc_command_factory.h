@@ -10,8 +10,8 @@
 
 namespace qvn {
 
-// One per process, made on first use, there until the library is unloaded. The commands of the table are registered in its
-// order, which decides between those that begin alike.
+// One per process, made on first use, there until the library is unloaded. The commands of the table are
+// registered in its order, which decides between those that begin alike.
 class EscCommandFactory {
  public:
   EscCommandFactory(const EscCommandFactory&) = delete;
