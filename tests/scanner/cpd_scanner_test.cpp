@@ -177,17 +177,15 @@ TEST_F(CpdScannerTest, DataThatComesWhileTheScanIsBeingStartedIsNotLost) {
   EXPECT_EQ(scanner->doEndJob(1), 0u);
 }
 
-TEST_F(CpdScannerTest, ACancelledScanPassesOnItsStatusOnly) {
+TEST_F(WaitingCpdScannerTest, ACancelledScanPassesOnItsStatusOnly) {
   startScan();
   EXPECT_EQ(scanner->doCancelJob(1), 0u);
   EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "write 8", "release bidi"));
   EXPECT_THAT(fake.written(), EndsWith(std::string("\x1BSA\0\0\0\0\0", 8)));
   fake.deliver(block(1));
-  const std::uint64_t begin = clock.monotonicMilliseconds();
   auto ending = std::async(std::launch::async, [&] { return scanner->doEndJob(1); });
   fake.deliver(status(3));
-  EXPECT_EQ(ending.get(), 0u);
-  EXPECT_LT(clock.monotonicMilliseconds() - begin, 60000u) << "the status ends the wait";
+  EXPECT_EQ(ending.get(), 0u) << "the status ends the wait";
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(status(3))));
   EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "open again";
 }
@@ -226,15 +224,13 @@ TEST_F(CpdScannerTest, ClosingDuringAScanClosesTheConnectionWithoutAnAbort) {
 }
 
 // A status may be on its way to the state lock when a client cancels and at once waits for it.
-TEST_F(CpdScannerTest, AStatusThatMeetsACancelEndsItsWait) {
+TEST_F(WaitingCpdScannerTest, AStatusThatMeetsACancelEndsItsWait) {
   for (int round = 0; round < 50; ++round) {
     startScan();
-    const std::uint64_t begin = clock.monotonicMilliseconds();
     std::thread device([&] { fake.deliver(status(0)); });
     scanner->doCancelJob(1);
     EXPECT_EQ(scanner->doEndJob(1), 0u);
     device.join();
-    EXPECT_LT(clock.monotonicMilliseconds() - begin, 60000u);
     EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "nothing of the old scan ends the new one";
     scanner->doClose();
   }

@@ -1,4 +1,4 @@
-// A Cpd scanner on the fake transport, with a clock that skips over every wait.
+// A Cpd scanner on the fake transport.
 #pragma once
 
 #include <memory>
@@ -40,14 +40,15 @@ inline std::string received(const Data& data, const std::string& client = "1/16"
   return client + ": " + asText(data);
 }
 
-class CpdScannerTest : public SkippingClock, public LibraryTest {
+template <typename Clock>
+class ScannerTest : public Clock, public LibraryTest {
  protected:
-  CpdScannerTest() {
+  ScannerTest() {
     ReceivedScanData::take();
     makeScanner();
   }
 
-  ~CpdScannerTest() override { closeScanner(); }
+  ~ScannerTest() override { closeScanner(); }
 
   void closeScanner() {
     while (scanner->openCount() > 0) scanner->doClose();
@@ -70,5 +71,14 @@ class CpdScannerTest : public SkippingClock, public LibraryTest {
 
   std::unique_ptr<CpdScanner> scanner;
 };
+
+// Skips over every wait.
+class CpdScannerTest : public ScannerTest<SkippingClock> {};
+
+// Time stands still: a wait ends by what it waits for, or never.
+struct StandingClock {
+  ManualClock clock;
+};
+class WaitingCpdScannerTest : public ScannerTest<StandingClock> {};
 
 }  // namespace qvn::test
