@@ -223,17 +223,40 @@ TEST_F(CpdScannerTest, ClosingDuringAScanClosesTheConnectionWithoutAnAbort) {
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
 }
 
-// A status may be on its way to the state lock when a client cancels and at once waits for it.
+std::function<void()> onScanStarted;
+void tellScanStarted(std::uint32_t, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
+                     std::uint32_t, std::uint32_t) {
+  if (category == 3 && id == 50) onScanStarted();
+}
+
+// The status is on its way to the state lock when a client, who has the lock, cancels and waits for it.
 TEST_F(WaitingCpdScannerTest, AStatusThatMeetsACancelEndsItsWait) {
-  for (int round = 0; round < 50; ++round) {
+  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
+  ASSERT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, tellScanStarted), 0u);
+  set("CpdScanPerformanceNotifications", 1);
+  makeScanner();
+  for (const bool statusFirst : {true, false}) {
+    std::thread device;
+    onScanStarted = [&] {
+      std::promise<void> delivering;
+      device = std::thread([&] {
+        delivering.set_value();
+        fake.deliver(status(0));
+      });
+      if (statusFirst) delivering.get_future().wait();
+      EXPECT_EQ(scanner->doCancelJob(1), 0u);
+      EXPECT_EQ(scanner->doEndJob(1), 0u);
+      if (!statusFirst) delivering.get_future().wait();
+    };
     startScan();
-    std::thread device([&] { fake.deliver(status(0)); });
-    scanner->doCancelJob(1);
-    EXPECT_EQ(scanner->doEndJob(1), 0u);
     device.join();
+    onScanStarted = [] {};
     EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "nothing of the old scan ends the new one";
+    EXPECT_EQ(fake.deliver(block(1)), 0u);
     scanner->doClose();
   }
+  QvnClosePrinter(1, 7);
 }
 
 // Four threads that all want to end scans, over and over; whatever wins, the scanner can be used afterwards.
