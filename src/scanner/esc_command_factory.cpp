@@ -38,8 +38,8 @@ std::unique_ptr<EscCommand> EscCommandFactory::makeCommand(const Data& data) con
   for (const Registered& registered : registered_) {
     if ((header & registered.mask) != registered.header) continue;
     if (registered.mask == 0 && !registered.prototype->isA(data)) continue;
-    std::unique_ptr<EscCommand> command = registered.prototype->create(data);
-    return command != nullptr ? std::move(command) : null_.create(data);
+    if (auto command = registered.prototype->create(data)) return command;
+    return null_.create(data);
   }
   return std::make_unique<StandardEscCommand>(data);
 }

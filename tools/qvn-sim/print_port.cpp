@@ -39,7 +39,6 @@ void PrintPort::readArrived() {
     if (!connection_.isOpen()) {
       connection_ = acceptTcp(listener_);
       if (!connection_.isOpen()) {
-        loop_.watch(listener_.get(), [this] { readArrived(); });
         drained();
         return;
       }
@@ -85,6 +84,8 @@ PrintPort::ReadResult PrintPort::readOnce() {
 void PrintPort::closeConnection() {
   loop_.unwatch(connection_.get());
   connection_.close();
+  // Also when this turn ends here: the next host must be heard.
+  loop_.watch(listener_.get(), [this] { readArrived(); });
 }
 
 void PrintPort::drained() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -145,7 +146,8 @@ SANE_Status Options::control(SANE_Int option, SANE_Action action, void* value, S
   }
   if (action != SANE_ACTION_GET_VALUE) return SANE_STATUS_UNSUPPORTED;
   if (described->type == SANE_TYPE_STRING) {
-    std::strcpy(static_cast<SANE_String>(value), option == kMode ? modeName(mode_) : sourceName(source_));
+    std::snprintf(static_cast<SANE_String>(value), static_cast<std::size_t>(described->size), "%s",
+                  option == kMode ? modeName(mode_) : sourceName(source_));
   } else {
     *static_cast<SANE_Word*>(value) = words_[static_cast<std::size_t>(option)];
   }

@@ -1,5 +1,5 @@
-// The ESC commands of scanners: how each is recognised, what answers it, and how long it is. A leading H marks
-// what the host sends, a leading P what the device (the peripheral) sends.
+// The ESC commands of scanners: how each is recognised, what answers it, and how long it is. A leading H
+// marks what the host sends, a leading P what the device (the peripheral) sends.
 //
 // A command begins with 1B and two or three letters, or 1B, F, a number and 00. Its header is 8 bytes; a
 // payload may follow, whose length two header bytes give, the low one first. The meaning of the other header
