@@ -1,5 +1,6 @@
 // How the simulated printer takes, ends and records print jobs.
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <filesystem>
 #include <fstream>
@@ -47,6 +48,18 @@ Stream printOf(const SimulatorProcess& device) {
 std::size_t queryLength(Stream& bidi) {
   bidi.send(hex(kQueryJobs));
   return bidi.receivePacket().size();
+}
+
+// The device takes in what has come in turns of several reads, one of which may end with a connection.
+TEST_F(SimulatedJobs, HearsTheNextHostHoweverManyHaveComeAtOnce) {
+  SimulatorProcess device(arguments({"--family", "BpdPrinter", "--plain"}));
+  int job = 0;
+  for (int hosts = 1; hosts <= 6; ++hosts) {
+    device.signal(SIGSTOP);
+    for (int host = 0; host < hosts; ++host) printOf(device).send(bytesOf("all of it"));
+    device.signal(SIGCONT);
+    for (int host = 0; host < hosts; ++host) EXPECT_EQ(device.nextJob()["id"], ++job);
+  }
 }
 
 TEST_F(SimulatedJobs, RunsAJobFromStartToPrinted) {
