@@ -76,18 +76,13 @@ void BidiPort::reply(ConnectionId id, std::optional<npa::Command> command, Bytes
   }
   if (faults_.strike(ReplyFault::Double, command)) packet.insert(packet.end(), packet.begin(), packet.end());
 
-  const auto now = EventLoop::Clock::now();
-  auto when = std::max(now, host->earliestReply);
+  auto when = std::max(EventLoop::Clock::now(), host->earliestReply);
   if (const auto delay = faults_.strike(ReplyFault::Delay, command)) {
     when += *delay;
     host->earliestReply = when;
   }
   if (const auto delay = faults_.strike(ReplyFault::Late, command)) when += *delay;
-  if (when <= now) {
-    send(id, packet);
-  } else {
-    loop_.at(when, [this, id, late = std::move(packet)] { send(id, late); });
-  }
+  loop_.atOrNow(when, [this, id, late = std::move(packet)] { send(id, late); });
 }
 
 void BidiPort::send(ConnectionId id, ByteView bytes) {

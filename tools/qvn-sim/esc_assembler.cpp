@@ -7,8 +7,6 @@
 
 namespace sim {
 
-void EscAssembler::add(ByteView bytes) { pending_.insert(pending_.end(), bytes.begin(), bytes.end()); }
-
 std::optional<Bytes> EscAssembler::next() {
   pending_.erase(pending_.begin(), std::find(pending_.begin(), pending_.end(), esc::kEscape));
   if (pending_.size() < esc::kHeaderLength) return std::nullopt;
@@ -20,10 +18,6 @@ std::optional<Bytes> EscAssembler::next() {
   Bytes command(pending_.begin(), end);
   pending_.erase(pending_.begin(), end);
   return command;
-}
-
-void EscAssembler::giveUpPartial() {
-  if (!pending_.empty()) pending_.erase(pending_.begin());
 }
 
 }  // namespace sim

@@ -27,6 +27,14 @@ void EventLoop::after(std::chrono::milliseconds delay, Handler handler) {
 
 void EventLoop::at(Clock::time_point moment, Handler handler) { timers_.emplace(moment, std::move(handler)); }
 
+void EventLoop::atOrNow(Clock::time_point moment, Handler handler) {
+  if (moment <= Clock::now()) {
+    handler();
+  } else {
+    at(moment, std::move(handler));
+  }
+}
+
 void EventLoop::run() {
   std::vector<pollfd> polled;
   while (!stopped_) {

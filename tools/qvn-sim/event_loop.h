@@ -24,6 +24,8 @@ class EventLoop {
   // Calls `handler` once after the delay, or at the moment; in the order of the calls when moments are equal.
   void after(std::chrono::milliseconds delay, Handler handler);
   void at(Clock::time_point moment, Handler handler);
+  // At once, before this returns, when the moment has passed.
+  void atOrNow(Clock::time_point moment, Handler handler);
 
   // Runs until stop.
   void run();

@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "numbered_files.h"
+
 namespace sim {
 namespace {
 
@@ -50,12 +52,8 @@ JobStore::JobStore(std::filesystem::path directory, bool keepData)
     : directory_(std::move(directory)), keepData_(keepData && !directory_.empty()) {
   if (directory_.empty()) return;
   std::filesystem::create_directories(directory_);
-  unsigned long highest = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(directory_)) {
-    const std::string name = entry.path().stem().string();
-    if (name.rfind("job-", 0) == 0) highest = std::max(highest, std::strtoul(name.c_str() + 4, nullptr, 10));
-  }
-  lastId_ = static_cast<std::uint16_t>(std::min(highest, 0xFFFEul));
+  const std::uint64_t highest = highestNumber(directory_, "job-");
+  lastId_ = static_cast<std::uint16_t>(std::min<std::uint64_t>(highest, 0xFFFE));
   firstId_ = static_cast<std::uint16_t>(lastId_ + 1);
 }
 

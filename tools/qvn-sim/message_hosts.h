@@ -14,8 +14,8 @@
 #include <utility>
 
 #include "bytes.h"
+#include "connection_id.h"
 #include "event_loop.h"
-#include "printer.h"
 #include "sockets.h"
 #include "tcp_listener.h"
 #include "trace.h"

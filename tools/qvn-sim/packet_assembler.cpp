@@ -6,8 +6,6 @@
 
 namespace sim {
 
-void PacketAssembler::add(ByteView bytes) { pending_.insert(pending_.end(), bytes.begin(), bytes.end()); }
-
 std::optional<Bytes> PacketAssembler::next() {
   auto start = pending_.begin();
   std::optional<Bytes> packet;
@@ -27,10 +25,6 @@ std::optional<Bytes> PacketAssembler::next() {
   }
   pending_.erase(pending_.begin(), start);
   return packet;
-}
-
-void PacketAssembler::giveUpPartial() {
-  if (!pending_.empty()) pending_.erase(pending_.begin());
 }
 
 }  // namespace sim

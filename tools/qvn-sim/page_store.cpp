@@ -1,19 +1,15 @@
 #include "page_store.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <utility>
+
+#include "numbered_files.h"
 
 namespace sim {
 
 PageStore::PageStore(std::filesystem::path directory) : directory_(std::move(directory)) {
   if (directory_.empty()) return;
   std::filesystem::create_directories(directory_);
-  for (const auto& entry : std::filesystem::directory_iterator(directory_)) {
-    const std::string name = entry.path().stem().string();
-    if (name.rfind("page-", 0) != 0) continue;
-    highestFound_ = std::max<std::uint64_t>(highestFound_, std::strtoul(name.c_str() + 5, nullptr, 10));
-  }
+  highestFound_ = highestNumber(directory_, "page-");
 }
 
 void PageStore::open(std::uint64_t number, const ScanSettings& settings) {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "alert_registration.h"
+#include "connection_id.h"
 #include "fault_switches.h"
 #include "job_queue.h"
 #include "npa_packets.h"
@@ -23,8 +24,6 @@ struct Identity {
   std::string serial = "SIM0000001";
   std::string name = "qvn-sim";
 };
-
-using ConnectionId = std::uint64_t;
 
 class Printer {
  public:

@@ -59,7 +59,7 @@ void ScanPort::go(ConnectionId id) {
     scanner_.endPage();
     return;
   }
-  atOrNow(momentOfReply(hosts_.at(id), esc::Command::Go), [this, id, number = scanner_.pageNumber()] {
+  loop_.atOrNow(momentOfReply(hosts_.at(id), esc::Command::Go), [this, id, number = scanner_.pageNumber()] {
     if (scanner_.isSendingTo(id) && scanner_.pageNumber() == number) beginPage(id);
   });
 }
@@ -123,7 +123,7 @@ void ScanPort::sendStatusOfPage(ConnectionId id) {
 void ScanPort::reply(ConnectionId id, esc::Command command, Bytes bytes) {
   if (faults_.strike(ReplyFault::Drop, command)) return;
   if (faults_.strike(ReplyFault::Double, command)) bytes.insert(bytes.end(), bytes.begin(), bytes.end());
-  atOrNow(momentOfReply(hosts_.at(id), command), [this, id, late = std::move(bytes)] {
+  loop_.atOrNow(momentOfReply(hosts_.at(id), command), [this, id, late = std::move(bytes)] {
     queue(id, late);
     pump(id);
   });
@@ -134,14 +134,6 @@ EventLoop::Clock::time_point ScanPort::momentOfReply(Host& host, esc::Command co
     host.earliestReply = std::max(EventLoop::Clock::now(), host.earliestReply) + *delay;
   }
   return host.earliestReply;
-}
-
-void ScanPort::atOrNow(EventLoop::Clock::time_point moment, EventLoop::Handler handler) {
-  if (moment <= EventLoop::Clock::now()) {
-    handler();
-  } else {
-    loop_.at(moment, std::move(handler));
-  }
 }
 
 void ScanPort::queue(ConnectionId id, ByteView bytes) {

@@ -48,7 +48,6 @@ class ScanPort {
   void reply(ConnectionId id, esc::Command command, Bytes bytes);
   // When the reply to a command may go, for it and for those that wait behind it.
   EventLoop::Clock::time_point momentOfReply(Host& host, esc::Command command);
-  void atOrNow(EventLoop::Clock::time_point moment, EventLoop::Handler handler);
   // Adds to what waits to be sent; a host that has not read for too long loses its connection.
   void queue(ConnectionId id, ByteView bytes);
 

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
+#include "connection_id.h"
 #include "esc_commands.h"
 #include "fault_switches.h"
-#include "printer.h"
 #include "scan_settings.h"
 
 namespace sim {
