@@ -31,16 +31,6 @@ bool agree(esc::Bytes left, esc::Bytes right) {
 
 }  // namespace
 
-std::uint32_t EscSession::start(const Endpoint& endpoint, const Timeouts& timeouts,
-                                const DeviceReference& device, std::shared_ptr<EscSession>& session) {
-  TcpSocket socket;
-  if (const std::uint32_t rc = socket.connect(endpoint, timeouts.connect); rc != QRN_ERROR_SUCCESS) return rc;
-  std::shared_ptr<EscSession> made(new EscSession(std::move(socket), timeouts, device));
-  if (const std::uint32_t rc = made->startReader(); rc != QRN_ERROR_SUCCESS) return rc;
-  session = std::move(made);
-  return QRN_ERROR_SUCCESS;
-}
-
 std::uint32_t EscSession::exchange(esc::Bytes request, std::uint32_t& replyCode) {
   Exchange current{request};
   std::unique_lock<std::mutex> lock(mutex_);

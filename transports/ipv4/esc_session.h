@@ -4,21 +4,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <mutex>
 #include <vector>
 
 #include "esc_stream.h"
-#include "ip_settings.h"
 #include "stream_session.h"
 
 namespace qvn::ipv4 {
 
 class EscSession : public StreamSession<EscStream> {
  public:
-  // 0 and a session that delivers to the device, or why not.
-  static std::uint32_t start(const Endpoint& endpoint, const Timeouts& timeouts,
-                             const DeviceReference& device, std::shared_ptr<EscSession>& session);
+  using StreamSession::StreamSession;
   ~EscSession() override { finish(); }
 
   // Sends a command and returns once its reply has been delivered. One exchange or send at a time. Returns 0
@@ -45,13 +41,8 @@ class EscSession : public StreamSession<EscStream> {
     Stage stage = Stage::Preparing;
   };
 
-  EscSession(TcpSocket socket, const Timeouts& timeouts, const DeviceReference& device)
-      : StreamSession(std::move(socket), device), timeouts_(timeouts) {}
-
   void waitForUnreadLocked(std::unique_lock<std::mutex>& lock);
   bool isStaleLocked(esc::Bytes command);
-
-  const Timeouts timeouts_;
 
   // Guarded by the lock.
   Exchange* exchange_ = nullptr;

@@ -1,20 +1,10 @@
 #include "hid_session.h"
 
-#include <utility>
+#include <optional>
 
 #include "qvn/transport/lent_data.h"
 
 namespace qvn::ipv4 {
-
-std::uint32_t HidSession::start(const Endpoint& endpoint, const Timeouts& timeouts,
-                                const DeviceReference& device, std::shared_ptr<HidSession>& session) {
-  TcpSocket socket;
-  if (const std::uint32_t rc = socket.connect(endpoint, timeouts.connect); rc != QRN_ERROR_SUCCESS) return rc;
-  std::shared_ptr<HidSession> made(new HidSession(std::move(socket), device));
-  if (const std::uint32_t rc = made->startReader(); rc != QRN_ERROR_SUCCESS) return rc;
-  session = std::move(made);
-  return QRN_ERROR_SUCCESS;
-}
 
 void HidSession::deliver(const HidFrame& frame) {
   DeviceReference device;

@@ -29,17 +29,11 @@ constexpr std::size_t kMaxUnanswered = 64;
 
 }  // namespace
 
-std::uint32_t NpaSession::start(const Endpoint& endpoint, const Timeouts& timeouts,
-                                const DeviceReference& device, std::shared_ptr<NpaSession>& session) {
-  TcpSocket socket;
-  if (const std::uint32_t rc = socket.connect(endpoint, timeouts.connect); rc != QRN_ERROR_SUCCESS) return rc;
-  std::shared_ptr<NpaSession> made(new NpaSession(std::move(socket), timeouts, device));
-  NpaSession* const self = made.get();
+std::uint32_t NpaSession::startThreads() {
   for (const auto body : {&NpaSession::readPackets, &NpaSession::deliverAlerts}) {
-    const std::uint32_t rc = self->startThread([self, body] { (self->*body)(); });
+    const std::uint32_t rc = startThread([this, body] { (this->*body)(); });
     if (rc != QRN_ERROR_SUCCESS) return rc;
   }
-  session = std::move(made);
   return QRN_ERROR_SUCCESS;
 }
 

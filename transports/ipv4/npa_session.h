@@ -6,11 +6,9 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <memory>
 #include <mutex>
 #include <vector>
 
-#include "ip_settings.h"
 #include "npa_stream.h"
 #include "session.h"
 
@@ -18,10 +16,10 @@ namespace qvn::ipv4 {
 
 class NpaSession : public Session {
  public:
-  // 0 and a session with both threads running, whose alerts go to the device, or why not.
-  static std::uint32_t start(const Endpoint& endpoint, const Timeouts& timeouts,
-                             const DeviceReference& device, std::shared_ptr<NpaSession>& session);
+  using Session::Session;
   ~NpaSession() override { finish(); }
+
+  std::uint32_t startThreads() override;
 
   // Sends a well-formed packet and returns once its reply has been delivered to the device's observers on the
   // reader thread. One exchange at a time. Returns 0 when it was carried out, with `replyCode` 0 for a reply
@@ -46,9 +44,6 @@ class NpaSession : public Session {
     Stage stage = Stage::Waiting;
   };
 
-  NpaSession(TcpSocket socket, const Timeouts& timeouts, const DeviceReference& device)
-      : Session(std::move(socket), device), timeouts_(timeouts) {}
-
   void readPackets();
   void takeInLocked(std::vector<std::uint8_t>& buffer);
   // Keeps an alert, the awaited reply, or nothing.
@@ -57,7 +52,6 @@ class NpaSession : public Session {
   void deliverAlerts();
   bool nothingUnread() const;
 
-  const Timeouts timeouts_;
   Packet reply_;  // the reader's own
 
   // Guarded by the lock.

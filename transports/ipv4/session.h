@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "ip_settings.h"
 #include "qvn/transport/device.h"
 #include "tcp_socket.h"
 
@@ -17,9 +18,14 @@ namespace qvn::ipv4 {
 
 class Session {
  public:
+  Session(TcpSocket socket, const Timeouts& timeouts, const DeviceReference& device)
+      : socket_(std::move(socket)), timeouts_(timeouts), device_(device) {}
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
   virtual ~Session() = default;
+
+  // Starts the threads that serve the connection: 0, or 8 when one is not to be had.
+  virtual std::uint32_t startThreads() = 0;
 
   // False once the connection has ended.
   bool isAlive() const;
@@ -35,8 +41,6 @@ class Session {
   bool isFinished() const { return runningThreads_ == 0; }
 
  protected:
-  Session(TcpSocket socket, const DeviceReference& device) : socket_(std::move(socket)), device_(device) {}
-
   // 0, or 8 when there is no thread to be had.
   std::uint32_t startThread(std::function<void()> body);
 
@@ -50,6 +54,7 @@ class Session {
   virtual void wakeLocked() { changed_.notify_all(); }
 
   TcpSocket socket_;
+  const Timeouts timeouts_;
 
   mutable std::mutex mutex_;         // guards what follows, and what derived classes say
   std::condition_variable changed_;  // for whoever exchanges

@@ -39,7 +39,7 @@ class SessionConnection : public IpConnection {
     timeouts_ = currentTimeouts();
     if (session_ == nullptr || !session_->isAlive()) {
       std::shared_ptr<SessionType> session;
-      const std::uint32_t rc = SessionType::start(endpoint_, timeouts_, device_, session);
+      const std::uint32_t rc = startSession(endpoint_, timeouts_, device_, session);
       if (rc != QRN_ERROR_SUCCESS) return rc;
       retired_.retire(std::exchange(session_, std::move(session)));
     }
@@ -87,7 +87,7 @@ class SessionConnection : public IpConnection {
     // The old one goes first: the device may take only one connection, or hold a lock for it.
     session->close();
     std::shared_ptr<SessionType> made;
-    const std::uint32_t rc = SessionType::start(endpoint, timeouts, device, made);
+    const std::uint32_t rc = startSession(endpoint, timeouts, device, made);
     if (rc != QRN_ERROR_SUCCESS) return rc;
     prepare(*made);
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -104,6 +104,18 @@ class SessionConnection : public IpConnection {
   std::mutex turn_;  // one use of the session at a time; taken before mutex_
 
  private:
+  // 0 and a session on a new connection, whose threads run, or why not.
+  static std::uint32_t startSession(const Endpoint& endpoint, const Timeouts& timeouts,
+                                    const DeviceReference& device, std::shared_ptr<SessionType>& session) {
+    TcpSocket socket;
+    std::uint32_t rc = socket.connect(endpoint, timeouts.connect);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    auto made = std::make_shared<SessionType>(std::move(socket), timeouts, device);
+    rc = made->startThreads();
+    if (rc == QRN_ERROR_SUCCESS) session = std::move(made);
+    return rc;
+  }
+
   void endSessionLocked() { retired_.retire(std::exchange(session_, nullptr)); }
   bool isWantedLocked() const { return opened_ || getTag() != 0; }
 

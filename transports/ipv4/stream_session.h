@@ -17,13 +17,14 @@ namespace qvn::ipv4 {
 // The stream is a ReceiveBuffer that gives Items.
 template <typename Stream>
 class StreamSession : public Session {
- protected:
+ public:
   using Session::Session;
 
-  std::uint32_t startReader() {
+  std::uint32_t startThreads() override {
     return startThread([this] { readAndDeliver(); });
   }
 
+ protected:
   // On the reader's thread, without the lock. The item ends with the call.
   virtual void deliver(const typename Stream::Item& item) = 0;
 
