@@ -1,14 +1,14 @@
 #include "alert_source.h"
 
 #include <sys/socket.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <vector>
+
+#include "measure.h"
+
 namespace qvn::bench {
 namespace {
 
@@ -48,22 +48,12 @@ void serve(int listener, int control) {
 
 AlertSource::AlertSource() : peer_(serve) {}
 
-void AlertSource::raise(std::uint8_t connection) {
-  if (write(peer_.control(), &connection, 1) != 1) {
-    throw std::system_error(errno, std::generic_category(), "the alert source's control");
-  }
-}
+void AlertSource::raise(std::uint8_t connection) { peer_.tell(connection); }
 
 std::uint64_t AlertSource::sentAt(std::span<const std::uint8_t> alert) {
   std::uint64_t time = 0;
   if (alert.size() == kAlertSize) std::memcpy(&time, alert.data() + kTimeOffset, sizeof time);
   return time;
-}
-
-std::uint64_t nanosecondsNow() {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<std::uint64_t>(now.tv_sec) * 1000000000 + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
 }  // namespace qvn::bench

@@ -26,7 +26,4 @@ class AlertSource {
   const ForkedPeer peer_;
 };
 
-// The same clock.
-std::uint64_t nanosecondsNow();
-
 }  // namespace qvn::bench

@@ -2,10 +2,7 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -59,45 +56,29 @@ void serveConnection(int listener, int control, std::uint64_t expected, std::uin
   close(connection);
 }
 
+void serve(int listener, int control, std::uint64_t bytesPerSecond) {
+  std::uint64_t expected = 0;
+  while (read(control, &expected, sizeof expected) == sizeof expected) {
+    serveConnection(listener, control, expected, bytesPerSecond);
+  }
+}
+
+void makeSlow(int listener) {
+  setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &kSlowReceiveBuffer, sizeof kSlowReceiveBuffer);
+  setsockopt(listener, IPPROTO_TCP, TCP_MAXSEG, &kWirePacket, sizeof kWirePacket);
+}
+
 }  // namespace
 
-ByteSink::ByteSink(std::uint64_t bytesPerSecond) {
-  const int listener = listenOnLoopback(port_);
-  if (bytesPerSecond != 0) {
-    setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &kSlowReceiveBuffer, sizeof kSlowReceiveBuffer);
-    setsockopt(listener, IPPROTO_TCP, TCP_MAXSEG, &kWirePacket, sizeof kWirePacket);
-  }
-  int pair[2];
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) fail("socketpair");
-  process_ = fork();
-  if (process_ < 0) fail("fork");
-  if (process_ == 0) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    close(pair[0]);
-    std::uint64_t expected = 0;
-    while (read(pair[1], &expected, sizeof expected) == sizeof expected) {
-      serveConnection(listener, pair[1], expected, bytesPerSecond);
-    }
-    _exit(0);
-  }
-  close(pair[1]);
-  close(listener);
-  control_ = pair[0];
-}
-
-ByteSink::~ByteSink() {
-  close(control_);
-  kill(process_, SIGKILL);
-  waitpid(process_, nullptr, 0);
-}
-
-void ByteSink::expect(std::uint64_t bytes) {
-  if (write(control_, &bytes, sizeof bytes) != sizeof bytes) fail("the sink's control");
-}
+ByteSink::ByteSink(std::uint64_t bytesPerSecond)
+    : peer_([=](int listener, int control) { serve(listener, control, bytesPerSecond); },
+            [=](int listener) {
+              if (bytesPerSecond != 0) makeSlow(listener);
+            }) {}
 
 void ByteSink::wait() {
   char done = 0;
-  if (read(control_, &done, 1) != 1) fail("the sink has ended");
+  if (read(peer_.control(), &done, 1) != 1) fail("the sink has ended");
 }
 
 PlainSocket::PlainSocket(std::uint16_t port) : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

@@ -1,9 +1,10 @@
 // A peer that takes bytes on a loopback port and throws them away, in a process of its own.
 #pragma once
 
-#include <sys/types.h>
-
+#include <cstddef>
 #include <cstdint>
+
+#include "forked_peer.h"
 
 namespace qvn::bench {
 
@@ -12,20 +13,15 @@ class ByteSink {
   // Takes at most that many bytes a second; 0 is as fast as it can. Made before the process has threads: the
   // sink is a fork of it.
   explicit ByteSink(std::uint64_t bytesPerSecond = 0);
-  ~ByteSink();
-  ByteSink(const ByteSink&) = delete;
-  ByteSink& operator=(const ByteSink&) = delete;
 
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return peer_.port(); }
 
   // The next connection brings that many bytes; wait() returns when the sink has got them all.
-  void expect(std::uint64_t bytes);
+  void expect(std::uint64_t bytes) { peer_.tell(bytes); }
   void wait();
 
  private:
-  pid_t process_ = -1;
-  int control_ = -1;
-  std::uint16_t port_ = 0;
+  const ForkedPeer peer_;
 };
 
 // A blocking connection to a loopback port, as plain as a program can make it.

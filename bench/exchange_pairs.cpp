@@ -20,22 +20,6 @@ constexpr std::array<std::uint8_t, 6> kSummary = {0xA5, 0x00, 0x03, 0x50, 0x01, 
 constexpr std::array<std::uint8_t, 8> kResolution = {0x1B, 'S', 'D', 0x2C, 0x01, 0x2C, 0x01, 0x00};
 using Reply = std::array<std::uint8_t, 256>;
 
-void exchangePacket(std::uint32_t client) {
-  Reply reply;
-  std::uint32_t length = 0;
-  require(QvnExchangeNpaPrinter(client, kFastPrinter, kSummary.data(), kSummary.size(), reply.data(),
-                                reply.size(), &length),
-          "QvnExchangeNpaPrinter");
-}
-
-void exchangeCommand(std::uint32_t client) {
-  Reply reply;
-  std::uint32_t length = 0;
-  require(QvnExchangeDataScanner(client, kFastScanner, kResolution.data(), kResolution.size(), reply.data(),
-                                 reply.size(), &length),
-          "QvnExchangeDataScanner");
-}
-
 // The same request to the same device, on a thread that is made and joined for it.
 void bareExchange(const PlainSocket& socket, std::span<const std::uint8_t> request) {
   std::thread worker([&] {
@@ -46,20 +30,38 @@ void bareExchange(const PlainSocket& socket, std::span<const std::uint8_t> reque
   worker.join();
 }
 
-using Call = std::uint32_t (*)(std::uint32_t client, std::uint32_t handle);
+// The exported functions of a kind of device: `open` and `close` make and end the connection that `exchange`
+// uses.
+struct Device {
+  std::uint32_t handle;
+  std::uint32_t (*open)(std::uint32_t client, std::uint32_t handle);
+  std::uint32_t (*close)(std::uint32_t client, std::uint32_t handle);
+  std::uint32_t (*exchange)(std::uint32_t client, std::uint32_t handle, const std::uint8_t* request,
+                            std::uint32_t requestLength, std::uint8_t* reply, std::uint32_t replySize,
+                            std::uint32_t* replyLength);
+};
 
-// `open` and `close` make and end the connection that `exchange` uses.
-double ratioOf(const Installation& installation, std::uint32_t handle, Call open, Call close,
-               void (*exchange)(std::uint32_t), std::uint16_t port, std::span<const std::uint8_t> request) {
+constexpr Device kPrinter = {kFastPrinter, QvnOpenPrinter, QvnClosePrinter, QvnExchangeNpaPrinter};
+constexpr Device kScanner = {kFastScanner, QvnOpenScanner, QvnCloseScanner, QvnExchangeDataScanner};
+
+double ratioOf(const Installation& installation, const Device& device, std::uint16_t port,
+               std::span<const std::uint8_t> request) {
   const std::uint32_t client = installation.client();
+  const auto exchange = [&] {
+    Reply reply;
+    std::uint32_t length = 0;
+    require(device.exchange(client, device.handle, request.data(), static_cast<std::uint32_t>(request.size()),
+                            reply.data(), reply.size(), &length),
+            "the exchange");
+  };
   const PlainSocket socket(port);
   std::vector<double> ratios;
   for (int connection = 0; connection < kConnections; ++connection) {
-    require(open(client, handle), "opening the device");
+    require(device.open(client, device.handle), "opening the device");
     ratios.push_back(medianRatio(
-        kRounds, [&] { return timeOf(kExchangesPerRound, [&] { exchange(client); }); },
+        kRounds, [&] { return timeOf(kExchangesPerRound, exchange); },
         [&] { return timeOf(kExchangesPerRound, [&] { bareExchange(socket, request); }); }));
-    require(close(client, handle), "closing the device");
+    require(device.close(client, device.handle), "closing the device");
   }
   return median(ratios);
 }
@@ -69,13 +71,9 @@ double ratioOf(const Installation& installation, std::uint32_t handle, Call open
 void measureExchanges(const Installation& installation, std::uint16_t bidiPort, std::uint16_t scanPort,
                       RatioTable& table) {
   table.atMost("exchange: QvnExchangeNpaPrinter / bare ping-pong on a thread of its own",
-               ratioOf(installation, kFastPrinter, QvnOpenPrinter, QvnClosePrinter, exchangePacket, bidiPort,
-                       kSummary),
-               1.25);
+               ratioOf(installation, kPrinter, bidiPort, kSummary), 1.25);
   table.atMost("exchange: QvnExchangeDataScanner / bare ping-pong on a thread of its own",
-               ratioOf(installation, kFastScanner, QvnOpenScanner, QvnCloseScanner, exchangeCommand, scanPort,
-                       kResolution),
-               1.25);
+               ratioOf(installation, kScanner, scanPort, kResolution), 1.25);
 }
 
 }  // namespace qvn::bench

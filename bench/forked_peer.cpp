@@ -15,8 +15,10 @@
 
 namespace qvn::bench {
 
-ForkedPeer::ForkedPeer(const std::function<void(int listener, int control)>& serve) {
+ForkedPeer::ForkedPeer(const std::function<void(int listener, int control)>& serve,
+                       const std::function<void(int listener)>& prepare) {
   const int listener = listenOnLoopback(port_);
+  if (prepare) prepare(listener);
   int pair[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
     throw std::system_error(errno, std::generic_category(), "socketpair");
@@ -38,6 +40,12 @@ ForkedPeer::~ForkedPeer() {
   close(control_);
   kill(process_, SIGKILL);
   waitpid(process_, nullptr, 0);
+}
+
+void ForkedPeer::tell(const void* order, std::size_t size) const {
+  if (write(control_, order, size) != static_cast<ssize_t>(size)) {
+    throw std::system_error(errno, std::generic_category(), "the peer's control");
+  }
 }
 
 void serveConnections(int listener, int control,

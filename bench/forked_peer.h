@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -12,8 +13,10 @@ namespace qvn::bench {
 class ForkedPeer {
  public:
   // Runs `serve` in the other process, with the socket that listens and its end of the control, until this
-  // one is destroyed. Made before the process has threads: the peer is a fork of it.
-  explicit ForkedPeer(const std::function<void(int listener, int control)>& serve);
+  // one is destroyed. Made before the process has threads: the peer is a fork of it. `prepare` gets the
+  // socket before anybody can know its port.
+  explicit ForkedPeer(const std::function<void(int listener, int control)>& serve,
+                      const std::function<void(int listener)>& prepare = nullptr);
   ~ForkedPeer();
   ForkedPeer(const ForkedPeer&) = delete;
   ForkedPeer& operator=(const ForkedPeer&) = delete;
@@ -21,7 +24,15 @@ class ForkedPeer {
   std::uint16_t port() const { return port_; }
   int control() const { return control_; }
 
+  // Writes to the control.
+  template <typename Order>
+  void tell(const Order& order) const {
+    tell(&order, sizeof order);
+  }
+
  private:
+  void tell(const void* order, std::size_t size) const;
+
   pid_t process_ = -1;
   int control_ = -1;
   std::uint16_t port_ = 0;

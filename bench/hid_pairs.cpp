@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "alert_source.h"
 #include "byte_sink.h"
 #include "measure.h"
 #include "pairs.h"

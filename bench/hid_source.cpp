@@ -4,12 +4,10 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <vector>
 
-#include "alert_source.h"
+#include "measure.h"
 
 namespace qvn::bench {
 namespace {
@@ -47,10 +45,7 @@ void serve(int listener, int control) {
 HidSource::HidSource() : peer_(serve) {}
 
 void HidSource::send(std::uint32_t connection, std::uint32_t reports) const {
-  const Order order{connection, reports};
-  if (write(peer_.control(), &order, sizeof order) != sizeof order) {
-    throw std::system_error(errno, std::generic_category(), "the HID source's control");
-  }
+  peer_.tell(Order{connection, reports});
 }
 
 HidSource::Report HidSource::parse(std::span<const std::uint8_t> report) {

@@ -1,5 +1,7 @@
 #include "measure.h"
 
+#include <time.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -25,6 +27,12 @@ double medianRatio(int rounds, const Measured& a, const Measured& b) {
     ratios.push_back(first / b());
   }
   return median(ratios);
+}
+
+std::uint64_t nanosecondsNow() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<std::uint64_t>(now.tv_sec) * 1000000000 + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
 double peakMemory() {

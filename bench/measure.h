@@ -33,6 +33,9 @@ Seconds timeOf(std::uint32_t runs, Action&& action) {
   });
 }
 
+// The time in nanoseconds, of the clock that all processes share and that never goes back.
+std::uint64_t nanosecondsNow();
+
 // The most memory that the process has had in use, in KiB.
 double peakMemory();
 
