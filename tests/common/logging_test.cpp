@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "common/application_settings.h"
@@ -11,6 +9,7 @@
 #include "common/localize.h"
 #include "common/trace_scope.h"
 #include "platform/paths.h"
+#include "support/content_of.h"
 #include "support/manual_clock.h"
 
 namespace qvn {
@@ -39,10 +38,7 @@ class LoggingTest : public Localized, public testing::Test {
 
   void set(const std::string& name, std::uint32_t value) { settings.setLong("Logger", name, value, 0); }
 
-  std::string contents() {
-    std::ifstream file(platform::nativePath("c:\\qr__.log"), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string contents() { return test::contentOf(platform::nativePath("c:\\qr__.log")); }
 
   // Component names are padded to this.
   std::string line(std::string component, const std::string& text) {

@@ -3,10 +3,10 @@
 #include <signal.h>
 
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "cups/eventually.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 
@@ -68,9 +68,6 @@ Result Scheduler::command(std::vector<std::string> arguments) const {
       {{"CUPS_SERVER", (directory_ / "socket").string()}, {"HOME", directory_.string()}, {"LC_ALL", "C"}});
 }
 
-std::string Scheduler::log() const {
-  std::ifstream in(directory_ / "log");
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+std::string Scheduler::log() const { return contentOf(directory_ / "log"); }
 
 }  // namespace qvn::test

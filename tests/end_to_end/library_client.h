@@ -6,14 +6,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "cli/child.h"
 #include "qvn/qvn.h"
 #include "simulator/simulator_process.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 
@@ -66,10 +65,6 @@ class LibraryClient : public testing::Test {
     return device.address() + ":" + std::to_string(device.discoveryPort());
   }
   std::filesystem::path home() const { return home_; }
-  static std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
 
   std::uint32_t client = 0;
 

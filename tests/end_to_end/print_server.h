@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "cli/child.h"
 #include "simulator/simulator_process.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 
@@ -52,8 +52,7 @@ class PrintServer : public testing::Test {
 
   // The data of a job as the device keeps it.
   std::string stored(int job) const {
-    std::ifstream in(home_ / "jobs" / ("job-" + std::to_string(job) + ".prn"), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
+    return contentOf(home_ / "jobs" / ("job-" + std::to_string(job) + ".prn"));
   }
 
  private:

@@ -3,9 +3,9 @@
 #include <tiffio.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "end_to_end/scan_station.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 namespace {
@@ -15,12 +15,16 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-std::string contentOf(const std::string& file) {
-  std::ifstream in(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-using Scanning = ScanStation;
+class Scanning : public ScanStation {
+ protected:
+  // What the device still has of a fault is over, and the next page comes whole.
+  void expectNextPage(const std::string& name = "next.png") {
+    device().command("clear-faults");
+    ok({"scan", "--dpi", "100", "--mode", "color", "-o", out(name)});
+    EXPECT_SAME_PICTURE(readPng(out(name)), glass());
+    std::filesystem::remove(out(name));
+  }
+};
 
 TEST_F(Scanning, ThePictureIsWhatLiesOnTheGlass) {
   start();
@@ -126,10 +130,7 @@ TEST_F(Scanning, CtrlCAbortsThePageAndLeavesTheScannerReady) {
     EXPECT_EQ(scan.wait(), 130);
     EXPECT_THAT(scan.errors(), HasSubstr("the scan was cancelled"));
     EXPECT_THAT(filesLeft(), IsEmpty());
-    device().command("clear-faults");
-    ok({"scan", "--dpi", "100", "--mode", "color", "-o", out("next.png")});
-    EXPECT_SAME_PICTURE(readPng(out("next.png")), glass());
-    std::filesystem::remove(out("next.png"));
+    expectNextPage();
   }
 }
 
@@ -150,9 +151,7 @@ TEST_F(Scanning, AScanThatIsKilledLeavesTheScannerToTheNext) {
   killed.signal(SIGKILL);
   EXPECT_EQ(killed.wait(), 128 + SIGKILL);
   EXPECT_FALSE(std::filesystem::exists(out("page.png"))) << "half a page has another name";
-  device().command("clear-faults");
-  ok({"scan", "--dpi", "100", "--mode", "color", "-o", out("page.png")});
-  EXPECT_SAME_PICTURE(readPng(out("page.png")), glass());
+  expectNextPage("page.png");
 }
 
 TEST_F(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
@@ -176,10 +175,7 @@ TEST_F(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_THAT(failed.errors, HasSubstr(sentence));
     EXPECT_THAT(filesLeft(), IsEmpty());
-    device().command("clear-faults");
-    ok({"scan", "--dpi", "100", "--mode", "color", "-o", out("next.png")});
-    EXPECT_SAME_PICTURE(readPng(out("next.png")), glass());
-    std::filesystem::remove(out("next.png"));
+    expectNextPage();
   }
 }
 
@@ -228,8 +224,7 @@ TEST_F(Scanning, AFullDiskLeavesNoFileAndTheScannerReady) {
     EXPECT_THAT(full.errors, HasSubstr(sentence));
     EXPECT_THAT(filesLeft(), IsEmpty());
   }
-  ok({"scan", "--dpi", "100", "--mode", "color", "-o", out("next.png")});
-  EXPECT_SAME_PICTURE(readPng(out("next.png")), glass());
+  expectNextPage();
 }
 
 TEST_F(Scanning, AnExistingFileIsReplacedOnlyByAWholeOne) {

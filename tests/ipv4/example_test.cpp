@@ -2,20 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "ipv4/transport_module.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 namespace {
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 TEST(ExampleTransport, IsTheOneThatThePageShows) {
   std::string page = contentOf(QVN_SOURCE_DIR "/docs/transport-plugins.md");

@@ -13,11 +13,13 @@
 #include "platform/forked.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
+#include "support/content_of.h"
 
 namespace qvn::platform::registry {
 namespace {
 
 namespace fs = std::filesystem;
+using test::contentOf;
 using test::Forked;
 using test::Pipe;
 using testing::HasSubstr;
@@ -38,12 +40,6 @@ int numberOf(const Key& key, std::string_view name) {
 }
 
 fs::path storeFile() { return stateDirectory() / "registry.mdb"; }
-
-std::string contentOf(const fs::path& file) {
-  std::ostringstream content;
-  content << std::ifstream(file, std::ios::binary).rdbuf();
-  return content.str();
-}
 
 void replaceContent(const fs::path& file, std::string_view content) {
   std::ofstream(file, std::ios::binary | std::ios::trunc) << content;

@@ -6,13 +6,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <stdexcept>
 
 #include "cli/child.h"
 #include "raw_receivers/raw_receiver.h"
 #include "simulator/test_sockets.h"
+#include "support/content_of.h"
 #include "support/private_network.h"
 
 namespace qvn::test {
@@ -63,8 +63,7 @@ class P910nd : public RawReceiver {
     Stream next = Stream::connect("127.0.0.1", port_);
     next.endSending();
     if (!next.isEnded()) throw std::runtime_error("p910nd does not come to an end");
-    std::ifstream in(file_, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
+    return contentOf(file_);
   }
 
  private:

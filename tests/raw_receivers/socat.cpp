@@ -1,12 +1,11 @@
 // socat: takes one connection and ends with it.
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "cli/child.h"
 #include "raw_receivers/raw_receiver.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 namespace {
@@ -34,8 +33,7 @@ class Socat : public RawReceiver {
 
   std::string receivedJob() override {
     child_.wait();
-    std::ifstream in(file_, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
+    return contentOf(file_);
   }
 
  private:

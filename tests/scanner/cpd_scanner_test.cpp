@@ -223,6 +223,22 @@ TEST_F(CpdScannerTest, ClosingDuringAScanClosesTheConnectionWithoutAnAbort) {
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
 }
 
+// An open printer of the same device, whose client is told how far the scan is.
+class PrinterBeside {
+ public:
+  explicit PrinterBeside(QvnNotificationCallback callback) {
+    PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+    EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
+    EXPECT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, callback), 0u);
+  }
+  ~PrinterBeside() {
+    QvnUnregisterForNotificationsPrinter(1, 7);
+    QvnClosePrinter(1, 7);
+  }
+  PrinterBeside(const PrinterBeside&) = delete;
+  PrinterBeside& operator=(const PrinterBeside&) = delete;
+};
+
 std::function<void()> onScanStarted;
 void tellScanStarted(std::uint32_t, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
                      std::uint32_t, std::uint32_t) {
@@ -231,9 +247,7 @@ void tellScanStarted(std::uint32_t, std::uint32_t category, std::uint32_t id, co
 
 // The status is on its way to the state lock when a client, who has the lock, cancels and waits for it.
 TEST_F(WaitingCpdScannerTest, AStatusThatMeetsACancelEndsItsWait) {
-  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
-  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
-  ASSERT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, tellScanStarted), 0u);
+  const PrinterBeside printer(tellScanStarted);
   set("CpdScanPerformanceNotifications", 1);
   makeScanner();
   for (const bool statusFirst : {true, false}) {
@@ -256,7 +270,6 @@ TEST_F(WaitingCpdScannerTest, AStatusThatMeetsACancelEndsItsWait) {
     EXPECT_EQ(fake.deliver(block(1)), 0u);
     scanner->doClose();
   }
-  QvnClosePrinter(1, 7);
 }
 
 // Four threads that all want to end scans, over and over; whatever wins, the scanner can be used afterwards.
@@ -307,9 +320,7 @@ void recordProgress(std::uint32_t handle, std::uint32_t category, std::uint32_t 
 }
 
 TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
-  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
-  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
-  ASSERT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, recordProgress), 0u);
+  const PrinterBeside printer(recordProgress);
   for (const std::uint32_t wanted : {0u, 1u}) {
     progressIds.clear();
     set("CpdScanPerformanceNotifications", wanted);
@@ -327,24 +338,19 @@ TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
       EXPECT_THAT(progressIds, ElementsAre(50, 51, 53, 50));
     }
   }
-  QvnClosePrinter(1, 7);
 }
 
 TEST_F(CpdScannerTest, AClientOfThePrinterThatThrowsDoesNotReachTheTransport) {
-  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
-  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
   set("CpdScanPerformanceNotifications", 1);
   makeScanner();
   startScan();
-  ASSERT_EQ(QvnRegisterForNotificationsPrinter(
-                1, 7, 3,
-                [](std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t,
-                   std::uint32_t) { throw std::runtime_error("a client's own"); }),
-            0u);
-  EXPECT_EQ(fake.deliver(status(0)), 1359u);
-  QvnUnregisterForNotificationsPrinter(1, 7);
+  {
+    const PrinterBeside printer([](std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
+                                   std::uint32_t,
+                                   std::uint32_t) { throw std::runtime_error("a client's own"); });
+    EXPECT_EQ(fake.deliver(status(0)), 1359u);
+  }
   EXPECT_EQ(scanner->doEndJob(1), 0u) << "the scan has ended all the same";
-  QvnClosePrinter(1, 7);
 }
 
 }  // namespace
