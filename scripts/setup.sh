@@ -6,6 +6,7 @@ packages=(
   build-essential cmake ninja-build pkg-config ccache
   liblmdb-dev libcli11-dev nlohmann-json3-dev
   libcups2-dev libavahi-client-dev libpng-dev libtiff-dev libsane-dev
+  libexpat1-dev libxml2-dev
   libgtest-dev libgmock-dev libbenchmark-dev python3
 )
 # What the tests print through, print to and are found by.
@@ -13,7 +14,7 @@ programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-uti
 case "${1:-build}" in
   build) ;;
   test) packages+=("${programs[@]}") ;;
-  bench) packages+=("${programs[@]}" cups) ;;
+  bench) packages+=("${programs[@]}" cups libssl-dev) ;;
   package) packages+=(dpkg-dev file debootstrap) ;;
   check) packages+=("${programs[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
   *) echo "usage: setup.sh [build|test|bench|package|check]" >&2; exit 2 ;;

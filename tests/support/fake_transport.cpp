@@ -81,6 +81,9 @@ struct FakeTransport::Visit : Visitor {
     } else if (name == visitor_name::kEscCommand) {
       transport.record("esc " + on + " " + hex(*data_));
       exchange(transport);
+    } else if (name == visitor_name::kObjectStoreData) {
+      transport.record("store " + on);
+      exchange(transport);
     } else {
       transport.record("visit " + name + " " + on);
     }

@@ -58,7 +58,8 @@ class Device : public Connectable, public Subject {
 
   bool isBidiAllowed() const { return bidiAllowed_; }
 
-  // One thing that the device sent: an ESC command of a scanner, whole, or a report of a HID. Ends when the
+  // One thing that the device sent, whole: an ESC command of a Cpd scanner, a data block or XML document of a
+  // Bpd scanner (empty, with a code, for a read that failed), or a report of a HID. Ends when the
   // clients' callbacks have returned; the next one is delivered only then. The data's result code is 1 when
   // nobody wants it now. Here: the observers are notified.
   virtual void doAccept(Data& data);

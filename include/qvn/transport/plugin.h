@@ -10,7 +10,7 @@
 
 // The version of the interface that the headers in this folder describe: it changes whenever a class here
 // gets, loses or moves a virtual operation or a member.
-#define QVN_TRANSPORT_ABI_VERSION 2u
+#define QVN_TRANSPORT_ABI_VERSION 3u
 
 #define QVN_TRANSPORT_EXPORT extern "C" __attribute__((visibility("default")))
 

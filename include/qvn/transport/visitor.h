@@ -32,6 +32,11 @@ class Visitor {
   // delivered to the device's observers. Called through Connectable::accept.
   virtual void visit(Connectable& connection) = 0;
 
+  // Any thread, before or during the visit: it stops waiting for a reply and returns as soon as it can, with
+  // result 1236 unless it is over already. Never waits itself. Here: does nothing, and whoever cancels waits
+  // for the end of the visit.
+  virtual void cancel() {}
+
   // 0 when the operation was carried out, else why not.
   virtual std::uint32_t getResult() const { return result_; }
 

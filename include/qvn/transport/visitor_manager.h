@@ -38,6 +38,10 @@ inline constexpr char kEscCommand[] = "escCommandVisitor";
 // Sees to it that an open HID still sends its reports, before one more client counts on it. No data; result 0
 // or 1 to go on.
 inline constexpr char kOpenHid[] = "openHidVisitor";
+// Sends the XML document that is the data to a Bpd scanner and returns when the response or exception with
+// its requestID has been delivered to the device. The data's code is 0, or why there was no reply. Can be
+// cancelled (Visitor::cancel).
+inline constexpr char kObjectStoreData[] = "objectStoreDataVisitor";
 }  // namespace visitor_name
 
 // Lives as long as its module is loaded; any thread may call it.
