@@ -22,6 +22,9 @@ class DoubleElem : public DataElem {
   // The whole value; stringValue rounds it.
   double value() const { return value_; }
 
+  // A number with six decimals, whatever the process's locale.
+  static std::string fixedText(double value);
+
  private:
   double value_;
 };

@@ -7,9 +7,12 @@
 #include <string_view>
 #include <utility>
 
+#include "bidi/expat_reader.h"
+
 namespace qvn {
 
-class XMLSAXParserSimple {
+// Used for one document.
+class XMLSAXParserSimple : private ExpatReader {
  public:
   using Values = std::map<std::string, std::string, std::less<>>;
 
@@ -20,6 +23,10 @@ class XMLSAXParserSimple {
   Values takeValues() { return std::move(values_); }
 
  private:
+  void startTag(const char* name, const char** attributes) override;
+  void endTag() override;
+  void addText(std::string_view text) override;
+
   std::string latestName_;
   Values values_;
 };

@@ -63,13 +63,16 @@ class XMLVisitor : public ElementVisitor {
     bool inChild = false;  // such a tag is open
   };
 
-  void appendTag(std::string_view before, std::string_view attribute, std::string_view after);
-  void appendArgument(std::string_view name, std::string_view text);
-  void startArgument(std::string_view name);
-  void startLine();
   void writeContainer(const NonterminalElem& container, std::string_view closingTag, bool named);
   void writeNextChild();
+  void openArgument(std::string_view name);
+  // A tag with an attribute, within the limit for such.
+  void appendTag(std::string_view before, std::string_view attribute, std::string_view after);
+  // A new line, and the tag on it.
+  void appendLine(std::string_view tag);
+  void startLine();
   void append(std::string_view text);
+  void checkRoom(std::size_t length) const;
 
   MethodKind kind_;
   std::string text_;
