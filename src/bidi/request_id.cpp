@@ -1,25 +1,21 @@
 #include "bidi/request_id.h"
 
-#include <mutex>
-
 #include "platform/clock.h"
 
 namespace qvn {
-namespace {
 
-// Guards the next id; 0 before the first.
-std::mutex nextIdLock;
-std::uint32_t nextId = 0;
-
-}  // namespace
+std::uint32_t RequestIds::next() {
+  const std::scoped_lock lock(lock_);
+  while (next_ == 0) {
+    next_ = platform::tickCount() % 500 * 1000;
+    if (next_ == 0) platform::sleep(1);
+  }
+  return next_++;
+}
 
 std::uint32_t nextRequestId() {
-  const std::scoped_lock lock(nextIdLock);
-  while (nextId == 0) {
-    nextId = platform::tickCount() % 500 * 1000;
-    if (nextId == 0) platform::sleep(1);
-  }
-  return nextId++;
+  static RequestIds ids;
+  return ids.next();
 }
 
 }  // namespace qvn
