@@ -40,6 +40,7 @@ void run(const char* file, const std::set<std::string>& families) {
   if (isChosen("discovery")) measureDiscovery(installation, table);
   if (isChosen("enumerate")) measureEnumeration(installation, table);
   if (isChosen("call")) measureCalls(installation, table);
+  if (isChosen("codec")) measureCodec(table);
   table.print();
   table.appendTo(file);
 }
@@ -48,7 +49,7 @@ void run(const char* file, const std::set<std::string>& families) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call]...\n",
+    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call|codec]...\n",
                stderr);
     return 2;
   }
