@@ -49,8 +49,9 @@ void run(const char* file, const std::set<std::string>& families) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call|codec]...\n",
-               stderr);
+    std::fputs(
+        "usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call|codec]...\n",
+        stderr);
     return 2;
   }
   try {

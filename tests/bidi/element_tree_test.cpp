@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "bidi/element_helpers.h"
 #include "bidi/integer_elem.h"
 #include "bidi/list_elem.h"
 #include "bidi/map_elem.h"
 #include "bidi/null_elem.h"
 #include "bidi/string_elem.h"
-#include "bidi/element_helpers.h"
 
 namespace qvn::test {
 namespace {

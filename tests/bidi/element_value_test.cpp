@@ -10,13 +10,13 @@
 #include "bidi/binary_elem.h"
 #include "bidi/boolean_elem.h"
 #include "bidi/double_elem.h"
+#include "bidi/element_helpers.h"
 #include "bidi/integer_elem.h"
 #include "bidi/list_elem.h"
 #include "bidi/map_elem.h"
 #include "bidi/null_elem.h"
 #include "bidi/string_elem.h"
 #include "bidi/string_to_i.h"
-#include "bidi/element_helpers.h"
 
 namespace qvn::test {
 namespace {
