@@ -48,15 +48,16 @@ std::unique_ptr<NonterminalElem> NonterminalElem::copyTree(Copy copy) const {
       continue;
     }
     const std::string name = children.nextName();
-    const Element* child = children.next();
-    if (const auto* container = dynamic_cast<const NonterminalElem*>(child)) {
-      std::unique_ptr<NonterminalElem> empty = container->makeEmpty();
-      levels.push_back({container->iterator(), empty.get()});
+    const Element& child = *children.next();
+    if (child.isInstanceOf("NonterminalElem")) {
+      const auto& container = static_cast<const NonterminalElem&>(child);
+      std::unique_ptr<NonterminalElem> empty = container.makeEmpty();
+      levels.push_back({container.iterator(), empty.get()});
       copied.appendCopy(name, std::move(empty));
       continue;
     }
     try {
-      copied.appendCopy(name, copy == Copy::Clone ? child->clone() : child->duplicate());
+      copied.appendCopy(name, copy == Copy::Clone ? child.clone() : child.duplicate());
     } catch (const Win32Exception&) {
       if (copy == Copy::Duplicate) throw;
       levels.pop_back();

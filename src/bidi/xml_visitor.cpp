@@ -30,7 +30,6 @@ struct Method {
   std::string_view name;
   std::array<std::string_view, 3> arguments;  // as text
   std::string_view element;                   // the argument that is an element, left open for it
-  bool numbered = true;                       // carries a request id
 };
 
 constexpr Method kMethods[] = {
@@ -41,7 +40,7 @@ constexpr Method kMethods[] = {
     {MethodKind::AddObserver, "addObserver", {"objName", "event", "observer"}, ""},
     {MethodKind::RemoveObserver, "removeObserver", {"objName", "event", "observer"}, ""},
     {MethodKind::Instantiate, "instantiate", {"className", "objName"}, "params"},
-    {MethodKind::Event, "event", {"observer", "objName", "event"}, "data", false},
+    {MethodKind::Event, "event", {"observer", "objName", "event"}, "data"},
     {MethodKind::CallVoidMethod, "callVoidMethod", {"objName", "method"}, "params"},
 };
 
@@ -68,7 +67,9 @@ XMLVisitor::XMLVisitor(MethodKind kind, std::uint32_t requestId, std::string_vie
   const Method& method = methodOf(kind);
   append("<?xml version=\"1.0\"?>\r\n");
   const std::string id = std::to_string(static_cast<std::int32_t>(requestId));
-  appendTag("<method name=\"", method.name, method.numbered ? "\" requestID=\"" + id + "\">" : "\">");
+  // An event is no request.
+  appendTag("<method name=\"", method.name,
+            kind == MethodKind::Event ? "\">" : "\" requestID=\"" + id + "\">");
   level_ = 1;
   const std::string_view texts[] = {text1, text2, text3};
   for (std::size_t i = 0; i < method.arguments.size() && !method.arguments[i].empty(); ++i) {
