@@ -169,6 +169,18 @@ TEST_F(ObjectStore, DeliversALateReplyAndGoesOn) {
   EXPECT_THAT(device.deliveries(), ElementsAre(noted(reply(1)), noted(reply(2))));
 }
 
+TEST_F(ObjectStore, WaitsForTheEndOfADeliveryAsLongAsItTakes) {
+  setSetting("ReadTimeout", kShortTimeout);
+  OpenScanner bidi(*module, attributes(), listener, device);
+  Exchange asking(*module, device, request(1));
+  auto result = asking.start(*bidi);
+  device.onDelivery = [&](const std::string&) {
+    EXPECT_EQ(result.wait_for(std::chrono::milliseconds(2 * kShortTimeout)), std::future_status::timeout);
+  };
+  answering(*bidi.peer, 1, block(reply(1))).get();
+  EXPECT_EQ(result.get(), kReplied);
+}
+
 TEST_F(ObjectStore, WaitsForTheRestOfABlockAsLongAsItTakes) {
   setSetting("ReadTimeout", 600);  // longer than other channels wait
   OpenScanner bidi(*module, attributes(), listener, device);
@@ -216,12 +228,14 @@ TEST_F(ObjectStore, CanBeCancelledAtAnyTime) {
   other.cancel();
   EXPECT_THAT(device.deliveries(), ElementsAre(noted(reply(2)), noted(reply(3))));
   // By whoever gets its reply, and waits for its end.
-  Exchange delivering(*module, device, request(4));
-  auto result = delivering.start(*bidi);
+  std::optional<Exchange> delivering(std::in_place, *module, device, request(4));
+  auto result = delivering->start(*bidi);
   std::promise<ExchangeResult> seen;
   device.onDelivery = [&](const std::string&) {
-    delivering.cancel();
-    seen.set_value(result.get());
+    delivering->cancel();
+    const ExchangeResult ended = result.get();
+    delivering.reset();
+    seen.set_value(ended);
   };
   bidi.peer->receive(block(request(4)).size());
   bidi.peer->send(block(reply(4)));
