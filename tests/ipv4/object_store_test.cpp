@@ -290,12 +290,15 @@ TEST_F(ObjectStore, EndsAllExchangesWithTheirConnection) {
 TEST_F(ObjectStore, IsNotToldOfALossBehindItsClose) {
   {
     OpenScanner bidi(*module, attributes(), listener, device);
-    device.onDelivery = [&](const std::string&) { bidi->close(); };
+    device.onDelivery = [&](const std::string& delivery) {
+      if (delivery == "code 64") bidi->close();
+    };
+    bidi.peer->send(block("<Job.Start>"));
     bidi.peer->close();
-    device.waitFor(1);
+    device.waitFor(2);
   }
   module.reset();  // its threads have ended
-  EXPECT_THAT(device.deliveries(), ElementsAre("code 64"));
+  EXPECT_THAT(device.deliveries(), ElementsAre(noted("<Job.Start>"), "code 64"));
 }
 
 TEST_F(ObjectStore, SendsNothingButDocumentsThatCanBeAnswered) {
