@@ -80,6 +80,8 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReach) {
       {"bidi", attributeText(unused, unused), 1225},
       {"bidi", partText("CpdScanner", unused), 1225},
       {"bidi", partText("CpdScanner", 0), 87},
+      {"bidi", partText("BpdScanner", unused), 1225},
+      {"bidi", partText("BpdScanner", 0), 87},
       {"alert", partText("CpdHid", unused), 1225},
       {"alert", partText("CpdHid", 0), 87},
       {"bidi", partText("CpdHid", unused), 1},
@@ -111,8 +113,9 @@ TEST_F(Ipv4Transport, AnswersEachVisitorByName) {
       {"flushPrintBufferVisitor", "", 0},
       {"setMaxPacketSizeVisitor", "<MaxWritePacketSize>512</MaxWritePacketSize>", 0},
       {"cacheVisitor", "", 1},
-      {"escCommandVisitor", "", 1},  // for a scanner's "bidi"
-      {"openHidVisitor", "", 1},     // for a HID's "alert"
+      {"escCommandVisitor", "", 1},       // for a Cpd scanner's "bidi"
+      {"objectStoreDataVisitor", "", 1},  // for a Bpd scanner's "bidi"
+      {"openHidVisitor", "", 1},          // for a HID's "alert"
       {"", "", 1},
       {"npaDataVisitor", "", 1},  // not on this connection
       {attribute::kPortname, good, 0},

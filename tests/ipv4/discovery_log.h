@@ -34,7 +34,7 @@ class DiscoveryLog : public Observer {
   using Observer::doUpdate;
   void doUpdate(const std::string& text) override {
     const std::string family = stringOf(text, attribute::kDevice);
-    (family == "CpdScanner" || family == "CpdHid" ? parts : texts).push_back(text);
+    (family == "CpdScanner" || family == "BpdScanner" || family == "CpdHid" ? parts : texts).push_back(text);
   }
 };
 

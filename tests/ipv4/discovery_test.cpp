@@ -18,8 +18,9 @@ namespace {
 // The token of a question, which every answer to it must repeat.
 std::string tokenOf(const std::string& question) { return question.substr(15, question.size() - 16); }
 
-std::string answerTo(const std::string& question, const std::string& serial) {
-  return "QVN-DEVICE 1 " + tokenOf(question) + "\nfamily=CpdPrinter\nmodel=M\nserial=" + serial +
+std::string answerTo(const std::string& question, const std::string& serial,
+                     const std::string& family = "CpdPrinter") {
+  return "QVN-DEVICE 1 " + tokenOf(question) + "\nfamily=" + family + "\nmodel=M\nserial=" + serial +
          "\nname=N\nprint=1\nbidi=2\n";
 }
 
@@ -61,16 +62,17 @@ TEST_F(Discovery, TellsEachPartOfADevice) {
   Datagrams device;
   const Listener scan;
   const Listener hid;
+  std::string family = "CpdPrinter";
   std::string ports;
   const auto answering = [&] {
     return std::async(std::launch::async, [&] {
       const std::string question = device.receive();
-      for (int times = 0; times < 2; ++times) device.answer(answerTo(question, "A-1") + ports);
+      for (int times = 0; times < 2; ++times) device.answer(answerTo(question, "A-1", family) + ports);
     });
   };
   const auto channel = [](const Listener& port) { return "<ChannelId>" + std::to_string(port.port()); };
-  const auto part = [&](const Listener& port, const char* family, const char* handle) {
-    return "<Address>127.0.0.1</Address>" + channel(port) + "</ChannelId><Device>" + family +
+  const auto part = [&](const Listener& port, const char* kind, const char* handle) {
+    return "<Address>127.0.0.1</Address>" + channel(port) + "</ChannelId><Device>" + kind +
            "</Device><Handle>" + handle +
            "</Handle><Nickname>N</Nickname><PortType>TCP</PortType><Portname>IP_A-1</Portname>"
            "<Printer Model>M</Printer Model><SerialNumber>A-1</SerialNumber><Transport>IPv4</Transport>"
@@ -111,6 +113,12 @@ TEST_F(Discovery, TellsEachPartOfADevice) {
   EXPECT_EQ(OpenConnection(module, scanner, "bidi").openCode(), 0u);
   EXPECT_EQ(OpenConnection(module, panel, "alert").openCode(), 0u);
   EXPECT_TRUE(scan.isWaiting() && hid.isWaiting());
+  // The printer's family says which kind of scanner it is.
+  family = "BpdPrinter";
+  auto answered = answering();
+  EXPECT_EQ(discover("127.0.0.1:" + std::to_string(device.port())), 0u);
+  answered.get();
+  EXPECT_EQ(log.parts, (std::vector{part(scan, "BpdScanner", "40401"), panel}));
 }
 
 TEST_F(Discovery, KeepsADevicesHandleWhereverItGoes) {

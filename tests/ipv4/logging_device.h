@@ -21,7 +21,8 @@ class LoggingDevice : public Device {
   // Called on the delivering thread before each delivery is noted.
   std::function<void(const std::string&)> onDelivery;
 
-  // What came, in order: bytes in hexadecimal, "event <id> <category>", "lost". Waits until that many have
+  // What came, in order: bytes in hexadecimal, "code <code>" for what failed, "event <id>
+  // <category>", "lost". Waits until that many have
   // come, at most 10 s.
   std::vector<std::string> waitFor(std::size_t count) {
     std::unique_lock<std::mutex> lock(mutex_);
@@ -35,6 +36,7 @@ class LoggingDevice : public Device {
   }
 
   void doAccept(Data& data) override {
+    if (data.getRc() != 0 && data.getLength() == 0) return note("code " + std::to_string(data.getRc()));
     note(toHex(Bytes(data.getBuffer(), data.getBuffer() + data.getLength())));
   }
   std::uint32_t doAccept(Notification& notification) override {

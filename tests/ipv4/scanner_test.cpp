@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "ipv4/logging_device.h"
+#include "ipv4/open_scanner.h"
 #include "ipv4/transport_module.h"
 
 namespace qvn::test {
@@ -73,30 +74,6 @@ class Scanner : public testing::Test {
   Listener listener;
   LoggingDevice device;
   std::optional<TransportModule> module;
-};
-
-// Open as the library opens it.
-class OpenScanner {
- public:
-  OpenScanner(TransportModule& module, const std::string& attributes, Listener& listener, Device& device)
-      : module_(module), connection_(module.connections.getConnection(attributes, "bidi")) {
-    connection_->setChild(0, &device);
-    EXPECT_EQ(connection_->open(), 0u);
-    peer.emplace(listener.accept());
-  }
-  ~OpenScanner() {
-    connection_->close();
-    connection_->setChild(0, nullptr);
-    module_.connections.releaseConnection(connection_);
-  }
-  Connectable* operator->() const { return connection_; }
-  Connectable& operator*() const { return *connection_; }
-
-  std::optional<Stream> peer;
-
- private:
-  TransportModule& module_;
-  Connectable* const connection_;
 };
 
 TEST_F(Scanner, GetsTheReplyOnTheReadersThreadBeforeTheExchangeReturns) {

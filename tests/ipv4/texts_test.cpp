@@ -3,12 +3,14 @@
 
 #include <random>
 
+#include "ipv4/block_stream.h"
 #include "ipv4/device_answer.h"
 #include "ipv4/esc_stream.h"
 #include "ipv4/hid_stream.h"
 #include "ipv4/npa_stream.h"
 #include "ipv4/search_text.h"
 #include "ipv4/services.h"
+#include "ipv4/store_document.h"
 #include "simulator/test_sockets.h"
 
 namespace qvn::ipv4 {
@@ -101,26 +103,30 @@ TEST(NpaPackets, ReplyMatchesItsRequestOnly) {
   }
 }
 
-// What a stream gives when bytes come in steps of that length; with `givesUp`, after all have come, what has
-// begun is given up until nothing has.
+// What a stream gives when bytes come in steps of that length.
 template <typename Stream, typename Describe>
-std::vector<std::string> read(const Packet& bytes, std::size_t step, bool givesUp, const Describe& describe) {
-  Stream stream;
+std::vector<std::string> read(Stream& stream, const Packet& bytes, std::size_t step,
+                              const Describe& describe) {
   std::vector<std::string> items;
-  const auto take = [&] {
-    while (const auto item = stream.next()) items.push_back(describe(*item));
-  };
   for (std::size_t at = 0; at < bytes.size(); at += step) {
     const std::size_t length = std::min(step, bytes.size() - at);
     const auto room = stream.room();
     EXPECT_GE(room.size(), length);
     std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), length, room.begin());
     stream.add(length);
-    take();
+    while (const auto item = stream.next()) items.push_back(describe(*item));
   }
+  return items;
+}
+
+// With `givesUp`, after all have come, what has begun is given up until nothing has.
+template <typename Stream, typename Describe>
+std::vector<std::string> read(const Packet& bytes, std::size_t step, bool givesUp, const Describe& describe) {
+  Stream stream;
+  std::vector<std::string> items = read(stream, bytes, step, describe);
   while (givesUp && stream.isPartial()) {
     stream.giveUpPartial();
-    take();
+    while (const auto item = stream.next()) items.push_back(describe(*item));
   }
   return items;
 }
@@ -208,6 +214,118 @@ TEST(HidStream, ReadsEvents) {
   EXPECT_EQ(event->category, 2u);
   for (const char* bad : {"", "04 03 02 01 02 00 00", "04 03 02 01 02 00 00 00 00"}) {
     EXPECT_FALSE(parseHidEvent(hex(bad))) << bad;
+  }
+}
+
+std::string describeBlock(const Block& block) {
+  return std::to_string(block.code) + ": " + toHex({block.bytes.begin(), block.bytes.end()});
+}
+
+TEST(BlockStream, FindsBlocksHoweverTheyArriveUntilAHeaderIsWrong) {
+  const std::string two = "42 4B 01 00 00 00 00 02 41 42";
+  const std::string failed = "42 4B 02 00 00 00 00 04 81 02 03 04";
+  struct Case {
+    std::string bytes;
+    std::vector<std::string> blocks;
+    bool isBroken = false;
+  };
+  const Case kCases[] = {
+      {"", {}},
+      {two + failed + two, {"0: 41 42", "2164392708: ", "0: 41 42"}},
+      {"42 4B 01 00 00 00 00 00" + two, {"0: ", "0: 41 42"}},
+      {two + "42 4B 01 00 00 02 00 00 41", {"0: 41 42"}},
+      {"42 4B 01 00 00 00 00", {}},
+      {two + "00" + two, {"0: 41 42"}, true},
+      {"4B 42 01 00 00 00 00 02" + two, {}, true},
+      {"42 4B 03 00 00 00 00 02" + two, {}, true},
+      {"42 4B 00 00 00 00 00 02" + two, {}, true},
+      {"42 4B 01 01 00 00 00 02" + two, {}, true},
+      {"42 4B 01 00 00 02 00 01" + two, {}, true},
+      {"42 4B 01 00 FF FF FF FF" + two, {}, true},
+      {"42 4B 02 00 00 00 00 03" + two, {}, true},
+      {"42 4B 02 00 00 00 00 05" + two, {}, true},
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      BlockStream stream;
+      EXPECT_EQ(read(stream, bytes, step, describeBlock), c.blocks) << c.bytes << " by " << step;
+      EXPECT_EQ(stream.isBroken(), c.isBroken) << c.bytes << " by " << step;
+    }
+  }
+}
+
+TEST(BlockStream, NeverRunsOutOfRoom) {
+  Packet bytes;
+  for (int i = 0; i < 10; ++i) {
+    const auto header = blockHeader(kMaxBlockPayload);
+    bytes.insert(bytes.end(), header.begin(), header.end());
+    bytes.resize(bytes.size() + kMaxBlockPayload, 0x42);
+  }
+  for (const std::size_t step : {std::size_t{100000}, std::size_t{131065}}) {
+    BlockStream stream;
+    const auto length = [](const Block& block) { return std::to_string(block.bytes.size()); };
+    EXPECT_EQ(read(stream, bytes, step, length), std::vector<std::string>(10, "131072"));
+  }
+}
+
+TEST(StoreDocument, HasTheIdOfARequest) {
+  struct Case {
+    const char* document;
+    const char* id;
+  };
+  constexpr Case kCases[] = {
+      {"<?xml version=\"1.0\"?>\r\n<method name=\"callMethod\" requestID=\"123000\">\r\n</method>", "123000"},
+      {"<method requestID='1'/>", "1"},
+      {"<?xml version=\"1.0\"?><!-- <method requestID=\"2\"> -->\n<method name=\">\" requestID=\"1\"/>", "1"},
+      {"<method\tname = 'a \"requestID\"=2'\n requestID\r\n=\t\"1\" >", "1"},
+      {"<method name=\"event\">\r\n<arg requestID=\"1\"/>", ""},
+      {"<method requestid=\"1\" xrequestID=\"1\">", ""},
+      {"<method requestID=\"\">", ""},
+      {"<method requestID=1>", ""},
+      {"<method requestID>", ""},
+      {"<method a=\"b\" / requestID=\"1\">", ""},
+      {"<methods requestID=\"1\">", ""},
+      {"<!DOCTYPE method requestID=\"1\">", ""},
+      {"text <method requestID=\"1\">", ""},
+      {"<response requestID=\"1\"/>", ""},
+      {"", ""},
+  };
+  for (const Case& c : kCases) EXPECT_EQ(requestIdOf(c.document), c.id) << c.document;
+  // Cut anywhere it has no id, or the whole of it.
+  const std::string_view whole = kCases[0].document;
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    const std::string cut(whole.substr(0, length));  // its end is known to a sanitizer
+    EXPECT_EQ(requestIdOf(cut), length > whole.find("\">") ? "123000" : "") << cut;
+  }
+}
+
+TEST(StoreDocument, HasTheIdThatAReplyAnswers) {
+  const std::string response =
+      "<?xml version=\"1.0\"?><response requestID=\"42\"><IntegerElem>7</IntegerElem>";
+  const std::string exception = "<?xml version=\"1.0\"?><exception requestID=\"42\"/>";
+  struct Case {
+    Packet frame;
+    std::string document;
+    const char* id;
+  };
+  const Case kCases[] = {
+      {{}, response, "42"},
+      {{}, exception, "42"},
+      {{}, "<?xml version=\"1.0\"?><method requestID=\"42\"/>", ""},
+      {{}, "<Scan.Data>" + response, ""},
+      {{}, "<responses requestID=\"42\"/>", ""},
+      {hex("AA 00 00 00 00 00 00 FF"), response, "42"},  // at most what is there
+      {hex("FF 01 02 03 FF FF FF FF"), exception, "42"},
+      {hex("CC 00 00 00 00 00 00 2D"), response, "42"},  // up to behind the id
+      {hex("CC 00 00 00 00 00 00 20"), response, ""},
+      {hex("A9 00 00 00 00 00 00 FF"), response, ""},
+      {hex("AA 00 00 00 00 00 00"), response, ""},
+      {hex("AA"), "", ""},
+  };
+  for (const Case& c : kCases) {
+    const Packet block = test::operator+(c.frame, test::bytesOf(c.document));
+    EXPECT_EQ(answeredIdOf(block), c.id) << toHex(c.frame) << " " << c.document;
   }
 }
 

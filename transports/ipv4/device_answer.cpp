@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <charconv>
 
+#include "transport_identity.h"
+
 namespace qvn::ipv4 {
 namespace {
 
 constexpr std::size_t kMaxValue = 63;
-constexpr std::string_view kWithoutNpa = "BpdPrinter";  // the one family that may lack a bidi port
+constexpr std::string_view kWithoutNpa = kBpdPrinterFamily;  // the one family that may lack a bidi port
 
 bool takeText(std::string_view value, std::string& out) {
   if (!isPlainText(value)) return false;

@@ -7,11 +7,7 @@
 namespace qvn::ipv4 {
 
 void HidSession::deliver(const HidFrame& frame) {
-  DeviceReference device;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    device = device_;
-  }
+  const DeviceReference device = currentDevice();
   if (frame.type == kHidReport) {
     LentData report(frame.content.data(), static_cast<std::uint32_t>(frame.content.size()));
     device.accept(report);

@@ -7,6 +7,7 @@
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "store_connection.h"
 #include "transport_identity.h"
 
 namespace qvn::ipv4 {
@@ -43,7 +44,7 @@ Connectable* IpConnectionManager::getConnection(const std::string& deviceAttribu
   AttributeCodec::getString(deviceAttributes, attribute::kDevice, key.family);
   AttributeCodec::getLong(deviceAttributes, attribute::kHandle, key.handle);
   const bool isHid = key.family == kHidFamily;
-  const bool isPrinter = !isHid && key.family != kScannerFamily;
+  const bool isPrinter = !isHid && key.family != kCpdScannerFamily && key.family != kBpdScannerFamily;
   key.name = connectionName == connection_name::kAlert && !isHid ? connection_name::kBidi : connectionName;
   key.hasChannel = key.name != connection_name::kBidi || !isPrinter || !isPlain(deviceAttributes);
   const Endpoint endpoint = endpointOf(
@@ -78,7 +79,8 @@ std::unique_ptr<IpConnection> IpConnectionManager::makeConnection(const Key& key
   if (key.name == connection_name::kPrint) return std::make_unique<PrintConnection>();
   if (key.name == connection_name::kAlert) return std::make_unique<HidConnection>(retired_);
   if (key.name == connection_name::kBidi && key.hasChannel && key.family != kHidFamily) {
-    if (key.family == kScannerFamily) return std::make_unique<EscConnection>(retired_);
+    if (key.family == kCpdScannerFamily) return std::make_unique<EscConnection>(retired_);
+    if (key.family == kBpdScannerFamily) return std::make_unique<StoreConnection>(retired_);
     return std::make_unique<NpaConnection>(retired_);
   }
   const bool needsNone =

@@ -15,11 +15,11 @@
 namespace qvn::ipv4 {
 
 // Ports and address come from the attribute text: "Address", "IpPort" (print data), "ChannelId" (a printer's
-// NPA packets, a scanner's ESC commands, a HID's reports). A printer's alerts come on the bidi connection, so
-// "alert" is another name for it; a HID has "alert" and no "bidi". A printer without a "ChannelId", or with
-// 0, takes print data only: its bidi connection opens without connecting anywhere, because many a raw printer
-// takes one connection at a time, and that one is for the job. "cache" and "configuration" need no channel; a
-// connection of an unknown name cannot be opened (1).
+// NPA packets, a scanner's commands or documents, a HID's reports). A printer's alerts come on the bidi
+// connection, so "alert" is another name for it; a HID has "alert" and no "bidi". A printer without a
+// "ChannelId", or with 0, takes print data only: its bidi connection opens without connecting anywhere,
+// because many a raw printer takes one connection at a time, and that one is for the job. "cache" and
+// "configuration" need no channel; a connection of an unknown name cannot be opened (1).
 class IpConnectionManager : public ConnectionManager {
  public:
   Connectable* getConnection(const std::string& deviceAttributes, const std::string& connectionName) override;

@@ -186,8 +186,9 @@ std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {
   };
   tellPart(describePrinter(answer, handle, place.address));
   if (answer.scanPort != 0) {
+    const char* const family = answer.family == kBpdPrinterFamily ? kBpdScannerFamily : kCpdScannerFamily;
     const std::uint32_t scanner = handle + kScannerHandleOffset;
-    tellPart(describe(answer, kScannerFamily, scanner, place.address, answer.scanPort));
+    tellPart(describe(answer, family, scanner, place.address, answer.scanPort));
   }
   if (answer.hidPort != 0) {
     const std::uint32_t hid = handle + kHidHandleOffset;

@@ -14,8 +14,8 @@ inline constexpr char kSearchValue[] = "Search";           // the search text th
 
 struct Timeouts {
   std::uint32_t connect;     // until the device has accepted a connection
-  std::uint32_t npaWrite;    // until a packet or a command has gone out
-  std::uint32_t reply;       // from the packet or command to its reply
+  std::uint32_t npaWrite;    // until a packet, command or document has gone out
+  std::uint32_t reply;       // from the packet, command or document to its reply
   std::uint32_t printWrite;  // without the device taking any print data
 };
 

@@ -11,6 +11,7 @@
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "store_connection.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -87,6 +88,23 @@ class EscCommandVisitor : public Visitor {
   }
 };
 
+class ObjectStoreDataVisitor : public Visitor {
+ public:
+  void visit(Connectable& connection) override {
+    auto* const store = dynamic_cast<StoreConnection*>(&connection);
+    if (data_ == nullptr || device_ == nullptr) {
+      result_ = QRN_ERROR_INVALID_PARAMETER;
+    } else {
+      result_ = store != nullptr ? store->exchange(*data_, *device_, reply_) : QRN_ERROR_INVALID_FUNCTION;
+    }
+  }
+
+  void cancel() override { reply_.cancel(); }
+
+ private:
+  PendingReply reply_;
+};
+
 class OpenHidVisitor : public Visitor {
  public:
   void visit(Connectable& connection) override {
@@ -159,6 +177,7 @@ Visitor* IpVisitorManager::getVisitor(const std::string& name) {
   if (name == visitor_name::kNamePrintJob) return new NamePrintJobVisitor(connections_);
   if (name == visitor_name::kStartNpaMode) return new StartNpaModeVisitor(connections_);
   if (name == visitor_name::kEscCommand) return new EscCommandVisitor;
+  if (name == visitor_name::kObjectStoreData) return new ObjectStoreDataVisitor;
   if (name == visitor_name::kOpenHid) return new OpenHidVisitor;
   if (name == visitor_name::kGetNpaMode) return new GetNpaModeVisitor;
   if (name == visitor_name::kSetNpaWrapMode || name == visitor_name::kSetNonNpaPrinter) {

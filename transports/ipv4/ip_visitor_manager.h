@@ -19,8 +19,9 @@ namespace qvn::ipv4 {
 // "setMaxPacketSizeVisitor" and "startJobPrinter" have nothing to do and answer 0. There is no cache channel:
 // "cacheVisitor" answers 1, as does every other name.
 //
-// "escCommandVisitor" exchanges the data, an ESC command, on a scanner's "bidi" connection, "openHidVisitor"
-// connects a HID's "alert" connection anew when the HID has ended it; on other connections they answer 1.
+// "escCommandVisitor" exchanges the data, an ESC command, on a Cpd scanner's "bidi" connection,
+// "objectStoreDataVisitor" an XML document on a Bpd scanner's, "openHidVisitor" connects a HID's "alert"
+// connection anew when the HID has ended it; on other connections they answer 1.
 class IpVisitorManager : public VisitorManager {
  public:
   explicit IpVisitorManager(IpConnectionManager& connections) : connections_(connections) {}

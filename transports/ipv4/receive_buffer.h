@@ -32,7 +32,7 @@ class ReceiveBuffer {
   void drop(std::size_t count) { start_ += count; }
 
  private:
-  // Many blocks of a page in one read, and never full with one thing: the longest is little over 64 KiB.
+  // Many blocks of a page in one read, and never full with one thing: the longest is little over 128 KiB.
   static constexpr std::size_t kSize = std::size_t{256} << 10;
 
   std::vector<std::uint8_t> storage_ = std::vector<std::uint8_t>(kSize);

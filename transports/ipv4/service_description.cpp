@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "services.h"
+#include "transport_identity.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -29,7 +30,7 @@ std::string firstPlain(std::initializer_list<std::string_view> texts) {
 
 std::optional<DeviceAnswer> describeService(const Service& service) {
   DeviceAnswer device;
-  device.family = "BpdPrinter";
+  device.family = kBpdPrinterFamily;
   device.serial = firstPlain({textOf(service, "usb_ser"), textOf(service, "uuid"), service.name});
   device.model = firstPlain(
       {textOf(service, "ty"), withoutParentheses(textOf(service, "product")), service.name, device.serial});

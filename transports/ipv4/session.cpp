@@ -19,6 +19,11 @@ void Session::setDevice(const DeviceReference& device) {
   if (endedBy_ == 0) device_ = device;
 }
 
+DeviceReference Session::currentDevice() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return device_;
+}
+
 void Session::close() {
   const std::lock_guard<std::mutex> lock(mutex_);
   device_ = DeviceReference();

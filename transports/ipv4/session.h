@@ -48,6 +48,9 @@ class Session {
   // Not on one of them.
   void finish();
 
+  // Whom what comes is for now.
+  DeviceReference currentDevice() const;
+
   // Why the connection has ended; what came first counts. Wakes whoever waits.
   void endLocked(std::uint32_t code);
 

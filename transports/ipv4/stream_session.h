@@ -14,7 +14,8 @@
 
 namespace qvn::ipv4 {
 
-// The stream is a ReceiveBuffer that gives Items.
+// The stream is a ReceiveBuffer that gives Items. One that has giveUpPartial can go on behind something whose
+// rest does not come; others wait for it as long as it takes.
 template <typename Stream>
 class StreamSession : public Session {
  public:
@@ -31,6 +32,10 @@ class StreamSession : public Session {
   // All that was received with one read has been delivered.
   virtual void settleLocked() {}
 
+  // On the reader's thread, behind all that was delivered: the connection has ended. Of one that was closed
+  // here nobody is told.
+  virtual void deliverEnd() { currentDevice().onConnectionLost(); }
+
   // What the device has sent until now has been delivered.
   bool nothingUnreadLocked() const {
     int unread = 0;
@@ -41,30 +46,28 @@ class StreamSession : public Session {
   bool reading_ = false;  // the reader has received something and not delivered all of it
   bool partial_ = false;  // something has begun and waits for its rest
 
+  Stream stream_;  // the reader's own
+
  private:
+  static constexpr bool kGivesUp = requires(Stream & stream) { stream.giveUpPartial(); };
   // How long the rest of something may take before its start counts as garbage, in milliseconds.
   static constexpr int kRestTimeout = 500;
 
   void readAndDeliver() {
     for (;;) {
       pollfd entry{socket_.fd(), POLLIN, 0};
-      const int ready = poll(&entry, 1, stream_.isPartial() ? kRestTimeout : -1);
+      const int ready = poll(&entry, 1, kGivesUp && stream_.isPartial() ? kRestTimeout : -1);
       setReading();
       std::uint32_t endCode = 0;
-      if (ready == 0) {
-        stream_.giveUpPartial();
-      } else {
+      if (ready != 0) {
         endCode = receive();
+      } else if constexpr (kGivesUp) {
+        stream_.giveUpPartial();
       }
       while (const auto item = stream_.next()) deliver(*item);
       if (isOver(endCode)) break;
     }
-    DeviceReference device;
-    {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      device = device_;
-    }
-    device.onConnectionLost();
+    deliverEnd();
   }
 
   // Before anything is received: between, it would be neither unread nor being read.
@@ -101,8 +104,6 @@ class StreamSession : public Session {
     changed_.notify_all();
     return over;
   }
-
-  Stream stream_;  // the reader's own
 };
 
 }  // namespace qvn::ipv4

@@ -9,6 +9,7 @@
 namespace qvn::ipv4 {
 
 // From the published system error codes, beside those of qvn/result_codes.h.
+inline constexpr std::uint32_t kInvalidData = 13;          // what the device sent cannot be told apart
 inline constexpr std::uint32_t kConnectionLost = 64;       // the device closed or reset the connection
 inline constexpr std::uint32_t kConnectionRefused = 1225;  // nothing listens there
 inline constexpr std::uint32_t kNotConnected = 1229;       // the connection is not open

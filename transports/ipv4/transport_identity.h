@@ -6,8 +6,11 @@ namespace qvn::ipv4 {
 inline constexpr char kTransportName[] = "IPv4";
 inline constexpr char kTransportKind[] = "NETWORK_TRANSPORT";
 
-// Beside the printers, which tell their family themselves.
-inline constexpr char kScannerFamily[] = "CpdScanner";
+inline constexpr char kBpdPrinterFamily[] = "BpdPrinter";
+
+// Beside the printers, which tell their family themselves. A HID is the same behind both.
+inline constexpr char kCpdScannerFamily[] = "CpdScanner";
+inline constexpr char kBpdScannerFamily[] = "BpdScanner";
 inline constexpr char kHidFamily[] = "CpdHid";
 
 }  // namespace qvn::ipv4
