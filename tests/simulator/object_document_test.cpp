@@ -125,8 +125,13 @@ TEST_F(SimulatedDocuments, RefuseWhatHostsShouldNotSend) {
     host.send(c.document);
     EXPECT_EQ(host.receive(), "exception to 42") << c.name;
   }
-  std::string deep = "<NullElem/>";
-  for (int i = 0; i < 5000; ++i) deep = "<ListElem>" + deep + "</ListElem>";
+  const auto nested = [](std::size_t depth) {
+    std::string elements = "<NullElem/>";
+    for (std::size_t i = 0; i < depth; ++i) elements = "<ListElem>" + elements + "</ListElem>";
+    return elements;
+  };
+  host.send(callDocument(nested(40)));
+  EXPECT_EQ(host.receive(), "exception to 42") << "deeper than any";
   std::string bomb = "<?xml version=\"1.0\"?><!DOCTYPE method [<!ENTITY a \"aaaaaaaaaa\">";
   for (char name = 'b'; name <= 'z'; ++name) {
     bomb += std::string("<!ENTITY ") + name + " \"";
@@ -168,7 +173,8 @@ TEST_F(SimulatedDocuments, RefuseWhatHostsShouldNotSend) {
       {"no UTF-8", observerDocument(kObject + kEvent + argument("observer", "\xC3\x28"))},
       {"a zero byte", observerDocument(kObject + kEvent + argument("observer", std::string("O\0O", 3)))},
       {"UTF-16", wide},
-      {"elements within elements", callDocument(deep)},
+      {"elements within elements", callDocument(nested(400))},
+      {"a document that is too long", valid + std::string(10001 - valid.size(), ' ')},
   };
   for (const Case& c : kWithoutId) {
     host.send(c.document);

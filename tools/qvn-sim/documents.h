@@ -2,11 +2,12 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace sim::documents {
 
-// The longest that a host has to read.
+// The longest that anybody has to read.
 inline constexpr std::size_t kLongest = 10000;
 
 struct Entry {

@@ -6,6 +6,7 @@
 #include <array>
 #include <vector>
 
+#include "documents.h"
 #include "refusal.h"
 
 namespace sim {
@@ -140,6 +141,7 @@ void stopAtDocumentType(void* context, const xmlChar*, const xmlChar*, const xml
 }  // namespace
 
 MethodDocument::MethodDocument(ByteView text) {
+  if (text.size() > documents::kLongest) throw Refusal("a document that is too long");
   struct FreeContext {
     void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
   };

@@ -1,5 +1,6 @@
 #include "object_port.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 
@@ -116,7 +117,9 @@ void ObjectPort::notify(ConnectionId id, const Notification& notification) {
 
 void ObjectPort::spoil(std::string& document, const documents::Entry& kind) {
   if (faults_.strike(ReplyFault::Corrupt, kind)) document.insert(document.rfind("</"), "<unclosed>");
-  if (faults_.strike(ReplyFault::Oversize, kind)) document.resize(documents::kLongest + 1, '\n');
+  if (faults_.strike(ReplyFault::Oversize, kind)) {
+    document.resize(std::max(document.size(), documents::kLongest + 1), '\n');
+  }
 }
 
 void ObjectPort::send(ConnectionId id, const documents::Entry& kind, const std::string& document,
