@@ -169,7 +169,9 @@ TEST(SimulatedScanner, SurvivesGarbageOfEveryLength) {
 }
 
 TEST(SimulatedScanner, IsNotThereWhenTheDeviceOnlyPrints) {
-  const std::vector<std::string> kArguments[] = {{"--printer-only"}, {"--family", "BpdPrinter"}};
+  const std::vector<std::string> kArguments[] = {{"--printer-only"},
+                                                 {"--family", "BpdPrinter", "--plain"},
+                                                 {"--family", "BpdPrinter", "--printer-only"}};
   for (const auto& arguments : kArguments) {
     SCOPED_TRACE(arguments.front());
     SimulatorProcess device(arguments);

@@ -23,9 +23,8 @@ BidiPort::BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Tra
       faults_(faults),
       printer_(printer),
       trace_(trace),
-      hosts_(loop, trace, {},
-             {.onMessage = [this](ConnectionId id, const Bytes& packet) { handle(id, packet); },
-              .onClosing = [this](ConnectionId id) { printer_.connectionClosed(id); }}) {}
+      hosts_(loop, {.onMessage = [this](ConnectionId id, const Bytes& packet) { handle(id, packet); },
+                    .onClosing = [this](ConnectionId id) { printer_.connectionClosed(id); }}) {}
 
 template <typename Wants>
 void BidiPort::sendTo(ByteView bytes, Wants&& wants) {
@@ -49,6 +48,7 @@ void BidiPort::sendToAll(ByteView bytes) {
 }
 
 void BidiPort::handle(ConnectionId id, const Bytes& packet) {
+  trace_.received(id, packet);
   const std::optional<npa::Command> command = npa::commandOf(packet);
   if (!isForTheDevice(packet) && command != npa::Command::EnterNpaMode) return;
   if (faults_.strike(ReplyFault::Close, command)) {

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "bpd_blocks.h"
 #include "button_panel.h"
 
 namespace sim {
@@ -82,8 +83,13 @@ bool CommandInterpreter::runScannerCommand(std::string_view command, const std::
                                                                         ? panel::kEventCategory
                                                                         : parseNumber(category, kAnyNumber)));
   } else if (command == "load") {
-    if (device_.scan.port() == 0) throw std::invalid_argument("this device has no feeder");
-    device_.scanner.load(parseNumber(argument, kAnyNumber));
+    if (!device_.hasScanner) throw std::invalid_argument("this device has no feeder");
+    device_.engine.load(parseNumber(argument, kAnyNumber));
+  } else if (command == "block") {
+    if (device_.objects.port() == 0) throw std::invalid_argument("this device sends no blocks");
+    const Bytes payload = hexOrThrow(argument);
+    if (payload.size() > bpd::kLongestPayload) throw std::invalid_argument("too long for a block");
+    device_.objects.sendToAll(payload);
   } else {
     return false;
   }

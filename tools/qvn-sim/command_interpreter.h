@@ -8,8 +8,9 @@
 #include "event_loop.h"
 #include "fault_switches.h"
 #include "hid_port.h"
+#include "object_port.h"
 #include "printer.h"
-#include "scan_port.h"
+#include "scan_engine.h"
 #include "scanner.h"
 
 namespace sim {
@@ -22,8 +23,10 @@ class CommandInterpreter {
     Printer& printer;
     BidiPort& bidi;
     Scanner& scanner;
-    ScanPort& scan;
+    ScanEngine& engine;
+    ObjectPort& objects;
     HidPort& hid;
+    bool hasScanner;
   };
 
   explicit CommandInterpreter(const Device& device) : device_(device) {}

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "bpd_blocks.h"
+
 namespace sim {
 
 std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
@@ -26,9 +28,9 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   app.add_option("--discovery-port", options.discoveryPort, "UDP port for discovery; 0: any free one");
   app.add_option("--print-port", options.printPort, "TCP port for print data; 0: any free one");
   app.add_option("--bidi-port", options.bidiPort, "TCP port for NPA packets; 0: any free one");
-  app.add_option("--scan-port", options.scanPort, "TCP port for ESC commands; 0: any free one");
+  app.add_option("--scan-port", options.scanPort, "TCP port for scanning; 0: any free one");
   app.add_option("--hid-port", options.hidPort, "TCP port for HID reports; 0: any free one");
-  app.add_flag("--plain", options.plain, "Take print data only: no port for NPA packets (a BpdPrinter)");
+  app.add_flag("--plain", options.plain, "Take print data and nothing else (a BpdPrinter)");
   app.add_flag("--printer-only", options.printerOnly, "Have neither scanner nor HID");
   app.add_option("--jobs", options.jobs, "Directory for finished jobs (job-<id>.prn and job-<id>.json)");
   app.add_flag("--discard", options.discard, "Keep records of jobs only, not their data");
@@ -42,11 +44,14 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   app.add_option("--feeder", options.sheets, "Sheets in the feeder");
   app.add_option("--block", options.blockSize, "Longest payload of a scan data block, in bytes")
       ->capture_default_str()
-      ->check(CLI::Range(std::size_t{1}, esc::kLongestPayload));
+      ->check(CLI::PositiveNumber);
+  app.add_flag("--framed", options.framesReplies,
+               "Send replies to documents in a frame (the scanner of a BpdPrinter)");
   app.add_option("--scans", options.scans, "Directory for the pages that were sent (page-<n>.png)");
   app.add_option("--script", options.script, "File of commands to carry out, with wait MS among them")
       ->check(CLI::ExistingFile);
-  app.add_option("--trace", options.trace, "File for every packet and ESC command received and sent");
+  app.add_option("--trace", options.trace,
+                 "File for every packet, ESC command and document received and sent");
   app.add_flag("--events", options.events, "Print a line of JSON for every job that ends");
   app.add_flag("--quit-on-eof", options.quitAtEndOfInput, "End when standard input does");
   app.add_option("--fault", faults, "A fault to have (repeatable)")->allow_extra_args(false);
@@ -56,14 +61,23 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
       "busy never-finish slow-print=BYTES_PER_SECOND close-mid-job=BYTES[:TIMES] slow-discovery=MS\n"
       "status-early=BYTES[:TIMES] status-late=MS[:TIMES] status-twice[:TIMES] status-never[:TIMES]\n"
       "wrong-length=BLOCK[:TIMES] stop-page=BYTES[:TIMES] close-mid-page=BYTES[:TIMES]\n"
-      "slow-scan=BYTES_PER_SECOND ignore-abort[:TIMES]\n"
+      "slow-scan=BYTES_PER_SECOND ignore-abort[:TIMES] no-data[:TIMES] read-error=BLOCKS[:TIMES]\n"
+      "oversize-reply=COMMAND[:TIMES] wrong-id=COMMAND[:TIMES] host-mode-fail[:TIMES] "
+      "host-mode-stay[:TIMES]\n"
       "Standard input takes commands, one a line: alert HEX, send HEX, status BYTE [WORD], power-on-reset,\n"
-      "button N, report HEX, reports N, event ID [CATEGORY], load N, fault NAME[=VALUE], clear-faults, "
+      "button N, report HEX, reports N, event ID [CATEGORY], load N, block HEX, fault NAME[=VALUE], "
+      "clear-faults, "
       "quit.");
   try {
     app.parse(argc, argv);
     if (options.plain && options.identity.family != kBpdPrinter) {
       throw std::invalid_argument("--plain is for --family BpdPrinter: every CpdPrinter has a bidi port");
+    }
+    const std::size_t longestBlock =
+        options.identity.family == kBpdPrinter ? bpd::kLongestScanData : esc::kLongestPayload;
+    if (options.blockSize > longestBlock) {
+      throw std::invalid_argument("--block: at most " + std::to_string(longestBlock) + " for a " +
+                                  options.identity.family);
     }
     for (const std::string& fault : faults) options.faults.add(fault);
     for (const std::string* text :

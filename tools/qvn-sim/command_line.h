@@ -27,6 +27,7 @@ struct Options {
   std::filesystem::path page;  // the picture on the glass; the test chart when empty
   std::uint32_t sheets = 0;    // in the feeder
   std::size_t blockSize = 32768;
+  bool framesReplies = false;  // of a BpdPrinter's scanner
   std::filesystem::path scans;
   std::filesystem::path script;
   std::filesystem::path trace;
@@ -36,7 +37,7 @@ struct Options {
   bool quitAtEndOfInput = false;
   FaultSwitches faults;
 
-  bool hasScanner() const { return identity.family == kCpdPrinter && !printerOnly; }
+  bool hasScanner() const { return !printerOnly && !plain; }
 };
 
 // Nothing when the process is to end with `exitCode` (help was asked for, or the arguments are wrong).

@@ -10,7 +10,8 @@
 namespace sim {
 namespace {
 
-constexpr std::size_t kLongestLine = 65536;
+// Has room for the longest block in hexadecimal.
+constexpr std::size_t kLongestLine = std::size_t{512} << 10;
 
 }  // namespace
 

@@ -42,6 +42,13 @@ Bytes makeReply(const ReplyKind& kind, std::string_view text) {
   return makeReply(kind, Bytes(text.begin(), text.end()));
 }
 
+void writeScanDataHeader(std::uint8_t* to, std::size_t promised, std::uint64_t page, std::uint64_t block) {
+  std::copy(kScanData.letters.begin(), kScanData.letters.end(), to);
+  writeLittle16(to + kScanData.payloadLengthAt, std::min(promised, kLongestPayload));
+  to[kPageAt] = static_cast<std::uint8_t>(page & 0xFF);
+  writeLittle16(to + kBlockAt, static_cast<std::size_t>(block));
+}
+
 Bytes makeHeader(ByteView letters) {
   Bytes header(letters.begin(), letters.end());
   header.resize(kHeaderLength);

@@ -136,6 +136,8 @@ std::string_view nameOf(Command command);
 Bytes makeStatus(Status status, std::uint8_t detail = 0);
 Bytes makeReply(const ReplyKind& kind, ByteView payload = {});
 Bytes makeReply(const ReplyKind& kind, std::string_view text);
+// `promised` is the length of the payload, cut to what a header can say; of the numbers the low bits go.
+void writeScanDataHeader(std::uint8_t* to, std::size_t promised, std::uint64_t page, std::uint64_t block);
 // Four bytes and four zero bytes.
 Bytes makeHeader(ByteView letters);
 

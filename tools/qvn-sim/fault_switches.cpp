@@ -12,37 +12,46 @@ struct ReplyFaultName {
   std::string_view name;
   ReplyFault fault;
   bool takesDelay;
-  bool strikesEsc;  // replies to ESC commands too
+  std::uint8_t targets;  // what it can strike, of Target
 };
 
 namespace {
 
+enum Target : std::uint8_t { kNpa = 1, kEsc = 2, kMethod = 4, kNotification = 8 };
+constexpr std::uint8_t kAnything = kNpa | kEsc | kMethod | kNotification;
+
 constexpr std::array kReplyFaults = {
-    ReplyFaultName{"delay-reply", ReplyFault::Delay, true, true},
-    ReplyFaultName{"late-reply", ReplyFault::Late, true, false},
-    ReplyFaultName{"drop-reply", ReplyFault::Drop, false, true},
-    ReplyFaultName{"corrupt-reply", ReplyFault::Corrupt, false, false},
-    ReplyFaultName{"misframe-reply", ReplyFault::Misframe, false, false},
-    ReplyFaultName{"double-reply", ReplyFault::Double, false, true},
-    ReplyFaultName{"reject", ReplyFault::Reject, false, false},
-    ReplyFaultName{"close-bidi", ReplyFault::Close, false, true},
+    ReplyFaultName{"delay-reply", ReplyFault::Delay, true, kAnything},
+    ReplyFaultName{"late-reply", ReplyFault::Late, true, kNpa | kMethod | kNotification},
+    ReplyFaultName{"drop-reply", ReplyFault::Drop, false, kAnything},
+    ReplyFaultName{"corrupt-reply", ReplyFault::Corrupt, false, kNpa | kMethod | kNotification},
+    ReplyFaultName{"misframe-reply", ReplyFault::Misframe, false, kNpa | kMethod},
+    ReplyFaultName{"double-reply", ReplyFault::Double, false, kAnything},
+    ReplyFaultName{"oversize-reply", ReplyFault::Oversize, false, kMethod | kNotification},
+    ReplyFaultName{"wrong-id", ReplyFault::WrongId, false, kMethod},
+    ReplyFaultName{"reject", ReplyFault::Reject, false, kNpa | kMethod},
+    ReplyFaultName{"close-bidi", ReplyFault::Close, false, kNpa | kEsc | kMethod},
 };
 
-struct PageFaultName {
+struct ScanFaultName {
   std::string_view name;
-  PageFault fault;
+  ScanFault fault;
   const char* value;  // what its number is; none when it has none
 };
 
-constexpr std::array kPageFaults = {
-    PageFaultName{"status-early", PageFault::StatusEarly, "a number of bytes"},
-    PageFaultName{"status-late", PageFault::StatusLate, "milliseconds"},
-    PageFaultName{"status-twice", PageFault::StatusTwice, nullptr},
-    PageFaultName{"status-never", PageFault::StatusNever, nullptr},
-    PageFaultName{"wrong-length", PageFault::WrongLength, "the number of a block"},
-    PageFaultName{"stop-page", PageFault::StopPage, "a number of bytes"},
-    PageFaultName{"close-mid-page", PageFault::CloseMidPage, "a number of bytes"},
-    PageFaultName{"ignore-abort", PageFault::IgnoreAbort, nullptr},
+constexpr std::array kScanFaults = {
+    ScanFaultName{"status-early", ScanFault::StatusEarly, "a number of bytes"},
+    ScanFaultName{"status-late", ScanFault::StatusLate, "milliseconds"},
+    ScanFaultName{"status-twice", ScanFault::StatusTwice, nullptr},
+    ScanFaultName{"status-never", ScanFault::StatusNever, nullptr},
+    ScanFaultName{"wrong-length", ScanFault::WrongLength, "the number of a block"},
+    ScanFaultName{"stop-page", ScanFault::StopPage, "a number of bytes"},
+    ScanFaultName{"close-mid-page", ScanFault::CloseMidPage, "a number of bytes"},
+    ScanFaultName{"read-error", ScanFault::ReadError, "the number of blocks before it"},
+    ScanFaultName{"no-data", ScanFault::NoData, nullptr},
+    ScanFaultName{"ignore-abort", ScanFault::IgnoreAbort, nullptr},
+    ScanFaultName{"host-mode-fail", ScanFault::HostModeFail, nullptr},
+    ScanFaultName{"host-mode-stay", ScanFault::HostModeStay, nullptr},
 };
 
 // Of bytes, milliseconds or blocks: no page has more, and sums with it do not overflow.
@@ -125,14 +134,14 @@ void FaultSwitches::add(std::string_view text) {
   const std::string_view name = fault.name();
   if (const ReplyFaultName* reply = findNamed(kReplyFaults, name)) {
     entries_.push_back(takeEntry(fault, *reply));
-  } else if (const PageFaultName* page = findNamed(kPageFaults, name)) {
+  } else if (const ScanFaultName* page = findNamed(kScanFaults, name)) {
     std::uint64_t value = 0;
     if (page->value == nullptr) {
       fault.expectNoEquals();
     } else {
       value = fault.takeNumber<std::uint64_t>(page->value, kLargestValue);
     }
-    pageFaults_.insert_or_assign(page->fault, Limited{value, fault.takeTimes()});
+    scanFaults_.insert_or_assign(page->fault, Limited{value, fault.takeTimes()});
   } else if (name == "busy" || name == "never-finish") {
     fault.expectNoEquals();
     fault.expectEnd();
@@ -161,11 +170,22 @@ FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName&
   }
   if (!fault.isAtEnd()) {
     const std::string_view command = fault.takeWord();
+    const auto expectTarget = [&](Target target, const char* what) {
+      if ((known.targets & target) == 0) fault.complain(std::string("is no fault of ") + what);
+    };
     if (const auto ofNpa = npa::commandNamed(command)) {
+      expectTarget(kNpa, "replies to NPA commands");
       entry.command = npa::nameOf(*ofNpa);
     } else if (const auto ofEsc = esc::commandNamed(command)) {
-      if (!known.strikesEsc) fault.complain("is no fault of replies to ESC commands");
+      expectTarget(kEsc, "replies to ESC commands");
       entry.command = esc::nameOf(*ofEsc);
+    } else if (const documents::Entry* document = documents::entryNamed(command)) {
+      if (document->isNotification) {
+        expectTarget(kNotification, "notifications");
+      } else {
+        expectTarget(kMethod, "replies to methods");
+      }
+      entry.command = document->name;
     } else if (command != "any") {
       fault.complain("unknown command name");
     }
@@ -176,14 +196,20 @@ FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName&
 
 std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
                                                                std::optional<npa::Command> command) {
-  return strike(fault, command ? npa::nameOf(*command) : std::string_view());
+  return strikeNamed(fault, command ? npa::nameOf(*command) : std::string_view());
 }
 
 std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault, esc::Command command) {
-  return strike(fault, esc::nameOf(command));
+  return strikeNamed(fault, esc::nameOf(command));
 }
 
-std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault, std::string_view command) {
+std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
+                                                               const documents::Entry& document) {
+  return strikeNamed(fault, document.name);
+}
+
+std::optional<std::chrono::milliseconds> FaultSwitches::strikeNamed(ReplyFault fault,
+                                                                    std::string_view command) {
   for (Entry& entry : entries_) {
     if (entry.fault != fault || (entry.command && entry.command != command) || !entry.times.areLeft())
       continue;
@@ -193,15 +219,15 @@ std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
   return std::nullopt;
 }
 
-std::optional<std::uint64_t> FaultSwitches::valueOf(PageFault fault) const {
-  const auto found = pageFaults_.find(fault);
-  if (found == pageFaults_.end() || !found->second.times.areLeft()) return std::nullopt;
+std::optional<std::uint64_t> FaultSwitches::valueOf(ScanFault fault) const {
+  const auto found = scanFaults_.find(fault);
+  if (found == scanFaults_.end() || !found->second.times.areLeft()) return std::nullopt;
   return found->second.value;
 }
 
-std::optional<std::uint64_t> FaultSwitches::strike(PageFault fault) {
+std::optional<std::uint64_t> FaultSwitches::strike(ScanFault fault) {
   const auto value = valueOf(fault);
-  if (value) pageFaults_.at(fault).times.countDown();
+  if (value) scanFaults_.at(fault).times.countDown();
   return value;
 }
 

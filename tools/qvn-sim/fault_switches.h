@@ -9,25 +9,28 @@
 #include <string_view>
 #include <vector>
 
+#include "documents.h"
 #include "esc_commands.h"
 #include "npa_packets.h"
 
 namespace sim {
 
-// What can go wrong with the answer to a command.
+// What can go wrong with the answer to a command, and with a notification.
 enum class ReplyFault : std::uint8_t {
   Delay,     // later answers wait behind this one
   Late,      // later answers overtake this one
   Drop,      // no answer
-  Corrupt,   // everything after the flags inverted
+  Corrupt,   // everything after the flags inverted; a document is no XML
   Misframe,  // the length field counts 256 bytes too many
   Double,    // answered twice
-  Reject,    // answered with the reject flag; the command is not carried out
+  Reject,    // answered with the reject flag or an exception; the command is not carried out
   Close,     // the connection is closed instead
+  WrongId,   // a document with the id of another request
+  Oversize,  // a document longer than any may be
 };
 
-// What can go wrong with a page that is sent, and the number that the fault has.
-enum class PageFault : std::uint8_t {
+// What can go wrong with a scan, and the number that the fault has.
+enum class ScanFault : std::uint8_t {
   StatusEarly,   // bytes of the page
   StatusLate,    // milliseconds
   StatusTwice,   // -
@@ -35,7 +38,11 @@ enum class PageFault : std::uint8_t {
   WrongLength,   // the block's number
   StopPage,      // bytes of the page
   CloseMidPage,  // bytes of the page
+  ReadError,     // the number of blocks before it
+  NoData,        // -
   IgnoreAbort,   // -
+  HostModeFail,  // -
+  HostModeStay,  // -
 };
 
 struct ReplyFaultName;
@@ -51,10 +58,11 @@ class FaultSwitches {
   // that is no known command meets only the faults of any command.
   std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::optional<npa::Command> command);
   std::optional<std::chrono::milliseconds> strike(ReplyFault fault, esc::Command command);
+  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, const documents::Entry& document);
 
   // The number of the fault when the device has it; 0 for one without. `strike` counts down a limited one.
-  std::optional<std::uint64_t> valueOf(PageFault fault) const;
-  std::optional<std::uint64_t> strike(PageFault fault);
+  std::optional<std::uint64_t> valueOf(ScanFault fault) const;
+  std::optional<std::uint64_t> strike(ScanFault fault);
 
   bool busy() const { return busy_; }
   bool neverFinish() const { return neverFinish_; }
@@ -93,10 +101,10 @@ class FaultSwitches {
   class Text;
 
   static Entry takeEntry(Text& fault, const ReplyFaultName& known);
-  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::string_view command);
+  std::optional<std::chrono::milliseconds> strikeNamed(ReplyFault fault, std::string_view command);
 
   std::vector<Entry> entries_;
-  std::map<PageFault, Limited> pageFaults_;
+  std::map<ScanFault, Limited> scanFaults_;
   std::optional<Limited> closeMidJob_;
   std::optional<std::uint64_t> printBytesPerSecond_;
   std::optional<std::uint64_t> scanBytesPerSecond_;

@@ -17,10 +17,13 @@
 #include "hid_port.h"
 #include "job_queue.h"
 #include "job_store.h"
+#include "object_port.h"
+#include "page_source.h"
 #include "page_store.h"
 #include "png_picture.h"
 #include "print_port.h"
 #include "printer.h"
+#include "scan_engine.h"
 #include "scan_port.h"
 #include "scanner.h"
 #include "script.h"
@@ -48,7 +51,7 @@ void simulate(sim::Options options) {
   const sim::Descriptor signals = stopSignals();
   sim::EventLoop loop;
   sim::Trace trace(options.trace);
-  sim::JobStore store(options.jobs, !options.discard);
+  sim::JobStore jobStore(options.jobs, !options.discard);
 
   // The ports and the printer know each other in a circle; the pointers close it.
   sim::PrintPort* printPort = nullptr;
@@ -56,7 +59,7 @@ void simulate(sim::Options options) {
   sim::Printer* statusOf = nullptr;
   const auto ending =
       options.identity.family == sim::kBpdPrinter ? sim::JobEnding::WithConnection : sim::JobEnding::AtMarker;
-  sim::JobQueue jobs(store, options.faults, ending, options.printTime, options.cancelRun,
+  sim::JobQueue jobs(jobStore, options.faults, ending, options.printTime, options.cancelRun,
                      {.onCancelSeen = [&] { bidiPort->alert(sim::Printer::cancelAcknowledge()); },
                       .onBegun = [&] { bidiPort->jobStatus(statusOf->setBusy(true)); },
                       .onEnded =
@@ -76,19 +79,28 @@ void simulate(sim::Options options) {
   statusOf = &printer;
 
   const std::unique_ptr<sim::Picture> picture = pictureFrom(options.page);
-  sim::PageStore pages(options.scans);
-  sim::Scanner scanner(options.identity.model, options.sheets, options.faults);
-  sim::ScanPort scan(loop, options.faults, scanner, *picture, pages, trace, options.blockSize);
+  sim::PageStore pageStore(options.scans);
+  sim::ScanEngine engine(options.sheets, options.faults);
+  sim::PageSource pages(*picture, pageStore, options.faults, options.blockSize);
+  sim::Scanner scanner(options.identity.model, engine, options.faults);
+  sim::ScanPort scan(loop, options.faults, scanner, engine, pages, trace);
+  sim::ObjectPort objects(loop, options.faults, engine, pages, trace, options.framesReplies);
   sim::HidPort hid(loop);
   if (options.hasScanner()) {
-    scan.listen(options.address, options.scanPort);
+    if (options.identity.family == sim::kBpdPrinter) {
+      objects.listen(options.address, options.scanPort);
+    } else {
+      scan.listen(options.address, options.scanPort);
+    }
     hid.listen(options.address, options.hidPort);
   }
 
-  const sim::TcpPorts ports{print.port(), bidi.port(), scan.port(), hid.port()};
+  const std::uint16_t scanPort = scan.port() != 0 ? scan.port() : objects.port();
+  const sim::TcpPorts ports{print.port(), bidi.port(), scanPort, hid.port()};
   const sim::DiscoveryPort discovery(loop, options.faults, options.identity, ports, options.address,
                                      options.discoveryPort);
-  sim::CommandInterpreter commands({loop, options.faults, printer, bidi, scanner, scan, hid});
+  sim::CommandInterpreter commands(
+      {loop, options.faults, printer, bidi, scanner, engine, objects, hid, options.hasScanner()});
   const sim::Console console(loop, commands, options.quitAtEndOfInput);
   sim::Script script(loop, commands, options.script);
   loop.watch(signals.get(), [&] { loop.stop(); });

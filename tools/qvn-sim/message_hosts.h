@@ -1,4 +1,5 @@
-// The hosts that are connected to a port, and the messages that each sends: NPA packets or ESC commands.
+// The hosts that are connected to a port, and the messages that each sends: NPA packets, ESC commands or
+// blocks.
 #pragma once
 
 #include <sys/socket.h>
@@ -10,7 +11,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "bytes.h"
@@ -18,7 +18,6 @@
 #include "event_loop.h"
 #include "sockets.h"
 #include "tcp_listener.h"
-#include "trace.h"
 
 namespace sim {
 
@@ -38,11 +37,8 @@ class MessageHosts {
     std::function<void(ConnectionId)> onClosing;
   };
 
-  // `port` is the port's name in the trace.
-  MessageHosts(EventLoop& loop, Trace& trace, std::string_view port, Handlers handlers)
+  MessageHosts(EventLoop& loop, Handlers handlers)
       : loop_(loop),
-        trace_(trace),
-        port_(port),
         handlers_(std::move(handlers)),
         listener_(loop, [this](Descriptor socket) { connected(std::move(socket)); }) {}
 
@@ -102,7 +98,6 @@ class MessageHosts {
         if (host->assembler.isPartial()) watchPartial(id);
         return;
       }
-      trace_.received(id, *message, port_);
       handlers_.onMessage(id, *message);
     }
   }
@@ -117,8 +112,6 @@ class MessageHosts {
   }
 
   EventLoop& loop_;
-  Trace& trace_;
-  const std::string_view port_;
   const Handlers handlers_;
   TcpListener listener_;
   ConnectionId lastId_ = 0;

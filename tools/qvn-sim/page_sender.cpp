@@ -21,7 +21,7 @@ EventLoop::Clock::duration timeFor(std::uint64_t bytes, std::uint64_t rate) {
 
 PageSender::PageSender(PageStream stream, FaultSwitches& faults)
     : stream_(std::move(stream)), faults_(faults) {
-  if (const auto block = faults_.strike(PageFault::WrongLength)) {
+  if (const auto block = faults_.strike(ScanFault::WrongLength)) {
     stream_.promiseTooMuch(*block, kPromisedTooMuch);
   }
 }
@@ -30,26 +30,37 @@ PageSender::Next PageSender::next() {
   bytes_ = stream_.pending();
   if (aborted_) return bytes_.empty() ? Next::Done : Next::Send;
   if (silent_) return Next::Silence;
+  if (stream_.sentBytes() == 0 && !hasNoData_ && faults_.strike(ScanFault::NoData)) {
+    hasNoData_ = true;
+    stream_.endAfterBlock();
+    return Next::ReadError;
+  }
 
   // How far it is to the place where a fault strikes; at the place it does.
   std::uint64_t limit = bytes_.size();
-  const auto strikesAt = [&](PageFault fault, std::uint64_t place) {
+  const auto strikesAt = [&](ScanFault fault, std::uint64_t place) {
     limit = std::min(limit, place - std::min(place, stream_.sentBytes()));
     return stream_.sentBytes() >= place && faults_.strike(fault).has_value();
   };
-  if (const auto payload = faults_.valueOf(PageFault::CloseMidPage)) {
-    if (strikesAt(PageFault::CloseMidPage, stream_.bytesFor(*payload))) return Next::Close;
+  if (const auto payload = faults_.valueOf(ScanFault::CloseMidPage)) {
+    if (strikesAt(ScanFault::CloseMidPage, stream_.bytesFor(*payload))) return Next::Close;
   }
-  if (const auto payload = faults_.valueOf(PageFault::StopPage)) {
-    if (strikesAt(PageFault::StopPage, stream_.bytesFor(*payload))) {
+  if (const auto payload = faults_.valueOf(ScanFault::StopPage)) {
+    if (strikesAt(ScanFault::StopPage, stream_.bytesFor(*payload))) {
       silent_ = true;
       return Next::Silence;
     }
   }
-  if (const auto payload = faults_.valueOf(PageFault::StatusEarly); payload && !hasToldStatus_) {
-    if (strikesAt(PageFault::StatusEarly, stream_.wholeBlocksFor(*payload))) {
+  if (const auto payload = faults_.valueOf(ScanFault::StatusEarly); payload && !hasToldStatus_) {
+    if (strikesAt(ScanFault::StatusEarly, stream_.wholeBlocksFor(*payload))) {
       hasToldStatus_ = true;
       return Next::Status;
+    }
+  }
+  if (const auto blocks = faults_.valueOf(ScanFault::ReadError); blocks && !hasToldReadError_) {
+    if (strikesAt(ScanFault::ReadError, stream_.bytesForBlocks(*blocks))) {
+      hasToldReadError_ = true;
+      return Next::ReadError;
     }
   }
   if (bytes_.empty()) return Next::Done;

@@ -10,12 +10,13 @@ namespace sim {
 class PageSender {
  public:
   enum class Next : std::uint8_t {
-    Send,     // send bytes()
-    Status,   // send the status of the page now, although it goes on
-    Wait,     // ask again in a moment
-    Silence,  // nothing comes any more
-    Close,    // reset the connection
-    Done,     // the page is over
+    Send,       // send bytes()
+    Status,     // send the status of the page now, although it goes on
+    ReadError,  // tell of a read that failed
+    Wait,       // ask again in a moment
+    Silence,    // nothing comes any more
+    Close,      // reset the connection
+    Done,       // the page is over
   };
 
   PageSender(PageStream stream, FaultSwitches& faults);
@@ -30,6 +31,8 @@ class PageSender {
   bool isAborted() const { return aborted_; }
 
   bool isBetweenBlocks() const { return stream_.isBetweenBlocks(); }
+  // Whether all of it is sent, once it is over.
+  bool isWhole() const { return !aborted_ && !hasNoData_; }
   // Whether Next::Status was given.
   bool hasToldStatus() const { return hasToldStatus_; }
 
@@ -42,6 +45,8 @@ class PageSender {
   bool aborted_ = false;
   bool silent_ = false;
   bool hasToldStatus_ = false;
+  bool hasToldReadError_ = false;
+  bool hasNoData_ = false;
   EventLoop::Clock::time_point paidUntil_ =
       EventLoop::Clock::now();  // what was sent, at a slow device's rate
 };

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "esc_commands.h"
-#include "little_endian.h"
-
 namespace sim {
 namespace {
 
@@ -14,12 +11,12 @@ constexpr std::size_t kBatch = std::size_t{256} << 10;
 
 }  // namespace
 
-PageStream::PageStream(Picture& picture, const ScanSettings& settings, std::uint8_t number,
-                       std::size_t blockSize, PageSinks sinks)
+PageStream::PageStream(Picture& picture, const ScanSettings& settings, std::size_t blockSize,
+                       BlockFormat format, PageSinks sinks)
     : renderer_(picture, settings),
-      number_(number),
       blockSize_(blockSize),
-      blockLength_(esc::kHeaderLength + blockSize),
+      format_(std::move(format)),
+      blockLength_(format_.headerLength + blockSize),
       payload_(std::uint64_t{settings.lines()} * settings.bytesPerLine()),
       sinks_(std::move(sinks)) {
   batch_.reserve(kBatch);
@@ -42,13 +39,8 @@ void PageStream::renderBatch() {
   offset_ = 0;
   for (std::uint8_t* to = batch_.data(); to != batch_.data() + batch_.size(); ++block_) {
     std::size_t missing = static_cast<std::size_t>(std::min<std::uint64_t>(payload_ - rendered_, blockSize_));
-    const std::size_t promised = missing + (block_ == promisingBlock_ ? excess_ : 0);
-    const Bytes header = esc::makeHeader(esc::kScanData.letters);
-    std::copy(header.begin(), header.end(), to);
-    writeLittle16(to + esc::kScanData.payloadLengthAt, std::min(promised, esc::kLongestPayload));
-    to[esc::kPageAt] = number_;
-    writeLittle16(to + esc::kBlockAt, static_cast<std::size_t>(block_));
-    to += esc::kHeaderLength;
+    format_.writeHeader(to, missing + (block_ == promisingBlock_ ? excess_ : 0), block_);
+    to += format_.headerLength;
     rendered_ += missing;
     while (missing > 0) {
       if (line_.empty()) {
@@ -68,7 +60,7 @@ void PageStream::sent(std::size_t count) {
   // A batch begins with a block.
   for (std::size_t begin = (offset_ + blockLength_ - 1) / blockLength_ * blockLength_; begin < end;
        begin += blockLength_) {
-    sinks_.onBlock(ByteView(batch_).subspan(begin, esc::kHeaderLength));
+    sinks_.onBlock(ByteView(batch_).subspan(begin, format_.headerLength));
   }
   offset_ = end;
   sent_ += count;
@@ -81,7 +73,7 @@ void PageStream::endAfterBlock() {
 }
 
 std::uint64_t PageStream::bytesFor(std::uint64_t payload) const {
-  return payload + (payload + blockSize_ - 1) / blockSize_ * esc::kHeaderLength;
+  return payload + (payload + blockSize_ - 1) / blockSize_ * format_.headerLength;
 }
 
 std::uint64_t PageStream::wholeBlocksFor(std::uint64_t payload) const {

@@ -10,6 +10,14 @@
 
 namespace sim {
 
+// How a family's device heads its scan data blocks.
+struct BlockFormat {
+  std::size_t headerLength;
+  // Writes the header of the block of that number, counted from 0 on. `promised` is the length of its
+  // payload, or a greater one by a fault.
+  std::function<void(std::uint8_t* to, std::size_t promised, std::uint64_t block)> writeHeader;
+};
+
 struct PageSinks {
   std::function<void(ByteView line)> onLine;     // each line, when it is rendered
   std::function<void(ByteView header)> onBlock;  // each block's header, when it is sent
@@ -17,8 +25,8 @@ struct PageSinks {
 
 class PageStream {
  public:
-  // `number` is the page's in the headers; a block's payload has at most `blockSize` bytes.
-  PageStream(Picture& picture, const ScanSettings& settings, std::uint8_t number, std::size_t blockSize,
+  // A block's payload has at most `blockSize` bytes.
+  PageStream(Picture& picture, const ScanSettings& settings, std::size_t blockSize, BlockFormat format,
              PageSinks sinks);
 
   // The block of that number promises `excess` bytes more than it has. For a block not rendered yet.
@@ -37,13 +45,14 @@ class PageStream {
   // How many bytes bring so much payload, and how many bring it in whole blocks.
   std::uint64_t bytesFor(std::uint64_t payload) const;
   std::uint64_t wholeBlocksFor(std::uint64_t payload) const;
+  std::uint64_t bytesForBlocks(std::uint64_t blocks) const { return wholeBlocksFor(blocks * blockSize_); }
 
  private:
   void renderBatch();
 
   PageRenderer renderer_;
-  const std::uint8_t number_;
   const std::size_t blockSize_;
+  const BlockFormat format_;
   const std::size_t blockLength_;
   const std::uint64_t payload_;
   const PageSinks sinks_;

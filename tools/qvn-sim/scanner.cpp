@@ -24,8 +24,8 @@ const char* nameOf(Enumerator value, const Names& names) {
 
 }  // namespace
 
-Scanner::Scanner(std::string model, std::uint32_t sheets, const FaultSwitches& faults)
-    : model_(std::move(model)), sheets_(sheets), faults_(faults) {}
+Scanner::Scanner(std::string model, ScanEngine& engine, const FaultSwitches& faults)
+    : model_(std::move(model)), engine_(engine), faults_(faults) {}
 
 std::optional<Bytes> Scanner::answer(ConnectionId host, Command command, ByteView bytes) {
   ScanSettings& settings = hosts_[host];
@@ -41,11 +41,9 @@ std::optional<Bytes> Scanner::answer(ConnectionId host, Command command, ByteVie
     case Command::FeederStatus:
       return esc::makeStatus(Status::Good, sheetCount());
     case Command::ScanLock:
-      if (faults_.busy() || isHeldFrom(host, scanLockedBy_)) return esc::makeStatus(Status::Busy);
-      scanLockedBy_ = host;
-      return esc::makeStatus(Status::Good);
+      return esc::makeStatus(engine_.lock(host) ? Status::Good : Status::Busy);
     case Command::ScanUnlock:
-      if (scanLockedBy_ == host) scanLockedBy_.reset();
+      engine_.unlock(host);
       return esc::makeStatus(Status::Good);
     case Command::CopyLock:
       if (faults_.busy() || (copyLockedBy_ && copyLockedBy_ != host)) return esc::makeStatus(Status::Busy);
@@ -88,7 +86,7 @@ std::optional<Bytes> Scanner::answer(ConnectionId host, Command command, ByteVie
       return esc::makeHeader(bytes.first(4));
     case Command::ScanStatus: {
       Bytes reply = esc::makeHeader(bytes.first(4));
-      reply[esc::kStateAt] = sendingTo_ ? 1 : 0;
+      reply[esc::kStateAt] = engine_.isSending() ? 1 : 0;
       return reply;
     }
     case Command::Other:
@@ -102,34 +100,30 @@ std::optional<Bytes> Scanner::answer(ConnectionId host, Command command, ByteVie
 }
 
 Status Scanner::beginPage(ConnectionId host) {
-  const ScanSettings& settings = hosts_[host];
-  if (sendingTo_ || isHeldFrom(host, scanLockedBy_)) return Status::Busy;
-  if (!settings.isPossible()) return Status::BadParameter;
-  if (settings.origin == PageOrigin::Feeder) {
-    if (sheets_ == 0) return Status::FeederEmpty;
-    --sheets_;
+  switch (engine_.beginPage(host, hosts_[host])) {
+    case ScanEngine::Start::Good:
+      return Status::Good;
+    case ScanEngine::Start::Busy:
+      return Status::Busy;
+    case ScanEngine::Start::Impossible:
+      return Status::BadParameter;
+    case ScanEngine::Start::FeederEmpty:
+      break;
   }
-  sendingTo_ = host;
-  ++pageNumber_;
-  return Status::Good;
+  return Status::FeederEmpty;
 }
 
 Bytes Scanner::endOfPageStatus() const { return esc::makeStatus(Status::Good, sheetCount()); }
 
 void Scanner::connectionClosed(ConnectionId host) {
   hosts_.erase(host);
-  for (auto* held : {&scanLockedBy_, &copyLockedBy_, &sendingTo_}) {
-    if (*held == host) held->reset();
-  }
+  if (copyLockedBy_ == host) copyLockedBy_.reset();
+  engine_.connectionClosed(host);
 }
 
 void Scanner::reset() {
-  scanLockedBy_.reset();
   copyLockedBy_.reset();
-}
-
-bool Scanner::isHeldFrom(ConnectionId host, std::optional<ConnectionId> lockedBy) const {
-  return (lockedBy && lockedBy != host) || (sendingTo_ && sendingTo_ != host);
+  engine_.reset();
 }
 
 Status Scanner::set(ScanSettings& settings, Command command, ByteView bytes) const {
@@ -198,11 +192,11 @@ std::string Scanner::parametersText(const ScanSettings& settings) const {
          "\ndpi=" + std::to_string(settings.dpi) + "\nmode=" + nameOf(settings.format, kFormatNames) +
          "\nleft=" + std::to_string(settings.left) + "\ntop=" + std::to_string(settings.top) +
          "\nwidth=" + std::to_string(settings.width) + "\nheight=" + std::to_string(settings.height) +
-         "\nsheets=" + std::to_string(sheets_) + "\n";
+         "\nsheets=" + std::to_string(engine_.sheets()) + "\n";
 }
 
 std::uint8_t Scanner::sheetCount() const {
-  return static_cast<std::uint8_t>(std::min<std::uint32_t>(sheets_, 255));
+  return static_cast<std::uint8_t>(std::min<std::uint32_t>(engine_.sheets(), 255));
 }
 
 }  // namespace sim

@@ -1,6 +1,9 @@
 // What cutting a byte stream into messages has in common, whatever the messages are.
 #pragma once
 
+#include <cstddef>
+#include <optional>
+
 #include "bytes.h"
 
 namespace sim {
@@ -18,6 +21,15 @@ class StreamAssembler {
   }
 
  protected:
+  // The next `length` bytes, once they are all there.
+  std::optional<Bytes> take(std::size_t length) {
+    if (pending_.size() < length) return std::nullopt;
+    const auto end = pending_.begin() + static_cast<std::ptrdiff_t>(length);
+    Bytes message(pending_.begin(), end);
+    pending_.erase(pending_.begin(), end);
+    return message;
+  }
+
   Bytes pending_;
 };
 

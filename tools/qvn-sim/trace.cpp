@@ -1,5 +1,6 @@
 #include "trace.h"
 
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 
 namespace sim {
@@ -10,12 +11,13 @@ Trace::Trace(const std::filesystem::path& file) {
   if (!out_) throw std::runtime_error("cannot write " + file.string());
 }
 
-void Trace::write(std::uint64_t connection, const char* direction, ByteView packet, std::string_view port) {
-  if (!out_.is_open()) return;
-  out_ << '{';
-  if (!port.empty()) out_ << "\"port\":\"" << port << "\",";
-  out_ << "\"connection\":" << connection << ",\"" << direction << "\":\"" << toHex(packet) << "\"}\n"
-       << std::flush;
+void Trace::write(std::uint64_t connection, const char* direction, std::string_view what,
+                  std::string_view port) {
+  nlohmann::ordered_json line;
+  if (!port.empty()) line["port"] = port;
+  line["connection"] = connection;
+  line[direction] = what;
+  out_ << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n' << std::flush;
 }
 
 }  // namespace sim

@@ -1,4 +1,5 @@
-// A log of every packet and ESC command, one line of JSON each, for whoever tests against the device.
+// A log of every packet, ESC command and document, one line of JSON each, for whoever tests against the
+// device.
 #pragma once
 
 #include <cstdint>
@@ -15,16 +16,23 @@ class Trace {
   // An empty path writes nothing.
   explicit Trace(const std::filesystem::path& file);
 
-  // The connections of each port have numbers of their own; the bidi port has no name.
+  // The connections of each port have numbers of their own; the bidi port has no name. Bytes are written in
+  // hexadecimal, texts as they are.
   void received(std::uint64_t connection, ByteView packet, std::string_view port = {}) {
-    write(connection, "received", packet, port);
+    if (out_.is_open()) write(connection, "received", toHex(packet), port);
   }
   void sent(std::uint64_t connection, ByteView packet, std::string_view port = {}) {
-    write(connection, "sent", packet, port);
+    if (out_.is_open()) write(connection, "sent", toHex(packet), port);
+  }
+  void receivedText(std::uint64_t connection, std::string_view text, std::string_view port) {
+    if (out_.is_open()) write(connection, "received", text, port);
+  }
+  void sentText(std::uint64_t connection, std::string_view text, std::string_view port) {
+    if (out_.is_open()) write(connection, "sent", text, port);
   }
 
  private:
-  void write(std::uint64_t connection, const char* direction, ByteView packet, std::string_view port);
+  void write(std::uint64_t connection, const char* direction, std::string_view what, std::string_view port);
 
   std::ofstream out_;
 };
