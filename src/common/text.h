@@ -1,10 +1,12 @@
-// Comparing and cutting names and paths as the library does everywhere: bytes, ASCII case.
+// Names and other texts as the library takes them everywhere: bytes, ASCII case.
 #pragma once
 
 #include <algorithm>
 #include <cctype>
 #include <string>
 #include <string_view>
+
+#include "qvn/transport/data.h"
 
 namespace qvn {
 
@@ -19,6 +21,11 @@ inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() &&
          std::equal(a.begin(), a.end(), b.begin(),
                     [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+// The bytes of a buffer, which keeps them.
+inline std::string_view textOf(const Data& data) {
+  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
 }
 
 }  // namespace qvn

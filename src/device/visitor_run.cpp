@@ -28,4 +28,13 @@ std::uint32_t VisitorRun::run(Connectable& connection, Data* data) {
   });
 }
 
+void VisitorRun::cancel() {
+  if (visitor_ == nullptr) return;
+  try {
+    visitor_->cancel();
+  } catch (...) {
+    // Then it ends when its time-out does.
+  }
+}
+
 }  // namespace qvn

@@ -21,6 +21,9 @@ class VisitorRun {
   // result.
   std::uint32_t run(Connectable& connection, Data* data = nullptr);
 
+  // Any thread, before the run or during it: it is to end as soon as it can. Does not wait for that.
+  void cancel();
+
  private:
   Device& device_;
   VisitorManager& manager_;

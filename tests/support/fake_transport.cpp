@@ -84,10 +84,24 @@ struct FakeTransport::Visit : Visitor {
     } else if (name == visitor_name::kObjectStoreData) {
       transport.record("store " + on);
       exchange(transport);
+      if (transport.awaitsReplies && data_->getRc() == QRN_ERROR_TIMEOUT) waitForCancel();
     } else {
       transport.record("visit " + name + " " + on);
     }
     if (transport.onVisitor) result_ = transport.onVisitor(name, data_);
+  }
+
+  void cancel() override {
+    instance().record("cancel");
+    const std::lock_guard<std::mutex> lock(mutex);
+    cancelled = true;
+    changed.notify_all();
+  }
+
+  void waitForCancel() {
+    std::unique_lock<std::mutex> lock(mutex);
+    changed.wait(lock, [this] { return cancelled; });
+    result_ = 1236;
   }
 
   void exchange(FakeTransport& transport) {
@@ -101,6 +115,9 @@ struct FakeTransport::Visit : Visitor {
   }
 
   std::string name;
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool cancelled = false;
 };
 
 class FakeTransport::Connections : public ConnectionManager {

@@ -2,6 +2,8 @@
 // its devices do and reads back what the library asked of it.
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -34,6 +36,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   std::function<void(Data& data)> onWrite;
   std::function<std::optional<Data>(const Data& request)> onExchange;
   std::function<std::uint32_t(const std::string& visitor, Data* data)> onVisitor;
+  // An exchange to which there is no reply lasts until it is cancelled.
+  std::atomic<bool> awaitsReplies{false};
   // The devices that a discovery reports.
   std::function<std::vector<std::string>(const std::string& options)> onDiscover;
 

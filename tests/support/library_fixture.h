@@ -25,6 +25,7 @@ class LibraryTest : public testing::Test {
     fake.onExchange = nullptr;
     fake.onVisitor = nullptr;
     fake.onDiscover = nullptr;
+    fake.awaitsReplies = false;
   }
 
   void set(const std::string& setting, std::uint32_t value) {
