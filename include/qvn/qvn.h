@@ -117,7 +117,7 @@ typedef void (*QvnNotificationCallback)(uint32_t deviceHandle, uint32_t category
  * without a terminator. From Cpd scanners `data` is one whole ESC command: a block of scan data (1B 's' 'd',
  * the payload's length in bytes 3 and 4, low byte first, the payload from byte 8 on) or a status (1B 'S' 'S',
  * its code in byte 3: 0x0B when the connection to the device was lost, else the device's). The next data is
- * delivered when the callback has returned. The result is written to the log and has no other effect; return
+ * delivered when the callback has returned; the callbacks of all Bpd scanners wait for each other. The result is written to the log and has no other effect; return
  * 0.
  */
 typedef uint32_t (*QvnScanDataCallback)(uint32_t clientId, uint32_t job, uint32_t scannerHandle,
@@ -373,15 +373,19 @@ QVN_EXPORT uint32_t QvnDeleteScanner(uint32_t clientId, uint32_t handle);
 /*
  * Starts a scan job. Its data arrives at the callbacks registered with QvnRegisterForAsyncDataScanner.
  *   job  passed to the device's family unchanged and not dereferenced here; may be null.
- * Returns 0; 6; 1 not open or a scan runs; 1359 the device did not create or start the job; 1460 no answer
- * in time; else what the transport answers.
+ * A Bpd scanner's job is started in the background with the client's job parameters; when that fails the
+ * alert "Scanner.CommError" (0x4000) tells it, and the job must be ended all the same.
+ * Returns 0; 6; 1 not open, or a scan runs; 170 another job is active (Bpd); else what the transport answers.
  */
 QVN_EXPORT uint32_t QvnStartJobScanner(uint32_t clientId, uint32_t handle, void* job);
 
 /*
  * Ends the scan job. After a cancel it waits for the device's last status for up to the setting
- * ScanCancelWaitDuration (60 s).
- * Returns 0; 6; 1 no job to end; else what the device or its transport answers.
+ * ScanCancelWaitDuration (60 s). The job of a Bpd scanner is cancelled when it still runs, and its parameters
+ * are forgotten. A failure leaves a Bpd scanner's job to be ended again.
+ * Returns 0; 6; 1 no job to end; of Bpd scanners also 87 another client's job, 5 it is being ended already,
+ * 170 called from inside a scan data callback of a Bpd scanner, whose thread would have to deliver the
+ * device's answers; else what the device or its transport answers.
  */
 QVN_EXPORT uint32_t QvnEndJobScanner(uint32_t clientId, uint32_t handle);
 
@@ -420,7 +424,10 @@ QVN_EXPORT uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle
 /*
  * Sets a parameter of the client's next scan job, for example "Scan.Param.Resolution" to "300".
  *   key, value  required.
- * Returns 0; 6; 87; 1 not open or a scan runs; else what the device or its transport answers.
+ * A Bpd scanner's parameters are kept for the client, whatever scanner it uses, until its job ends.
+ * Returns 0; 6; 87; 1 not open or a scan runs; of Bpd scanners also 87 a key that cannot be an XML tag or a
+ * value with "<" or "&", 170 called from inside a scan data callback while the scanner is busy; else what the
+ * device or its transport answers.
  */
 QVN_EXPORT uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, const char* key,
                                            const char* value);
@@ -433,7 +440,8 @@ QVN_EXPORT uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, c
 QVN_EXPORT uint32_t QvnSetJobLongScanner(uint32_t clientId, uint32_t handle, const char* key, uint32_t value);
 
 /*
- * Registers the client for the scanner's data and alerts. The callback runs on the transport's thread.
+ * Registers the client for the scanner's data and alerts. The callback runs on the transport's thread; of a
+ * Bpd scanner that of an alert which the library raises itself may run on any thread, a client's included.
  *   mask      Bpd scanners: the kinds wanted, 0x1000 scan data, 0x2000 and 0x4000 alerts. Cpd scanners pass
  *             it to the callback unchanged.
  *   callback  not tested; used until the client unregisters.

@@ -19,6 +19,7 @@
 #include "hid/hid_report_manager.h"
 #include "printer/printer_object.h"
 #include "scanner/cpd_scanner_async_data_manager.h"
+#include "scanner/job_parameter_store.h"
 #include "scanner/scanner_object.h"
 #include "transport/transports.h"
 
@@ -68,6 +69,7 @@ void stopServices() {
 
   JobTracker::destroyInstance();
   CpdScannerAsyncDataManager::destroyInstance();
+  JobParameterStore::destroyInstance();
   HidReportManager::destroyInstance();
   HidNotificationManager::destroyInstance();
   DeviceFactories::destroyInstance();
@@ -92,7 +94,8 @@ System::System()
       cpdHidFactory_(true),
       bpdPrinterFactory_(true, [](const std::string& attributes) {
         DiscoveryManager::getInstance().discoverSpecific(attributes);
-      }) {}
+      }),
+      bpdScannerFactory_(true) {}
 
 System::~System() { stopServices(); }
 

@@ -3,9 +3,10 @@
 //
 // Birth: Localize, the logger, the stores, Transports, PrinterTable and ScannerTable, DiscoveryManager,
 // JobTracker, CpdScannerAsyncDataManager, DeviceFactories, the device factories. HidTable, the managers of
-// the HIDs and DeferredCalls are made on first use. Death: DeferredCalls, what the live devices' threads do,
-// JobTracker, CpdScannerAsyncDataManager, the managers of the HIDs, DeviceFactories, Transports (which
-// unloads the plug-ins), the tables, DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
+// the HIDs, JobParameterStore and DeferredCalls are made on first use. Death: DeferredCalls, what the live
+// devices' threads do, JobTracker, CpdScannerAsyncDataManager, JobParameterStore, the managers of the HIDs,
+// DeviceFactories, Transports (which unloads the plug-ins), the tables, DiscoveryManager, PersistenceStore,
+// the stores, the logger, Localize.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +19,7 @@
 #include "printer/bpd_printer_factory.h"
 #include "printer/cpd_printer_factory.h"
 #include "qvn/qvn.h"
+#include "scanner/bpd_scanner_factory.h"
 #include "scanner/cpd_scanner_factory.h"
 
 namespace qvn {
@@ -119,6 +121,7 @@ class System : public ProcessService<System> {
   CpdScannerFactory cpdScannerFactory_;
   CpdHidFactory cpdHidFactory_;
   BpdPrinterFactory bpdPrinterFactory_;
+  BpdScannerFactory bpdScannerFactory_;
 };
 
 }  // namespace qvn

@@ -12,6 +12,7 @@ namespace qvn {
 // The keys that settings lie under.
 namespace setting_key {
 inline constexpr char kSettings[] = "Settings\\";
+inline constexpr char kUsb1Settings[] = "Usb1\\Settings\\";
 inline constexpr char kLogger[] = "Logger";
 inline constexpr char kLocalTransports[] = "Transports\\Local";
 inline constexpr char kNetworkTransports[] = "Transports\\Network";

@@ -146,6 +146,14 @@ bool ManualClock::waitForWaiters(std::size_t count) {
   });
 }
 
+bool ManualClock::waitForWait(Milliseconds duration) {
+  std::unique_lock lock(mutex_);
+  return waitersChanged_.wait_for(lock, kRealPatience, [&] {
+    return std::any_of(waiters_.begin(), waiters_.end(),
+                       [&](const Waiter& w) { return !w.due && w.deadline == time_ + duration; });
+  });
+}
+
 std::vector<Milliseconds> ManualClock::sleeps() const {
   const std::lock_guard guard(mutex_);
   return sleeps_;

@@ -52,6 +52,10 @@ class ManualClock final : public platform::Clock {
   // has not happened within ten real seconds.
   [[nodiscard]] bool waitForWaiters(std::size_t count);
 
+  // Blocks until a thread waits for what it waits for no longer than so long from now; false when that has
+  // not happened within ten real seconds.
+  [[nodiscard]] bool waitForWait(platform::Milliseconds duration);
+
   // Sets the time of day; it moves on with the clock.
   void setNow(std::chrono::system_clock::time_point moment);
 

@@ -15,6 +15,9 @@ class CriticalSection {
   void enter() { mutex_.lock(); }
   void leave() { mutex_.unlock(); }
 
+  // False when another thread holds it.
+  [[nodiscard]] bool tryEnter() { return mutex_.try_lock(); }
+
  private:
   std::recursive_mutex mutex_;
 };

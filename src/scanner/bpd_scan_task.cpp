@@ -1,0 +1,30 @@
+#include "scanner/bpd_scan_task.h"
+
+#include "bidi/element.h"
+#include "bidi/received_message.h"
+#include "bidi/store_messages.h"
+#include "common/exception.h"
+#include "scanner/bpd_scanner.h"
+#include "scanner/scan_block.h"
+
+namespace qvn {
+
+std::uint32_t BpdScanTask::leaveHostMode() {
+  return scanner_.objectStore().exchange(callMethod(scan_object::kSystem, "exitHostUSBSendMode", nullptr));
+}
+
+void BpdScanTask::doUpdate(Data& data) {
+  const ScanBlock block = readScanBlock(data);
+  if (block.kind != ScanBlock::Kind::Document || classifyMessage(block.text).type != MessageType::Method) {
+    return;
+  }
+  const StoreNotification notification = readNotification(block.text);
+  if (notification.observer != scan_object::kSystemObserver || notification.data == nullptr) return;
+  try {
+    takeSystemUpdate(notification.data->stringValue());
+  } catch (const Win32Exception&) {
+    // No text.
+  }
+}
+
+}  // namespace qvn
