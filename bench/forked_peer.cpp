@@ -71,4 +71,14 @@ void serveConnections(int listener, int control,
   }
 }
 
+void sendAll(int connection, const void* bytes, std::size_t size) {
+  const auto* at = static_cast<const char*>(bytes);
+  while (size > 0) {
+    const ssize_t sent = send(connection, at, size, MSG_NOSIGNAL);
+    if (sent <= 0) return;
+    at += sent;
+    size -= static_cast<std::size_t>(sent);
+  }
+}
+
 }  // namespace qvn::bench

@@ -45,4 +45,7 @@ void serveConnections(int listener, int control,
                       const std::function<bool(const std::vector<int>&)>& onControl,
                       const std::function<bool(int)>& onConnection);
 
+// Sends all of it, unless the other side has gone.
+void sendAll(int connection, const void* bytes, std::size_t size);
+
 }  // namespace qvn::bench

@@ -86,6 +86,14 @@ void Installation::storeHid(std::uint32_t handle, std::uint16_t hidPort) const {
   store(openKey("HidStore"), handle, deviceText("CpdHid", handle, hidPort));
 }
 
+void Installation::storeBpdScanner(std::uint32_t handle, std::uint16_t scanPort) const {
+  store(openKey("ScannerStore"), handle, bpdScannerText(handle, scanPort));
+}
+
+std::string Installation::bpdScannerText(std::uint32_t handle, std::uint16_t scanPort) {
+  return deviceText("BpdScanner", handle, scanPort);
+}
+
 void Installation::storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const {
   const registry::Key printers = openKey("PrinterStore");
   require(registry::transaction([&] {

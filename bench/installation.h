@@ -26,6 +26,8 @@ class Installation {
   // Stores a scanner or a HID that is reached at that loopback port.
   void storeScanner(std::uint32_t handle, std::uint16_t scanPort) const;
   void storeHid(std::uint32_t handle, std::uint16_t hidPort) const;
+  void storeBpdScanner(std::uint32_t handle, std::uint16_t scanPort) const;
+  static std::string bpdScannerText(std::uint32_t handle, std::uint16_t scanPort);
   // Stores printers that are never opened, with attribute texts of that many bytes and handles from `first`
   // on.
   void storePrinters(std::uint32_t first, std::uint32_t count, std::size_t textSize) const;

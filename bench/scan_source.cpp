@@ -13,15 +13,6 @@ constexpr std::size_t kHeader = 8;
 // Sent at once; small enough for the processor's caches, as what a scanner has just read is.
 constexpr std::uint64_t kBlocksAtOnce = 8;
 
-void sendAll(int connection, const std::uint8_t* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t sent = send(connection, bytes, size, MSG_NOSIGNAL);
-    if (sent <= 0) return;
-    bytes += sent;
-    size -= static_cast<std::size_t>(sent);
-  }
-}
-
 std::vector<std::uint8_t> makeBlocks(std::uint64_t count, std::uint64_t payload) {
   const std::uint64_t size = kHeader + payload;
   std::vector<std::uint8_t> blocks(count * size, 0x5A);

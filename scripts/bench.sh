@@ -10,6 +10,7 @@ build=$1
 rm -f "$build/bench.json"
 {
   "$build/bench/qvn_bench_pairs" "$build/bench.json"
+  "$build/bench/QR__bench_store" "$build/bench.json"
   "$build/bench/qvn_bench_spooler" "$build/bench.json"
   "$build/bench/qvn_bench_scan_command" "$build/bench.json"
   "$build/bench/qvn_bench_growth" "$build/bench.json"
