@@ -1,7 +1,7 @@
 # bash completion for qvn(1) and qvn-sim(1). Words that depend on the machine are asked of qvn, which reads them
 # from the registry without talking to a device.
 
-_qvn_verbs="install uninstall transport device discover print status cache watch npa scan esc hid get set host monitor
+_qvn_verbs="install uninstall transport device discover print status cache watch npa scan esc hid store get set host monitor
   settings registry log"
 
 # The words after a verb that has verbs of its own.
@@ -13,6 +13,7 @@ _qvn_subverbs() {
     host) echo "get set" ;;
     monitor) echo "add" ;;
     hid) echo "watch" ;;
+    store) echo "call watch" ;;
     registry) echo "export import" ;;
     log) echo "on off show follow path" ;;
   esac
@@ -32,6 +33,8 @@ _qvn_options() {
     watch) echo "--device --count --json --raw" ;;
     scan) echo "--output --device --dpi --mode --area --source --pages --timeout --json" ;;
     "hid watch") echo "--device --count --json" ;;
+    "store call") echo "--device" ;;
+    "store watch") echo "--device --count" ;;
     get) echo "--device --kind --json" ;;
     set) echo "--device" ;;
     "registry export") echo "--key" ;;
@@ -52,7 +55,7 @@ _qvn_listed() {
 # The kind of device that a verb takes.
 _qvn_kind() {
   case $1 in
-    scan | esc) echo scanner ;;
+    scan | esc | store) echo scanner ;;
     hid) echo hid ;;
     *) echo printer ;;
   esac
@@ -113,7 +116,7 @@ _qvn() {
       fi
       case $path in
         "") _qvn_words "$_qvn_verbs" ;;
-        transport | device | settings | host | monitor | hid | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
+        transport | device | settings | host | monitor | hid | store | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
         "transport remove") _qvn_offer "$cur" < <(_qvn_listed name transport list) ;;
         "device show" | "device remove") _qvn_offer "$cur" < <(_qvn_listed handle device list) ;;
         "host get" | "host set") [[ $previous == [gs]et ]] && _qvn_words "PcName PinNumber CodePage" ;;

@@ -22,6 +22,7 @@ void addNpaCommand(CLI::App& app);
 void addScanCommand(CLI::App& app);
 void addEscCommand(CLI::App& app);
 void addHidCommand(CLI::App& app);
+void addStoreCommand(CLI::App& app);
 void addAttributeCommands(CLI::App& app);
 void addSettingsCommand(CLI::App& app);
 void addRegistryCommand(CLI::App& app);

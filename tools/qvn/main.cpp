@@ -53,6 +53,7 @@ int run(int argc, char** argv) {
   qvn::cli::addScanCommand(app);
   qvn::cli::addEscCommand(app);
   qvn::cli::addHidCommand(app);
+  qvn::cli::addStoreCommand(app);
   qvn::cli::addAttributeCommands(app);
   qvn::cli::addHostCommand(app);
   qvn::cli::addMonitorCommand(app);

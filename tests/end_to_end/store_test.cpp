@@ -1,0 +1,77 @@
+// What qvn store says to the objects in a simulated Bpd scanner, and hears from them.
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <nlohmann/json.hpp>
+
+#include "end_to_end/scan_station.h"
+
+namespace qvn::test {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class StoreCommand : public ScanStation {
+ protected:
+  void SetUp() override { start({"--family", "BpdPrinter"}); }
+};
+
+TEST_F(StoreCommand, CallsMethodsAndPrintsTheirResults) {
+  EXPECT_EQ(ok({"store", "call", "system", "exitHostUSBSendMode"}), "0\n");
+  EXPECT_EQ(
+      ok({"store", "call", "system", "enterHostUSBSendMode", R"({"scanParameters": {"darkness": -1}})"}),
+      "0\n");
+}
+
+TEST_F(StoreCommand, SaysWhatIsWrong) {
+  const struct {
+    std::vector<std::string> words;
+    int exitCode;
+    const char* error;
+  } rows[] = {
+      {{"call", "system", "nothing"}, 1, "exception"},
+      {{"call", "jobFactory", "create", R"(["HostSendJob", {}])"}, 1, "exception"},
+      {{"call", "a<b", "start"}, 2, "markup"},
+      {{"call", "system", "a&b"}, 2, "markup"},
+      {{"call", "system", "x", R"([{"a": "</ListElem>"}])"}, 2, "markup"},
+      {{"call", "system", "x", R"([2147483648])"}, 2, "32 bits"},
+      {{"call", "system", "x", "["}, 2, "no JSON"},
+      {{"call", "system", "x", std::string(200, '[') + std::string(200, ']')}, 2, "too deep"},
+      {{"watch", "system"}, 2, "belong together"},
+      {{"watch", "system", "nothing"}, 1, "no event"},
+      {{"call", "system", "x", "--device", "40399"}, 1, "40399"},
+  };
+  for (const auto& row : rows) {
+    std::vector<std::string> words = row.words;
+    words.insert(words.begin(), "store");
+    const Result result = qvn(words);
+    EXPECT_EQ(result.exitCode, row.exitCode) << testing::PrintToString(words) << result.errors;
+    EXPECT_THAT(result.errors, HasSubstr(row.error));
+  }
+}
+
+TEST_F(StoreCommand, ShowsWhatTheDeviceTellsUntilCtrlC) {
+  Child watch({QVN_COMMAND, "store", "watch", "system", "systemUpdate"});
+  EXPECT_EQ(watch.readErrorLine(), "watching scanner 40401");
+  EXPECT_EQ(ok({"store", "call", "system", "enterHostUSBSendMode", "{}"}), "0\n");
+  const json entered = json::parse(watch.readLine().value_or("null"));
+  EXPECT_EQ(entered.value("event", ""), "systemUpdate");
+  EXPECT_EQ(entered.value("data", ""), "Enter HostSend OK");
+  device().command("block 3C52696E673E");
+  const json block = json::parse(watch.readLine().value_or("null"));
+  EXPECT_EQ(block.value("block", ""), "Ring");
+  watch.signal(SIGINT);
+  EXPECT_EQ(watch.wait(), 130);
+}
+
+TEST_F(StoreCommand, AnOtherScannerHasNoObjects) {
+  start();
+  const Result result = qvn({"store", "call", "system", "x"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("no Bpd scanner"));
+}
+
+}  // namespace
+}  // namespace qvn::test
