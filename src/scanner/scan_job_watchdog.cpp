@@ -80,6 +80,11 @@ void ScanJobWatchdog::waitForEnd() {
 }
 
 std::uint32_t ScanJobWatchdog::run() {
+  // Also when the scanner throws: the next job is to be watched over again.
+  const struct Running {
+    std::atomic<bool>& flag;
+    ~Running() { flag = false; }
+  } running{running_};
   platform::Milliseconds wait = multiplied(kFirstWait);
   while (!stop_) {
     if (!event_.wait(wait)) {
@@ -88,7 +93,6 @@ std::uint32_t ScanJobWatchdog::run() {
     }
     if (!stop_) wait = nextWait();
   }
-  running_ = false;
   return QRN_ERROR_SUCCESS;
 }
 
