@@ -9,8 +9,8 @@
 #include "progress_bar.h"
 #include "scan/capabilities.h"
 #include "scan/error.h"
+#include "scan/esc_page.h"
 #include "scan/esc_requests.h"
-#include "scan/page.h"
 #include "scan_area.h"
 #include "text_values.h"
 
@@ -153,7 +153,7 @@ Command block(unsigned page, unsigned number, std::size_t length) {
 }
 Command status(std::uint8_t code) { return {0x1B, 'S', 'S', code, 0, 0, 0, 0}; }
 
-TEST(PageAssembler, TakesAPageAndNothingElse) {
+TEST(EscPageAssembler, TakesAPageAndNothingElse) {
   const struct {
     const char* name;
     std::vector<Command> commands;
@@ -188,7 +188,7 @@ TEST(PageAssembler, TakesAPageAndNothingElse) {
   };
   for (const auto& [name, commands, problem, sentence] : cases) {
     SCOPED_TRACE(name);
-    PageAssembler page(100);
+    EscPageAssembler page(100);
     std::size_t taken = 0;
     const auto failure = failureOf([&, &all = commands] {
       for (const Command& command : all) taken += page.take(command).size();
@@ -200,8 +200,8 @@ TEST(PageAssembler, TakesAPageAndNothingElse) {
   }
 }
 
-TEST(PageAssembler, CountsBlocksAnewAfter65536) {
-  PageAssembler page(0x10002);
+TEST(EscPageAssembler, CountsBlocksAnewAfter65536) {
+  EscPageAssembler page(0x10002);
   for (unsigned number = 0; number < 0x10002; ++number) {
     ASSERT_EQ(page.take(block(1, number & 0xFFFF, 1)).size(), 1u) << number;
   }
@@ -213,14 +213,15 @@ TEST(PageAssembler, CountsBlocksAnewAfter65536) {
 constexpr std::size_t kBlocks = 100;
 constexpr std::size_t kBlockLength = 32768;
 
-void deliverAll(Page& page) {
-  for (unsigned number = 0; number < kBlocks; ++number) page.deliver(block(1, number, kBlockLength));
-  page.deliver(status(0));
+void deliverAll(EscPage& page) {
+  for (unsigned number = 0; number < kBlocks; ++number)
+    page.receive(kScanData, block(1, number, kBlockLength));
+  page.receive(kScanData, status(0));
 }
 
-TEST(Page, ReachesItsReaderWhole) {
+TEST(EscPage, ReachesItsReaderWhole) {
   const CancelSignal cancel;
-  Page page(kBlocks * kBlockLength, cancel);
+  EscPage page(kBlocks * kBlockLength, cancel);
   std::thread device([&] { deliverAll(page); });
   std::vector<std::uint8_t> read(kBlocks * kBlockLength + 1);
   std::size_t at = 0;
@@ -239,10 +240,10 @@ TEST(Page, ReachesItsReaderWhole) {
 }
 
 // The device's thread is in the middle of the page when nobody reads on.
-TEST(Page, LetsTheDeviceGoOnWhenTheReaderLeavesOrCancels) {
+TEST(EscPage, LetsTheDeviceGoOnWhenTheReaderLeavesOrCancels) {
   for (const bool cancelled : {true, false}) {
     CancelSignal cancel;
-    Page page(kBlocks * kBlockLength, cancel);
+    EscPage page(kBlocks * kBlockLength, cancel);
     std::thread device([&] { deliverAll(page); });
     ASSERT_TRUE(page.pipe().wait(std::chrono::seconds(30)));
     if (cancelled) {
@@ -256,13 +257,13 @@ TEST(Page, LetsTheDeviceGoOnWhenTheReaderLeavesOrCancels) {
   }
 }
 
-TEST(Page, EndsWithTheFirstErrorAndDropsTheRest) {
+TEST(EscPage, EndsWithTheFirstErrorAndDropsTheRest) {
   const CancelSignal cancel;
-  Page page(100, cancel);
-  page.deliver(block(1, 0, 10));
-  page.deliver(block(1, 5, 10));
-  page.deliver(block(1, 1, 10));
-  page.deliver(status(5));
+  EscPage page(100, cancel);
+  page.receive(kScanData, block(1, 0, 10));
+  page.receive(kScanData, block(1, 5, 10));
+  page.receive(kScanData, block(1, 1, 10));
+  page.receive(kScanData, status(5));
   std::array<std::uint8_t, 100> read{};
   EXPECT_EQ(page.pipe().take(read).count, 10u);
   EXPECT_EQ(page.pipe().take(read).state, PagePipe::State::End);
@@ -272,7 +273,7 @@ TEST(Page, EndsWithTheFirstErrorAndDropsTheRest) {
 
 TEST(CancelSignal, IsReadableAsLongAsItIsRaised) {
   CancelSignal cancel;
-  Page page(100, cancel);
+  EscPage page(100, cancel);
   EXPECT_FALSE(page.pipe().wait(std::chrono::milliseconds(0)));
   cancel.raise();
   cancel.raise();

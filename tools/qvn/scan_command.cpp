@@ -15,8 +15,7 @@
 #include "output_file.h"
 #include "page_files.h"
 #include "progress_bar.h"
-#include "qvn/transport/attributes.h"
-#include "scan/scanner.h"
+#include "scan/scanner_families.h"
 #include "scan_area.h"
 #include "text_values.h"
 
@@ -143,22 +142,22 @@ bool startPage(scan::Scanner& scanner, unsigned page) {
 }
 
 void scanPages(const Device& device, const Options& options, const Wanted& wanted) {
-  scan::Scanner scanner(device.handle, std::chrono::seconds(options.timeout));
-  const OnInterrupt canceller([&] { scanner.cancel(); });
-  const scan::Settings settings = settingsFor(scanner.capabilities(), options, wanted);
+  const auto scanner = scan::openScanner(device.handle, std::chrono::seconds(options.timeout));
+  const OnInterrupt canceller([&] { scanner->cancel(); });
+  const scan::Settings settings = settingsFor(scanner->capabilities(), options, wanted);
   const scan::PageSize size = scan::pageSize(settings);
   if (options.output != "-") requireRoom(options.output, size.bytes() / kBestCompression);
   const auto files = makePageFiles(options.output, wanted.pages > 1);
 
-  scanner.lock();
-  scanner.apply(settings);
+  scanner->lock();
+  scanner->apply(settings);
   std::vector<Json> pages;
   unsigned page = 1;
-  for (; page <= wanted.pages && startPage(scanner, page); ++page) {
+  for (; page <= wanted.pages && startPage(*scanner, page); ++page) {
     ProgressBar progress("page " + std::to_string(page), size.lines, standardErrorIsTerminal(),
                          ProgressUnit::Lines);
     files->beginPage(settings);
-    copyPage(scanner, *files, size, progress);
+    copyPage(*scanner, *files, size, progress);
     pages.push_back(describePage(files->endPage(), page, settings));
     if (files->eachPageIsAFile()) printPages(pages, options);
   }
@@ -179,9 +178,6 @@ void scan(const Options& options) {
   signal(SIGXFSZ, SIG_IGN);
   const Session session;
   const Device device = selectNamed(session, kindNamed("scanner"), options.device);
-  if (readText(session, device, attribute::kDevice) != "CpdScanner") {
-    throw Failure(device.text() + " is no Cpd scanner, the only ones that can be scanned with here");
-  }
   try {
     scanPages(device, options, wanted);
   } catch (const scan::Error& error) {

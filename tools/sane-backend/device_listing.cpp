@@ -2,6 +2,7 @@
 
 #include "devices.h"
 #include "qvn/transport/attributes.h"
+#include "scan/scanner_families.h"
 
 namespace qvn::sane {
 
@@ -17,7 +18,7 @@ constexpr char kType[] = "multi-function peripheral";
 DeviceListing::DeviceListing(const cli::Session& session, bool localOnly) {
   const char* const transports = localOnly ? "LOCAL_TRANSPORT" : "ALL_TRANSPORT";
   for (const cli::Device& scanner : cli::listDevices(session, cli::kindNamed("scanner"), transports)) {
-    if (cli::readText(session, scanner, attribute::kDevice) != "CpdScanner") continue;
+    if (!scan::isKnownFamily(cli::readText(session, scanner, attribute::kDevice))) continue;
     auto entry = std::make_unique<Entry>();
     entry->handle = scanner.handle;
     entry->name = cli::readText(session, scanner, attribute::kPortname);

@@ -5,7 +5,7 @@
 namespace qvn::sane {
 
 SANE_Status OpenScanner::control(SANE_Int option, SANE_Action action, void* value, SANE_Int* info) {
-  if (state_ == State::Scanning && action != SANE_ACTION_GET_VALUE && !scanner_.cancelled()) {
+  if (state_ == State::Scanning && action != SANE_ACTION_GET_VALUE && !scanner_->cancelled()) {
     return SANE_STATUS_DEVICE_BUSY;
   }
   return options_.control(option, action, value, info);
@@ -20,26 +20,27 @@ SANE_Parameters OpenScanner::parameters() const {
 void OpenScanner::end(State state) noexcept {
   state_ = state;
   try {
-    scanner_.unlock();
+    scanner_->unlock();
   } catch (const scan::Error&) {
     // What is wrong with the scanner shows at the next page.
   }
 }
 
 void OpenScanner::start() {
-  if (state_ == State::Scanning) {
-    if (!scanner_.cancelled()) throw scan::Error(scan::Problem::Busy, "a page is in hand");
-    // The program did not read on after it had cancelled.
-    scanner_.dropPage();
+  if (scanner_->cancelled()) {
+    // The program did not read on after it had cancelled, or there was nothing to read.
+    scanner_->drop();
     end(State::Idle);
+  } else if (state_ == State::Scanning) {
+    throw scan::Error(scan::Problem::Busy, "a page is in hand");
   }
-  scanner_.clearCancel();
+  scanner_->clearCancel();
   nonBlocking_ = false;
   const scan::Settings settings = options_.settings();
   try {
-    scanner_.lock();
-    scanner_.apply(settings);
-    scanner_.startPage();
+    scanner_->lock();
+    scanner_->apply(settings);
+    scanner_->startPage();
   } catch (const scan::Error&) {
     end(State::Idle);
     throw;
@@ -63,7 +64,7 @@ SANE_Status OpenScanner::read(SANE_Byte* data, SANE_Int size, SANE_Int* length) 
   const std::span<std::uint8_t> buffer(data, static_cast<std::size_t>(size));
   try {
     const std::optional<std::size_t> count =
-        nonBlocking_ ? scanner_.readAvailable(buffer) : scanner_.read(buffer);
+        nonBlocking_ ? scanner_->readAvailable(buffer) : scanner_->read(buffer);
     if (count == 0) {
       end(State::Ended);
       return SANE_STATUS_EOF;
@@ -84,7 +85,7 @@ SANE_Status OpenScanner::setNonBlocking(bool nonBlocking) {
 
 SANE_Status OpenScanner::selectDescriptor(SANE_Int* descriptor) const {
   if (state_ != State::Scanning) return SANE_STATUS_INVAL;
-  *descriptor = scanner_.descriptor();
+  *descriptor = scanner_->descriptor();
   return SANE_STATUS_GOOD;
 }
 

@@ -5,16 +5,18 @@
 #include <sane/sane.h>
 
 #include <cstdint>
+#include <memory>
 
 #include "options.h"
-#include "scan/scanner.h"
+#include "scan/scanner_families.h"
 
 namespace qvn::sane {
 
 class OpenScanner {
  public:
   // Throws scan::Error.
-  explicit OpenScanner(std::uint32_t handle) : scanner_(handle), options_(scanner_.capabilities()) {}
+  explicit OpenScanner(std::uint32_t handle)
+      : scanner_(scan::openScanner(handle)), options_(scanner_->capabilities()) {}
 
   const Options& options() const { return options_; }
   SANE_Status control(SANE_Int option, SANE_Action action, void* value, SANE_Int* info);
@@ -25,7 +27,7 @@ class OpenScanner {
   void start();
   SANE_Status read(SANE_Byte* data, SANE_Int size, SANE_Int* length);
 
-  void cancel() noexcept { scanner_.cancel(); }
+  void cancel() noexcept { scanner_->cancel(); }
   SANE_Status setNonBlocking(bool nonBlocking);
   SANE_Status selectDescriptor(SANE_Int* descriptor) const;
 
@@ -34,7 +36,7 @@ class OpenScanner {
 
   void end(State state) noexcept;
 
-  scan::Scanner scanner_;
+  std::unique_ptr<scan::Scanner> scanner_;
   Options options_;
   State state_ = State::Idle;
   bool nonBlocking_ = false;

@@ -2,12 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string>
 
-namespace qvn::scan {
+#include "bytes.h"
 
-using Bytes = std::span<const std::uint8_t>;
+namespace qvn::scan {
 
 // Whether the command is a status (SS), which also ends a page.
 bool isStatus(Bytes command);

@@ -4,31 +4,24 @@
 
 namespace qvn::scan {
 
-void Page::deliver(Bytes command) noexcept {
-  if (ended_) return;
-  try {
-    pipe_.put(assembler_.take(command));
-    if (assembler_.complete()) end(std::nullopt);
-  } catch (const Error& error) {
-    end(error);
-  } catch (const std::exception& error) {
-    end(Error(Problem::Failed, error.what()));
-  }
-}
-
-std::optional<Error> Page::error() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return error_;
+void Page::put(Bytes bytes) {
+  if (!ended_) pipe_.put(bytes);
 }
 
 // The reader asks for the error when it sees the pipe's end.
 void Page::end(std::optional<Error> error) {
+  if (ended_) return;
   ended_ = true;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     error_ = std::move(error);
   }
   pipe_.end();
+}
+
+std::optional<Error> Page::error() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return error_;
 }
 
 }  // namespace qvn::scan

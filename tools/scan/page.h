@@ -1,21 +1,23 @@
-// A page that a scanner sends: the transport's thread hands in what the device sends, another thread reads.
+// A page that a scanner sends: one thread puts its bytes in, another reads them.
 #pragma once
 
 #include <mutex>
 #include <optional>
 
+#include "bytes.h"
 #include "error.h"
-#include "page_assembler.h"
 #include "page_pipe.h"
 
 namespace qvn::scan {
 
 class Page {
  public:
-  Page(std::uint64_t bytes, const CancelSignal& cancel) : assembler_(bytes), pipe_(cancel) {}
+  explicit Page(const CancelSignal& cancel) : pipe_(cancel) {}
 
-  // The delivering thread: takes one command. What comes after the end, good or bad, is dropped.
-  void deliver(Bytes command) noexcept;
+  // The delivering thread. What comes after the end, good or bad, is dropped.
+  void put(Bytes bytes);
+  void end(std::optional<Error> error = std::nullopt);
+  bool ended() const { return ended_; }
 
   // The reading thread. Bytes of a page that turns out wrong may be read before its error shows.
   PagePipe& pipe() { return pipe_; }
@@ -23,9 +25,6 @@ class Page {
   std::optional<Error> error() const;
 
  private:
-  void end(std::optional<Error> error);
-
-  PageAssembler assembler_;
   PagePipe pipe_;
   bool ended_ = false;  // the delivering thread's
   mutable std::mutex mutex_;

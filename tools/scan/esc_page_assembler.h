@@ -8,10 +8,10 @@
 
 namespace qvn::scan {
 
-class PageAssembler {
+class EscPageAssembler {
  public:
   // `expected`: the bytes that the page has.
-  explicit PageAssembler(std::uint64_t expected) : expected_(expected) {}
+  explicit EscPageAssembler(std::uint64_t expected) : expected_(expected) {}
 
   // Takes the next command and gives the part of the page in it, which is none for the status that ends a
   // complete page. Throws Error for a status that says otherwise, for blocks of another page, out of order or

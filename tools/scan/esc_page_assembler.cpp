@@ -1,10 +1,10 @@
-#include "page_assembler.h"
+#include "esc_page_assembler.h"
 
 #include "error.h"
 
 namespace qvn::scan {
 
-Bytes PageAssembler::take(Bytes command) {
+Bytes EscPageAssembler::take(Bytes command) {
   if (isStatus(command)) {
     requireGood(command, "the page");
     if (taken_ != expected_) {
