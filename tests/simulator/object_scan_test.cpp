@@ -110,7 +110,8 @@ TEST(SimulatedObjects, ScanTheFeederUntilItIsEmpty) {
 
   const std::string empty = host.createJob(scan);
   host.call(empty, "start");
-  EXPECT_EQ(host.receive(), "response -1") << "no sheet";
+  EXPECT_EQ(host.receive(), "stateChanged No Original");
+  EXPECT_EQ(host.receive(), "response -1");
   device.command("load 1");
   host.startJob(empty);
   host.receiveUntil("<Job.End>");

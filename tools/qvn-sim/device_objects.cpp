@@ -132,7 +132,7 @@ void DeviceObjects::createJob(ConnectionId host, const Element& params, const Re
 
 void DeviceObjects::startJob(ConnectionId host, const Element&, const Respond& respond) {
   HostSendJob& job = *hosts_[host].job;
-  if (!engine_.isLockedBy(host) || !job.canStart()) {
+  if (!engine_.isLockedBy(host) || !job.isReady()) {
     respond(Element::integer(kRefused));
     return;
   }

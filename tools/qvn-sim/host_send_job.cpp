@@ -8,8 +8,11 @@ HostSendJob::HostSendJob(ConnectionId host, std::string name, const ScanSettings
                          ScanEngine& engine, Output output)
     : host_(host), name_(std::move(name)), settings_(settings), engine_(engine), output_(std::move(output)) {}
 
-bool HostSendJob::canStart() const {
-  return state_ == State::Created && (settings_.origin == PageOrigin::Flatbed || engine_.sheets() > 0);
+bool HostSendJob::isReady() {
+  if (state_ != State::Created) return false;
+  if (settings_.origin == PageOrigin::Flatbed || engine_.sheets() > 0) return true;
+  tellState("No Original");
+  return false;
 }
 
 void HostSendJob::start() {

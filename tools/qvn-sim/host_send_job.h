@@ -30,8 +30,8 @@ class HostSendJob {
   const std::string& name() const { return name_; }
   bool isRunning() const { return state_ == State::Scanning || state_ == State::WaitingForOriginal; }
 
-  // Whether it has started; not twice, and not without a sheet in the feeder when it is to come from there.
-  bool canStart() const;
+  // Whether it can start; not twice. When a sheet is to come from an empty feeder the host is told so.
+  bool isReady();
   void start();
   void cancel();
   // Whether it was waiting for another original; there is none, so it ends.
