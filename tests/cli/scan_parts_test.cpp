@@ -11,6 +11,7 @@
 #include "scan/error.h"
 #include "scan/esc_page.h"
 #include "scan/esc_requests.h"
+#include "scan/host_send_job.h"
 #include "scan_area.h"
 #include "text_values.h"
 
@@ -269,6 +270,202 @@ TEST(EscPage, EndsWithTheFirstErrorAndDropsTheRest) {
   EXPECT_EQ(page.pipe().take(read).state, PagePipe::State::End);
   ASSERT_TRUE(page.error());
   EXPECT_THAT(page.error()->what(), HasSubstr("block 5"));
+}
+
+// What a Bpd scanner's job tells, and its data.
+struct Event {
+  std::uint32_t kind;
+  std::string bytes;
+};
+Event alert(const char* text) { return {kAlert, text}; }
+Event detail(const char* text) { return {kDetail, text}; }
+Event data(std::size_t length, char content = 'x') { return {kScanData, std::string(length, content)}; }
+
+void deliver(HostSendJob& job, const Event& event) {
+  job.receive(event.kind, {reinterpret_cast<const std::uint8_t*>(event.bytes.data()), event.bytes.size()});
+}
+
+// A page of 100 bytes.
+constexpr Settings kSmallPage{1200, ColorMode::Gray, {0, 0, 10, 10}, Source::Flatbed};
+
+// Reads the page to its end: how many bytes came, all with that content.
+std::size_t readPage(Page& page, std::uint8_t content) {
+  std::size_t taken = 0;
+  std::array<std::uint8_t, 64> buffer{};
+  for (;;) {
+    const auto [state, count] = page.pipe().take(buffer);
+    if (state == PagePipe::State::End) return taken;
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(buffer[i], content);
+    taken += count;
+    if (state == PagePipe::State::Nothing && !page.pipe().wait(std::chrono::seconds(30))) {
+      ADD_FAILURE() << "the page does not end";
+      return taken;
+    }
+  }
+}
+
+TEST(HostSendJob, TakesAPageAndNothingElse) {
+  const CancelSignal cancel;
+  const struct {
+    const char* name;
+    Source source;
+    std::vector<Event> events;
+    std::size_t bytes;
+    std::optional<Problem> problem;
+    const char* sentence;
+  } cases[] = {
+      {"a page",
+       Source::Flatbed,
+       {alert("TimeoutX=10"), detail("<?xml version=\"1.0\"?>"), detail("Lamp.Warming"), alert("Job.Start"),
+        alert("Page.Start"), data(60), data(0), detail("Scanning"), data(40), alert("Page.End"),
+        alert("Job.FlatbedEvent"), alert("Job.End"), data(1)},
+       100,
+       std::nullopt,
+       "none"},
+      {"reads that fail in between",
+       Source::Flatbed,
+       {alert("Page.Start"), data(60), alert("Read Error=5"), data(40), alert("Page.End")},
+       100,
+       std::nullopt,
+       "none"},
+      {"too long",
+       Source::Flatbed,
+       {alert("Page.Start"), data(60), data(41)},
+       60,
+       Problem::BadAnswer,
+       "more than the 100 bytes"},
+      {"too short",
+       Source::Flatbed,
+       {alert("Page.Start"), data(99), alert("Page.End")},
+       99,
+       Problem::BadAnswer,
+       "after 99 of 100 bytes"},
+      {"data before the page", Source::Flatbed, {data(1)}, 0, Problem::BadAnswer, "outside of a page"},
+      {"a page within the page",
+       Source::Flatbed,
+       {alert("Page.Start"), data(60), alert("Page.Start")},
+       60,
+       Problem::BadAnswer,
+       "within another"},
+      {"the end of no page", Source::Feeder, {alert("Page.End")}, 0, Problem::BadAnswer, "had not begun"},
+      {"the job ends within the page",
+       Source::Feeder,
+       {alert("Page.Start"), data(60), alert("Job.End")},
+       60,
+       Problem::BadAnswer,
+       "ended the job within a page"},
+      {"no page", Source::Flatbed, {alert("Job.End")}, 0, Problem::BadAnswer, "without a page"},
+      {"no sheet", Source::Feeder, {alert("Job.End")}, 0, Problem::NoSheet, "no sheet"},
+      {"no sheet to start with",
+       Source::Feeder,
+       {detail("No Original"), detail("Scanner.CommError")},
+       0,
+       Problem::NoSheet,
+       "no sheet"},
+      {"not started", Source::Flatbed, {detail("Scanner.CommError")}, 0, Problem::Busy, "another host"},
+      {"aborted at the device",
+       Source::Flatbed,
+       {alert("Page.Start"), data(60), detail("Cancelled"), detail("Complete"), alert("Job.End")},
+       60,
+       Problem::Aborted,
+       "aborted at the scanner"},
+      {"falls silent",
+       Source::Flatbed,
+       {alert("Page.Start"), data(60), alert("Job.DataTimeout"), alert("Scan.Error"), alert("Job.End")},
+       60,
+       Problem::Silent,
+       "stopped sending"},
+      {"connection lost",
+       Source::Flatbed,
+       {alert("Page.Start"), data(60), alert("Read Error=64"), alert("Job.DataTimeout")},
+       60,
+       Problem::ConnectionLost,
+       "lost"},
+  };
+  for (const auto& [name, source, events, bytes, problem, sentence] : cases) {
+    SCOPED_TRACE(name);
+    Settings settings = kSmallPage;
+    settings.source = source;
+    HostSendJob job(settings, std::chrono::seconds(30));
+    const auto page = std::make_shared<Page>(cancel);
+    job.offer(page);
+    for (const Event& event : events) deliver(job, event);
+    EXPECT_EQ(readPage(*page, 'x'), bytes);
+    ASSERT_EQ(page->error().has_value(), problem.has_value());
+    if (!problem) continue;
+    EXPECT_EQ(page->error()->problem(), *problem);
+    EXPECT_THAT(page->error()->what(), HasSubstr(sentence));
+    // Whoever asks for a page after that hears the same.
+    const auto next = std::make_shared<Page>(cancel);
+    job.offer(next);
+    EXPECT_EQ(readPage(*next, 'x'), 0u);
+    ASSERT_TRUE(next->error());
+    EXPECT_EQ(next->error()->problem(), *problem);
+  }
+}
+
+TEST(HostSendJob, KeepsTheScannerWaitingUntilTheNextPageIsWanted) {
+  const CancelSignal cancel;
+  Settings settings = kSmallPage;
+  settings.source = Source::Feeder;
+  HostSendJob job(settings, std::chrono::seconds(30));
+  std::thread device([&] {
+    for (const char content : {'1', '2', '3'}) {
+      deliver(job, alert("Page.Start"));
+      deliver(job, data(100, content));
+      deliver(job, alert("Page.End"));
+    }
+    deliver(job, alert("Job.End"));
+  });
+  for (const char content : {'1', '2', '3'}) {
+    job.waitForLastPage(std::chrono::seconds(30));
+    const auto page = std::make_shared<Page>(cancel);
+    job.offer(page);
+    EXPECT_EQ(readPage(*page, static_cast<std::uint8_t>(content)), 100u);
+    EXPECT_EQ(page->error(), std::nullopt);
+  }
+  const auto none = std::make_shared<Page>(cancel);
+  job.offer(none);
+  EXPECT_EQ(readPage(*none, 0), 0u);
+  device.join();
+  ASSERT_TRUE(none->error());
+  EXPECT_EQ(none->error()->problem(), Problem::NoSheet);
+}
+
+TEST(HostSendJob, EndsWhenNobodyWantsTheNextPageInTime) {
+  const CancelSignal cancel;
+  HostSendJob job(kSmallPage, std::chrono::milliseconds(0));
+  deliver(job, alert("Page.Start"));
+  deliver(job, data(100));
+  const auto page = std::make_shared<Page>(cancel);
+  job.offer(page);
+  EXPECT_EQ(readPage(*page, 'x'), 0u);
+  ASSERT_TRUE(page->error());
+  EXPECT_THAT(page->error()->what(), HasSubstr("nobody asked for the next page"));
+}
+
+TEST(HostSendJob, LetsTheScannerGoOnWhenItIsDropped) {
+  const CancelSignal cancel;
+  constexpr Settings kLargePage{1200, ColorMode::Gray, {0, 0, 10200, 1000}, Source::Feeder};
+  const auto page = std::make_shared<Page>(cancel);
+  for (const bool withinPage : {true, false}) {
+    HostSendJob job(kLargePage, std::chrono::hours(1));
+    if (withinPage) job.offer(page);
+    std::thread device([&] {
+      deliver(job, alert("Page.Start"));
+      // More than the pipe holds.
+      deliver(job, data(std::size_t{10200} * 1000));
+      deliver(job, alert("Page.End"));
+    });
+    if (withinPage) {
+      EXPECT_TRUE(page->pipe().wait(std::chrono::seconds(30)));
+      page->pipe().leave();
+    } else {
+      job.waitForLastPage(std::chrono::seconds(30));
+    }
+    job.drop();
+    device.join();
+  }
 }
 
 TEST(CancelSignal, IsReadableAsLongAsItIsRaised) {

@@ -7,26 +7,36 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/child.h"
 #include "cups/eventually.h"
 #include "end_to_end/scan_picture.h"
 #include "simulator/simulator_process.h"
+#include "support/content_of.h"
 
 namespace qvn::test {
 
+inline constexpr char kCpd[] = "CpdPrinter";
+inline constexpr char kBpd[] = "BpdPrinter";
+
+// For suites that run with each family.
+inline std::string familyName(const testing::TestParamInfo<const char*>& family) { return family.param; }
+
 class ScanStation : public testing::Test {
  protected:
-  ScanStation() : home_(std::getenv("QVN_HOME")), picture_(noise(850, 1170)) {
+  // The family is that of the device, as the simulator names it.
+  explicit ScanStation(std::string family = kCpd)
+      : family_(std::move(family)), home_(std::getenv("QVN_HOME")), picture_(noise(850, 1170)) {
     std::filesystem::create_directory(home_ / "out");
   }
 
   // Starts the device, whose glass is 850 by 1170 dots at 100 dpi, and lets the transport find it.
   void start(std::vector<std::string> arguments = {}) {
     writePng(home_ / "glass.png", picture_);
-    arguments.insert(arguments.end(),
-                     {"--page", (home_ / "glass.png").string(), "--scans", scans().string()});
+    arguments.insert(arguments.end(), {"--family", family_, "--page", (home_ / "glass.png").string(),
+                                       "--scans", scans().string(), "--trace", trace().string()});
     device_ = std::make_unique<SimulatorProcess>(arguments);
     ok({"registry", "import", "-"}, "[-Software]");
     ok({"transport", "add", "qvn_ipv4.so"});
@@ -47,6 +57,7 @@ class ScanStation : public testing::Test {
   }
 
   SimulatorProcess& device() { return *device_; }
+  const std::string& family() const { return family_; }
   const Picture& glass() const { return picture_; }
   std::filesystem::path home() const { return home_; }
   // A file in a directory that holds nothing else.
@@ -62,16 +73,17 @@ class ScanStation : public testing::Test {
   // What the device says it has sent as its page of that number.
   Picture sent(int page) const { return readPng(scans() / ("page-" + std::to_string(page) + ".png")); }
 
-  // Returns once the device is in the middle of a page.
+  // Returns once the device is in the middle of its first page.
   void waitUntilPageIsSent() {
-    EXPECT_TRUE(eventually([] {
-      return qvn({"esc", "1B 53 4B 00 00 00 00 00"}).output == "1B 53 4B 00 01 00 00 00\n";
-    }));
+    const std::string block = family_ == kBpd ? "<Scan.Data>" : "1B7364";
+    EXPECT_TRUE(eventually([&] { return contentOf(trace()).find(block) != std::string::npos; }));
   }
 
  private:
   std::filesystem::path scans() const { return home_ / "scans"; }
+  std::filesystem::path trace() const { return home_ / "trace"; }
 
+  std::string family_;
   std::filesystem::path home_;
   Picture picture_;
   std::unique_ptr<SimulatorProcess> device_;

@@ -15,8 +15,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Scanning : public ScanStation {
+class CpdScanning : public ScanStation {};
+
+class Scanning : public ScanStation, public testing::WithParamInterface<const char*> {
  protected:
+  Scanning() : ScanStation(GetParam()) {}
+
   // What the device still has of a fault is over, and the next page comes whole.
   void expectNextPage(const std::string& name = "next.png") {
     device().command("clear-faults");
@@ -26,7 +30,9 @@ class Scanning : public ScanStation {
   }
 };
 
-TEST_F(Scanning, ThePictureIsWhatLiesOnTheGlass) {
+INSTANTIATE_TEST_SUITE_P(Families, Scanning, testing::Values(kCpd, kBpd), familyName);
+
+TEST_P(Scanning, ThePictureIsWhatLiesOnTheGlass) {
   start();
   const std::string file = out("page.png");
   EXPECT_EQ(ok({"scan", "--dpi", "100", "--mode", "color", "-o", file}),
@@ -41,7 +47,7 @@ TEST_F(Scanning, ThePictureIsWhatLiesOnTheGlass) {
   EXPECT_EQ(piped.output == contentOf(file), true);
 }
 
-TEST_F(Scanning, GrayAndBlackAreMadeOfTheColors) {
+TEST_P(Scanning, GrayAndBlackAreMadeOfTheColors) {
   start();
   ok({"scan", "--dpi", "100", "--mode", "gray", "-o", out("gray.png")});
   ok({"scan", "--dpi", "100", "--mode", "bw", "-o", out("bw.tif")});
@@ -57,7 +63,7 @@ TEST_F(Scanning, GrayAndBlackAreMadeOfTheColors) {
   }
 }
 
-TEST_F(Scanning, EveryFormatHoldsWhatTheDeviceSent) {
+TEST_P(Scanning, EveryFormatHoldsWhatTheDeviceSent) {
   start();
   const struct {
     std::string name, dpi, mode, area;
@@ -86,7 +92,7 @@ TEST_F(Scanning, EveryFormatHoldsWhatTheDeviceSent) {
   }
 }
 
-TEST_F(Scanning, TheFeederFillsOneTiffOrOneFileAPage) {
+TEST_P(Scanning, TheFeederFillsOneTiffOrOneFileAPage) {
   start({"--feeder", "3"});
   const std::string file = out("letter.tif");
   ok({"scan", "--source", "feeder", "--pages", "all", "--dpi", "75", "--mode", "gray", "-o", file});
@@ -105,7 +111,7 @@ TEST_F(Scanning, TheFeederFillsOneTiffOrOneFileAPage) {
   EXPECT_SAME_PICTURE(readPng(out("p-2.png")), sent(5));
 }
 
-TEST_F(Scanning, AFeederThatRunsEmptyKeepsThePagesSoFar) {
+TEST_P(Scanning, AFeederThatRunsEmptyKeepsThePagesSoFar) {
   start({"--feeder", "1"});
   const Result fewer = qvn({"scan", "--source", "feeder", "--pages", "3", "--dpi", "75", "-o", out("p.tif")});
   EXPECT_EQ(fewer.exitCode, 1);
@@ -120,7 +126,7 @@ TEST_F(Scanning, AFeederThatRunsEmptyKeepsThePagesSoFar) {
   EXPECT_THAT(filesLeft(), ElementsAre("p.tif"));
 }
 
-TEST_F(Scanning, CtrlCAbortsThePageAndLeavesTheScannerReady) {
+TEST_P(Scanning, CtrlCAbortsThePageAndLeavesTheScannerReady) {
   for (const char* name : {"page.png", "page.tif"}) {
     SCOPED_TRACE(name);
     start({"--fault", "slow-scan=50000"});
@@ -134,7 +140,7 @@ TEST_F(Scanning, CtrlCAbortsThePageAndLeavesTheScannerReady) {
   }
 }
 
-TEST_F(Scanning, ADeviceThatDiesLeavesNoFile) {
+TEST_P(Scanning, ADeviceThatDiesLeavesNoFile) {
   start({"--fault", "slow-scan=50000"});
   Child scan({QVN_COMMAND, "scan", "--dpi", "100", "-o", out("page.tif")});
   waitUntilPageIsSent();
@@ -144,7 +150,7 @@ TEST_F(Scanning, ADeviceThatDiesLeavesNoFile) {
   EXPECT_THAT(filesLeft(), IsEmpty());
 }
 
-TEST_F(Scanning, AScanThatIsKilledLeavesTheScannerToTheNext) {
+TEST_P(Scanning, AScanThatIsKilledLeavesTheScannerToTheNext) {
   start({"--fault", "slow-scan=50000"});
   Child killed({QVN_COMMAND, "scan", "--dpi", "100", "-o", out("page.png")});
   waitUntilPageIsSent();
@@ -154,20 +160,28 @@ TEST_F(Scanning, AScanThatIsKilledLeavesTheScannerToTheNext) {
   expectNextPage("page.png");
 }
 
-TEST_F(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
+TEST_P(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
   start();
   // One that has sent its whole page does not answer the abort either.
   ok({"settings", "set", "ScanCancelWaitDuration", "200"});
-  const struct {
-    std::string fault;
-    std::string sentence;
-  } cases[] = {
+  const std::vector<std::pair<std::string, std::string>> cpdCases = {
       {"busy", "the scanner is busy with another host"},
       {"close-mid-page=500000:1", "the connection to the scanner was lost"},
       {"status-early=300000:1", "the scanner ended the page after "},
       {"stop-page=300000:1", "the scanner sent nothing for 1 seconds"},
       {"status-never:1", "the scanner sent nothing for 1 seconds"},
   };
+  const std::vector<std::pair<std::string, std::string>> bpdCases = {
+      {"busy", "the scanner did not start the scan: another host may have it"},
+      {"reject=create:1", "the scanner did not start the scan"},
+      {"close-bidi=start:1", "the connection to the scanner was lost"},
+      {"close-mid-page=500000:1", "the connection to the scanner was lost"},
+      {"stop-page=300000:1", "the scanner sent nothing for 1 seconds"},
+      {"no-data:1", "the scanner ended the page after 0 of "},
+      {"host-mode-fail:1", "the scanner did not start the scan"},
+      {"drop-reply=create:1", "the scanner sent nothing for 1 seconds"},
+  };
+  const auto& cases = family() == kBpd ? bpdCases : cpdCases;
   for (const auto& [fault, sentence] : cases) {
     SCOPED_TRACE(fault);
     device().command("fault " + fault);
@@ -179,7 +193,7 @@ TEST_F(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
   }
 }
 
-TEST_F(Scanning, OutputThatCannotBeWrittenFailsBeforeTheScannerStarts) {
+TEST_P(Scanning, OutputThatCannotBeWrittenFailsBeforeTheScannerStarts) {
   start();
   const struct {
     std::vector<std::string> arguments;
@@ -203,7 +217,7 @@ TEST_F(Scanning, OutputThatCannotBeWrittenFailsBeforeTheScannerStarts) {
   EXPECT_THROW(sent(1), std::runtime_error);
 }
 
-TEST_F(Scanning, AFullDiskLeavesNoFileAndTheScannerReady) {
+TEST_P(Scanning, AFullDiskLeavesNoFileAndTheScannerReady) {
   start();
   const std::string scan = std::string(QVN_COMMAND) + " scan --dpi 100 --mode color -o ";
   const struct {
@@ -227,7 +241,7 @@ TEST_F(Scanning, AFullDiskLeavesNoFileAndTheScannerReady) {
   expectNextPage();
 }
 
-TEST_F(Scanning, AnExistingFileIsReplacedOnlyByAWholeOne) {
+TEST_P(Scanning, AnExistingFileIsReplacedOnlyByAWholeOne) {
   start();
   std::ofstream(out("page.png")) << "what was there";
   std::filesystem::create_symlink(out("page.png"), out("link.png"));
@@ -239,7 +253,7 @@ TEST_F(Scanning, AnExistingFileIsReplacedOnlyByAWholeOne) {
   EXPECT_SAME_PICTURE(readPng(out("page.png")), glass());
 }
 
-TEST_F(Scanning, EscShowsTheReplyOfOneCommand) {
+TEST_F(CpdScanning, EscShowsTheReplyOfOneCommand) {
   start({"--feeder", "5"});
   EXPECT_EQ(ok({"esc", "1B53460000000000"}), "1B 53 53 00 05 00 00 00\n");
   EXPECT_EQ(json::parse(ok({"esc", "1B", "53 43", "09 00000000", "--json"})),
@@ -247,7 +261,7 @@ TEST_F(Scanning, EscShowsTheReplyOfOneCommand) {
   EXPECT_THAT(ok({"esc", "1B 53 56 00 00 00 00 00"}), testing::StartsWith("1B 73 76 "));
 }
 
-TEST_F(Scanning, HidWatchShowsReportsAndEvents) {
+TEST_P(Scanning, HidWatchShowsReportsAndEvents) {
   start();
   Child watch({QVN_COMMAND, "hid", "watch", "--json"});
   ASSERT_EQ(watch.readErrorLine().value_or("nothing"), "watching 1 hid");
@@ -275,7 +289,7 @@ TEST_F(Scanning, HidWatchShowsReportsAndEvents) {
   EXPECT_EQ(counting.wait(), 0);
 }
 
-TEST_F(Scanning, DevicesOfAllKindsAreListedShownAndForgotten) {
+TEST_P(Scanning, DevicesOfAllKindsAreListedShownAndForgotten) {
   start();
   const json devices = json::parse(ok({"device", "list", "--json"}));
   ASSERT_EQ(devices.size(), 3u);

@@ -19,8 +19,10 @@ std::size_t threads() {
   return count;
 }
 
-class SaneBackend : public ScanStation {
+class SaneBackend : public ScanStation, public testing::WithParamInterface<const char*> {
  protected:
+  SaneBackend() : ScanStation(GetParam()) {}
+
   void load() {
     module_ = dlopen(QVN_SANE_BACKEND, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module_, nullptr) << dlerror();
@@ -112,7 +114,9 @@ class SaneBackend : public ScanStation {
   void* module_ = nullptr;
 };
 
-TEST_F(SaneBackend, OptionsKeepToWhatTheScannerHas) {
+INSTANTIATE_TEST_SUITE_P(Families, SaneBackend, testing::Values(kCpd, kBpd), familyName);
+
+TEST_P(SaneBackend, OptionsKeepToWhatTheScannerHas) {
   ScanStation::start();
   load();
   const SANE_Handle handle = open("IP_SIM0000001");
@@ -150,7 +154,7 @@ TEST_F(SaneBackend, OptionsKeepToWhatTheScannerHas) {
   close(handle);
 }
 
-TEST_F(SaneBackend, ReadsWithoutBlockingAndTellsWhenThereIsSomething) {
+TEST_P(SaneBackend, ReadsWithoutBlockingAndTellsWhenThereIsSomething) {
   ScanStation::start({"--fault", "slow-scan=4000000"});
   load();
   const SANE_Handle handle = open();
@@ -188,7 +192,7 @@ TEST_F(SaneBackend, ReadsWithoutBlockingAndTellsWhenThereIsSomething) {
   close(handle);
 }
 
-TEST_F(SaneBackend, IsCancelledFromAnotherThreadAndScansAgain) {
+TEST_P(SaneBackend, IsCancelledFromAnotherThreadAndScansAgain) {
   ScanStation::start({"--fault", "stop-page=200000:2"});
   load();
   const SANE_Handle handle = open();
@@ -214,13 +218,14 @@ TEST_F(SaneBackend, IsCancelledFromAnotherThreadAndScansAgain) {
   close(handle);
 }
 
-TEST_F(SaneBackend, LeavesTheScannerToOthersBetweenPages) {
+TEST_P(SaneBackend, LeavesTheScannerToOthersBetweenPages) {
   ScanStation::start();
   load();
   const SANE_Handle handle = open();
   EXPECT_EQ(set(handle, "resolution", 75), SANE_STATUS_GOOD);
   ASSERT_EQ(start(handle), SANE_STATUS_GOOD);
-  EXPECT_THAT(qvn({"scan", "-o", out("page.png")}).errors, HasSubstr("busy with another host"));
+  EXPECT_THAT(qvn({"scan", "-o", out("page.png")}).errors,
+              HasSubstr(family() == kBpd ? "another host may have it" : "busy with another host"));
   std::vector<SANE_Byte> page;
   EXPECT_EQ(readAll(handle, page), SANE_STATUS_EOF);
   ok({"scan", "--dpi", "75", "-o", out("page.png")});
@@ -229,7 +234,38 @@ TEST_F(SaneBackend, LeavesTheScannerToOthersBetweenPages) {
   close(handle);
 }
 
-TEST_F(SaneBackend, LeavesNothingBehind) {
+TEST_P(SaneBackend, TakesSheetsOneByOneAndAnewWhenItWasCancelled) {
+  ScanStation::start({"--feeder", "3"});
+  load();
+  const SANE_Handle handle = open();
+  EXPECT_EQ(set(handle, "source", "ADF"), SANE_STATUS_GOOD);
+  EXPECT_EQ(set(handle, "mode", "Color"), SANE_STATUS_GOOD);
+  const auto scanPage = [&](std::uint32_t width, std::uint32_t height) {
+    EXPECT_EQ(start(handle), SANE_STATUS_GOOD);
+    Picture picture{width, height, {}};
+    EXPECT_EQ(readAll(handle, picture.rgb), SANE_STATUS_EOF);
+    return picture;
+  };
+  EXPECT_EQ(set(handle, "resolution", 75), SANE_STATUS_GOOD);
+  for (int page = 1; page <= 2; ++page) {
+    const Picture picture = scanPage(637, 877);
+    EXPECT_SAME_PICTURE(picture, sent(page));
+  }
+  // Something else between two sheets.
+  EXPECT_EQ(set(handle, "source", "Flatbed"), SANE_STATUS_GOOD);
+  EXPECT_EQ(set(handle, "resolution", 100), SANE_STATUS_GOOD);
+  EXPECT_SAME_PICTURE(scanPage(850, 1170), glass());
+  EXPECT_EQ(set(handle, "source", "ADF"), SANE_STATUS_GOOD);
+  for (const bool cancelled : {true, false}) {
+    device().command("load 1");
+    EXPECT_SAME_PICTURE(scanPage(850, 1170), glass());
+    if (cancelled) cancel(handle);
+  }
+  EXPECT_EQ(start(handle), SANE_STATUS_NO_DOCS);
+  close(handle);
+}
+
+TEST_P(SaneBackend, LeavesNothingBehind) {
   ScanStation::start();
   // A sanitizer's runtime starts a thread of its own with the process's first.
   std::thread([] {}).join();

@@ -61,6 +61,7 @@ class Scanner {
   std::uint32_t handle() const { return handle_; }
   std::chrono::milliseconds patience() const { return patience_; }
   const CancelSignal& cancelSignal() const { return cancel_; }
+  bool hasPage() const { return page_ != nullptr; }
   // Opens the scanner again after disconnect().
   Connection& connection();
   void disconnect() noexcept { connection_.reset(); }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "esc_scanner.h"
+#include "host_send_scanner.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/attributes.h"
 
@@ -23,6 +24,7 @@ struct Family {
 };
 constexpr std::array kFamilies = {
     Family{"CpdScanner", open<EscScanner>},
+    Family{"BpdScanner", open<HostSendScanner>},
 };
 
 const Family* findFamily(std::string_view name) {

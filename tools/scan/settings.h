@@ -23,6 +23,8 @@ struct Area {
   std::uint32_t top = 0;
   std::uint32_t width = 0;
   std::uint32_t height = 0;
+
+  bool operator==(const Area&) const = default;
 };
 
 struct Settings {
@@ -30,6 +32,8 @@ struct Settings {
   ColorMode mode = ColorMode::Gray;
   Area area;
   Source source = Source::Flatbed;
+
+  bool operator==(const Settings&) const = default;
 };
 
 // The lines of a page follow each other without anything between. Black and white: 8 dots a byte, the first
