@@ -15,8 +15,11 @@ using testing::StartsWith;
 
 class StoreCommand : public ScanStation {
  protected:
-  void SetUp() override { start({"--family", "BpdPrinter"}); }
+  StoreCommand() : ScanStation(kBpd) {}
+  void SetUp() override { start(); }
 };
+
+class CpdStoreCommand : public ScanStation {};
 
 TEST_F(StoreCommand, CallsMethodsAndPrintsTheirResults) {
   EXPECT_EQ(ok({"store", "call", "system", "exitHostUSBSendMode"}), "0\n");
@@ -66,7 +69,7 @@ TEST_F(StoreCommand, ShowsWhatTheDeviceTellsUntilCtrlC) {
   EXPECT_EQ(watch.wait(), 130);
 }
 
-TEST_F(StoreCommand, AnOtherScannerHasNoObjects) {
+TEST_F(CpdStoreCommand, TheScannerHasNoObjects) {
   start();
   const Result result = qvn({"store", "call", "system", "x"});
   EXPECT_EQ(result.exitCode, 1);
