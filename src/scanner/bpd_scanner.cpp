@@ -251,6 +251,9 @@ void BpdScanner::endFailedStart() {
 void BpdScanner::abortStart() {
   if (startThread_ == nullptr) return;
   startTask_->abort();
+  // A reply that does not come is not waited for; a job that the device has started all the same ends with
+  // the host mode.
+  objectStore_.cancelExchanges();
   startThread_.reset();
   startTask_.reset();
 }

@@ -30,6 +30,11 @@ void ScannerObjectStore::end() {
   background_.task.reset();
 }
 
+void ScannerObjectStore::cancelExchanges() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (ObjectStoreBidiTask* task : running_) task->cancel();
+}
+
 std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message, std::string& response) {
   if (scanner_.isTracked()) scanner_.raise(kSending);
   std::unique_lock<std::mutex> lock(mutex_);

@@ -25,6 +25,9 @@ class ScannerObjectStore {
   // Ends what is going on and lets nothing begin: returns when nothing of it uses the connection any more.
   void end();
 
+  // Ends the exchanges that are going on, without waiting for that. Later ones are not affected.
+  void cancelExchanges();
+
   // Returns when the reply, which `response` becomes, is there: 0; 87 for an exception; 1236 when there is no
   // connection any more; else the transport's code.
   std::uint32_t exchange(const StoreMessage& message, std::string& response);

@@ -507,6 +507,14 @@ TEST_F(BpdScanJobTest, AClientMayEndAJobThatIsBeingStarted) {
   EXPECT_THAT(sent(), Not(Contains(kCreate)));
   EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1")) << "no failure to be told of";
   before[kEnter] = [this] { deliver(systemUpdate("Enter HostSend OK")); };
+  fake.awaitsReplies = true;
+  answerTo(kStart, "nothing");
+  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  EXPECT_TRUE(waitForSent(kStart));
+  takeSent();
+  EXPECT_EQ(scanner->doEndJob(1), 0u) << "without waiting for the reply";
+  EXPECT_THAT(sent(), Contains(kLeave));
+  answers.erase(kStart);
   startJob();
 }
 
