@@ -67,13 +67,16 @@ std::uint32_t Initialization::uninitialize() {
   try {
     {
       CriticalSectionLock lock(initializationLock);
+      const bool wasInitialized = initializeCount > 0;
       --initializeCount;
       logCount("QvnUninitialize");
       if (initializeCount > 0) return QRN_ERROR_SUCCESS;
       initializeCount = 0;
+      BasicLogger::stop();
+      // One too many: there is no System to close, and the next initialisation must make one.
+      if (!wasInitialized) return QRN_ERROR_SUCCESS;
       closing = true;
       CallGate::close();
-      BasicLogger::stop();
     }
     if (CallGate::isInsideCall()) {
       destructionDeferred = true;
