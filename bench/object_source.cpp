@@ -58,11 +58,11 @@ class Job {
 
   // What tells the end; the observer is the host's, which tells it when it begins to observe.
   void sendEnd(int connection, const std::string& observer) const {
-    sendAll(connection,
-            notification(observer, "Job_1", "stateChanged",
-                         "<MapElem><child name=\"job type\"><StringElem>ScanJob</StringElem></child>"
-                         "<child name=\"state\"><StringElem>Complete</StringElem></child></MapElem>") +
-                ObjectSource::block("<Job.End>"));
+    send(connection,
+         notification(observer, "Job_1", "stateChanged",
+                      "<MapElem><child name=\"job type\"><StringElem>ScanJob</StringElem></child>"
+                      "<child name=\"state\"><StringElem>Complete</StringElem></child></MapElem>") +
+             ObjectSource::block("<Job.End>"));
   }
 
  private:
@@ -79,7 +79,9 @@ class Job {
 
 bool receiveBlock(int connection, std::string& payload) {
   std::array<std::uint8_t, ObjectSource::kHeader> header{};
-  if (recv(connection, header.data(), header.size(), MSG_WAITALL) != header.size()) return false;
+  if (recv(connection, header.data(), header.size(), MSG_WAITALL) != static_cast<ssize_t>(header.size())) {
+    return false;
+  }
   payload.resize(ObjectSource::payloadLength(header.data()));
   return recv(connection, payload.data(), payload.size(), MSG_WAITALL) ==
          static_cast<ssize_t>(payload.size());
@@ -97,8 +99,8 @@ void serve(int listener, int control, bool isSilent) {
       observer = between(document, "<arg name=\"observer\">", "</arg>");
     }
     const bool creates = method == "create";
-    sendAll(connection,
-            response(id, creates ? "<StringElem>Job_1</StringElem>" : "<IntegerElem>0</IntegerElem>"));
+    send(connection,
+         response(id, creates ? "<StringElem>Job_1</StringElem>" : "<IntegerElem>0</IntegerElem>"));
     if (method == "enterHostUSBSendMode") send(connection, systemUpdate("Enter HostSend OK"));
     if (method == "exitHostUSBSendMode") send(connection, systemUpdate("HostSend Exited"));
     if (method == "start" && !isSilent) job.sendPage(connection);
