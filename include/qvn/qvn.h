@@ -117,8 +117,8 @@ typedef void (*QvnNotificationCallback)(uint32_t deviceHandle, uint32_t category
  * without a terminator. From Cpd scanners `data` is one whole ESC command: a block of scan data (1B 's' 'd',
  * the payload's length in bytes 3 and 4, low byte first, the payload from byte 8 on) or a status (1B 'S' 'S',
  * its code in byte 3: 0x0B when the connection to the device was lost, else the device's). The next data is
- * delivered when the callback has returned; the callbacks of all Bpd scanners wait for each other. The result is written to the log and has no other effect; return
- * 0.
+ * delivered when the callback has returned; the callbacks of all Bpd scanners wait for each other. The result
+ * is written to the log and has no other effect; return 0.
  */
 typedef uint32_t (*QvnScanDataCallback)(uint32_t clientId, uint32_t job, uint32_t scannerHandle,
                                         uint32_t event, const uint8_t* data, uint32_t dataLength);

@@ -92,9 +92,10 @@ System::System()
     : cpdPrinterFactory_(startServices()),
       cpdScannerFactory_(true),
       cpdHidFactory_(true),
-      bpdPrinterFactory_(true, [](const std::string& attributes) {
-        DiscoveryManager::getInstance().discoverSpecific(attributes);
-      }),
+      bpdPrinterFactory_(true,
+                         [](const std::string& attributes) {
+                           DiscoveryManager::getInstance().discoverSpecific(attributes);
+                         }),
       bpdScannerFactory_(true) {}
 
 System::~System() { stopServices(); }
