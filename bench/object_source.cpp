@@ -6,6 +6,8 @@
 #include <functional>
 #include <vector>
 
+#include "support/store_documents.h"
+
 namespace qvn::bench {
 namespace {
 
@@ -14,35 +16,15 @@ constexpr std::uint64_t kBlocksAtOnce = 8;
 
 constexpr std::string_view kScanData = "<Scan.Data>";
 
-std::string between(std::string_view document, std::string_view open, std::string_view close) {
-  const std::size_t begin = document.find(open);
-  if (begin == std::string_view::npos) return {};
-  const std::size_t from = begin + open.size();
-  return std::string(document.substr(from, document.find(close, from) - from));
-}
-
-std::string response(const std::string& id, const std::string& value) {
-  return ObjectSource::block("<?xml version=\"1.0\"?>\r\n<response requestID=\"" + id + "\">" + value +
-                             "</response>\r\n");
-}
-
-std::string notification(const std::string& observer, const std::string& object, const std::string& event,
-                         const std::string& data) {
-  return ObjectSource::block("<?xml version=\"1.0\"?>\r\n<method name=\"event\"><arg name=\"observer\">" +
-                             observer + "</arg><arg name=\"objName\">" + object +
-                             "</arg><arg name=\"event\">" + event + "</arg><arg name=\"data\">" + data +
-                             "</arg></method>\r\n");
-}
-
-std::string systemUpdate(const std::string& text) {
-  return notification("Observer_System", "system", "systemUpdate", "<StringElem>" + text + "</StringElem>");
-}
-
 std::string scanData(std::uint64_t length) {
   return ObjectSource::block(std::string(kScanData) + std::string(length, 'Z'));
 }
 
 void send(int connection, std::string_view bytes) { sendAll(connection, bytes.data(), bytes.size()); }
+
+void sendUpdate(int connection, const std::string& text) {
+  send(connection, ObjectSource::block(test::systemUpdate(text)));
+}
 
 class Job {
  public:
@@ -58,11 +40,9 @@ class Job {
 
   // What tells the end; the observer is the host's, which tells it when it begins to observe.
   void sendEnd(int connection, const std::string& observer) const {
-    send(connection,
-         notification(observer, "Job_1", "stateChanged",
-                      "<MapElem><child name=\"job type\"><StringElem>ScanJob</StringElem></child>"
-                      "<child name=\"state\"><StringElem>Complete</StringElem></child></MapElem>") +
-             ObjectSource::block("<Job.End>"));
+    const std::string complete = test::entries("ScanJob", "state", "Complete");
+    send(connection, ObjectSource::block(test::notification(observer, "Job_1", "stateChanged", complete)) +
+                         ObjectSource::block("<Job.End>"));
   }
 
  private:
@@ -93,16 +73,12 @@ void serve(int listener, int control, bool isSilent) {
   std::string observer;
   const auto answer = [&](int connection) {
     if (!receiveBlock(connection, document)) return false;
-    const std::string id = between(document, "requestID=\"", "\"");
-    const std::string method = between(document, "<arg name=\"method\">", "</arg>");
-    if (between(document, "<arg name=\"event\">", "</arg>") == "stateChanged") {
-      observer = between(document, "<arg name=\"observer\">", "</arg>");
-    }
-    const bool creates = method == "create";
-    send(connection,
-         response(id, creates ? "<StringElem>Job_1</StringElem>" : "<IntegerElem>0</IntegerElem>"));
-    if (method == "enterHostUSBSendMode") send(connection, systemUpdate("Enter HostSend OK"));
-    if (method == "exitHostUSBSendMode") send(connection, systemUpdate("HostSend Exited"));
+    const std::string method = test::argument(document, "method");
+    if (test::argument(document, "event") == "stateChanged") observer = test::argument(document, "observer");
+    const std::string result = method == "create" ? test::text("Job_1") : test::number(0);
+    send(connection, ObjectSource::block(test::response(test::requestId(document), result)));
+    if (method == "enterHostUSBSendMode") sendUpdate(connection, "Enter HostSend OK");
+    if (method == "exitHostUSBSendMode") sendUpdate(connection, "HostSend Exited");
     if (method == "start" && !isSilent) job.sendPage(connection);
     if (method == "cancel" || (method == "start" && !isSilent)) job.sendEnd(connection, observer);
     return true;

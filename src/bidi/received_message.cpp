@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "bidi/element_text.h"
 #include "bidi/xml_message_parser.h"
 #include "common/exception.h"
 
@@ -23,17 +24,6 @@ std::unique_ptr<MapElem> readMessage(std::string_view document) {
   return parser.takeMessage();
 }
 
-// The text of a child; empty when there is no such child or it is no text.
-std::string textOf(const MapElem& message, const std::string& name) {
-  const Element* child = message.find(name);
-  if (child == nullptr) return {};
-  try {
-    return child->stringValue();
-  } catch (const Win32Exception&) {
-    return {};
-  }
-}
-
 // The decimal number in front, 0 when there is none that fits.
 std::uint32_t toUnsigned(const std::string& text) {
   std::uint32_t number = 0;
@@ -42,7 +32,7 @@ std::uint32_t toUnsigned(const std::string& text) {
 }
 
 MessageType typeOf(const MapElem& message) {
-  const std::string type = textOf(message, "messageType");
+  const std::string type = entryOf(&message, "messageType");
   if (type == "response") return MessageType::Response;
   if (type == "exception") return MessageType::Exception;
   return MessageType::Method;
@@ -73,8 +63,8 @@ ReceivedMessage classifyMessage(std::string_view document) {
   ReceivedMessage received;
   received.type = typeOf(*message);
   if (received.type == MessageType::Method) return received;
-  received.requestId = toUnsigned(textOf(*message, "requestID"));
-  if (received.type == MessageType::Response) received.result = textOf(*message, "result");
+  received.requestId = toUnsigned(entryOf(message.get(), "requestID"));
+  if (received.type == MessageType::Response) received.result = entryOf(message.get(), "result");
   return received;
 }
 
@@ -101,8 +91,8 @@ std::int32_t responseResult(std::string_view document) {
 StoreNotification readNotification(std::string_view document) {
   const std::unique_ptr<MapElem> message = readMessage(document);
   if (message == nullptr) return {};
-  StoreNotification notification{textOf(*message, "observer"), textOf(*message, "objName"),
-                                 textOf(*message, "event"), nullptr};
+  StoreNotification notification{entryOf(message.get(), "observer"), entryOf(message.get(), "objName"),
+                                 entryOf(message.get(), "event"), nullptr};
   if (message->find("data") != nullptr) notification.data = message->removeChild("data");
   return notification;
 }

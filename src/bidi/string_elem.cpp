@@ -1,5 +1,6 @@
 #include "bidi/string_elem.h"
 
+#include "bidi/boolean_elem.h"
 #include "bidi/element_failure.h"
 #include "bidi/element_visitor.h"
 #include "bidi/string_to_i.h"
@@ -14,16 +15,13 @@ std::int32_t StringElem::intValue() const {
     return StringToi(value_);
   } catch (const Win32Exception&) {
     const std::string lower = toLower(value_);
-    if (lower == "true" || lower == "y" || lower == "yes") return 1;
+    if (booleanValue()) return 1;
     if (lower == "false" || lower == "n" || lower == "no") return 0;
   }
   failElement("StringElem::intValue: convert to integer" + value_);
 }
 
-bool StringElem::booleanValue() const {
-  const std::string lower = toLower(value_);
-  return lower == "true" || lower == "y" || lower == "yes";
-}
+bool StringElem::booleanValue() const { return BooleanElem(value_).booleanValue(); }
 
 std::string StringElem::describe() const { return ": " + value_; }
 

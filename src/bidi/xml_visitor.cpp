@@ -20,7 +20,6 @@ namespace qvn {
 namespace {
 
 constexpr std::size_t kMaxTagLength = 383;
-constexpr std::size_t kMaxChildNameLength = 119;
 constexpr std::size_t kMaxDocumentLength = std::size_t{64} << 20;
 
 constexpr std::string_view kLineEnd = "\r\n";

@@ -2,6 +2,7 @@
 // for some methods one argument that is an element.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,6 +18,9 @@ class ElementIterator;
 // Whether the text holds "<", ">" or "&". Names and values are written as they stand, so a text with markup
 // would change the document: whoever takes a text from outside asks first.
 bool hasMarkup(std::string_view text);
+
+// Of the name of a map's child, in bytes.
+inline constexpr std::size_t kMaxChildNameLength = 119;
 
 enum class MethodKind : std::uint32_t {
   GetAttribute = 3,    // objName, attribName

@@ -2,13 +2,13 @@
 
 #include <utility>
 
-#include "bidi/element.h"
+#include "bidi/element_text.h"
 #include "bidi/received_message.h"
 #include "bidi/store_messages.h"
 #include "common/basic_logger.h"
 #include "common/client_callback.h"
-#include "common/exception.h"
 #include "qvn/result_codes.h"
+#include "scanner/bpd_scan_task.h"
 #include "scanner/bpd_scanner.h"
 #include "scanner/leading_number.h"
 
@@ -17,31 +17,10 @@ namespace {
 
 constexpr char kTask[] = "BpdScanAsyncDataTask::";
 
-// The observer that the tasks of a job's start and end wait for.
-constexpr std::string_view kSystemObserver = "Observer_System";
-
-// The text of an element; empty for none and for one that is no text.
-std::string textOf(Element* element) {
-  if (element == nullptr) return {};
-  try {
-    return element->stringValue();
-  } catch (const Win32Exception&) {
-    return {};
-  }
-}
-
-std::string entryOf(Element* map, const char* name) {
-  if (map == nullptr || !map->isInstanceOf("MapElem")) return {};
-  try {
-    return textOf(map->getChild(name));
-  } catch (const Win32Exception&) {
-    return {};
-  }
-}
-
 std::string valueOf(const StoreNotification& notification) {
-  if (notification.objName == "system") return textOf(notification.data.get());
-  return entryOf(notification.data.get(), notification.event == "pageScanned" ? "source" : "state");
+  if (notification.objName == scan_object::kSystem) return textOf(notification.data.get());
+  return entryOf(notification.data.get(),
+                 notification.event == scan_object::kPageScanned ? "source" : "state");
 }
 
 }  // namespace
@@ -189,13 +168,13 @@ void BpdScanAsyncDataTask::takeDocument(std::string_view document) {
 }
 
 void BpdScanAsyncDataTask::takeNotification(const StoreNotification& notification) {
-  if (notification.observer == kSystemObserver) return;
+  if (notification.observer == scan_object::kSystemObserver) return;
   const std::string value = valueOf(notification);
   if (leadingNumber<std::uint32_t>(notification.observer) == scanner_.getHandle()) {
     if (entryOf(notification.data.get(), "job type") != "ScanJob") {
-      if (notification.event == "pageScanned" && value == "ADF") {
+      if (notification.event == scan_object::kPageScanned && value == "ADF") {
         doScanAlertCallbacks(scan_data::kAlert, "Job.AdfEvent");
-      } else if (notification.event == "pageScanned" && value == "Flatbed") {
+      } else if (notification.event == scan_object::kPageScanned && value == "Flatbed") {
         doScanAlertCallbacks(scan_data::kAlert, "Job.FlatbedEvent");
       }
     } else if (value == "Warming") {

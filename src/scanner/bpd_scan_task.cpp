@@ -1,9 +1,8 @@
 #include "scanner/bpd_scan_task.h"
 
-#include "bidi/element.h"
+#include "bidi/element_text.h"
 #include "bidi/received_message.h"
 #include "bidi/store_messages.h"
-#include "common/exception.h"
 #include "scanner/bpd_scanner.h"
 #include "scanner/scan_block.h"
 
@@ -19,12 +18,8 @@ void BpdScanTask::doUpdate(Data& data) {
     return;
   }
   const StoreNotification notification = readNotification(block.text);
-  if (notification.observer != scan_object::kSystemObserver || notification.data == nullptr) return;
-  try {
-    takeSystemUpdate(notification.data->stringValue());
-  } catch (const Win32Exception&) {
-    // No text.
-  }
+  if (notification.observer == scan_object::kSystemObserver)
+    takeSystemUpdate(textOf(notification.data.get()));
 }
 
 }  // namespace qvn

@@ -137,17 +137,19 @@ void BpdScanner::doAccept(Data& data) {
 std::uint32_t BpdScanner::openConnection() {
   Connectable* const connection = doGetConnection(connection_name::kBidi);
   connection->setChild(0, this);
+  const auto giveBack = [&] {
+    connection->setChild(0, nullptr);
+    doReleaseConnection(connection);
+  };
   std::uint32_t rc = QRN_ERROR_INTERNAL_ERROR;
   try {
     rc = connection->open();
   } catch (...) {
-    connection->setChild(0, nullptr);
-    doReleaseConnection(connection);
+    giveBack();
     throw;
   }
   if (rc != QRN_ERROR_SUCCESS) {
-    connection->setChild(0, nullptr);
-    doReleaseConnection(connection);
+    giveBack();
     return rc;
   }
   doPersistConnection(connection, true);

@@ -31,11 +31,11 @@ ScanBlock readScanBlock(std::string_view bytes) {
   const std::size_t close = open == std::string_view::npos ? open : front.find('>', open);
   if (close == std::string_view::npos) return {};
   const std::string_view tag = front.substr(open + 1, close - open - 1);
-  if (tag.starts_with('?')) return {Kind::Document, bytes};
+  if (tag.starts_with('?')) return {Kind::Document, tag, bytes};
   for (const auto& known : kKinds) {
-    if (tag == known.tag) return {known.kind, bytes.substr(close + 1)};
+    if (tag == known.tag) return {known.kind, tag, bytes.substr(close + 1)};
   }
-  return {Kind::Event, tag};
+  return {Kind::Event, tag, tag};
 }
 
 ScanBlock readScanBlock(const Data& data) { return readScanBlock(textOf(data)); }

@@ -11,6 +11,7 @@ struct ScanBlock {
   enum class Kind { None, JobStart, JobEnd, PageStart, PageEnd, ScanData, Document, Event };
 
   Kind kind = Kind::None;
+  std::string_view tag;
   // Of scan data what follows the tag, of a document all of it (out of its frame), of an event its name. It
   // lies in the data.
   std::string_view text;

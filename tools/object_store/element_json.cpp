@@ -19,7 +19,6 @@
 namespace qvn::object_store {
 namespace {
 
-constexpr std::size_t kLongestName = 119;
 constexpr int kDeepest = 100;
 constexpr char kBase64[] = "base64";
 
@@ -45,7 +44,7 @@ std::unique_ptr<Element> mapElement(const Json& value) {
   }
   auto map = std::make_unique<MapElem>();
   for (const auto& [name, child] : value.items()) {
-    if (name.size() > kLongestName) throw std::invalid_argument("'" + name + "' is too long a name");
+    if (name.size() > kMaxChildNameLength) throw std::invalid_argument("'" + name + "' is too long a name");
     map->addChild(requirePlain(name), toElement(child));
   }
   return map;

@@ -3,7 +3,6 @@
 #include "api/system.h"
 #include "bidi/map_elem.h"
 #include "bidi/received_message.h"
-#include "bidi/reply_frame.h"
 #include "bidi/store_messages.h"
 #include "bidi/xml_message_parser.h"
 #include "common/exception.h"
@@ -86,17 +85,11 @@ class StoreChannel::Listener : public Observer {
         takeDocument(block.text);
         return;
       default:
-        onEvent_({tagOf(data), {}, {}, {}, nullptr});
+        onEvent_({std::string(block.tag), {}, {}, {}, nullptr});
     }
   }
 
  private:
-  static std::string tagOf(const Data& data) {
-    const std::string text(reinterpret_cast<const char*>(data.getBuffer()), data.getLength());
-    const std::size_t open = text.find('<');
-    return text.substr(open + 1, text.find('>', open) - open - 1);
-  }
-
   void takeDocument(std::string_view document) {
     if (classifyMessage(document).type != MessageType::Method) return;
     StoreNotification notification = readNotification(document);
