@@ -8,9 +8,9 @@
 #include "allocations.h"
 #include "measure.h"
 #include "ratio_table.h"
-#include "scanner/esc_command_factory.h"
-#include "scanner/esc_commands.h"
-#include "scanner/standard_esc_command.h"
+#include "scanner/esc/esc_command_factory.h"
+#include "scanner/esc/esc_commands.h"
+#include "scanner/esc/standard_esc_command.h"
 #include "workloads.h"
 
 namespace qvn::bench {

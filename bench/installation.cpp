@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "measure.h"
-#include "platform/registry.h"
+#include "platform/registry/registry.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"

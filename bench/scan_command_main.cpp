@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/child.h"
 #include "installation.h"
 #include "measure.h"
 #include "qvn/qvn.h"
 #include "ratio_table.h"
-#include "simulator/simulator_process.h"
+#include "support/process/child.h"
+#include "support/simulator/simulator_process.h"
 
 namespace qvn::bench {
 namespace {

@@ -4,13 +4,13 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "cups/eventually.h"
 #include "cups/scheduler.h"
 #include "installation.h"
 #include "measure.h"
 #include "qvn/qvn.h"
 #include "ratio_table.h"
-#include "simulator/simulator_process.h"
+#include "support/process/eventually.h"
+#include "support/simulator/simulator_process.h"
 
 namespace qvn::bench {
 namespace {

@@ -14,15 +14,15 @@
 #include <thread>
 #include <vector>
 
-#include "bidi/received_message.h"
-#include "bidi/store_messages.h"
-#include "byte_sink.h"
+#include "bidi/object_store/received_message.h"
+#include "bidi/object_store/store_messages.h"
 #include "installation.h"
 #include "measure.h"
-#include "object_source.h"
+#include "peers/byte_sink.h"
+#include "peers/object_source.h"
 #include "qvn/qvn.h"
 #include "ratio_table.h"
-#include "scanner/bpd_scanner.h"
+#include "scanner/bpd/bpd_scanner.h"
 
 namespace qvn::bench {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "device/handle_table.h"
+#include "device/store/handle_table.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 #include "qvn/transport/subject.h"

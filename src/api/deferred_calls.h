@@ -9,8 +9,8 @@
 #include <mutex>
 
 #include "common/process_service.h"
-#include "common/runnable.h"
-#include "common/thread.h"
+#include "common/threads/runnable.h"
+#include "common/threads/thread.h"
 
 namespace qvn {
 

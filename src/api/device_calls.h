@@ -10,7 +10,7 @@
 #include "api/deferred_calls.h"
 #include "api/discovery_manager.h"
 #include "api/let_go.h"
-#include "common/client_callback.h"
+#include "common/clients/client_callback.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "common/text.h"
-#include "platform/spooler.h"
+#include "platform/process/spooler.h"
 
 namespace qvn {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <type_traits>
 
-#include "device/hid_store.h"
+#include "device/store/hid_store.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

@@ -8,7 +8,7 @@
 
 #include "api/call_gate.h"
 #include "common/exception.h"
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

@@ -2,8 +2,8 @@
 #include "api/exported_call.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
-#include "device/hid_store.h"
 #include "device/notification.h"
+#include "device/store/hid_store.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;

@@ -4,9 +4,9 @@
 
 #include "api/call_gate.h"
 #include "api/system.h"
-#include "common/basic_logger.h"
-#include "common/client_callback.h"
+#include "common/clients/client_callback.h"
 #include "common/exception.h"
+#include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/critical_section.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "api/deferred_calls.h"
-#include "common/client_callback.h"
+#include "common/clients/client_callback.h"
 
 namespace qvn {
 

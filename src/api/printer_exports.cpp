@@ -4,7 +4,7 @@
 #include "api/exported_call.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
-#include "device/printer_store.h"
+#include "device/store/printer_store.h"
 #include "npa/npa_packet.h"
 #include "qvn/qvn.h"
 

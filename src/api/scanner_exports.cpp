@@ -3,7 +3,7 @@
 #include "api/output_buffer.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
-#include "device/scanner_store.h"
+#include "device/store/scanner_store.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;

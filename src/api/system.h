@@ -16,11 +16,11 @@
 #include "device/client_registration.h"
 #include "device/job_description.h"
 #include "hid/cpd_hid_factory.h"
-#include "printer/bpd_printer_factory.h"
-#include "printer/cpd_printer_factory.h"
+#include "printer/bpd/bpd_printer_factory.h"
+#include "printer/cpd/cpd_printer_factory.h"
 #include "qvn/qvn.h"
-#include "scanner/bpd_scanner_factory.h"
-#include "scanner/cpd_scanner_factory.h"
+#include "scanner/bpd/bpd_scanner_factory.h"
+#include "scanner/cpd/cpd_scanner_factory.h"
 
 namespace qvn {
 

@@ -1,8 +1,8 @@
 // What the exported HID functions forward to.
 #include "api/device_calls.h"
 #include "api/system.h"
-#include "device/hid_store.h"
-#include "device/hid_table.h"
+#include "device/store/hid_store.h"
+#include "device/store/hid_table.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_object.h"
 #include "hid/hid_report_manager.h"

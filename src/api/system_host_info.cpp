@@ -3,8 +3,8 @@
 
 #include "api/output_buffer.h"
 #include "api/system.h"
-#include "common/application_settings.h"
-#include "platform/system_information.h"
+#include "common/settings/application_settings.h"
+#include "platform/process/system_information.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

@@ -2,8 +2,8 @@
 #include "api/device_calls.h"
 #include "api/job_tracker.h"
 #include "api/system.h"
-#include "device/printer_store.h"
-#include "device/printer_table.h"
+#include "device/store/printer_store.h"
+#include "device/store/printer_table.h"
 #include "printer/printer_object.h"
 #include "qvn/transport/lent_data.h"
 

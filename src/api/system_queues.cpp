@@ -5,11 +5,11 @@
 #include "api/device_lookup.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
-#include "common/localize.h"
-#include "common/trace_scope.h"
-#include "device/printer_store.h"
-#include "device/scanner_store.h"
-#include "platform/spooler.h"
+#include "common/logging/trace_scope.h"
+#include "common/settings/localize.h"
+#include "device/store/printer_store.h"
+#include "device/store/scanner_store.h"
+#include "platform/process/spooler.h"
 #include "transport/transport_names.h"
 
 namespace qvn {

@@ -1,9 +1,9 @@
 // What the exported scanner functions forward to.
 #include "api/device_calls.h"
 #include "api/system.h"
-#include "device/scanner_store.h"
-#include "device/scanner_table.h"
-#include "device/tag_map.h"
+#include "device/store/scanner_store.h"
+#include "device/store/scanner_table.h"
+#include "kit/tag_map.h"
 #include "scanner/scanner_object.h"
 
 namespace qvn {

@@ -1,6 +1,6 @@
 #include "bidi/bidi_task.h"
 
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
 #include "npa/npa_packet.h"
 
 namespace qvn {

@@ -1,6 +1,6 @@
 #include "bidi/exchange_task.h"
 
-#include "common/thread.h"
+#include "common/threads/thread.h"
 
 namespace qvn {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "common/observation.h"
-#include "common/task.h"
+#include "common/tasks/observation.h"
+#include "common/tasks/task.h"
 #include "device/visitor_run.h"
 #include "qvn/transport/device.h"
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
 
 namespace qvn {
 

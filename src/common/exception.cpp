@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/system_information.h"
+#include "platform/process/system_information.h"
 
 namespace qvn {
 namespace {

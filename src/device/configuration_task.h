@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "common/task.h"
+#include "common/tasks/task.h"
 #include "qvn/transport/device.h"
 
 namespace qvn {

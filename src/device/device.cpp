@@ -1,6 +1,6 @@
 #include "qvn/transport/device.h"
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

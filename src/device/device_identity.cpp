@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "device/tag_map.h"
+#include "kit/tag_map.h"
 
 namespace qvn {
 

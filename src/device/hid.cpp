@@ -1,6 +1,6 @@
 #include "device/hid.h"
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

@@ -1,9 +1,9 @@
 #include "device/printer.h"
 
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
 #include "device/configuration_task.h"
 #include "device/connection_use.h"
-#include "device/printer_store.h"
+#include "device/store/printer_store.h"
 #include "qvn/transport/attribute_codec.h"
 
 namespace qvn {

@@ -1,7 +1,7 @@
 #include "device/scanner.h"
 
-#include "common/basic_logger.h"
-#include "device/scanner_store.h"
+#include "common/logging/basic_logger.h"
+#include "device/store/scanner_store.h"
 
 namespace qvn {
 

@@ -1,6 +1,6 @@
 #include "hid/cpd_hid.h"
 
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
 #include "hid/cpd_hid_closed.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_report_manager.h"

@@ -1,6 +1,6 @@
 #include "hid/cpd_hid_closed.h"
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "device/connection_use.h"
 #include "hid/cpd_hid.h"
 #include "hid/cpd_hid_open.h"

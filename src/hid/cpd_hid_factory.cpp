@@ -1,6 +1,6 @@
 #include "hid/cpd_hid_factory.h"
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "hid/cpd_hid.h"
 #include "hid/hid_object.h"
 

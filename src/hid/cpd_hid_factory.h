@@ -1,7 +1,7 @@
 // CpdHidFactory: makes the HIDs of the Cpd family.
 #pragma once
 
-#include "device/factory.h"
+#include "device/factories/factory.h"
 
 namespace qvn {
 

@@ -1,6 +1,6 @@
 #include "hid/cpd_hid_open.h"
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "device/connection_use.h"
 #include "device/visitor_run.h"
 #include "hid/cpd_hid.h"

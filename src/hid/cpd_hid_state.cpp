@@ -1,6 +1,6 @@
 #include "hid/cpd_hid_state.h"
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "hid/cpd_hid.h"
 #include "qvn/result_codes.h"
 

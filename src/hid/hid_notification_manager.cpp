@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "common/client_callback.h"
+#include "common/clients/client_callback.h"
 #include "common/exception.h"
 #include "qvn/transport/critical_section.h"
 

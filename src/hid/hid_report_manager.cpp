@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

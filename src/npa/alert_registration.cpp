@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "npa/npa_templates.h"
 
 namespace qvn {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
 
 namespace qvn {
 namespace {

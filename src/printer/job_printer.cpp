@@ -3,7 +3,7 @@
 #include <new>
 #include <utility>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

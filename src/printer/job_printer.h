@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "device/printer.h"
-#include "printer/notification_task.h"
-#include "printer/printer_alert_task.h"
+#include "printer/clients/notification_task.h"
+#include "printer/clients/printer_alert_task.h"
 
 namespace qvn {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 #include "device/state_machine.h"
 #include "printer/job_printer.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "common/exception.h"
-#include "platform/module.h"
+#include "platform/process/module.h"
 #include "qvn/transport/critical_section.h"
 
 namespace qvn {

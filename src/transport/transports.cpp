@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "common/os_version.h"
-#include "common/trace_scope.h"
+#include "common/logging/trace_scope.h"
+#include "common/process/os_version.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "transport/transport_names.h"

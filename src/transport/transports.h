@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "common/application_settings.h"
 #include "common/process_service.h"
+#include "common/settings/application_settings.h"
 #include "transport/fallback.h"
 #include "transport/transport_dll.h"
 

@@ -1,5 +1,5 @@
 // Alerts and the status cache in words.
-#include "alert_words.h"
+#include "shared/alerts/alert_words.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

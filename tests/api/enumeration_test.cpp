@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "device/hid_store.h"
-#include "device/printer_store.h"
-#include "device/scanner_store.h"
-#include "platform/system_information.h"
+#include "device/store/hid_store.h"
+#include "device/store/printer_store.h"
+#include "device/store/scanner_store.h"
+#include "platform/process/system_information.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"

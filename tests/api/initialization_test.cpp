@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "device/printer_store.h"
+#include "device/store/printer_store.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
 

@@ -8,11 +8,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
+#include "platform/files/paths.h"
 #include "platform/forked.h"
-#include "platform/mutex.h"
-#include "platform/paths.h"
-#include "platform/registry.h"
+#include "platform/registry/registry.h"
+#include "platform/threads/mutex.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/settings.h"
 #include "support/fake_transport.h"

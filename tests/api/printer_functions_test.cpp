@@ -4,7 +4,7 @@
 #include <future>
 #include <thread>
 
-#include "device/printer_store.h"
+#include "device/store/printer_store.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"

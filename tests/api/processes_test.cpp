@@ -8,9 +8,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/basic_logger.h"
-#include "device/printer_store.h"
-#include "platform/paths.h"
+#include "common/logging/basic_logger.h"
+#include "device/store/printer_store.h"
+#include "platform/files/paths.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {

@@ -5,11 +5,11 @@
 
 #include <fstream>
 
-#include "common/basic_logger.h"
-#include "device/hid_store.h"
-#include "device/printer_store.h"
-#include "device/scanner_store.h"
-#include "platform/paths.h"
+#include "common/logging/basic_logger.h"
+#include "device/store/hid_store.h"
+#include "device/store/printer_store.h"
+#include "device/store/scanner_store.h"
+#include "platform/files/paths.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"

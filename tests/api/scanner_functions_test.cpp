@@ -6,8 +6,8 @@
 #include <future>
 #include <thread>
 
-#include "device/hid_store.h"
-#include "device/scanner_store.h"
+#include "device/store/hid_store.h"
+#include "device/store/scanner_store.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {

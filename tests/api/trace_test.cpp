@@ -5,10 +5,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "common/basic_logger.h"
-#include "device/printer_store.h"
-#include "platform/paths.h"
-#include "platform/registry.h"
+#include "common/logging/basic_logger.h"
+#include "device/store/printer_store.h"
+#include "platform/files/paths.h"
+#include "platform/registry/registry.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/settings.h"
 #include "support/library_fixture.h"

@@ -7,7 +7,7 @@ import sys
 import tempfile
 
 # Bottom first: a room may include itself and what stands before it.
-ROOMS = ["platform", "common", "npa", "transport", "device", "bidi", "printer", "scanner", "hid", "api"]
+ROOMS = ["platform", "kit", "common", "npa", "transport", "device", "bidi", "printer", "scanner", "hid", "api"]
 
 SYSTEM_HEADERS = re.compile(
     r"^(sys/.*|arpa/.*|net/.*|netinet/.*|linux/.*|asm/.*|bits/.*|unistd\.h|fcntl\.h|pthread\.h|poll\.h|signal\.h"

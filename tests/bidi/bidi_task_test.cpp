@@ -5,7 +5,7 @@
 
 #include "bidi/generic_bidi_task.h"
 #include "npa/job_commands.h"
-#include "printer/cpd_printer.h"
+#include "printer/cpd/cpd_printer.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {

@@ -1,10 +1,10 @@
 // Values of an object store as JSON: there and back, and what no document can hold.
-#include "object_store/element_json.h"
+#include "shared/object-store/element_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "bidi/xml_visitor.h"
+#include "bidi/xml/xml_visitor.h"
 
 namespace qvn::test {
 namespace {

@@ -7,8 +7,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "cli/successful_run.h"
-#include "platform/paths.h"
+#include "platform/files/paths.h"
+#include "support/process/successful_run.h"
 
 namespace qvn::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "job_data.h"
+#include "shared/client/job_data.h"
 
 #include <gtest/gtest.h>
 

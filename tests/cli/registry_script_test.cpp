@@ -1,4 +1,4 @@
-#include "registry_script.h"
+#include "shared/registry-script/registry_script.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

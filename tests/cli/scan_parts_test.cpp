@@ -7,13 +7,13 @@
 #include <thread>
 
 #include "progress_bar.h"
-#include "scan/capabilities.h"
-#include "scan/error.h"
-#include "scan/esc_page.h"
-#include "scan/esc_requests.h"
-#include "scan/host_send_job.h"
-#include "scan_area.h"
-#include "text_values.h"
+#include "scan/scan_area.h"
+#include "shared/client/text_values.h"
+#include "shared/scan/capabilities.h"
+#include "shared/scan/error.h"
+#include "shared/scan/esc_page.h"
+#include "shared/scan/esc_requests.h"
+#include "shared/scan/host_send_job.h"
 
 namespace qvn::scan {
 namespace {

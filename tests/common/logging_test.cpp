@@ -3,12 +3,12 @@
 
 #include <thread>
 
-#include "common/application_settings.h"
 #include "common/exception.h"
-#include "common/library_logger.h"
-#include "common/localize.h"
-#include "common/trace_scope.h"
-#include "platform/paths.h"
+#include "common/logging/library_logger.h"
+#include "common/logging/trace_scope.h"
+#include "common/settings/application_settings.h"
+#include "common/settings/localize.h"
+#include "platform/files/paths.h"
 #include "support/content_of.h"
 #include "support/manual_clock.h"
 

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "common/exception.h"
-#include "common/task.h"
+#include "common/tasks/task.h"
 #include "qvn/transport/subject.h"
 
 namespace qvn {

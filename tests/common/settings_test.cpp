@@ -2,12 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "common/application_settings.h"
-#include "common/brand_table.h"
 #include "common/exception.h"
-#include "common/localize.h"
-#include "common/registry_key.h"
-#include "platform/error.h"
+#include "common/settings/application_settings.h"
+#include "common/settings/brand_table.h"
+#include "common/settings/localize.h"
+#include "common/settings/registry_key.h"
+#include "platform/base/error.h"
 #include "qvn/transport/settings.h"
 
 namespace qvn {

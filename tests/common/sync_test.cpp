@@ -3,12 +3,12 @@
 
 #include <thread>
 
-#include "common/application.h"
-#include "common/event.h"
 #include "common/exception.h"
-#include "common/inter_process_lock.h"
-#include "common/mutex.h"
-#include "common/thread.h"
+#include "common/process/application.h"
+#include "common/threads/event.h"
+#include "common/threads/inter_process_lock.h"
+#include "common/threads/mutex.h"
+#include "common/threads/thread.h"
 #include "support/manual_clock.h"
 
 namespace qvn {

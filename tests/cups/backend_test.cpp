@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include "cups/eventually.h"
-#include "end_to_end/print_server.h"
+#include "end_to_end/print/print_server.h"
 #include "support/noise.h"
+#include "support/process/eventually.h"
 
 namespace qvn::test {
 namespace {

@@ -6,10 +6,10 @@
 #include <cstdlib>
 
 #include "device_uri.h"
-#include "failure.h"
 #include "job.h"
 #include "patience.h"
 #include "report.h"
+#include "shared/client/failure.h"
 #include "support/manual_clock.h"
 
 namespace qvn::cups {

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <tuple>
 
-#include "cli/successful_run.h"
 #include "cups/scheduler.h"
-#include "platform/spooler.h"
+#include "platform/process/spooler.h"
 #include "qvn/qvn.h"
+#include "support/process/successful_run.h"
 
 namespace qvn::test {
 namespace {

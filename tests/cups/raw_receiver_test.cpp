@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "cups/eventually.h"
 #include "cups/scheduler.h"
-#include "end_to_end/bpd_printer.h"
+#include "end_to_end/print/bpd_printer.h"
+#include "support/process/eventually.h"
 
 namespace qvn::test {
 namespace {

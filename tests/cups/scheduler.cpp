@@ -5,8 +5,8 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "cups/eventually.h"
 #include "support/content_of.h"
+#include "support/process/eventually.h"
 
 namespace qvn::test {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/child.h"
+#include "support/process/child.h"
 
 namespace qvn::test {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "device/tag_map.h"
+#include "kit/tag_map.h"
 #include "qvn/transport/attributes.h"
 
 namespace qvn {

@@ -4,11 +4,11 @@
 
 #include <thread>
 
-#include "device/device_factories.h"
-#include "device/persistence_store.h"
-#include "device/printer_store.h"
-#include "device/printer_table.h"
-#include "device/scanner_store.h"
+#include "device/factories/device_factories.h"
+#include "device/store/persistence_store.h"
+#include "device/store/printer_store.h"
+#include "device/store/printer_table.h"
+#include "device/store/scanner_store.h"
 #include "printer/printer_object.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"

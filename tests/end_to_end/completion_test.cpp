@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "end_to_end/print_server.h"
+#include "end_to_end/print/print_server.h"
 
 namespace qvn::test {
 namespace {

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "cli/child.h"
 #include "qvn/qvn.h"
-#include "simulator/simulator_process.h"
 #include "support/content_of.h"
+#include "support/process/child.h"
+#include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
 

@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "end_to_end/scan_station.h"
+#include "end_to_end/scan/scan_station.h"
 
 namespace qvn::test {
 namespace {

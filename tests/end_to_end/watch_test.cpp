@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "end_to_end/print_server.h"
+#include "end_to_end/print/print_server.h"
 
 namespace qvn::test {
 namespace {

@@ -2,7 +2,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "fuzz/check.h"
-#include "printer/account_number_search.h"
+#include "printer/bpd/job/account_number_search.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Alerts and the status cache as a printer sends them: their class, and what the tools say of them.
-#include "alert_words.h"
 #include "fuzz/check.h"
 #include "fuzz/silent_logger.h"
 #include "npa/npa_packet.h"
-#include "printer/printer_alert_type.h"
+#include "printer/clients/printer_alert_type.h"
+#include "shared/alerts/alert_words.h"
 
 using namespace qvn;
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "fuzz/check.h"
-#include "services.h"
+#include "ipv4/discovery/services.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace qvn::ipv4;

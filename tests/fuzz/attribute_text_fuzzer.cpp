@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "device/device_identity.h"
-#include "device/tag_map.h"
 #include "fuzz/check.h"
+#include "kit/tag_map.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"

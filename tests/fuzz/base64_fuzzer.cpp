@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "bidi/base64.h"
+#include "bidi/element/base64.h"
 #include "fuzz/check.h"
 
 namespace {

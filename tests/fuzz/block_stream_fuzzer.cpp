@@ -1,6 +1,6 @@
 // What a Bpd scanner sends on its scan port: the blocks are what it sent up to the first wrong header,
 // however the network cuts the bytes.
-#include "block_stream.h"
+#include "ipv4/streams/block_stream.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "device_answer.h"
 #include "fuzz/check.h"
+#include "ipv4/discovery/device_answer.h"
 
 namespace {
 

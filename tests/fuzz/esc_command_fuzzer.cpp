@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "fuzz/check.h"
-#include "scanner/esc_command_factory.h"
+#include "scanner/esc/esc_command_factory.h"
 
 using qvn::Data;
 using qvn::EscCommand;

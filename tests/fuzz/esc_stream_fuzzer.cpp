@@ -1,6 +1,6 @@
 // What a device sends on its scan port: the commands are what it sent less what was skipped, however the
 // network cuts the bytes into pieces and wherever it pauses.
-#include "esc_stream.h"
+#include "ipv4/streams/esc_stream.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

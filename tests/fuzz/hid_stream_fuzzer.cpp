@@ -1,5 +1,5 @@
 // What a device sends on its HID port: the frames are what it sent, however the network cuts the bytes.
-#include "hid_stream.h"
+#include "ipv4/streams/hid_stream.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

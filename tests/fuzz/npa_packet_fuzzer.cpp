@@ -9,8 +9,8 @@
 #include "npa/dc_summary_command.h"
 #include "npa/job_commands.h"
 #include "npa/npa_packet.h"
-#include "printer/cpd_printer_alert.h"
-#include "printer/cpd_printer_cache.h"
+#include "printer/cpd/cpd_printer_alert.h"
+#include "printer/cpd/cpd_printer_cache.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // What a device sends on its bidi port: the packets do not depend on how the network cuts the bytes into
 // pieces.
-#include "npa_stream.h"
+#include "ipv4/streams/npa_stream.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -2,8 +2,8 @@
 #include <string>
 #include <string_view>
 
-#include "bidi/parser_simple.h"
-#include "bidi/xml_visitor.h"
+#include "bidi/xml/parser_simple.h"
+#include "bidi/xml/xml_visitor.h"
 #include "fuzz/check.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "fuzz/check.h"
-#include "registry_script.h"
+#include "shared/registry-script/registry_script.h"
 
 namespace registry = qvn::platform::registry;
 using qvn::RegistryChange;

@@ -1,13 +1,13 @@
 // What a Bpd scanner delivers, bare or in the frame of a reply: the frame, the tag, and all that the clients'
 // side makes of a notification.
-#include "scanner/scan_block.h"
+#include "scanner/bpd/scan_block.h"
 
 #include <cstdint>
 #include <string>
 
-#include "bidi/reply_frame.h"
+#include "bidi/object_store/reply_frame.h"
 #include "fuzz/check.h"
-#include "scanner/bpd_scanner.h"
+#include "scanner/bpd/bpd_scanner.h"
 
 namespace {
 

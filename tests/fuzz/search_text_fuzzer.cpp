@@ -1,5 +1,5 @@
 // Search texts as people write them: the places they name are real ones, each once, and not too many.
-#include "search_text.h"
+#include "ipv4/discovery/search_text.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "common/basic_logger.h"
+#include "common/logging/basic_logger.h"
 
 namespace qvn::fuzz {
 

@@ -1,5 +1,5 @@
 // Blocks that are replies of an object store, or pretend to be, and documents that pretend to be requests.
-#include "store_document.h"
+#include "ipv4/streams/store_document.h"
 
 #include <cstdint>
 #include <string>

@@ -5,10 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "bidi/map_elem.h"
-#include "bidi/received_message.h"
-#include "bidi/xml_message_parser.h"
-#include "bidi/xml_visitor.h"
+#include "bidi/element/map_elem.h"
+#include "bidi/object_store/received_message.h"
+#include "bidi/xml/xml_message_parser.h"
+#include "bidi/xml/xml_visitor.h"
 #include "common/exception.h"
 #include "fuzz/check.h"
 

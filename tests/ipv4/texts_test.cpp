@@ -3,15 +3,15 @@
 
 #include <random>
 
-#include "ipv4/block_stream.h"
-#include "ipv4/device_answer.h"
-#include "ipv4/esc_stream.h"
-#include "ipv4/hid_stream.h"
-#include "ipv4/npa_stream.h"
-#include "ipv4/search_text.h"
-#include "ipv4/services.h"
-#include "ipv4/store_document.h"
-#include "simulator/test_sockets.h"
+#include "ipv4/discovery/device_answer.h"
+#include "ipv4/discovery/search_text.h"
+#include "ipv4/discovery/services.h"
+#include "ipv4/streams/block_stream.h"
+#include "ipv4/streams/esc_stream.h"
+#include "ipv4/streams/hid_stream.h"
+#include "ipv4/streams/npa_stream.h"
+#include "ipv4/streams/store_document.h"
+#include "support/simulator/test_sockets.h"
 
 namespace qvn::ipv4 {
 namespace {

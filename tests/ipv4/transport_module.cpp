@@ -3,7 +3,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "platform/registry.h"
+#include "platform/registry/registry.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/plugin.h"

@@ -11,14 +11,14 @@
 #include <thread>
 #include <vector>
 
-#include "platform/module.h"
+#include "platform/process/module.h"
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/discoverer.h"
 #include "qvn/transport/observer.h"
 #include "qvn/transport/visitor_manager.h"
-#include "simulator/test_sockets.h"
+#include "support/simulator/test_sockets.h"
 
 namespace qvn::test {
 

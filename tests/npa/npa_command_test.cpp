@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "common/library_logger.h"
-#include "common/localize.h"
+#include "common/logging/library_logger.h"
+#include "common/settings/localize.h"
 #include "npa/alert_registration.h"
 #include "npa/dc_summary_command.h"
 #include "npa/job_commands.h"

@@ -1,5 +1,5 @@
 // Child processes: command lines, exit codes, priorities, what they inherit.
-#include "platform/child_process.h"
+#include "platform/process/child_process.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/paths.h"
+#include "platform/files/paths.h"
 #include "support/manual_clock.h"
 
 namespace qvn::platform {

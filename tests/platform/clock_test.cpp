@@ -1,5 +1,5 @@
 // The system's own clock.
-#include "platform/clock.h"
+#include "platform/base/clock.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

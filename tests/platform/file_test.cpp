@@ -1,5 +1,5 @@
 // Files that several processes append to.
-#include "platform/file.h"
+#include "platform/files/file.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -9,8 +9,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/files/paths.h"
 #include "platform/forked.h"
-#include "platform/paths.h"
 
 namespace qvn::platform {
 namespace {

@@ -1,5 +1,5 @@
 // Finding, trusting and loading modules.
-#include "platform/module.h"
+#include "platform/process/module.h"
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/paths.h"
+#include "platform/files/paths.h"
 
 namespace qvn::platform {
 namespace {

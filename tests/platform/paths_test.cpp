@@ -1,5 +1,5 @@
 // The state directory and the paths that are mapped into it.
-#include "platform/paths.h"
+#include "platform/files/paths.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

@@ -9,10 +9,10 @@
 #include <set>
 #include <thread>
 
-#include "platform/event.h"
+#include "platform/files/paths.h"
 #include "platform/forked.h"
-#include "platform/mutex.h"
-#include "platform/paths.h"
+#include "platform/threads/event.h"
+#include "platform/threads/mutex.h"
 #include "support/manual_clock.h"
 
 namespace qvn::platform {

@@ -1,5 +1,5 @@
 // Print queues and print monitors.
-#include "platform/spooler.h"
+#include "platform/process/spooler.h"
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/event.h"
+#include "platform/files/paths.h"
 #include "platform/forked.h"
-#include "platform/paths.h"
-#include "platform/registry.h"
+#include "platform/registry/registry.h"
+#include "platform/threads/event.h"
 #include "support/manual_clock.h"
 
 namespace qvn::platform {

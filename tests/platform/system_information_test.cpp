@@ -1,5 +1,5 @@
 // Messages, error codes and facts about the system.
-#include "platform/system_information.h"
+#include "platform/process/system_information.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 // Threads: exit codes, waits, identity, priority, last error.
-#include "platform/thread.h"
+#include "platform/threads/thread.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

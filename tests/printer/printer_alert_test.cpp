@@ -5,9 +5,9 @@
 #include <future>
 #include <thread>
 
-#include "common/log_text.h"
-#include "device/printer_store.h"
-#include "printer/printer_alert_type.h"
+#include "common/logging/log_text.h"
+#include "device/store/printer_store.h"
+#include "printer/clients/printer_alert_type.h"
 #include "printer_fixture.h"
 
 namespace qvn::test {

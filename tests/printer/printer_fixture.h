@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "npa/npa_packet.h"
-#include "printer/cpd_printer.h"
+#include "printer/cpd/cpd_printer.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
 

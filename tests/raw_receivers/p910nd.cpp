@@ -9,11 +9,11 @@
 #include <optional>
 #include <stdexcept>
 
-#include "cli/child.h"
 #include "raw_receivers/raw_receiver.h"
-#include "simulator/test_sockets.h"
 #include "support/content_of.h"
 #include "support/private_network.h"
+#include "support/process/child.h"
+#include "support/simulator/test_sockets.h"
 
 namespace qvn::test {
 namespace {

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "cli/child.h"
 #include "raw_receivers/raw_receiver.h"
 #include "support/content_of.h"
+#include "support/process/child.h"
 
 namespace qvn::test {
 namespace {

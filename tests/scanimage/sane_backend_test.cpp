@@ -6,7 +6,7 @@
 #include <cstring>
 #include <thread>
 
-#include "end_to_end/scan_station.h"
+#include "end_to_end/scan/scan_station.h"
 
 namespace qvn::test {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <fstream>
 
-#include "end_to_end/scan_station.h"
+#include "end_to_end/scan/scan_station.h"
 
 namespace qvn::test {
 namespace {

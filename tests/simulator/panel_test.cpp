@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "simulator/simulator_process.h"
-#include "simulator/test_sockets.h"
+#include "support/simulator/simulator_process.h"
+#include "support/simulator/test_sockets.h"
 
 namespace qvn::test {
 namespace {

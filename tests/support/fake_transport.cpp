@@ -4,7 +4,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/registry.h"
+#include "platform/registry/registry.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/device.h"

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "common/application_settings.h"
+#include "common/settings/application_settings.h"
 #include "qvn/qvn.h"
 #include "support/fake_transport.h"
 

@@ -13,7 +13,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/clock.h"
+#include "platform/base/clock.h"
 
 namespace qvn::test {
 

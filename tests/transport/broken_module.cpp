@@ -2,7 +2,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "platform/error.h"
+#include "platform/base/error.h"
 #include "qvn/transport/plugin.h"
 
 #ifdef QVN_FAULT_OTHER_ABI

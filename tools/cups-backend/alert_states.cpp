@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "qvn/qvn.h"
-#include "status_cache.h"
+#include "shared/client/status_cache.h"
 
 namespace qvn::cups {
 

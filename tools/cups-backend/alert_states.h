@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <mutex>
 
-#include "alert_words.h"
-#include "open_printer.h"
 #include "report.h"
+#include "shared/alerts/alert_words.h"
+#include "shared/client/open_printer.h"
 
 namespace qvn::cups {
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "device_uri.h"
-#include "devices.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/attributes.h"
+#include "shared/client/devices.h"
 
 namespace qvn::cups {
 

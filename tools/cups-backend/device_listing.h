@@ -1,7 +1,7 @@
 // The backend without a job: the printers that queues can be made for.
 #pragma once
 
-#include "session.h"
+#include "shared/client/session.h"
 
 namespace qvn::cups {
 

@@ -5,7 +5,7 @@
 #include <charconv>
 #include <string_view>
 
-#include "failure.h"
+#include "shared/client/failure.h"
 
 namespace qvn::cups {
 

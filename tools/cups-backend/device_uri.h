@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/clock.h"
+#include "platform/base/clock.h"
 
 namespace qvn::cups {
 

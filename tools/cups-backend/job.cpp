@@ -4,9 +4,9 @@
 
 #include <cstdlib>
 
-#include "failure.h"
-#include "platform/system_information.h"
-#include "text_values.h"
+#include "platform/process/system_information.h"
+#include "shared/client/failure.h"
+#include "shared/client/text_values.h"
 
 namespace qvn::cups {
 

@@ -6,12 +6,12 @@
 #include <exception>
 
 #include "device_listing.h"
-#include "failure.h"
-#include "interrupt.h"
 #include "job.h"
 #include "print.h"
 #include "report.h"
-#include "session.h"
+#include "shared/client/failure.h"
+#include "shared/client/interrupt.h"
+#include "shared/client/session.h"
 
 int main(int argc, char** argv) {
   using namespace qvn;

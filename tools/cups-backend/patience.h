@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "platform/clock.h"
+#include "platform/base/clock.h"
 
 namespace qvn::cups {
 

@@ -8,13 +8,13 @@
 #include <string>
 
 #include "alert_states.h"
-#include "devices.h"
-#include "failure.h"
-#include "interrupt.h"
-#include "job_data.h"
-#include "open_printer.h"
 #include "patience.h"
 #include "qvn/qvn.h"
+#include "shared/client/devices.h"
+#include "shared/client/failure.h"
+#include "shared/client/interrupt.h"
+#include "shared/client/job_data.h"
+#include "shared/client/open_printer.h"
 
 namespace qvn::cups {
 

@@ -3,7 +3,7 @@
 
 #include "job.h"
 #include "report.h"
-#include "session.h"
+#include "shared/client/session.h"
 
 namespace qvn::cups {
 

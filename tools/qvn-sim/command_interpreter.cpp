@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "bpd_blocks.h"
-#include "button_panel.h"
+#include "documents/bpd_blocks.h"
+#include "hid/button_panel.h"
 
 namespace sim {
 namespace {

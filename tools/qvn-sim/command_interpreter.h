@@ -4,14 +4,14 @@
 #include <string>
 #include <string_view>
 
-#include "bidi_port.h"
-#include "event_loop.h"
-#include "fault_switches.h"
-#include "hid_port.h"
-#include "object_port.h"
-#include "printer.h"
-#include "scan_engine.h"
-#include "scanner.h"
+#include "documents/object_port.h"
+#include "esc/scanner.h"
+#include "faults/fault_switches.h"
+#include "hid/hid_port.h"
+#include "net/event_loop.h"
+#include "page/scan_engine.h"
+#include "print/bidi_port.h"
+#include "print/printer.h"
 
 namespace sim {
 

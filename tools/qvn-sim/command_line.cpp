@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "bpd_blocks.h"
+#include "documents/bpd_blocks.h"
 
 namespace sim {
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "fault_switches.h"
-#include "printer.h"
+#include "faults/fault_switches.h"
+#include "print/printer.h"
 
 namespace sim {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "command_interpreter.h"
-#include "event_loop.h"
+#include "net/event_loop.h"
 
 namespace sim {
 

@@ -10,10 +10,10 @@
 #include <cstdint>
 #include <string>
 
-#include "event_loop.h"
-#include "fault_switches.h"
-#include "printer.h"
-#include "sockets.h"
+#include "faults/fault_switches.h"
+#include "net/event_loop.h"
+#include "net/sockets.h"
+#include "print/printer.h"
 
 namespace sim {
 

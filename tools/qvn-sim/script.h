@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "command_interpreter.h"
-#include "event_loop.h"
+#include "net/event_loop.h"
 
 namespace sim {
 

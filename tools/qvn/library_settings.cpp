@@ -1,7 +1,7 @@
 #include "library_settings.h"
 
-#include "failure.h"
 #include "qvn/transport/settings.h"
+#include "shared/client/failure.h"
 
 namespace qvn::cli {
 

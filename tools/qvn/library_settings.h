@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/registry.h"
+#include "platform/registry/registry.h"
 
 namespace qvn::cli {
 

@@ -2,8 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
-#include "commands.h"
-#include "failure.h"
+#include "shared/client/failure.h"
+#include "verbs/commands.h"
 
 namespace {
 

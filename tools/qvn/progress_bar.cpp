@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <iostream>
 
-#include "platform/clock.h"
+#include "platform/base/clock.h"
 
 namespace qvn::cli {
 

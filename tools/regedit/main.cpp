@@ -6,7 +6,7 @@
 #include <iostream>
 #include <system_error>
 
-#include "registry_script.h"
+#include "shared/registry-script/registry_script.h"
 
 namespace {
 

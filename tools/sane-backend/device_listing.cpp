@@ -1,8 +1,8 @@
 #include "device_listing.h"
 
-#include "devices.h"
 #include "qvn/transport/attributes.h"
-#include "scan/scanner_families.h"
+#include "shared/client/devices.h"
+#include "shared/scan/scanner_families.h"
 
 namespace qvn::sane {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "session.h"
+#include "shared/client/session.h"
 
 namespace qvn::sane {
 

@@ -5,11 +5,11 @@
 #include <new>
 
 #include "device_listing.h"
-#include "failure.h"
 #include "open_scanner.h"
 #include "qvn/result_codes.h"
-#include "scan/error.h"
-#include "session.h"
+#include "shared/client/failure.h"
+#include "shared/client/session.h"
+#include "shared/scan/error.h"
 
 #define QVN_SANE_EXPORT extern "C" __attribute__((visibility("default")))
 // The same function under its other name.

@@ -1,6 +1,6 @@
 #include "open_scanner.h"
 
-#include "scan/error.h"
+#include "shared/scan/error.h"
 
 namespace qvn::sane {
 

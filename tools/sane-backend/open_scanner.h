@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "options.h"
-#include "scan/scanner_families.h"
+#include "shared/scan/scanner_families.h"
 
 namespace qvn::sane {
 

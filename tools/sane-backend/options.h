@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/capabilities.h"
+#include "shared/scan/capabilities.h"
 
 namespace qvn::sane {
 

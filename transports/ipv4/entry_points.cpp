@@ -2,14 +2,14 @@
 #include <cstring>
 #include <string>
 
-#include "ip_connection_manager.h"
-#include "ip_discoverer.h"
+#include "base/transport_identity.h"
+#include "connections/ip_connection_manager.h"
+#include "discovery/ip_discoverer.h"
 #include "ip_visitor_manager.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/plugin.h"
-#include "transport_identity.h"
 
 namespace {
 

@@ -4,14 +4,14 @@
 #include <array>
 #include <memory>
 
-#include "esc_connection.h"
-#include "hid_connection.h"
-#include "npa_connection.h"
-#include "print_connection.h"
+#include "connections/esc_connection.h"
+#include "connections/hid_connection.h"
+#include "connections/npa_connection.h"
+#include "connections/print_connection.h"
+#include "connections/store_connection.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
-#include "store_connection.h"
 
 namespace qvn::ipv4 {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "ip_connection_manager.h"
+#include "connections/ip_connection_manager.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn::ipv4 {

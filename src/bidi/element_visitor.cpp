@@ -1,9 +1,0 @@
-#include "bidi/element_visitor.h"
-
-namespace qvn {
-
-void ElementVisitor::visitElement(const Element& /*element*/) {}
-
-ElementVisitor::~ElementVisitor() = default;
-
-}  // namespace qvn

@@ -1,0 +1,100 @@
+#include "bidi/object_store/received_message.h"
+
+#include <charconv>
+
+#include "bidi/element/element_text.h"
+#include "bidi/xml/xml_message_parser.h"
+#include "common/exception.h"
+
+namespace qvn {
+namespace {
+
+constexpr std::size_t kMaxClassifiedLength = 10000;
+constexpr std::string_view kDeclarationStart = "<?";
+
+// Null for what is no message.
+std::unique_ptr<MapElem> readMessage(std::string_view document) {
+  if (document.size() > 0xFFFFFFFF) return nullptr;
+  XMLMessageParser parser;
+  try {
+    if (parser.parse(document.data(), static_cast<std::uint32_t>(document.size())) != 0) return nullptr;
+  } catch (const Win32Exception&) {
+    return nullptr;
+  }
+  return parser.takeMessage();
+}
+
+// The decimal number in front, 0 when there is none that fits.
+std::uint32_t toUnsigned(const std::string& text) {
+  std::uint32_t number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
+MessageType typeOf(const MapElem& message) {
+  const std::string type = entryOf(&message, "messageType");
+  if (type == "response") return MessageType::Response;
+  if (type == "exception") return MessageType::Exception;
+  return MessageType::Method;
+}
+
+}  // namespace
+
+std::string messageTypeName(MessageType type) {
+  switch (type) {
+    case MessageType::Response:
+      return "Response";
+    case MessageType::Method:
+      return "Method";
+    case MessageType::Exception:
+      return "Exception";
+    case MessageType::ScanData:
+      return "Scan Data";
+    case MessageType::Unreadable:
+      break;
+  }
+  return "unknown message type " + std::to_string(static_cast<std::uint32_t>(type));
+}
+
+ReceivedMessage classifyMessage(std::string_view document) {
+  if (document.size() > kMaxClassifiedLength || !document.starts_with(kDeclarationStart)) return {};
+  const std::unique_ptr<MapElem> message = readMessage(document);
+  if (message == nullptr) return {};
+  ReceivedMessage received;
+  received.type = typeOf(*message);
+  if (received.type == MessageType::Method) return received;
+  received.requestId = toUnsigned(entryOf(message.get(), "requestID"));
+  if (received.type == MessageType::Response) received.result = entryOf(message.get(), "result");
+  return received;
+}
+
+std::int32_t responseResult(std::string_view document) {
+  const std::unique_ptr<MapElem> message = readMessage(document);
+  if (message == nullptr) return kUnreadableResult;
+  switch (typeOf(*message)) {
+    case MessageType::Exception:
+      return kExceptionResult;
+    case MessageType::Response:
+      break;
+    default:
+      return kUnreadableResult;
+  }
+  const Element* result = message->find("result");
+  if (result == nullptr) return kNoResult;
+  try {
+    return result->intValue();
+  } catch (const Win32Exception&) {
+    return kUnreadableResult;
+  }
+}
+
+StoreNotification readNotification(std::string_view document) {
+  const std::unique_ptr<MapElem> message = readMessage(document);
+  if (message == nullptr) return {};
+  StoreNotification notification{entryOf(message.get(), "observer"), entryOf(message.get(), "objName"),
+                                 entryOf(message.get(), "event"), nullptr};
+  if (message->find("data") != nullptr) notification.data = message->removeChild("data");
+  return notification;
+}
+
+}  // namespace qvn

@@ -1,0 +1,186 @@
+#include "common/logging/basic_logger.h"
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+
+#include "common/exception.h"
+#include "common/threads/inter_process_lock.h"
+#include "platform/base/clock.h"
+#include "platform/files/file.h"
+#include "platform/files/paths.h"
+#include "platform/threads/thread.h"
+#include "qvn/result_codes.h"
+
+namespace qvn {
+namespace {
+
+constexpr char kMutexPrefix[] = "QRLOG_";
+constexpr char kDefaultDriveRoot[] = "c:\\";
+constexpr std::size_t kDriveRootLength = 3;
+constexpr std::size_t kMaxDirectoryLength = 260;
+
+// The process-wide state: the logger (set once per life of System) and the switch that stays off.
+std::mutex instanceMutex;
+std::atomic<BasicLogger*> instance{nullptr};
+std::atomic<bool> stopped{false};
+
+std::string locate(const std::string& fileName) {
+  if (fileName.find('\\') != std::string::npos) return fileName;
+  std::string directory;
+  if (platform::windowsDirectory(directory) != platform::kSuccess || directory.size() > kMaxDirectoryLength) {
+    directory = kDefaultDriveRoot;
+  }
+  return directory.substr(0, kDriveRootLength) + fileName;
+}
+
+// "name=" and at least four lower-case hexadecimal digits.
+std::string idField(const char* name, std::uint32_t id) {
+  std::array<char, 24> field{};
+  std::snprintf(field.data(), field.size(), "%s=%04x ", name, id);
+  return field.data();
+}
+
+}  // namespace
+
+BasicLogger::BasicLogger(const std::string& fileName) {
+  try {
+    filePath_ = locate(fileName);
+    const std::string name = filePath_.substr(filePath_.rfind('\\') + 1);
+    mutex_ = std::make_unique<Mutex>(false, kMutexPrefix + name, true);
+  } catch (const Win32Exception&) {
+    stop();
+  }
+}
+
+BasicLogger::~BasicLogger() = default;
+
+BasicLogger& BasicLogger::getInstance() {
+  BasicLogger* logger = instance.load(std::memory_order_acquire);
+  if (logger == nullptr) {
+    throw Win32Exception("BasicLogger::getInstance()", QRN_ERROR_INVALID_FUNCTION, "", 0);
+  }
+  return *logger;
+}
+
+void BasicLogger::setInstance(std::unique_ptr<BasicLogger> logger) {
+  std::lock_guard<std::mutex> lock(instanceMutex);
+  if (instance.load() == nullptr) instance = logger.release();
+}
+
+void BasicLogger::destroyInstance() {
+  std::lock_guard<std::mutex> lock(instanceMutex);
+  delete instance.exchange(nullptr);
+}
+
+void BasicLogger::stop() { stopped = true; }
+
+bool BasicLogger::isEnabled(const Component& component, std::uint32_t level) {
+  const BasicLogger* logger = instance.load(std::memory_order_acquire);
+  if (logger == nullptr || stopped.load(std::memory_order_relaxed)) return false;
+  return logger->isWanted(component, level);
+}
+
+bool BasicLogger::isWanted(const Component& /*component*/, std::uint32_t level) const {
+  if ((level & log_level::kError) != 0) return true;
+  std::uint32_t startLog = 0;
+  return getLong("startLog", startLog, 0) && startLog != 0;
+}
+
+std::uint32_t BasicLogger::setNameWidth(std::uint32_t width) {
+  if (width == 0) return QRN_ERROR_INVALID_PARAMETER;
+  nameWidth_ = width;
+  return QRN_ERROR_SUCCESS;
+}
+
+bool BasicLogger::getLong(const std::string& name, std::uint32_t& value, std::uint32_t defaultValue) const {
+  value = defaultValue;
+  if (name == "startLog") {
+    platform::ErrorCode error = platform::kSuccess;
+    const bool exists = platform::File::open(filePath_, platform::File::Open::Existing, {}, error) != nullptr;
+    value = exists ? 0xFFFFFFFF : 0;
+  }
+  return true;
+}
+
+void BasicLogger::onFileMissing() {}
+
+std::string BasicLogger::prefix(const Component& /*component*/, std::uint32_t /*level*/) const { return {}; }
+
+std::string BasicLogger::suffix(const Component& /*component*/, std::uint32_t /*level*/) const { return {}; }
+
+void BasicLogger::log(const Component& component, std::uint32_t level, const char* text) {
+  log(component, level, std::string(text == nullptr ? "" : text));
+}
+
+void BasicLogger::log(const Component& component, std::uint32_t level, const std::string& text) {
+  if (!mutex_) return;
+  const std::string line = composeLine(component, level, text);
+  try {
+    InterProcessLock lock(*mutex_);
+    writeLine(line);
+  } catch (const Win32Exception&) {
+    // Without the mutex the line could cut another process's line in two.
+  }
+}
+
+std::string BasicLogger::composeLine(const Component& component, std::uint32_t level,
+                                     const std::string& text) {
+  std::uint32_t showTime = 1;
+  std::uint32_t showProcess = 0;
+  std::uint32_t showThread = 0;
+  getLong("Clocktime_In_Header", showTime, 1);
+  getLong("Proc_Id_In_Header", showProcess, 0);
+  getLong("Thread_Id_In_Header", showThread, 0);
+
+  std::string line = prefix(component, level);
+  if (showTime != 0) {
+    const platform::LocalTime t = platform::localTime(platform::clock().now());
+    std::array<char, 96> stamp{};
+    std::snprintf(stamp.data(), stamp.size(), "%04d/%02d/%02d-%02d:%02d:%02d.%03d ", t.year, t.month, t.day,
+                  t.hour, t.minute, t.second, t.millisecond);
+    line += stamp.data();
+  }
+  if (showProcess != 0) line += idField("pid", platform::currentProcessId());
+  if (showThread != 0) line += idField("tid", platform::currentThreadId());
+
+  std::string name = component.getName();
+  if (name.size() < nameWidth_) name.resize(nameWidth_, ' ');
+  line += name + " ";
+  const std::int32_t indent = depth();
+  if (indent > 0) line.append(static_cast<std::size_t>(indent), ' ');
+  return line + text + suffix(component, level) + "\r\n";
+}
+
+void BasicLogger::writeLine(const std::string& line) {
+  platform::ErrorCode error = platform::kSuccess;
+  if (!platform::File::open(filePath_, platform::File::Open::Existing, {}, error)) onFileMissing();
+  const auto file = platform::File::open(filePath_, platform::File::Open::CreateIfMissing,
+                                         security_.getSecurityAttributes(), error);
+  if (file && file->seekToEnd() == platform::kSuccess) file->write(line);
+}
+
+void BasicLogger::deleteLogFile() {
+  if (!mutex_) return;
+  InterProcessLock lock(*mutex_);
+  platform::deleteFile(filePath_);
+}
+
+std::int32_t BasicLogger::depth() {
+  CriticalSectionLock lock(depthLock_);
+  const auto found = depths_.find(platform::currentThreadId());
+  return found == depths_.end() ? 0 : found->second;
+}
+
+void BasicLogger::enterScope() {
+  CriticalSectionLock lock(depthLock_);
+  ++depths_[platform::currentThreadId()];
+}
+
+void BasicLogger::leaveScope() {
+  CriticalSectionLock lock(depthLock_);
+  --depths_[platform::currentThreadId()];
+}
+
+}  // namespace qvn

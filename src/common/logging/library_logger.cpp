@@ -1,0 +1,28 @@
+#include "common/logging/library_logger.h"
+
+#include "common/settings/localize.h"
+
+namespace qvn {
+
+LibraryLogger::LibraryLogger()
+    : BasicLogger(Localize::getInstance().getLocalId() + ".log"),
+      startLog_(setting_key::kLogger, "startLog", 0, SettingsStore::kLocal) {}
+
+bool LibraryLogger::getLong(const std::string& name, std::uint32_t& value, std::uint32_t defaultValue) const {
+  value = defaultValue;
+  return settings_.getLongOrDefault(setting_key::kLogger, name, value, defaultValue, SettingsStore::kLocal);
+}
+
+bool LibraryLogger::isWanted(const Component& component, std::uint32_t level) const {
+  if (!ApplicationSettings().isAvailable()) return false;
+  if ((level & log_level::kError) != 0) return true;
+  if (startLog_.get() == 0) return false;
+  const Component& all = log_component::all();
+  std::uint32_t globalMask = all.getMask();
+  std::uint32_t ownMask = component.getMask();
+  getLong(all.getName(), globalMask, globalMask);
+  getLong(component.getName(), ownMask, ownMask);
+  return (level & (globalMask | ownMask)) != 0;
+}
+
+}  // namespace qvn

@@ -1,0 +1,58 @@
+#include "common/threads/mutex.h"
+
+#include "common/exception.h"
+#include "platform/threads/thread.h"
+
+namespace qvn {
+
+Mutex::Mutex(bool initialOwner, const std::string& name, bool everyoneAccess) : name_(name) {
+  createMutex(initialOwner, {.everyone = everyoneAccess, .inheritable = false});
+}
+
+void Mutex::createMutex(bool initialOwner, platform::Access access) {
+  platform::ErrorCode error = platform::kSuccess;
+  mutex_ = platform::NamedMutex::create(name_, initialOwner, access, error);
+  if (!mutex_) throw Win32Exception("Mutex::createMutex() CreateMutex failed", error, "Mutex", 140);
+  if (initialOwner) {
+    ownerThreadId_ = platform::currentThreadId();
+    holdCount_ = 1;
+  }
+}
+
+bool Mutex::acquire(platform::Milliseconds timeout) {
+  if (timeout == 0) return false;
+  switch (mutex_->acquire(timeout)) {
+    case platform::WaitResult::Signalled:
+    case platform::WaitResult::Abandoned:
+      ownerThreadId_ = platform::currentThreadId();
+      ++holdCount_;
+      return true;
+    case platform::WaitResult::TimedOut:
+      return false;
+    case platform::WaitResult::Failed:
+      break;
+  }
+  throw Win32Exception("Mutex::acquire() WaitForSingleObject failed", platform::lastError(), "Mutex", 123);
+}
+
+void Mutex::release() {
+  if (ownerThreadId_ != platform::currentThreadId()) return;
+  // The last release lets another thread in, which then counts its own holds from 0.
+  for (std::uint32_t holds = holdCount_; holds != 0; --holds) {
+    holdCount_ = holds - 1;
+    if (holds == 1) ownerThreadId_ = 0;
+    const platform::ErrorCode error = mutex_->release();
+    if (error != platform::kSuccess) {
+      throw Win32Exception("Mutex::release() ReleaseMutex failed", error, "Mutex", 90);
+    }
+  }
+}
+
+MutexLock::MutexLock(Mutex& mutex, platform::Milliseconds timeout)
+    : mutex_(mutex), acquired_(mutex.acquire(timeout == 0 ? 1 : timeout)) {}
+
+MutexLock::~MutexLock() {
+  if (acquired_) mutex_.release();
+}
+
+}  // namespace qvn

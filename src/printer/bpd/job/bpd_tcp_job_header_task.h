@@ -1,0 +1,23 @@
+// BpdTcpJobHeaderTask: hands the transport what the spooler said of a job.
+#pragma once
+
+#include "printer/job/print_job_task.h"
+
+namespace qvn {
+
+// A transport without job headers (1) is as good as one that took it (0).
+class BpdTcpJobHeaderTask : public PrintJobTask {
+ public:
+  // `npaMode`: the printer takes NPA packets.
+  BpdTcpJobHeaderTask(Printer& printer, Connectable& connection, bool npaMode)
+      : PrintJobTask(printer, connection), npaMode_(npaMode) {}
+  ~BpdTcpJobHeaderTask() override = default;
+
+ protected:
+  std::uint32_t doExecute() override;
+
+ private:
+  const bool npaMode_;
+};
+
+}  // namespace qvn

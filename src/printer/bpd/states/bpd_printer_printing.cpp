@@ -1,0 +1,64 @@
+#include "printer/bpd/states/bpd_printer_printing.h"
+
+#include "common/logging/basic_logger.h"
+#include "printer/bpd/bpd_printer.h"
+#include "printer/bpd/job/bpd_name_print_job_task.h"
+#include "printer/bpd/states/bpd_printer_open.h"
+#include "printer/bpd/states/bpd_printer_printing_error.h"
+
+namespace qvn {
+namespace {
+
+// Tells the printer whose job it is before the first data goes out, and once more when the account number
+// comes with later data.
+void nameJob(BpdPrinter& printer, const Data& request) {
+  const bool isFirst = !printer.isAccountSearched();
+  if (!isFirst && printer.isAccountSearchOver()) return;
+  std::string account;
+  const bool found = printer.getAccountNumber(request, account) == QRN_ERROR_SUCCESS;
+  if (found) {
+    printer.jobDescription().setAccountNumber(account);
+    logDetail(log_component::server(), [&] {
+      return LogText() << "BpdPrinterPrinting(handle=" << printer.getHandle()
+                       << ") Found account number:" << account;
+    });
+  }
+  if (isFirst || found) BpdNamePrintJobTask(printer, *printer.printConnection()).execute();
+}
+
+}  // namespace
+
+const BpdPrinterPrinting& BpdPrinterPrinting::getInstance() {
+  static const BpdPrinterPrinting instance;
+  return instance;
+}
+
+std::uint32_t BpdPrinterPrinting::doPrint(BpdPrinter& printer, Data& request) const {
+  logDetail(log_component::server(),
+            [&] { return LogText() << "BpdPrinterPrinting::doPrint(handle=" << printer.getHandle(); });
+  nameJob(printer, request);
+  printer.printConnection()->write(request);
+  const std::uint32_t rc = request.getRc();
+  if (rc != QRN_ERROR_SUCCESS) printer.changeState(BpdPrinterPrintingError::getInstance());
+  return rc;
+}
+
+std::uint32_t BpdPrinterPrinting::doEndJob(BpdPrinter& printer) const {
+  const std::uint32_t rc = runEndJobTask(printer);
+  printer.setBidiAllowed(printer.isNpaMode());
+  printer.changeState(BpdPrinterOpen::getInstance());
+  return rc;
+}
+
+// The channel has no way to stop what has begun: the job goes on to its end.
+std::uint32_t BpdPrinterPrinting::doCancelPrint(BpdPrinter& printer) const {
+  logDetail(log_component::server(),
+            [&] { return LogText() << "BpdPrinterPrinting::doCancelPrint(handle=" << printer.getHandle(); });
+  return QRN_ERROR_SUCCESS;
+}
+
+std::uint32_t BpdPrinterPrinting::doExchangeNpa(BpdPrinter& printer, Data& request, Data& response) const {
+  return exchange(printer, request, response);
+}
+
+}  // namespace qvn

@@ -1,0 +1,37 @@
+#include "printer/cpd/cache_task.h"
+
+#include "common/logging/trace_scope.h"
+#include "common/tasks/observation.h"
+#include "device/visitor_run.h"
+#include "npa/job_commands.h"
+#include "printer/cpd/cpd_printer_cache.h"
+
+namespace qvn {
+
+std::uint32_t CacheTask::doExecute() {
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(),
+                   [&] { return LogText() << "CacheTask::doExecute() handle=" << printer_.getHandle(); });
+  VisitorRun visitor(printer_, visitor_name::kCache);
+  received_ = false;
+  std::uint32_t rc = QRN_ERROR_SUCCESS;
+  {
+    const Observation observation(*this, printer_);
+    rc = visitor.run(connection_);
+  }
+  if (rc == QRN_ERROR_SUCCESS && !received_) rc = QRN_ERROR_TIMEOUT;
+  trace.setRc(rc);
+  return rc;
+}
+
+void CacheTask::doUpdate(Data& data) {
+  if (received_ || !GetCacheCommand().isReplyTo(data)) return;
+  if (!output_.fill(data.getBuffer(), data.getLength())) {
+    logError(log_component::server(),
+             [] { return LogText() << "CacheTask::doUpdate() insufficient buffer space"; });
+    return;
+  }
+  removeNpaHeader(output_);
+  received_ = true;
+}
+
+}  // namespace qvn

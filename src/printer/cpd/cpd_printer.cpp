@@ -1,0 +1,132 @@
+#include "printer/cpd/cpd_printer.h"
+
+#include "common/logging/basic_logger.h"
+#include "common/settings/application_settings.h"
+#include "device/connection_use.h"
+#include "npa/job_commands.h"
+#include "printer/cpd/cache_task.h"
+#include "printer/cpd/cpd_printer_alert_task.h"
+#include "printer/cpd/cpd_printer_cache.h"
+#include "printer/cpd/states/cpd_printer_closed.h"
+
+namespace qvn {
+
+CpdPrinter::CpdPrinter() : StatePrinter("CpdPrinter", CpdPrinterClosed::getInstance()), writer_(*this) {
+  state().doEnterState(*this);
+}
+
+// The transport's threads and the writer's call this object.
+CpdPrinter::~CpdPrinter() {
+  endReferences();
+  CpdPrinter::shutDown();
+}
+
+void CpdPrinter::shutDown() {
+  writer_.purge();
+  writer_.stop();
+}
+
+std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
+  return withState([&](const CpdPrinterState& state) {
+    writerEnabled_ = longSetting("CpdPrinterMwo", 1) != 0;
+    return state.doStartJob(*this, job);
+  });
+}
+
+std::uint32_t CpdPrinter::doPrint(Data& request) {
+  if (isReportingHere()) return QRN_ERROR_BUSY;
+  return writerEnabled_ ? writer_.print(request) : doWrite(request);
+}
+
+std::uint32_t CpdPrinter::doWrite(Data& request) {
+  return withState([&](const CpdPrinterState& state) { return state.doPrint(*this, request); });
+}
+
+std::uint32_t CpdPrinter::doEndJob() {
+  if (isReportingHere()) return QRN_ERROR_BUSY;
+  // Without the state lock, which the writer's thread needs to drain its queue.
+  if (writerEnabled_) writer_.stop();
+  return withState([&](const CpdPrinterState& state) { return state.doEndJob(*this); });
+}
+
+std::uint32_t CpdPrinter::doExchangeNpa(Data& request, Data& response) {
+  CriticalSectionLock lock(stateLock());
+  const std::uint32_t rc = state().doExchangeNpa(*this, request, response);
+  if (!GetCacheCommand::isRequest(request)) return rc;
+  if (rc == QRN_ERROR_SUCCESS) {
+    setCache(response);
+  } else if (rc == QRN_ERROR_INVALID_FUNCTION) {
+    const Data stored = cache();
+    if (stored.getLength() == 0) return rc;
+    // A cache longer than the response leaves the response as it is.
+    response.fill(stored.getBuffer(), stored.getLength());
+    return QRN_ERROR_SUCCESS;
+  }
+  return rc;
+}
+
+std::uint32_t CpdPrinter::doGetCache(Data& cache) {
+  std::uint32_t rc = QRN_ERROR_SUCCESS;
+  {
+    const ConnectionUse connection(*this, connection_name::kCache);
+    rc = CacheTask(*this, *connection, cache).execute();
+  }
+  if (rc == QRN_ERROR_INVALID_FUNCTION) {
+    rc = fetchCacheByNpa(cache);
+    removeNpaHeader(cache);
+  }
+  return rc;
+}
+
+std::uint32_t CpdPrinter::fetchCacheByNpa(Data& output) {
+  logDetail(log_component::server(), [] { return LogText() << " sending NPA to get cache"; });
+  CriticalSectionLock lock(stateLock());
+  state().doOpen(*this);
+  GetCacheCommand command;
+  Data reply;
+  std::uint32_t rc = state().doExchangeNpa(*this, command.packet(), reply);
+  if (rc == QRN_ERROR_SUCCESS) setCache(reply);
+  const Data stored = cache();
+  if (stored.getLength() != 0) {
+    output = stored;
+    rc = QRN_ERROR_SUCCESS;
+  }
+  state().doClose(*this);
+  return rc;
+}
+
+Data CpdPrinter::cache() {
+  CriticalSectionLock lock(cacheLock_);
+  return cache_;
+}
+
+void CpdPrinter::setCache(const Data& cache) {
+  CriticalSectionLock lock(cacheLock_);
+  cache_ = cache;
+}
+
+void CpdPrinter::updateCacheEntry(std::uint16_t id, std::span<const std::uint8_t> value) {
+  CriticalSectionLock lock(cacheLock_);
+  if (!CpdPrinterCache::isValid(cache_)) return;
+  CpdPrinterCache cache(cache_);
+  if (cache.update(id, value) == QRN_ERROR_SUCCESS) cache_ = cache.data();
+}
+
+std::unique_ptr<PrinterAlertTask> CpdPrinter::newAlertTask() {
+  return std::make_unique<CpdPrinterAlertTask>(*this);
+}
+
+void CpdPrinter::logNoAlertTask(const char* operation) {
+  logError(log_component::server(),
+           [&] { return LogText() << "CpdPrinter::" << operation << "() cannot get PrinterAlertTask"; });
+}
+
+void CpdPrinter::sendJobStatus(std::uint32_t id) {
+  Notification record;
+  record.handle = getHandle();
+  record.category = job_status::kCategory;
+  record.id = id;
+  notifyJobStatus(record);
+}
+
+}  // namespace qvn

@@ -1,0 +1,26 @@
+// CpdTrueEndOfJobPrintTask: waits until the printer reports that it has finished the job.
+#pragma once
+
+#include "printer/job/print_job_task.h"
+
+namespace qvn {
+
+// Asks every "TeojInterval" for at most "TeojDuration" milliseconds, then tells the clients that the job has
+// truly ended. Always 0.
+class CpdTrueEndOfJobPrintTask : public PrintJobTask {
+ public:
+  CpdTrueEndOfJobPrintTask(Printer& printer, Connectable& connection, bool queryPrinter)
+      : PrintJobTask(printer, connection), queryPrinter_(queryPrinter) {}
+  ~CpdTrueEndOfJobPrintTask() override = default;
+
+ protected:
+  std::uint32_t doExecute() override;
+
+ private:
+  void waitForCompletion();
+  bool isJobComplete();
+
+  bool queryPrinter_;
+};
+
+}  // namespace qvn

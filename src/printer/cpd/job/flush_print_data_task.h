@@ -1,0 +1,17 @@
+// FlushPrintDataTask: makes the transport throw away the print data that it still holds.
+#pragma once
+
+#include "printer/job/print_job_task.h"
+
+namespace qvn {
+
+class FlushPrintDataTask : public PrintJobTask {
+ public:
+  FlushPrintDataTask(Printer& printer, Connectable& connection) : PrintJobTask(printer, connection) {}
+  ~FlushPrintDataTask() override = default;
+
+ protected:
+  std::uint32_t doExecute() override;
+};
+
+}  // namespace qvn

@@ -1,0 +1,18 @@
+// The cache entry that tells a client whether this host has a job on the printer.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "printer/cpd/cpd_printer.h"
+
+namespace qvn {
+
+inline constexpr std::uint16_t kJobCacheEntry = 17;
+
+inline void setJobCacheEntry(CpdPrinter& printer, bool jobOpen) {
+  const std::array<std::uint8_t, 1> value = {static_cast<std::uint8_t>(jobOpen ? 0x01 : 0x00)};
+  printer.updateCacheEntry(kJobCacheEntry, value);
+}
+
+}  // namespace qvn

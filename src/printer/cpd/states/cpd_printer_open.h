@@ -1,0 +1,18 @@
+// CpdPrinterOpen: the printer is open on its "bidi" connection and works on no job.
+#pragma once
+
+#include "printer/cpd/states/cpd_printer_state.h"
+
+namespace qvn {
+
+class CpdPrinterOpen : public CpdPrinterState {
+ public:
+  static const CpdPrinterOpen& getInstance();
+  std::uint32_t stateCode() const override;
+  std::uint32_t doOpen(CpdPrinter& printer) const override;
+  std::uint32_t doClose(CpdPrinter& printer) const override;
+  std::uint32_t doStartJob(CpdPrinter& printer, const JobRequest& job) const override;
+  std::uint32_t doExchangeNpa(CpdPrinter& printer, Data& request, Data& response) const override;
+};
+
+}  // namespace qvn

@@ -1,0 +1,255 @@
+#include "scanner/bpd/bpd_scan_async_data_task.h"
+
+#include <utility>
+
+#include "bidi/element/element_text.h"
+#include "bidi/object_store/received_message.h"
+#include "bidi/object_store/store_messages.h"
+#include "common/clients/client_callback.h"
+#include "common/logging/basic_logger.h"
+#include "qvn/result_codes.h"
+#include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/job/bpd_scan_task.h"
+#include "scanner/bpd/job/leading_number.h"
+
+namespace qvn {
+namespace {
+
+constexpr char kTask[] = "BpdScanAsyncDataTask::";
+
+std::string valueOf(const StoreNotification& notification) {
+  if (notification.objName == scan_object::kSystem) return textOf(notification.data.get());
+  return entryOf(notification.data.get(),
+                 notification.event == scan_object::kPageScanned ? "source" : "state");
+}
+
+}  // namespace
+
+CriticalSection BpdScanAsyncDataTask::clientsLock_;
+thread_local int BpdScanAsyncDataTask::callDepth_ = 0;
+
+BpdScanAsyncDataTask::~BpdScanAsyncDataTask() = default;
+
+std::uint32_t BpdScanAsyncDataTask::registerClient(std::uint32_t clientId, std::uint32_t mask,
+                                                   QvnScanDataCallback callback) {
+  logDetail(log_component::server(), [&] {
+    return (LogText() << kTask << "registerClient()" << clientId << " dataMask=0x").radix(mask, 16);
+  });
+  {
+    const CriticalSectionLock lock(clientsLock_);
+    if (!clients_.try_emplace(clientId, Client{mask, callback}).second) return QRN_ERROR_INVALID_PARAMETER;
+  }
+  if (!detached_) return QRN_ERROR_SUCCESS;
+  logDetail(log_component::server(),
+            [] { return LogText() << kTask << "registerClient(): attaching as observer"; });
+  attachTo(scanner_);
+  registrationNeeded(false);
+  return QRN_ERROR_SUCCESS;
+}
+
+std::uint32_t BpdScanAsyncDataTask::unregisterClient(std::uint32_t clientId) {
+  {
+    const CriticalSectionLock lock(clientsLock_);
+    clients_.erase(clientId);
+    if (!clients_.empty()) return QRN_ERROR_SUCCESS;
+  }
+  if (detached_) return QRN_ERROR_SUCCESS;
+  logDetail(log_component::server(),
+            [] { return LogText() << kTask << "unregisterClient() detaching as observer"; });
+  // Waits for a delivery that runs, which may be about to take the lock.
+  detachFrom(scanner_);
+  registrationNeeded(true);
+  return QRN_ERROR_SUCCESS;
+}
+
+void BpdScanAsyncDataTask::unregisterAll() {
+  {
+    const CriticalSectionLock lock(clientsLock_);
+    clients_.clear();
+  }
+  detachFrom(scanner_);
+  registrationNeeded(true);
+}
+
+void BpdScanAsyncDataTask::startJob(std::uint32_t clientId) {
+  const std::lock_guard<std::mutex> lock(jobLock_);
+  job_ = Job{};
+  job_.clientId = clientId;
+}
+
+void BpdScanAsyncDataTask::endJob() {
+  const std::lock_guard<std::mutex> lock(jobLock_);
+  job_.endSeen = job_.completeSeen = true;
+}
+
+bool BpdScanAsyncDataTask::jobHasEnded() const {
+  const std::lock_guard<std::mutex> lock(jobLock_);
+  return job_.hasEnded();
+}
+
+bool BpdScanAsyncDataTask::noteEnd(bool Job::*sign) {
+  const std::lock_guard<std::mutex> lock(jobLock_);
+  job_.*sign = true;
+  return job_.hasEnded();
+}
+
+void BpdScanAsyncDataTask::updateClients(Data& data) {
+  if (data.getLength() == 0) {
+    if (data.getRc() == QRN_ERROR_SUCCESS) return;
+    scanner_.setPhase(ScanPhase::ReadError);
+    if (scanner_.isTracked()) {
+      doScanAlertCallbacks(scan_data::kAlert, "Read Error=" + std::to_string(data.getRc()));
+    }
+    return;
+  }
+  const ScanBlock block = readScanBlock(data);
+  switch (block.kind) {
+    case ScanBlock::Kind::None:
+      break;
+    case ScanBlock::Kind::Document:
+      takeDocument(block.text);
+      break;
+    case ScanBlock::Kind::ScanData:
+      takeScanData(block.text);
+      break;
+    case ScanBlock::Kind::JobStart:
+      if (!scanner_.isScanning()) break;
+      {
+        const std::lock_guard<std::mutex> lock(jobLock_);
+        job_.endSeen = false;
+      }
+      doScanAlertCallbacks(scan_data::kAlert, "Job.Start");
+      break;
+    case ScanBlock::Kind::JobEnd:
+      if (noteEnd(&Job::endSeen)) doScanAlertCallbacks(scan_data::kAlert, "Job.End");
+      break;
+    case ScanBlock::Kind::PageStart:
+      scanner_.setPhase(ScanPhase::PageStart);
+      alertIfScanning("Page.Start");
+      break;
+    case ScanBlock::Kind::PageEnd:
+      scanner_.setPhase(ScanPhase::PageEnd);
+      alertIfScanning("Page.End");
+      break;
+    case ScanBlock::Kind::Event:
+      doScanAlertCallbacks(block.text == "Scanner.CommError" ? scan_data::kDetail : scan_data::kAlert,
+                           std::string(block.text));
+      break;
+  }
+}
+
+void BpdScanAsyncDataTask::alertIfScanning(const char* text) {
+  if (scanner_.isScanning()) doScanAlertCallbacks(scan_data::kAlert, text);
+}
+
+void BpdScanAsyncDataTask::takeScanData(std::string_view body) {
+  const auto length = static_cast<std::uint32_t>(body.size());
+  Job job;
+  {
+    const std::lock_guard<std::mutex> lock(jobLock_);
+    job_.bytes += length;
+    ++job_.blocks;
+    job = job_;
+  }
+  logDetail(log_component::server(), [&] {
+    return LogText() << kTask << "updateClients: data callback " << job.blocks << ", size " << length
+                     << ", bytes " << job.bytes;
+  });
+  scanner_.setPhase(ScanPhase::Data);
+  if (scanner_.isScanning()) {
+    handleScanDataCallbacks(reinterpret_cast<const std::uint8_t*>(body.data()), length);
+  }
+  scanner_.countDataBlock();
+}
+
+void BpdScanAsyncDataTask::takeDocument(std::string_view document) {
+  if (scanner_.isTracked()) doScanAlertCallbacks(scan_data::kDetail, std::string(document));
+  if (classifyMessage(document).type == MessageType::Method) takeNotification(readNotification(document));
+}
+
+void BpdScanAsyncDataTask::takeNotification(const StoreNotification& notification) {
+  if (notification.observer == scan_object::kSystemObserver) return;
+  const std::string value = valueOf(notification);
+  if (leadingNumber<std::uint32_t>(notification.observer) == scanner_.getHandle()) {
+    if (entryOf(notification.data.get(), "job type") != "ScanJob") {
+      if (notification.event == scan_object::kPageScanned && value == "ADF") {
+        doScanAlertCallbacks(scan_data::kAlert, "Job.AdfEvent");
+      } else if (notification.event == scan_object::kPageScanned && value == "Flatbed") {
+        doScanAlertCallbacks(scan_data::kAlert, "Job.FlatbedEvent");
+      }
+    } else if (value == "Warming") {
+      scanner_.setPhase(ScanPhase::Warming);
+      doScanAlertCallbacks(scan_data::kDetail, "Lamp.Warming");
+      return;
+    } else if (value == "Wait Next Original") {
+      scanner_.finishOriginal(notification.objName);
+      return;
+    } else if (value == "Complete") {
+      if (noteEnd(&Job::completeSeen)) doScanAlertCallbacks(scan_data::kAlert, "Job.End");
+    }
+  }
+  doScanAlertCallbacks(scan_data::kDetail, value);
+}
+
+template <typename Returned>
+bool BpdScanAsyncDataTask::callClients(std::uint32_t bit, const std::uint8_t* data, std::uint32_t length,
+                                       Returned&& returned) {
+  std::uint32_t jobClientId = 0;
+  {
+    const std::lock_guard<std::mutex> lock(jobLock_);
+    jobClientId = job_.clientId;
+  }
+  bool called = false;
+  // A callback may register and unregister clients, itself among them.
+  for (auto client = clients_.begin(); client != clients_.end();) {
+    const auto [clientId, registration] = *client;
+    if ((registration.mask & bit) != 0 && registration.callback != nullptr) {
+      called = true;
+      ++callDepth_;
+      try {
+        const ClientCallback::Scope callback;
+        returned(clientId,
+                 registration.callback(clientId, jobClientId, scanner_.getHandle(), bit, data, length));
+      } catch (...) {
+        logError(log_component::server(), [id = clientId] {
+          return LogText() << kTask << "callClients() Caught Exception clientId=" << id;
+        });
+      }
+      --callDepth_;
+    }
+    client = clients_.upper_bound(clientId);
+  }
+  return called;
+}
+
+void BpdScanAsyncDataTask::handleScanDataCallbacks(const std::uint8_t* body, std::uint32_t length) {
+  const CriticalSectionLock lock(clientsLock_);
+  const bool called =
+      callClients(scan_data::kData, body, length, [](std::uint32_t clientId, std::uint32_t result) {
+        logDetail(log_component::server(), [&] {
+          return LogText() << kTask << "handleScanDataCallbacks() scan data cliendID=" << clientId;
+        });
+        logDetail(log_component::server(), [&] {
+          return LogText() << kTask << "handleScanDataCallbacks() callback returned " << result;
+        });
+      });
+  if (called) return;
+  logDetail(log_component::server(),
+            [] { return LogText() << kTask << "handleScanDataCallbacks: callback not found!"; });
+}
+
+void BpdScanAsyncDataTask::doScanAlertCallbacks(std::uint32_t bits, const std::string& text) {
+  const CriticalSectionLock lock(clientsLock_);
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.c_str());
+  const auto length = static_cast<std::uint32_t>(text.size());
+  bool called = false;
+  for (const std::uint32_t bit : {scan_data::kAlert, scan_data::kDetail}) {
+    if ((bits & bit) == 0) continue;
+    called = callClients(bit, bytes, length, [](std::uint32_t, std::uint32_t) {}) || called;
+  }
+  if (called) return;
+  logDetail(log_component::server(),
+            [] { return LogText() << kTask << "doScanAlertCallbacks() callback not found!"; });
+}
+
+}  // namespace qvn

@@ -1,0 +1,295 @@
+#include "scanner/bpd/bpd_scanner.h"
+
+#include <utility>
+
+#include "bidi/xml/xml_visitor.h"
+#include "common/logging/trace_scope.h"
+#include "common/settings/application_settings.h"
+#include "qvn/transport/connection_manager.h"
+#include "scanner/bpd/job/job_parameter_store.h"
+#include "scanner/bpd/states/bpd_scanner_closed.h"
+#include "scanner/bpd/states/bpd_scanner_open.h"
+#include "scanner/bpd/states/bpd_scanner_scanning.h"
+
+namespace qvn {
+namespace {
+
+constexpr platform::Milliseconds kEndSignalWait = 10000;
+
+LogText nothing() { return {}; }
+LogText ofClient(std::uint32_t clientId) { return LogText() << " clientId=" << clientId; }
+
+}  // namespace
+
+BpdScanner::BpdScanner()
+    : StateMachine(BpdScannerClosed::getInstance()),
+      endSignal_(true, false, "", false),
+      endJobMutex_(false, "", false),
+      startRunnable_(*this, &BpdScanner::runStart),
+      watchdog_(*this) {
+  changeState(BpdScannerClosed::getInstance());
+}
+
+// The transport's threads call this object.
+BpdScanner::~BpdScanner() { shutDown(); }
+
+void BpdScanner::shutDown() {
+  endReferences();
+  objectStore_.end();
+  withState([this](const BpdScannerState&) {
+    if (connection_ != nullptr) closeConnection();
+    setOpenCount(0);
+    changeState(BpdScannerClosed::getInstance());
+  });
+  watchdog_.waitForEnd();
+}
+
+template <typename Details, typename Operation>
+std::uint32_t BpdScanner::traced(const char* operation, Details&& details, Operation&& run) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
+    return LogText() << "BpdScanner::" << operation << "() handle=" << getHandle() << details().str();
+  });
+  std::uint32_t rc = QRN_ERROR_BUSY;
+  if (!BpdScanAsyncDataTask::isCalling()) {
+    rc = withState(run);
+  } else if (stateLock().tryEnter()) {
+    // Whoever else has the lock may be waiting for what this thread is to deliver.
+    const CriticalSectionLock lock(stateLock());
+    stateLock().leave();
+    rc = withState(run);
+  }
+  trace.setRc(rc);
+  return rc;
+}
+
+std::uint32_t BpdScanner::doOpen() {
+  return traced("doOpen", nothing, [this](const BpdScannerState& state) { return state.doOpen(*this); });
+}
+
+std::uint32_t BpdScanner::doClose() {
+  return traced("doClose", nothing, [this](const BpdScannerState& state) { return state.doClose(*this); });
+}
+
+std::uint32_t BpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
+  // The watchdog of the last job may be on its last steps; with the state lock it could not go on.
+  if (!jobActive_ && !BpdScanAsyncDataTask::isCalling()) watchdog_.waitForEnd();
+  return traced(
+      "doStartJob", [&] { return ofClient(clientId); },
+      [&](const BpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
+}
+
+std::uint32_t BpdScanner::doEndJob(std::uint32_t clientId) { return endJob(clientId, jobNumber_); }
+
+std::uint32_t BpdScanner::endJob(std::uint32_t clientId, std::uint32_t jobNumber) {
+  if (BpdScanAsyncDataTask::isCalling()) return QRN_ERROR_BUSY;
+  const MutexLock end(endJobMutex_, 0);
+  if (!end.acquired()) {
+    const bool isOwner = clientId == jobClientId_;
+    logDetail(log_component::server(), [&] {
+      LogText text;
+      text << "BpdScanner::doEndJob(handle=" << getHandle();
+      if (isOwner) return text << ") end job already executing";
+      return text << ") invalid client Id, expected:" << jobClientId_.load();
+    });
+    return isOwner ? QRN_ERROR_ACCESS_DENIED : QRN_ERROR_INVALID_PARAMETER;
+  }
+  return traced(
+      "doEndJob", [&] { return ofClient(clientId); },
+      [&](const BpdScannerState& state) {
+        return jobNumber == jobNumber_ ? state.doEndJob(*this, clientId) : QRN_ERROR_INVALID_FUNCTION;
+      });
+}
+
+std::uint32_t BpdScanner::doExchangeData(std::uint32_t clientId, Data& data) {
+  return traced(
+      "doExchangeData", [&] { return ofClient(clientId); },
+      [&](const BpdScannerState& state) { return state.doExchangeData(*this, clientId, data); });
+}
+
+std::uint32_t BpdScanner::doExchangeData(std::uint32_t clientId, Data& command, Data& response) {
+  return traced(
+      "doExchangeData", [&] { return ofClient(clientId); },
+      [&](const BpdScannerState& state) { return state.doExchangeData(*this, clientId, command, response); });
+}
+
+// Inside a callback the registrations are changed without the state lock: the callback has theirs, and a
+// client that wants no more calls is not to be refused.
+std::uint32_t BpdScanner::doRegisterForAsyncData(const AsyncDataRegistration& registration) {
+  if (BpdScanAsyncDataTask::isCalling()) return state().doRegisterForAsyncData(*this, registration);
+  return traced(
+      "doRegisterForAsyncData", [&] { return ofClient(registration.clientId); },
+      [&](const BpdScannerState& state) { return state.doRegisterForAsyncData(*this, registration); });
+}
+
+std::uint32_t BpdScanner::doUnregisterForAsyncData(std::uint32_t clientId) {
+  if (BpdScanAsyncDataTask::isCalling()) return state().doUnregisterForAsyncData(*this, clientId);
+  return traced(
+      "doUnregisterForAsyncData", [&] { return ofClient(clientId); },
+      [&](const BpdScannerState& state) { return state.doUnregisterForAsyncData(*this, clientId); });
+}
+
+void BpdScanner::doAccept(Data& data) {
+  const CriticalSectionLock lock(notifyLock_);
+  state().doAccept(*this, data);
+  notify(data);
+}
+
+std::uint32_t BpdScanner::openConnection() {
+  Connectable* const connection = doGetConnection(connection_name::kBidi);
+  connection->setChild(0, this);
+  const auto giveBack = [&] {
+    connection->setChild(0, nullptr);
+    doReleaseConnection(connection);
+  };
+  std::uint32_t rc = QRN_ERROR_INTERNAL_ERROR;
+  try {
+    rc = connection->open();
+  } catch (...) {
+    giveBack();
+    throw;
+  }
+  if (rc != QRN_ERROR_SUCCESS) {
+    giveBack();
+    return rc;
+  }
+  doPersistConnection(connection, true);
+  connection_ = connection;
+  objectStore_.begin(*connection);
+  return QRN_ERROR_SUCCESS;
+}
+
+void BpdScanner::closeConnection() {
+  // Nothing may use the connection any more once it has been released.
+  if (startTask_ != nullptr) startTask_->abort();
+  objectStore_.end();
+  abortStart();
+  scanning_ = false;
+  jobActive_ = false;
+  inHostMode_ = false;
+  endSignal_.set();
+  watchdog_.stop();
+
+  Connectable* const connection = std::exchange(connection_, nullptr);
+  connection->close();
+  connection->setChild(0, nullptr);
+  doPersistConnection(connection, false);
+  doReleaseConnection(connection);
+
+  std::shared_ptr<BpdScanAsyncDataTask> task;
+  {
+    const CriticalSectionLock lock(taskLock_);
+    task = std::exchange(asyncDataTask_, nullptr);
+  }
+  if (task != nullptr) task->unregisterAll();
+}
+
+std::shared_ptr<BpdScanAsyncDataTask> BpdScanner::asyncDataTask() {
+  const CriticalSectionLock lock(taskLock_);
+  if (asyncDataTask_ == nullptr) asyncDataTask_ = std::make_shared<BpdScanAsyncDataTask>(*this);
+  return asyncDataTask_;
+}
+
+void BpdScanner::raise(const std::string& event) {
+  Data block("<" + event + ">");
+  asyncDataTask()->updateClients(block);
+}
+
+std::string BpdScanner::jobObserver() { return std::to_string(getHandle()) + "_Observer"; }
+
+bool BpdScanner::isScanning() {
+  if (scanning_ && asyncDataTask()->jobHasEnded()) scanning_ = false;
+  return scanning_;
+}
+
+std::uint32_t BpdScanner::timeoutMultiplier(std::uint32_t clientId) const {
+  std::uint32_t multiplier = JobParameterStore::getInstance().getJobParameter(clientId, "TimeoutX");
+  if (multiplier == 0) {
+    multiplier = 1;
+    ApplicationSettings().getLong(setting_key::kUsb1Settings, "Usb1BpdScanTimeoutMultiplier", multiplier,
+                                  SettingsStore::kLocal);
+  }
+  return multiplier == 0 ? 1 : multiplier;
+}
+
+void BpdScanner::beginJob(std::uint32_t clientId) {
+  startThread_.reset();
+  jobObjectName_.clear();
+  jobClientId_ = clientId;
+  ++jobNumber_;
+  timedOut_ = false;
+  endSignal_.reset();
+  track_ = JobParameterStore::getInstance().getJobParameter(clientId, "Track") != 0;
+  startTask_ = std::make_unique<BpdScanStartJobTask>(*this, clientId, jobObjectName_);
+  startThread_ = std::make_unique<Thread>(startRunnable_);
+  jobActive_ = true;
+
+  const std::uint32_t multiplier = timeoutMultiplier(clientId);
+  watchdog_.setMultiplier(multiplier);
+  raise("TimeoutX=" + std::to_string(multiplier));
+  try {
+    startThread_->launch();
+  } catch (...) {
+    startThread_ = nullptr;
+    jobActive_ = false;
+    throw;
+  }
+}
+
+std::uint32_t BpdScanner::runStart() { return BpdScannerOpen::getInstance().runMethod(*this); }
+
+void BpdScanner::startJobData() {
+  asyncDataTask()->startJob(jobClientId_);
+  scanning_ = true;
+}
+
+void BpdScanner::endFailedStart() {
+  asyncDataTask()->endJob();
+  if (!startTask_->wasAborted()) raise("Scanner.CommError");
+  stopWatchdog();
+  scanning_ = false;
+  jobActive_ = false;
+}
+
+void BpdScanner::abortStart() {
+  if (startThread_ == nullptr) return;
+  startTask_->abort();
+  // A reply that does not come is not waited for; a job that the device has started all the same ends with
+  // the host mode.
+  objectStore_.cancelExchanges();
+  startThread_.reset();
+  startTask_.reset();
+}
+
+void BpdScanner::finishOriginal(const std::string& jobObject) {
+  // The name comes from the device; with markup in it the document would be another one.
+  if (hasMarkup(jobObject)) return;
+  objectStore_.sendInBackground(callMethod(jobObject + ".scanJob", "done", nullptr));
+}
+
+void BpdScanner::scanJobTimeout(std::uint32_t clientId) {
+  const auto trace = [this](const char* what) {
+    logDetail(log_component::server(),
+              [&] { return LogText() << "BpdScanner::scanJobTimeout(handle=" << getHandle() << what; });
+  };
+  const std::uint32_t jobNumber = jobNumber_;
+  if (!isScanning()) {
+    trace(") not scanning");
+    return;
+  }
+  const std::shared_ptr<BpdScanAsyncDataTask> task = asyncDataTask();
+  if (!task->jobHasEnded()) {
+    task->doScanAlertCallbacks(scan_data::kAlert, "Job.DataTimeout");
+    task->doScanAlertCallbacks(scan_data::kAlert, "Scan.Error");
+    task->endJob();
+    task->doScanAlertCallbacks(scan_data::kAlert, "Job.End");
+  }
+  timedOut_ = true;
+  if (endSignal_.wait(kEndSignalWait)) {
+    trace(") end signal seen");
+    return;
+  }
+  trace(") finish failed");
+  endJob(clientId, jobNumber);
+}
+
+}  // namespace qvn

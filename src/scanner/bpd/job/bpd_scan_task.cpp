@@ -1,0 +1,25 @@
+#include "scanner/bpd/job/bpd_scan_task.h"
+
+#include "bidi/element/element_text.h"
+#include "bidi/object_store/received_message.h"
+#include "bidi/object_store/store_messages.h"
+#include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/scan_block.h"
+
+namespace qvn {
+
+std::uint32_t BpdScanTask::leaveHostMode() {
+  return scanner_.objectStore().exchange(callMethod(scan_object::kSystem, "exitHostUSBSendMode", nullptr));
+}
+
+void BpdScanTask::doUpdate(Data& data) {
+  const ScanBlock block = readScanBlock(data);
+  if (block.kind != ScanBlock::Kind::Document || classifyMessage(block.text).type != MessageType::Method) {
+    return;
+  }
+  const StoreNotification notification = readNotification(block.text);
+  if (notification.observer == scan_object::kSystemObserver)
+    takeSystemUpdate(textOf(notification.data.get()));
+}
+
+}  // namespace qvn

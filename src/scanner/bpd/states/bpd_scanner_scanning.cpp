@@ -1,0 +1,48 @@
+#include "scanner/bpd/states/bpd_scanner_scanning.h"
+
+#include "common/logging/basic_logger.h"
+#include "qvn/result_codes.h"
+#include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/job/bpd_scan_end_job_task.h"
+#include "scanner/bpd/job/job_parameter_store.h"
+#include "scanner/bpd/states/bpd_scanner_open.h"
+
+namespace qvn {
+
+const BpdScannerScanning& BpdScannerScanning::getInstance() {
+  static const BpdScannerScanning instance;
+  return instance;
+}
+
+std::uint32_t BpdScannerScanning::doStartJob(BpdScanner& scanner, std::uint32_t clientId,
+                                             void* parameters) const {
+  if (scanner.isJobActive()) return QRN_ERROR_BUSY;
+  return BpdScannerState::doStartJob(scanner, clientId, parameters);
+}
+
+std::uint32_t BpdScannerScanning::doEndJob(BpdScanner& scanner, std::uint32_t clientId) const {
+  if (clientId != scanner.jobClientId()) {
+    logDetail(log_component::server(), [&] {
+      return LogText() << "BpdScannerScanning::doEndJob(handle=" << scanner.getHandle()
+                       << ") invalid client Id, expected:" << scanner.jobClientId();
+    });
+    return QRN_ERROR_INVALID_PARAMETER;
+  }
+  scanner.signalEnd();
+  scanner.abortStart();
+  JobParameterStore::getInstance().clearJobParameters(clientId);
+  const bool cancel = scanner.isScanning() && !scanner.hasTimedOut();
+  if (!cancel) scanner.stopWatchdog();
+  const std::uint32_t rc = BpdScanEndJobTask(scanner, cancel).execute();
+  scanner.stopWatchdog();
+  scanner.stopScanning();
+  if (rc != QRN_ERROR_SUCCESS) {
+    scanner.raise("Scanner.CommError");
+    return rc;
+  }
+  scanner.setJobActive(false);
+  scanner.changeState(BpdScannerOpen::getInstance());
+  return QRN_ERROR_SUCCESS;
+}
+
+}  // namespace qvn

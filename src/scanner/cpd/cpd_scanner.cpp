@@ -1,0 +1,176 @@
+#include "scanner/cpd/cpd_scanner.h"
+
+#include "common/logging/trace_scope.h"
+#include "common/settings/application_settings.h"
+#include "device/connection_use.h"
+#include "device/store/printer_table.h"
+#include "printer/printer_object.h"
+#include "scanner/cpd/cpd_scanner_async_data_manager.h"
+#include "scanner/cpd/states/cpd_scanner_closed.h"
+#include "scanner/cpd/states/cpd_scanner_end_job_pending.h"
+#include "scanner/cpd/states/cpd_scanner_scanning.h"
+#include "scanner/esc/esc_commands.h"
+
+namespace qvn {
+namespace {
+
+constexpr std::uint32_t kCancelWaitDuration = 60000;
+
+// The handles of the parts of one device are that far apart.
+constexpr std::uint32_t kPrinterHandleDistance = 400;
+
+LogText nothing() { return {}; }
+LogText ofClient(std::uint32_t clientId) { return LogText() << " clientId=" << clientId; }
+
+}  // namespace
+
+CpdScanner::CpdScanner()
+    : StateMachine(CpdScannerClosed::getInstance()),
+      performanceNotifications_(longSetting("CpdScanPerformanceNotifications", 0) != 0),
+      cancelWaitDuration_(longSetting("ScanCancelWaitDuration", kCancelWaitDuration)),
+      cancelEvent_(false, false, "", false) {
+  changeState(CpdScannerClosed::getInstance());
+}
+
+// The transport's threads call this object.
+CpdScanner::~CpdScanner() { endReferences(); }
+
+void CpdScanner::shutDown() { endReferences(); }
+
+template <typename Details, typename Operation>
+std::uint32_t CpdScanner::traced(const char* operation, Details&& details, Operation&& run) {
+  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
+    return LogText() << "CpdScanner::" << operation << "() handle=" << getHandle() << details().str();
+  });
+  const std::uint32_t rc = withState(run);
+  trace.setRc(rc);
+  return rc;
+}
+
+std::uint32_t CpdScanner::doOpen() {
+  return traced("doOpen", nothing, [this](const CpdScannerState& state) { return state.doOpen(*this); });
+}
+
+std::uint32_t CpdScanner::doClose() {
+  return traced("doClose", nothing, [this](const CpdScannerState& state) { return state.doClose(*this); });
+}
+
+std::uint32_t CpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
+  const auto details = [&] {
+    return (ofClient(clientId) << " parameters=").hex(&parameters, sizeof parameters);
+  };
+  return traced("doStartJob", details,
+                [&](const CpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
+}
+
+std::uint32_t CpdScanner::doEndJob(std::uint32_t /*clientId*/) {
+  return traced("doEndJob", nothing, [this](const CpdScannerState& state) { return state.doEndJob(*this); });
+}
+
+std::uint32_t CpdScanner::doCancelJob(std::uint32_t clientId) {
+  return traced(
+      "doCancelJob", [&] { return ofClient(clientId); },
+      [&](const CpdScannerState& state) {
+        cancelEvent_.reset();
+        return state.doCancelJob(*this, clientId);
+      });
+}
+
+std::uint32_t CpdScanner::doExchangeData(std::uint32_t clientId, Data& data) {
+  return traced(
+      "doExchangeData", [&] { return ofClient(clientId); },
+      [&](const CpdScannerState& state) { return state.doExchangeData(*this, clientId, data); });
+}
+
+std::uint32_t CpdScanner::doExchangeData(std::uint32_t clientId, Data& command, Data& response) {
+  return traced(
+      "doExchangeData", [&] { return ofClient(clientId); },
+      [&](const CpdScannerState& state) { return state.doExchangeData(*this, clientId, command, response); });
+}
+
+std::uint32_t CpdScanner::doRegisterForAsyncData(const AsyncDataRegistration& registration) {
+  return traced(
+      "doRegisterForAsyncData", [&] { return ofClient(registration.clientId); },
+      [&](const CpdScannerState& state) { return state.doRegisterForAsyncData(*this, registration); });
+}
+
+std::uint32_t CpdScanner::doUnregisterForAsyncData(std::uint32_t clientId) {
+  return traced(
+      "doUnregisterForAsyncData", [&] { return ofClient(clientId); },
+      [&](const CpdScannerState& state) { return state.doUnregisterForAsyncData(*this, clientId); });
+}
+
+void CpdScanner::waitForCallbacks(std::uint32_t clientId) {
+  CpdScannerAsyncDataManager::getInstance().waitForCallbacks(getHandle(), clientId);
+}
+
+std::uint32_t CpdScanner::doGetCurrentState(std::uint32_t& value) {
+  value = state().getStateValue();
+  logDetail(log_component::server(), [&] { return LogText() << "ERROR_SUCCESS, state=" << value; });
+  return QRN_ERROR_SUCCESS;
+}
+
+void CpdScanner::doAccept(Data& data) {
+  try {
+    state().doAccept(*this, data);
+  } catch (...) {
+    data.setRc(refuseThrown("doAccept"));
+  }
+}
+
+std::uint32_t CpdScanner::doOnConnectionLost() {
+  try {
+    waitForStart();
+    return state().doOnConnectionLost(*this);
+  } catch (...) {
+    return refuseThrown("doOnConnectionLost");
+  }
+}
+
+std::uint32_t CpdScanner::refuseThrown(const char* operation) {
+  logError(log_component::server(), [&] {
+    return LogText() << "CpdScanner::" << operation << "() handle=" << getHandle() << " Caught Exception";
+  });
+  return QRN_ERROR_INTERNAL_ERROR;
+}
+
+std::uint32_t CpdScanner::send(Data& data) {
+  const ConnectionUse connection(*this, connection_name::kBidi);
+  connection->write(data);
+  return data.getRc();
+}
+
+void CpdScanner::reportProgress(std::uint32_t id) {
+  if (!performanceNotifications_) return;
+  Notification record;
+  record.handle = getHandle() - kPrinterHandleDistance;
+  record.category = scan_progress::kCategory;
+  record.id = id;
+  if (const auto printer = PrinterTable::getInstance().find(record.handle)) printer->passNotification(record);
+}
+
+void CpdScanner::waitForStart() {
+  if (!isStarting_) return;
+  CriticalSectionLock lock(stateLock());
+}
+
+void CpdScanner::endScan() {
+  // Whoever ends a cancelled job holds the state lock while waiting for what has come here already.
+  hasEnded_ = true;
+  cancelEvent_.set();
+  CriticalSectionLock lock(stateLock());
+  if (isIn(CpdScannerScanning::getInstance())) changeState(CpdScannerEndJobPending::getInstance());
+}
+
+void CpdScanner::waitForLastStatus() {
+  if (!hasEnded_) cancelEvent_.wait(cancelWaitDuration_);
+  logDetail(log_component::server(),
+            [&] { return LogText() << "cancelWaitDuration_=" << cancelWaitDuration_ << "wait over."; });
+}
+
+bool CpdScanner::isStatus(const Data& data) {
+  static const PStatusEscCommand status;
+  return status.isA(data);
+}
+
+}  // namespace qvn

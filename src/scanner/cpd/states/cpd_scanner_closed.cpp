@@ -1,0 +1,30 @@
+#include "scanner/cpd/states/cpd_scanner_closed.h"
+
+#include "device/connection_use.h"
+#include "scanner/cpd/cpd_scanner.h"
+#include "scanner/cpd/states/cpd_scanner_open.h"
+
+namespace qvn {
+
+const CpdScannerClosed& CpdScannerClosed::getInstance() {
+  static const CpdScannerClosed instance;
+  return instance;
+}
+
+std::uint32_t CpdScannerClosed::doOpen(CpdScanner& scanner) const {
+  const ConnectionUse connection(scanner, connection_name::kBidi);
+  connection->setChild(0, &scanner);
+  const std::uint32_t rc = connection->open();
+  if (rc != QRN_ERROR_SUCCESS) {
+    connection->setChild(0, nullptr);
+    return rc;
+  }
+  scanner.doPersistConnection(connection.get(), true);
+  scanner.changeState(CpdScannerOpen::getInstance());
+  scanner.setOpenCount(1);
+  return QRN_ERROR_SUCCESS;
+}
+
+void CpdScannerClosed::doEnterState(CpdScanner& scanner) const { scanner.setOpenCount(0); }
+
+}  // namespace qvn

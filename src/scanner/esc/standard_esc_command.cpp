@@ -1,0 +1,35 @@
+#include "scanner/esc/standard_esc_command.h"
+
+#include <algorithm>
+
+namespace qvn {
+
+StandardEscCommand::StandardEscCommand(const Data& data) : EscCommand(data) {
+  if (!StandardEscCommand::isA(data)) refuse("StandardEscCommand(const Data&): command is not a EscCommand");
+  std::copy_n(getBuffer() + 1, code_.size(), code_.begin());
+}
+
+bool StandardEscCommand::isResponse(const Data& data) const {
+  return isA(data) && std::equal(code_.begin(), code_.end(), data.getBuffer() + 1);
+}
+
+bool StandardEscCommand::expectsResponse() const {
+  return getLength() >= esc::kHeaderLength &&
+         (getBuffer()[esc::kOtherReplyFlags] & esc::kOtherWantsReply) != 0;
+}
+
+bool StandardEscCommand::isA(const Data& data) const {
+  return data.getLength() >= esc::kHeaderLength && data.getBuffer()[0] == esc::kEscape;
+}
+
+std::string StandardEscCommand::getName() const { return "StandardEscCommand"; }
+
+bool StandardEscCommand::isResponse(const EscCommand& other) const {
+  return other.getName() == getName() && isResponse(static_cast<const Data&>(other));
+}
+
+std::uint32_t StandardEscCommand::getPayloadLength() const {
+  return static_cast<std::uint32_t>(esc::payloadLength(bytes(), esc::kOtherPayloadField));
+}
+
+}  // namespace qvn

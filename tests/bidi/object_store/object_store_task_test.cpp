@@ -1,0 +1,159 @@
+// An exchange with an object store: which reply it takes, what it answers, and that it ends when it is told
+// to.
+#include "bidi/object_store/object_store_bidi_task.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "bidi/object_store/object_store_command.h"
+#include "bidi/object_store/reply_frame.h"
+#include "scanner/cpd/cpd_scanner.h"
+#include "support/library_fixture.h"
+#include "support/store_documents.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+constexpr std::uint32_t kId = 1002;
+
+std::string framed(int first, std::uint32_t length, const std::string& payload) {
+  std::string frame(8, '\0');
+  frame[0] = static_cast<char>(first);
+  for (std::size_t i = 0; i < 4; ++i) frame[4 + i] = static_cast<char>(length >> (24 - 8 * i));
+  return frame + payload;
+}
+
+// Any device does: the task only wants a subject with a transport.
+class ObjectStoreTaskTest : public LibraryTest {
+ protected:
+  class Store : public Scanner {
+   public:
+    void doAccept(Data& data) override { notify(data); }
+    using Scanner::doAccept;
+  };
+
+  ObjectStoreTaskTest() {
+    device.setAttributes(FakeTransport::deviceText("BpdScanner", 407));
+    connection = device.doGetConnection("bidi");
+    fake.takeCalls();
+  }
+
+  ObjectStoreBidiTask makeTask() { return {device, *connection, kId, "<?xml?>", answer}; }
+
+  Store device;
+  Connectable* connection = nullptr;
+  std::string answer = "old";
+};
+
+TEST(ReplyFrame, IsTakenOffWhenThereIsOne) {
+  const struct {
+    std::string reply;
+    std::string payload;
+  } rows[] = {
+      {framed(0xAA, 3, "abc"), "abc"},
+      {framed(0xFF, 2, "abc"), "ab"},
+      {framed(0xBB, 0xFFFFFFFF, "abc"), "abc"},
+      {framed(0xCC, 0, "abc"), ""},
+      {framed(0xA9, 3, "abc"), framed(0xA9, 3, "abc")},
+      {framed(0xDD, 3, ""), ""},
+      {framed(0xEE, 3, "").substr(0, 7), framed(0xEE, 3, "").substr(0, 7)},
+      {"<?xml", "<?xml"},
+      {"", ""},
+  };
+  for (const auto& row : rows) EXPECT_EQ(unwrapReply(row.reply), row.payload) << row.reply;
+}
+
+TEST_F(ObjectStoreTaskTest, TakesTheReplyWithItsRequestId) {
+  const std::string reply = response(kId, number(7));
+  const struct {
+    const char* what;
+    std::string delivered;
+    std::uint32_t rc;
+    std::string answer;
+  } rows[] = {
+      {"bare", reply, 0, reply},
+      {"framed", framed(0xAA, static_cast<std::uint32_t>(reply.size()), reply), 0, reply},
+      {"framed, the length too large", framed(0xEE, 100000, reply), 0, reply},
+      {"an exception", exception(kId), 87, exception(kId)},
+      {"another request's", response(kId - 1, number(7)), 0, ""},
+      {"another request's exception", exception(kId - 1), 0, ""},
+      {"a method with that id", declared("<method name=\"x\" requestID=\"1002\"></method>"), 0, ""},
+      {"not well-formed", reply.substr(0, reply.size() - 3) + "<<<", 0, ""},
+      {"too long", response(kId, text(std::string(10000, 'x'))), 0, ""},
+      {"no document", "<Scan.Data>", 0, ""},
+      {"nothing", "", 0, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    fake.onExchange = [&](const Data& request) {
+      EXPECT_EQ(asText(request), "<?xml?>");
+      return Data(row.delivered);
+    };
+    EXPECT_EQ(makeTask().execute(), row.rc);
+    EXPECT_EQ(answer, row.answer);
+  }
+}
+
+TEST_F(ObjectStoreTaskTest, OfTwoRepliesTheFirstCountsAndNoneAfterwards) {
+  fake.onExchange = [&](const Data&) {
+    fake.deliver(Data("<Scan.Data>in between"));
+    fake.deliver(Data(response(kId, number(1))));
+    return Data(response(kId, number(2)));
+  };
+  EXPECT_EQ(makeTask().execute(), 0u);
+  EXPECT_EQ(answer, response(kId, number(1)));
+  fake.deliver(Data(response(kId, number(3))));
+  EXPECT_EQ(answer, response(kId, number(1))) << "a late one";
+}
+
+TEST_F(ObjectStoreTaskTest, TellsWhyThereIsNoReply) {
+  EXPECT_EQ(makeTask().execute(), 1460u);
+  EXPECT_EQ(answer, "") << "what was there before is no reply";
+  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
+  EXPECT_EQ(makeTask().execute(), 64u);
+  fake.onVisitor = [](const std::string&, Data*) -> std::uint32_t { throw 5; };
+  EXPECT_EQ(makeTask().execute(), 1359u) << "what the transport throws is a result code";
+}
+
+TEST_F(ObjectStoreTaskTest, InTheBackgroundTheCallerDoesNotWait) {
+  fake.awaitsReplies = true;
+  {
+    ObjectStoreBidiTask task = makeTask();
+    EXPECT_EQ(task.shutdownThread(), 0u) << "nothing runs";
+    EXPECT_EQ(task.executeBackground(), 0u);
+    EXPECT_EQ(task.executeBackground(), 0u) << "the first one is ended";
+    fake.awaitsReplies = false;
+    EXPECT_EQ(task.shutdownThread(), 0u);
+    EXPECT_EQ(task.shutdownThread(), 0u);
+    // Forced ends are over when the call is: nobody is attached.
+    answer = "kept";
+    fake.deliver(Data(response(kId, number(1))));
+    EXPECT_EQ(answer, "kept");
+    EXPECT_EQ(task.executeBackground(), 0u) << "and the task can be used again";
+  }
+  EXPECT_THAT(fake.calls("store"), Not(testing::IsEmpty()));
+}
+
+TEST_F(ObjectStoreTaskTest, ACancelEndsTheExchangeWhenverItComes) {
+  fake.awaitsReplies = true;
+  {
+    ObjectStoreBidiTask task = makeTask();
+    task.cancel();
+    EXPECT_EQ(task.execute(), 1236u) << "before";
+  }
+  ObjectStoreBidiTask task = makeTask();
+  fake.onExchange = [&](const Data&) -> std::optional<Data> {
+    std::thread([&] { task.cancel(); }).join();
+    return std::nullopt;
+  };
+  EXPECT_EQ(task.execute(), 1236u) << "meanwhile";
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,63 @@
+// A simulated printer and a machine that knows it, with the command line as its only way in.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "support/content_of.h"
+#include "support/process/child.h"
+#include "support/simulator/simulator_process.h"
+
+namespace qvn::test {
+
+class PrintServer : public testing::Test {
+ protected:
+  PrintServer() : home_(std::getenv("QVN_HOME")) {}
+
+  // Starts the device and lets the transport find it.
+  void start(std::vector<std::string> faults = {}) {
+    std::vector<std::string> arguments = {"--events", "--jobs", (home_ / "jobs").string()};
+    for (const std::string& fault : faults) arguments.insert(arguments.end(), {"--fault", fault});
+    device_ = std::make_unique<SimulatorProcess>(arguments);
+    ok({"registry", "import", "-"}, "[-Software]");
+    // The true end of a job is asked for at intervals, and a job that is lost has none.
+    ok({"settings", "set", "TeojInterval", "20"});
+    ok({"settings", "set", "TeojDuration", "500"});
+    ok({"transport", "add", "qvn_ipv4.so"});
+    ok({"discover", "--transport", "IPv4", place()});
+  }
+
+  void TearDown() override {
+    device_.reset();
+    std::filesystem::remove_all(home_ / "jobs");
+  }
+
+  SimulatorProcess& device() { return *device_; }
+  std::string place() const { return device_->address() + ":" + std::to_string(device_->discoveryPort()); }
+
+  std::string ok(const std::vector<std::string>& arguments, const std::string& input = "") {
+    const Result result = qvn(arguments, input);
+    EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << "\n" << result.errors;
+    return result.output;
+  }
+
+  std::string file(const std::string& name, const std::string& content) const {
+    const std::filesystem::path path = home_ / name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path.string();
+  }
+
+  // The data of a job as the device keeps it.
+  std::string stored(int job) const {
+    return contentOf(home_ / "jobs" / ("job-" + std::to_string(job) + ".prn"));
+  }
+
+ private:
+  std::filesystem::path home_;
+  std::unique_ptr<SimulatorProcess> device_;
+};
+
+}  // namespace qvn::test

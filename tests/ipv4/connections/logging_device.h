@@ -1,0 +1,66 @@
+// A scanner or a HID that notes what a transport delivers to it.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "qvn/transport/device.h"
+#include "support/simulator/test_sockets.h"
+
+namespace qvn::test {
+
+class LoggingDevice : public Device {
+ public:
+  ~LoggingDevice() override { endReferences(); }
+
+  // Called on the delivering thread before each delivery is noted.
+  std::function<void(const std::string&)> onDelivery;
+
+  // What came, in order: bytes in hexadecimal, "code <code>" for what failed, "event <id>
+  // <category>", "lost". Waits until that many have
+  // come, at most 10 s.
+  std::vector<std::string> waitFor(std::size_t count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    added_.wait_for(lock, std::chrono::seconds(10), [&] { return deliveries_.size() >= count; });
+    return deliveries_;
+  }
+  std::vector<std::string> deliveries() { return waitFor(0); }
+  std::thread::id deliveringThread() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return thread_;
+  }
+
+  void doAccept(Data& data) override {
+    if (data.getRc() != 0 && data.getLength() == 0) return note("code " + std::to_string(data.getRc()));
+    note(toHex(Bytes(data.getBuffer(), data.getBuffer() + data.getLength())));
+  }
+  std::uint32_t doAccept(Notification& notification) override {
+    note("event " + std::to_string(notification.id) + " " + std::to_string(notification.category));
+    return 0;
+  }
+  std::uint32_t doOnConnectionLost() override {
+    note("lost");
+    return 0;
+  }
+
+ private:
+  void note(const std::string& delivery) {
+    if (onDelivery) onDelivery(delivery);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    deliveries_.push_back(delivery);
+    thread_ = std::this_thread::get_id();
+    added_.notify_all();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable added_;
+  std::vector<std::string> deliveries_;
+  std::thread::id thread_;
+};
+
+}  // namespace qvn::test

@@ -1,0 +1,102 @@
+// The "print" connection, against the simulated printer and against peers that misbehave.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "ipv4/transport_module.h"
+#include "support/simulator/simulator_process.h"
+
+namespace qvn::test {
+namespace {
+
+constexpr std::uint32_t kMebibyte = 1u << 20;
+constexpr std::uint32_t kMoreThanIsBuffered = 32u << 20;
+
+class PrintStream : public testing::Test {
+ protected:
+  PrintStream() { installSettings(); }
+  TransportModule module;
+};
+
+TEST_F(PrintStream, CarriesAJobUnchanged) {
+  const std::filesystem::path jobs = std::filesystem::path(std::getenv("QVN_HOME")) / "jobs";
+  SimulatorProcess simulator({"--events", "--jobs", jobs.string()});
+  Bytes sent;
+  {
+    const OpenConnection print(module, attributeText(simulator.printPort(), 1), "print");
+    ASSERT_EQ(print.openCode(), 0u);
+    for (const std::uint32_t size : {1u, 0u, 65536u, kMebibyte + 17}) {
+      Data block(size, static_cast<std::uint8_t>(size + 7));
+      sent.insert(sent.end(), block.getBuffer(), block.getBuffer() + size);
+      print->write(block);
+      EXPECT_EQ(block.getRc(), 0u);
+      EXPECT_EQ(block.getCount(), size);
+      EXPECT_EQ(block.getLength(), 0u) << "what was sent is consumed";
+    }
+    const Bytes marker = hex("1B 2A 82 00 00 00 00 AC");
+    Data end(marker.data(), static_cast<std::uint32_t>(marker.size()));
+    print->write(end);
+  }
+  EXPECT_EQ(simulator.nextJob().at("outcome"), "complete");
+  std::ifstream in(jobs / "job-1.prn", std::ios::binary);
+  EXPECT_TRUE(Bytes(std::istreambuf_iterator<char>(in), {}) == sent);
+}
+
+TEST_F(PrintStream, TellsWhatWentOutWhenThePrinterStalls) {
+  setSetting("PJLWriteTimeout", 50);
+  Listener listener;
+  const OpenConnection print(module, attributeText(listener.port(), 1), "print");
+  Stream printer = listener.accept();
+  Data block(kMoreThanIsBuffered, 'x');
+  print->write(block);
+  EXPECT_EQ(block.getRc(), 1460u);
+  const std::uint32_t first = block.getCount();
+  EXPECT_GT(first, 0u);
+  EXPECT_EQ(first + block.getLength(), kMoreThanIsBuffered);
+  std::size_t received = 0;
+  std::thread reader([&] { received = printer.receive(kMoreThanIsBuffered).size(); });
+  for (int tries = 0; tries < 100 && block.getLength() > 0; ++tries) print->write(block);
+  EXPECT_EQ(block.getLength(), 0u) << "the rest can be written again";
+  reader.join();
+  EXPECT_EQ(received, kMoreThanIsBuffered);
+}
+
+TEST_F(PrintStream, FailsWhenThePrinterIsGone) {
+  Listener listener;
+  const OpenConnection print(module, attributeText(listener.port(), 1), "print");
+  listener.accept().reset();
+  std::uint32_t rc = 0;
+  for (int tries = 0; tries < 100 && rc == 0; ++tries) {
+    Data block(kMebibyte, 'x');
+    print->write(block);
+    rc = block.getRc();
+    EXPECT_EQ(block.getCount() + block.getLength(), kMebibyte);
+  }
+  EXPECT_EQ(rc, 64u);
+
+  print->close();
+  Data late(3, 'x');
+  print->write(late);
+  EXPECT_EQ(late.getRc(), 1229u);
+  EXPECT_EQ(late.getLength(), 3u);
+}
+
+TEST_F(PrintStream, DoesNotCostAChattyPrinterTheEndOfTheJob) {
+  Listener listener;
+  Stream printer(-1);
+  {
+    const OpenConnection print(module, attributeText(listener.port(), 1), "print");
+    printer = listener.accept();
+    printer.send(repeated(50000, 'j'));  // nobody reads it
+    Data block(100000, 'x');
+    print->write(block);
+    EXPECT_EQ(block.getRc(), 0u);
+  }
+  EXPECT_EQ(printer.receive(100001).size(), 100000u);
+}
+
+}  // namespace
+}  // namespace qvn::test

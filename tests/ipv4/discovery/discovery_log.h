@@ -1,0 +1,46 @@
+// What a discovery tells, and how to read it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "qvn/transport/observer.h"
+#include "support/simulator/simulator_process.h"
+
+namespace qvn::test {
+
+inline std::string stringOf(const std::string& text, const char* descriptor) {
+  std::string value;
+  AttributeCodec::getString(text, descriptor, value);
+  return value;
+}
+
+inline std::uint32_t longOf(const std::string& text, const char* descriptor) {
+  std::uint32_t value = 0;
+  AttributeCodec::getLong(text, descriptor, value);
+  return value;
+}
+
+class DiscoveryLog : public Observer {
+ public:
+  std::vector<std::string> texts;
+  // Of the scanners and HIDs that belong to them.
+  std::vector<std::string> parts;
+
+ protected:
+  using Observer::doUpdate;
+  void doUpdate(const std::string& text) override {
+    const std::string family = stringOf(text, attribute::kDevice);
+    (family == "CpdScanner" || family == "BpdScanner" || family == "CpdHid" ? parts : texts).push_back(text);
+  }
+};
+
+// As a search text names it.
+inline std::string placeOf(const SimulatorProcess& device) {
+  return device.address() + ":" + std::to_string(device.discoveryPort());
+}
+
+}  // namespace qvn::test

@@ -1,0 +1,370 @@
+// Finding devices, and what devices that lie can do about it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <future>
+#include <set>
+#include <thread>
+
+#include "ipv4/discovery/discovery_log.h"
+#include "ipv4/transport_module.h"
+#include "qvn/transport/attributes.h"
+#include "support/simulator/simulator_process.h"
+
+namespace qvn::test {
+namespace {
+
+// The token of a question, which every answer to it must repeat.
+std::string tokenOf(const std::string& question) { return question.substr(15, question.size() - 16); }
+
+std::string answerTo(const std::string& question, const std::string& serial,
+                     const std::string& family = "CpdPrinter") {
+  return "QVN-DEVICE 1 " + tokenOf(question) + "\nfamily=" + family + "\nmodel=M\nserial=" + serial +
+         "\nname=N\nprint=1\nbidi=2\n";
+}
+
+class Discovery : public testing::Test {
+ protected:
+  Discovery() {
+    installSettings();
+    log.attachTo(module.discoverer);
+  }
+  ~Discovery() override { log.detachFrom(module.discoverer); }
+
+  std::uint32_t discover(const std::string& options) {
+    log.texts.clear();
+    log.parts.clear();
+    return module.discoverer.discover(options);
+  }
+
+  TransportModule module;
+  DiscoveryLog log;
+};
+
+TEST_F(Discovery, DescribesADeviceSoThatItCanBeUsed) {
+  const SimulatorProcess simulator({"--serial", "A-1", "--model", "Laser 5", "--name", "hall"});
+  ASSERT_EQ(discover(placeOf(simulator)), 0u);
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(log.texts[0],
+            "<Address>127.0.0.1</Address><ChannelId>" + std::to_string(simulator.bidiPort()) +
+                "</ChannelId><Device>CpdPrinter</Device><Handle>40001</Handle><IpPort>" +
+                std::to_string(simulator.printPort()) +
+                "</IpPort><Nickname>hall</Nickname><PortType>TCP</PortType><Portname>IP_A-1</Portname>"
+                "<Printer Model>Laser 5</Printer Model><SerialNumber>A-1</SerialNumber>"
+                "<Transport>IPv4</Transport><TransportType>NETWORK_TRANSPORT</TransportType><UdpPort>" +
+                std::to_string(simulator.discoveryPort()) + "</UdpPort>");
+  EXPECT_EQ(OpenConnection(module, log.texts[0], "print").openCode(), 0u);
+  EXPECT_EQ(OpenConnection(module, log.texts[0], "bidi").openCode(), 0u);
+}
+
+TEST_F(Discovery, TellsEachPartOfADevice) {
+  Datagrams device;
+  const Listener scan;
+  const Listener hid;
+  std::string family = "CpdPrinter";
+  std::string ports;
+  const auto answering = [&] {
+    return std::async(std::launch::async, [&] {
+      const std::string question = device.receive();
+      for (int times = 0; times < 2; ++times) device.answer(answerTo(question, "A-1", family) + ports);
+    });
+  };
+  const auto channel = [](const Listener& port) { return "<ChannelId>" + std::to_string(port.port()); };
+  const auto part = [&](const Listener& port, const char* kind, const char* handle) {
+    return "<Address>127.0.0.1</Address>" + channel(port) + "</ChannelId><Device>" + kind +
+           "</Device><Handle>" + handle +
+           "</Handle><Nickname>N</Nickname><PortType>TCP</PortType><Portname>IP_A-1</Portname>"
+           "<Printer Model>M</Printer Model><SerialNumber>A-1</SerialNumber><Transport>IPv4</Transport>"
+           "<TransportType>NETWORK_TRANSPORT</TransportType><UdpPort>" +
+           std::to_string(device.port()) + "</UdpPort>";
+  };
+  const std::string scanner = part(scan, "CpdScanner", "40401");
+  const std::string panel = part(hid, "CpdHid", "40801");
+  const std::string scanLine = "scan=" + std::to_string(scan.port()) + "\n";
+  const std::string hidLine = "hid=" + std::to_string(hid.port()) + "\n";
+  struct Case {
+    std::string ports;
+    std::vector<std::string> parts;
+  };
+  const Case kCases[] = {{"", {}},
+                         {"scan=0\nhid=0\n", {}},
+                         {scanLine, {scanner}},
+                         {hidLine, {panel}},
+                         {hidLine + scanLine, {scanner, panel}}};
+  for (const Case& c : kCases) {
+    ports = c.ports;
+    auto answered = answering();
+    EXPECT_EQ(discover("127.0.0.1:" + std::to_string(device.port())), 0u);
+    answered.get();
+    EXPECT_EQ(log.texts.size(), 1u);
+    EXPECT_EQ(log.parts, c.parts);
+  }
+  // Each is found by itself, and tells of the others.
+  for (const std::string& text : {scanner, panel}) {
+    log.texts.clear();
+    log.parts.clear();
+    auto answered = answering();
+    EXPECT_EQ(module.discoverer.discoverSpecific(text), 0u);
+    answered.get();
+    EXPECT_EQ(log.texts.size(), 1u);
+    EXPECT_EQ(log.parts, (std::vector{scanner, panel}));
+  }
+  EXPECT_EQ(OpenConnection(module, scanner, "bidi").openCode(), 0u);
+  EXPECT_EQ(OpenConnection(module, panel, "alert").openCode(), 0u);
+  EXPECT_TRUE(scan.isWaiting() && hid.isWaiting());
+  // The printer's family says which kind of scanner it is.
+  family = "BpdPrinter";
+  auto answered = answering();
+  EXPECT_EQ(discover("127.0.0.1:" + std::to_string(device.port())), 0u);
+  answered.get();
+  EXPECT_EQ(log.parts, (std::vector{part(scan, "BpdScanner", "40401"), panel}));
+}
+
+TEST_F(Discovery, KeepsADevicesHandleWhereverItGoes) {
+  std::string first;
+  {
+    const SimulatorProcess a({"--serial", "A"});
+    const SimulatorProcess b({"--serial", "B", "--address", "127.0.0.2"});
+    ASSERT_EQ(discover(placeOf(a) + "," + placeOf(b)), 0u);
+    ASSERT_EQ(log.texts.size(), 2u);
+    EXPECT_NE(longOf(log.texts[0], attribute::kHandle), longOf(log.texts[1], attribute::kHandle));
+    first = stringOf(log.texts[0], attribute::kSerialNumber) == "A" ? log.texts[0] : log.texts[1];
+    ASSERT_EQ(discover(placeOf(a)), 0u);
+    EXPECT_EQ(log.texts, std::vector<std::string>{first});
+  }
+  const SimulatorProcess moved({"--serial", "A", "--address", "127.0.0.3"});
+  ASSERT_EQ(discover(placeOf(moved)), 0u);
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), longOf(first, attribute::kHandle));
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kAddress), "127.0.0.3");
+
+  EXPECT_EQ(module.discoverer.discoverSpecific(first), 1460u) << "nothing answers at the old place";
+  EXPECT_EQ(module.discoverer.discoverSpecific(log.texts[0]), 0u);
+  EXPECT_EQ(log.texts.size(), 2u);
+  std::string other = log.texts[0];
+  AttributeCodec::setString(other, attribute::kSerialNumber, "C");
+  EXPECT_EQ(module.discoverer.discoverSpecific(other), 1168u) << "another device answers there";
+  EXPECT_EQ(module.discoverer.discoverSpecific(""), 87u);
+  EXPECT_EQ(log.texts.size(), 2u);
+}
+
+TEST_F(Discovery, TakesNoHarmFromDevicesThatLie) {
+  // Each answers every question in a way of its own; %t stands for the question's token.
+  const std::string lines = "family=CpdPrinter\nmodel=M\nserial=S%n\nname=N\nprint=1\nbidi=2\n";
+  const std::string kAnswers[] = {
+      "garbage",
+      "",
+      "QVN-DEVICE 1 0123456789abcdef\n" + lines,                 // the answer to an earlier question
+      "QVN-DEVICE 1 %t\n" + lines.substr(0, lines.size() - 5),   // cut short
+      "QVN-DEVICE 1 %t\n" + lines + "model=</Printer Model>\n",  //
+      "QVN-DEVICE 1 %t\n" + lines + "pad=" + std::string(9000, 'x') + "\n",
+      "QVN-DEVICE 1 %t\n" + lines + "handle=40001\nHandle=40001\n",  // claims a handle: taken, but numbered
+      "QVN-DEVICE 1 %t\nfamily=CpdPrinter\nmodel=M\nserial=S6\nprint=1\nbidi=2\n",  // claims to be that one
+  };
+  std::array<Datagrams, std::size(kAnswers)> devices;
+  Datagrams unasked;
+  std::string options;
+  for (const Datagrams& device : devices) options += "127.0.0.1:" + std::to_string(device.port()) + ",";
+  std::thread answering([&] {
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+      const std::string token = tokenOf(devices[i].receive());
+      std::string answer = kAnswers[i];
+      if (const auto at = answer.find("%t"); at != std::string::npos) answer.replace(at, 2, token);
+      if (const auto at = answer.find("%n"); at != std::string::npos)
+        answer.replace(at, 2, std::to_string(i));
+      for (int times = 0; times < 3; ++times) devices[i].answer(answer);  // over and over
+    }
+  });
+  EXPECT_EQ(discover(options), 0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "S6");
+  EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), 40001u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kNickname), "N") << "the first to claim the serial number";
+}
+
+TEST_F(Discovery, AsksAllPlacesBeforeItWaitsForAny) {
+  std::array<Datagrams, 50> devices;
+  std::string options;
+  for (const Datagrams& device : devices) options += "127.0.0.1:" + std::to_string(device.port()) + ",";
+  // No device answers before every one has been asked: one question after the other would find none.
+  std::thread answering([&] {
+    std::vector<std::string> questions;
+    for (Datagrams& device : devices) questions.push_back(device.receive());
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+      for (int times = 0; times < 2; ++times) {
+        devices[i].answer(answerTo(questions[i], "S" + std::to_string(i)));
+      }
+    }
+  });
+  setSetting("9200UnicastDiscoveryTimeout", 10000);  // it ends with the last answer
+  EXPECT_EQ(discover(options), 0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), devices.size());
+  std::set<std::string> serials;
+  std::set<std::uint32_t> handles;
+  for (const std::string& text : log.texts) {
+    serials.insert(stringOf(text, attribute::kSerialNumber));
+    handles.insert(longOf(text, attribute::kHandle));
+  }
+  EXPECT_EQ(serials.size(), devices.size());
+  EXPECT_EQ(handles.size(), devices.size());
+  EXPECT_EQ(*handles.rbegin(), 40050u);
+}
+
+TEST_F(Discovery, FindsDevicesInAStormOfAnswersAndAsksAgainWhatWasLost) {
+  constexpr int kStorm = 10000;
+  Datagrams babbling;
+  Datagrams stranger;
+  Datagrams hardOfHearing;
+  std::thread answering([&] {
+    std::string question = babbling.receive();
+    babbling.answer(answerTo(question, "BABBLING"));
+    for (int i = 0; i < kStorm / 2; ++i) {
+      babbling.answer(answerTo(question, "S" + std::to_string(i)));
+      stranger.send("127.0.0.1", babbling.askedFrom(), answerTo(question, "X" + std::to_string(i)));
+    }
+    hardOfHearing.receive();  // and nothing comes of it
+    hardOfHearing.answer(answerTo(hardOfHearing.receive(), "DEAF"));
+  });
+  setSetting("9200UnicastDiscoveryTimeout", 1000);
+  EXPECT_EQ(discover("127.0.0.1:" + std::to_string(babbling.port()) +
+                     ",127.0.0.1:" + std::to_string(hardOfHearing.port())),
+            0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), 2u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "BABBLING");
+  EXPECT_EQ(stringOf(log.texts[1], attribute::kSerialNumber), "DEAF");
+}
+
+TEST_F(Discovery, IsNotTakenInByWhatComesTooLate) {
+  setSetting("9200UnicastDiscoveryTimeout", 100);
+  Datagrams device;
+  const std::string options = "127.0.0.1:" + std::to_string(device.port());
+  EXPECT_EQ(discover(options), 0u);
+  EXPECT_TRUE(log.texts.empty());
+  const std::string question = device.receive();
+  std::thread answering([&] {
+    std::string next;
+    do {
+      next = device.receive();  // the first question may have come twice
+    } while (next == question);
+    device.answer(answerTo(question, "LATE"));
+    device.answer(answerTo(next, "IN-TIME"));
+  });
+  setSetting("9200UnicastDiscoveryTimeout", 10000);
+  EXPECT_EQ(discover(options), 0u);
+  answering.join();
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kSerialNumber), "IN-TIME");
+}
+
+TEST_F(Discovery, LooksForADeviceThatMovedWhereItLooksByDefault) {
+  std::string before;
+  {
+    const SimulatorProcess old({"--serial", "A"});
+    ASSERT_EQ(discover(placeOf(old)), 0u);
+    before = log.texts.at(0);
+  }
+  const SimulatorProcess moved({"--serial", "A", "--address", "127.0.0.3"});
+  const SimulatorProcess other(
+      {"--serial", "B", "--discovery-port", std::to_string(longOf(before, attribute::kUdpPort))});
+  const SimulatorProcess third({"--serial", "C"});
+  module.discoverer.setDefaults(placeOf(third).c_str());
+  log.texts.clear();
+  EXPECT_EQ(module.discoverer.discoverSpecific(before), 1168u)
+      << "there is another one now, and it is nowhere else";
+  EXPECT_TRUE(log.texts.empty());
+  module.discoverer.setDefaults((placeOf(third) + "," + placeOf(moved)).c_str());
+  EXPECT_EQ(module.discoverer.discoverSpecific(before), 0u);
+  ASSERT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(stringOf(log.texts[0], attribute::kAddress), "127.0.0.3");
+  EXPECT_EQ(longOf(log.texts[0], attribute::kHandle), longOf(before, attribute::kHandle));
+}
+
+TEST_F(Discovery, TriesThePrintPortOfADeviceThatAnswersNoQuestions) {
+  setSetting("NpaTimeout", 50);
+  std::uint16_t unused = 0;
+  { unused = Listener().port(); }
+  const Listener open;
+  const Listener full(0);
+  const Stream filling = Stream::connect("127.0.0.1", full.port());  // the queue takes no other one
+  struct Case {
+    std::string attributes;
+    std::uint32_t code;
+  };
+  const std::string nameless =
+      "<Address>127.0.0.1</Address><IpPort>" + std::to_string(open.port()) + "</IpPort>";
+  const Case kCases[] = {
+      {attributeText(open.port(), 0), 0},
+      {nameless, 0},
+      {nameless + "<UdpPort>9</UdpPort>", 0},  // without a serial number an answer would prove nothing
+      {attributeText(unused, 0), 1225},
+      {attributeText(full.port(), 0), 1460},
+      {attributeText(0, 0), 87},
+      {attributeText(open.port(), 0, "nowhere"), 87},
+      {"", 87},
+  };
+  for (const Case& c : kCases) {
+    log.texts.clear();
+    EXPECT_EQ(module.discoverer.discoverSpecific(c.attributes), c.code) << c.attributes;
+    EXPECT_EQ(log.texts, c.code == 0 ? std::vector{c.attributes} : std::vector<std::string>())
+        << c.attributes;
+  }
+  log.texts.clear();
+  EXPECT_EQ(module.discoverer.discoverSpecific(nameless + "<Unverified>1</Unverified>"), 0u);
+  EXPECT_EQ(log.texts, std::vector{nameless + "<Unverified>0</Unverified>"});
+}
+
+TEST_F(Discovery, DescribesAPlainPrinter) {
+  const SimulatorProcess plain({"--family", "BpdPrinter", "--plain"});
+  ASSERT_EQ(discover(placeOf(plain)), 0u);
+  EXPECT_EQ(stringOf(log.texts.at(0), attribute::kDevice), "BpdPrinter");
+  EXPECT_EQ(longOf(log.texts.at(0), attribute::kIpPort), plain.printPort());
+  EXPECT_THAT(log.texts.at(0), testing::HasSubstr("<ChannelId>0</ChannelId>"));
+}
+
+TEST_F(Discovery, DoesNotWaitForServicesWhereNobodyKnowsOfAny) {
+  setSetting("9200UnicastDiscoveryTimeout", 3600000);  // the test's own limit is shorter
+  EXPECT_EQ(discover("dns-sd"), 0u);
+  EXPECT_EQ(discover(""), 0u);
+  EXPECT_TRUE(log.texts.empty());
+}
+
+TEST_F(Discovery, RemembersWhereToLook) {
+  const SimulatorProcess simulator;
+  EXPECT_EQ(discover(""), 0u);
+  EXPECT_TRUE(log.texts.empty()) << "nowhere, until told";
+  char buffer[64] = "untouched";
+  std::uint32_t required = 0;
+  EXPECT_EQ(module.discoverer.getDefaults(buffer, sizeof buffer, &required), 0u);
+  EXPECT_STREQ(buffer, "");
+  EXPECT_EQ(required, 1u);
+  EXPECT_EQ(module.discoverer.setDefaults("nowhere"), 87u);
+  EXPECT_EQ(module.discoverer.setDefaults(nullptr), 87u);
+  const std::string place = placeOf(simulator);
+  EXPECT_EQ(module.discoverer.setDefaults(place.c_str()), 0u);
+  EXPECT_EQ(module.discoverer.getDefaults(buffer, 5, &required), 122u);
+  EXPECT_EQ(required, place.size() + 1);
+  EXPECT_EQ(module.discoverer.getDefaults(nullptr, 0, &required), 122u);
+  EXPECT_EQ(module.discoverer.getDefaults(buffer, sizeof buffer, nullptr), 0u);
+  EXPECT_EQ(buffer, place);
+  EXPECT_EQ(discover(""), 0u);
+  EXPECT_EQ(log.texts.size(), 1u);
+  EXPECT_EQ(discover("nowhere"), 87u);
+}
+
+TEST(DiscoveryWithoutLibrary, WritesNothing) {
+  TransportModule module;
+  DiscoveryLog log;
+  log.attachTo(module.discoverer);
+  const SimulatorProcess simulator;
+  EXPECT_EQ(module.discoverer.discover(placeOf(simulator)), 2u);
+  EXPECT_EQ(module.discoverer.setDefaults("127.0.0.1"), 2u);
+  EXPECT_TRUE(log.texts.empty());
+  log.detachFrom(module.discoverer);
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,313 @@
+// The states of a Bpd printer: what each operation does, in which order it asks the transport, what it
+// answers.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "common/byte_reader.h"
+#include "device/store/printer_store.h"
+#include "printer/bpd/bpd_printer.h"
+#include "printer/printer_object.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "support/library_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr std::uint32_t kHandle = 8;
+
+std::vector<Data> alerts;
+void recordAlert(std::uint32_t, const std::uint8_t* alert, std::uint32_t length, std::uint32_t) {
+  alerts.emplace_back(alert, length);
+}
+
+std::string printerText() {
+  std::string text = FakeTransport::printerText(kHandle);
+  AttributeCodec::setString(text, attribute::kDevice, "BpdPrinter");
+  return text;
+}
+
+class BpdPrinterTest : public LibraryTest {
+ protected:
+  BpdPrinterTest() {
+    alerts.clear();
+    printer = std::make_unique<BpdPrinter>([this](const std::string& text) {
+      ++verifications;
+      if (onVerify) onVerify(text);
+    });
+    printer->setAttributes(printerText());
+    fake.onExchange = [](const Data& request) -> std::optional<Data> {
+      const int command = request.getBuffer()[4];
+      if (command == 5) return bytes({0xA5, 0, 6, 0, 5, request.getBuffer()[5], 0, 0, 5});
+      Data reply = bytes({0xA5, 0, 29, 0, command, request.getBuffer()[5], 1, 2, 3});
+      reply.append(Data(23, 0));
+      return reply;
+    };
+    fake.onVisitor = [this](const std::string& visitor, Data* data) {
+      if (data != nullptr) given[visitor] = asText(*data);
+      if (visitor == visitor_name::kGetNpaMode) data->fill(&npaMode, sizeof npaMode);
+      const auto answer = answers.find(visitor);
+      return answer == answers.end() ? 0u : answer->second;
+    };
+  }
+
+  std::uint32_t print(const std::string& text) {
+    Data request(text);
+    return printer->doPrint(request);
+  }
+
+  void startJob() {
+    ASSERT_EQ(printer->doOpen(), 0u);
+    ASSERT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
+    fake.takeCalls();
+  }
+
+  // The number that the visitor was given.
+  std::uint32_t number(const std::string& visitor) {
+    std::uint32_t value = 0;
+    EXPECT_EQ(given[visitor].size(), sizeof value);
+    std::memcpy(&value, given[visitor].data(), std::min(given[visitor].size(), sizeof value));
+    return value;
+  }
+
+  std::uint32_t npaMode = 1;
+  std::map<std::string, std::string> given;
+  std::map<std::string, std::uint32_t> answers;
+  std::function<void(const std::string&)> onVerify;
+  int verifications = 0;
+  std::unique_ptr<BpdPrinter> printer;
+};
+
+TEST_F(BpdPrinterTest, OpeningAnNpaPrinterAsksForItsSummary) {
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_THAT(fake.takeCalls(),
+              ElementsAre("initialize", "get bidi", "open bidi", "visit getNpaModeVisitor bidi",
+                          "npa bidi 0100", "visit setMaxPacketSizeVisitor bidi", "release bidi"));
+  EXPECT_TRUE(printer->isBidiAllowed());
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_EQ(printer->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), IsEmpty());
+  EXPECT_EQ(printer->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi"));
+  EXPECT_FALSE(printer->isBidiAllowed());
+}
+
+TEST_F(BpdPrinterTest, APlainPrinterGetsNothingButItsData) {
+  npaMode = 0;
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_FALSE(printer->isBidiAllowed());
+  EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
+  EXPECT_EQ(print("data"), 0u);
+  EXPECT_EQ(print("more"), 0u);
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_FALSE(printer->isBidiAllowed());
+  EXPECT_EQ(printer->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(),
+              ElementsAre("initialize", "get bidi", "open bidi", "visit getNpaModeVisitor bidi",
+                          "release bidi", "get print", "open print", "visit setNonNpaPrinterVisitor print",
+                          "visit jobHeaderVisitor print", "release print", "write 4", "write 4",
+                          "close print", "release print", "get bidi", "close bidi", "release bidi"));
+  EXPECT_EQ(number(visitor_name::kSetNonNpaPrinter), 0u);
+  EXPECT_EQ(fake.written(), "datamore");
+  EXPECT_EQ(given[visitor_name::kJobHeader],
+            "<HostName>host</HostName><JobName>job</JobName><NpaSupported>0</NpaSupported>"
+            "<QueueName>queue</QueueName><QueueNumber></QueueNumber><SpoolerJobId>9</SpoolerJobId>"
+            "<TrueEndOfJob>0</TrueEndOfJob><UserName>user</UserName>");
+}
+
+TEST_F(BpdPrinterTest, AnNpaJobWithoutAlertsExchangesNothing) {
+  printer->doOpen();
+  fake.takeCalls();
+  EXPECT_EQ(printer->doStartJob({}), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "visit setNpaWrapModeVisitor print",
+                                            "visit startNpaModeVisitor print", "visit jobHeaderVisitor print",
+                                            "release print"));
+  EXPECT_EQ(number(visitor_name::kSetNpaWrapMode), 0u);
+  EXPECT_THAT(given[visitor_name::kJobHeader], HasSubstr("<NpaSupported>1</NpaSupported>"));
+  EXPECT_FALSE(printer->isBidiAllowed());
+  EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\""), 0u);
+  EXPECT_EQ(printer->jobDescription().accountNumber(), "77");
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("write 35", "close print", "release print"));
+  EXPECT_TRUE(printer->isBidiAllowed()) << "again, between jobs";
+}
+
+TEST_F(BpdPrinterTest, AnNpaJobWithAlertsIsStartedNamedAndEnded) {
+  printer->doOpen();
+  ASSERT_EQ(printer->doRegisterForAlerts({1, 0x100000, recordAlert}), 0u);
+  fake.takeCalls();
+  EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
+  EXPECT_EQ(fake.takeCalls()[4], "visit jobHeaderVisitor print");
+  EXPECT_EQ(number(visitor_name::kSetNpaWrapMode), 1u);
+  EXPECT_EQ(given[visitor_name::kStartNpaMode].size(), 19u);
+  EXPECT_EQ(printer->jobDescription().printerJobId(), 5u);
+  EXPECT_TRUE(printer->isBidiAllowed());
+
+  EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"\n"), 0u);
+  EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"88\"\n"), 0u) << "the first one counts";
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("visit namePrintJobVisitor print", "write 36", "write 36"));
+  const std::string packet = given[visitor_name::kNamePrintJob];
+  EXPECT_EQ(packet.substr(6, 2), std::string("\0\5", 2));
+  EXPECT_EQ(packet.substr(9), std::string("HT:host;UR:user;SC:TCP 9400;JN:job;QU:queue;AN:77;\0", 51));
+
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("npa print 0501000005", "visit startNpaModeVisitor print",
+                                            "close print", "release print"));
+  fake.deliver(bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}));
+  EXPECT_EQ(alerts.size(), 1u);
+  EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
+}
+
+TEST_F(BpdPrinterTest, AnAccountNumberInLaterDataNamesTheJobOnceMore) {
+  printer->doOpen();
+  printer->doRegisterForAlerts({1, 0x100000, recordAlert});
+  printer->doStartJob({});
+  fake.takeCalls();
+  const std::string head = "\n@PJL LJOBINFO ACCOUNTNUMBER = \"7";
+  print(head);
+  EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:;"));
+  print("7\"");
+  EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:77;"));
+  print(head + "8\"");
+  EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 2u);
+  printer->doEndJob();
+
+  // Every job is searched from its own beginning, with the limit of that time.
+  set("JobAccountMarker", 2);
+  printer->doStartJob({});
+  EXPECT_EQ(printer->jobDescription().accountNumber(), "");
+  print("123" + head + "7\"");
+  EXPECT_EQ(printer->jobDescription().accountNumber(), "");
+  EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 3u);
+}
+
+TEST_F(BpdPrinterTest, WhatCannotBeOpenedOrStartedIsClosedAgain) {
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  EXPECT_EQ(printer->doOpen(), 1225u);
+  fake.onOpen = nullptr;
+  fake.takeCalls();
+  answers[visitor_name::kGetNpaMode] = 31;
+  EXPECT_EQ(printer->doOpen(), 31u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "open bidi", "visit getNpaModeVisitor bidi",
+                                            "close bidi", "release bidi"));
+  EXPECT_EQ(printer->doStartJob({}), 1u);
+  answers.clear();
+  printer->doOpen();
+  fake.takeCalls();
+  fake.onOpen = [](const std::string&) { return 1460u; };
+  EXPECT_EQ(printer->doStartJob({}), 1460u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "release print"));
+  fake.onOpen = nullptr;
+  fake.onExchange = nullptr;
+  // The transport cannot wrap, so packets stay allowed, and the start finds no reply.
+  answers[visitor_name::kSetNpaWrapMode] = 1;
+  EXPECT_EQ(printer->doStartJob({}), 1460u);
+  EXPECT_THAT(fake.takeCalls(),
+              testing::IsSupersetOf({"npa print 0500000000", "close print", "release print"}));
+  answers[visitor_name::kJobHeader] = 64;
+  answers[visitor_name::kSetNpaWrapMode] = 0;
+  EXPECT_EQ(printer->doStartJob({}), 0u) << "a header that cannot be sent does not stop the job";
+}
+
+TEST_F(BpdPrinterTest, CancellingStopsNothingButAFailedJob) {
+  startJob();
+  EXPECT_EQ(printer->doCancelPrint(), 0u);
+  EXPECT_EQ(print("goes on"), 0u);
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  EXPECT_EQ(print("x"), 64u);
+  EXPECT_EQ(print("y"), 64u);
+  Data data;
+  EXPECT_EQ(printer->doExchangeNpa(data, data), 1u);
+  fake.onWrite = nullptr;
+  EXPECT_EQ(print("z"), 0u);
+  EXPECT_EQ(fake.written(), "goes onz");
+  fake.onWrite = [](Data& request) { request.setRc(64); };
+  print("x");
+  EXPECT_EQ(printer->doCancelPrint(), 0u);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(print("x"), 1u);
+    EXPECT_EQ(printer->doEndJob(), 1u);
+    EXPECT_EQ(printer->doCancelPrint(), 1u);
+    EXPECT_EQ(printer->doOpen(), 0u);
+    EXPECT_EQ(printer->doClose(), 0u);
+  }
+  std::uint32_t state = 0;
+  EXPECT_EQ(printer->doGetCurrentState(state), 0u);
+  EXPECT_EQ(state, 3u);
+  fake.takeCalls();
+  EXPECT_EQ(printer->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(),
+              ElementsAre("close print", "release print", "get bidi", "close bidi", "release bidi"));
+  fake.onWrite = nullptr;
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_EQ(printer->doStartJob({}), 0u);
+  EXPECT_THAT(fake.calls("open"), ElementsAre("open bidi", "open print")) << "nothing was left open";
+}
+
+TEST_F(BpdPrinterTest, AJobInErrorCanBeEnded) {
+  startJob();
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  EXPECT_EQ(print("x"), 64u);
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.calls("close"), ElementsAre("close print"));
+  EXPECT_EQ(printer->doStartJob({}), 0u);
+}
+
+TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
+  std::string unverified = printerText();
+  AttributeCodec::setLong(unverified, attribute::kUnverified, 1);
+  printer->setAttributes(unverified);
+  EXPECT_EQ(printer->doOpen(), 1168u) << "nothing is stored";
+  PrinterStore::getInstance().persist(unverified);
+  EXPECT_EQ(printer->doOpen(), 1u);
+  EXPECT_THAT(fake.calls("open"), IsEmpty());
+
+  onVerify = [](const std::string& text) {
+    std::string verified = text;
+    AttributeCodec::setLong(verified, attribute::kUnverified, 0);
+    AttributeCodec::setString(verified, attribute::kNickname, "found");
+    PrinterStore::getInstance().persist(verified);
+  };
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_EQ(verifications, 3);
+  std::string name;
+  AttributeCodec::getString(printer->getAttributes(), attribute::kNickname, name);
+  EXPECT_EQ(name, "found");
+}
+
+TEST_F(BpdPrinterTest, HasNoCacheAndTakesNoAlertsWithoutPackets) {
+  Data cache;
+  printer->doOpen();
+  EXPECT_EQ(printer->doGetCache(cache), 1u);
+  printer->doClose();
+  npaMode = 0;
+  printer->doOpen();
+  EXPECT_EQ(printer->doRegisterForAlerts({1, 0x100000, recordAlert}), 1u);
+  EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
+}
+
+TEST_F(BpdPrinterTest, TheExportedFunctionsReachIt) {
+  std::string unverified = printerText();
+  AttributeCodec::setLong(unverified, attribute::kUnverified, 0);
+  fake.onDiscover = [&](const std::string&) { return std::vector{unverified}; };
+  EXPECT_EQ(QvnDiscovery(1, FakeTransport::kName, ""), 0u);
+  EXPECT_EQ(QvnOpenPrinter(1, kHandle), 0u);
+  EXPECT_THAT(fake.takeCalls(), Contains("discoverSpecific"));
+  EXPECT_EQ(QvnStartJobPrinter(1, kHandle, 3, "queue", "host", "job", "user"), 0u);
+  std::uint32_t written = 0;
+  EXPECT_EQ(QvnWritePrinter(1, kHandle, reinterpret_cast<const std::uint8_t*>("data"), 4, &written), 0u);
+  EXPECT_EQ(written, 4u);
+  EXPECT_EQ(QvnClosePrinter(1, kHandle), 0u) << "ends the job as well";
+  EXPECT_THAT(fake.takeCalls(), testing::IsSupersetOf({"write 4", "close print", "close bidi"}));
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,197 @@
+// The buffered writer, on a clock that moves only when the test says so.
+#include "printer/cpd/mwo.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "printer/cpd/cpd_printer.h"
+#include "support/library_fixture.h"
+#include "support/manual_clock.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+
+// A printer that only takes what the writer writes; the test may hold its writes and make them fail.
+class Sink : public Printer {
+ public:
+  ~Sink() override = default;
+  std::uint32_t doWrite(Data& request) override {
+    std::unique_lock<std::mutex> lock(mutex_);
+    ++begun_;
+    changed_.notify_all();
+    changed_.wait(lock, [&] { return !held_; });
+    if (failures_ > 0) {
+      --failures_;
+      return 64;
+    }
+    text_ += asText(request);
+    request.setCount(request.getLength());
+    request.consume(request.getLength(), false);
+    return 0;
+  }
+
+  void hold(bool held) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    held_ = held;
+    changed_.notify_all();
+  }
+  void fail(int times) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    failures_ = times;
+  }
+  // Blocks until so many writes have begun.
+  void waitForWrites(int count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [&] { return begun_ >= count; });
+  }
+  std::string text() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return text_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  int begun_ = 0;
+  int failures_ = 0;
+  bool held_ = false;
+  std::string text_;
+};
+
+struct StillClock {
+  ManualClock clock;
+};
+
+class MwoTest : public StillClock, public LibraryTest {
+ protected:
+  std::uint32_t print(Mwo& mwo, const std::string& text) {
+    Data request(text);
+    const std::uint32_t rc = mwo.print(request);
+    EXPECT_EQ(request.getCount(), rc == 0 ? text.size() : 0u);
+    return rc;
+  }
+
+  // Runs `work` on its own thread and moves the time until it is done.
+  template <typename Work>
+  void whileTimePasses(Work&& work) {
+    std::atomic<bool> done{false};
+    std::thread worker([&] {
+      work();
+      done = true;
+    });
+    while (!done) {
+      if (!clock.advanceToNext()) std::this_thread::yield();
+    }
+    worker.join();
+  }
+
+  Sink sink;
+};
+
+TEST_F(MwoTest, TheFirstRequestIsWrittenAtOnceTheOthersFromTheQueue) {
+  Mwo mwo(sink);
+  Data first("1", 1);
+  EXPECT_EQ(mwo.print(first), 0u);
+  EXPECT_EQ(sink.text(), "1");
+  EXPECT_EQ(print(mwo, "2"), 0u);
+  EXPECT_EQ(print(mwo, "3"), 0u);
+  EXPECT_EQ(sink.text(), "1") << "the first buffers are gathered";
+  whileTimePasses([&] { mwo.stop(); });
+  EXPECT_EQ(sink.text(), "123");
+}
+
+TEST_F(MwoTest, TheWriterWakesWithTheFifthBufferOrAfterThreeSeconds) {
+  Mwo mwo(sink);
+  print(mwo, "0");
+  print(mwo, "1");
+  ASSERT_TRUE(clock.waitForWaiters(1));
+  clock.advance(2999);
+  EXPECT_EQ(sink.text(), "0");
+  clock.advance(1);
+  sink.waitForWrites(2);
+  whileTimePasses([&] { mwo.stop(); });
+
+  Mwo other(sink);
+  for (const char* const text : {"a", "b", "c", "d", "e", "f"}) print(other, text);
+  sink.waitForWrites(2 + 6);  // without the time moving on
+  whileTimePasses([&] { other.stop(); });
+  EXPECT_EQ(sink.text(), "01abcdef");
+}
+
+TEST_F(MwoTest, AFullQueueSlowsTheClientDownAndThenRefuses) {
+  Mwo mwo(sink);
+  EXPECT_EQ(mwo.waitTime(), 5000u) << "five buffers of a second each, at most five seconds";
+  print(mwo, "first");
+  sink.hold(true);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(print(mwo, "x"), 0u);
+  sink.waitForWrites(2);  // from now on only the client waits for the clock
+  std::thread eleventh([&] { EXPECT_EQ(print(mwo, "y"), 0u); });
+  ASSERT_TRUE(clock.waitForWaiters(1));
+  clock.advance(5000);
+  eleventh.join();
+  std::thread refused([&] { EXPECT_EQ(print(mwo, "z"), 122u); });
+  ASSERT_TRUE(clock.waitForWaiters(1));
+  clock.advance(5000);
+  refused.join();
+  sink.hold(false);
+  whileTimePasses([&] { mwo.stop(); });
+  EXPECT_EQ(sink.text(), "firstxxxxxxxxxxy");
+}
+
+TEST_F(MwoTest, AFailedWriteIsRetriedUntilItSucceeds) {
+  Mwo mwo(sink);
+  print(mwo, "0");
+  print(mwo, "1");
+  sink.fail(2);
+  whileTimePasses([&] { mwo.stop(); });
+  EXPECT_EQ(sink.text(), "01");
+  const auto sleeps = clock.sleeps();
+  EXPECT_EQ(std::count(sleeps.begin(), sleeps.end(), 1000u), 2);
+}
+
+TEST_F(MwoTest, PurgingThrowsTheQueueAwayUntilTheNextStop) {
+  Mwo mwo(sink);
+  print(mwo, "0");
+  print(mwo, "lost");
+  EXPECT_EQ(mwo.purge(), 0u);
+  whileTimePasses([&] { mwo.stop(); });
+  EXPECT_EQ(sink.text(), "0");
+  print(mwo, "1");
+  whileTimePasses([&] { mwo.stop(); });
+  EXPECT_EQ(sink.text(), "01");
+}
+
+TEST_F(MwoTest, TakesOnlySensibleLimits) {
+  const struct {
+    std::uint32_t high;
+    std::uint32_t low;
+    std::uint32_t expectedHigh;
+  } cases[] = {{4, 6, 10}, {3, 3, 10}, {0, 0, 10}, {20, 2, 20}};
+  for (const auto& c : cases) {
+    set("MwoBufferHwm", c.high);
+    set("MwoBufferLwm", c.low);
+    const Mwo mwo(sink);
+    EXPECT_EQ(Mwo::limits().highWaterMark, c.expectedHigh) << c.high << " " << c.low;
+  }
+}
+
+TEST_F(MwoTest, APrinterThatGoesAwayEndsItsWriter) {
+  auto printer = std::make_unique<CpdPrinter>();
+  printer->setAttributes(FakeTransport::printerText(7));
+  printer->doOpen();
+  printer->doStartJob({});
+  Data data("x", 1);
+  printer->doPrint(data);
+  printer->doPrint(data);
+  whileTimePasses([&] { printer.reset(); });
+}
+
+}  // namespace
+}  // namespace qvn::test

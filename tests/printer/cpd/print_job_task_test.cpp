@@ -1,0 +1,211 @@
+// The tasks of a print job: their packets, settings, retries and waits.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "common/logging/log_text.h"
+#include "printer/bpd/dc_summary_task.h"
+#include "printer/printer_fixture.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class PrintJobTaskTest : public CpdPrinterTest {
+ protected:
+  std::vector<std::string> exchanges() { return fake.calls("npa"); }
+
+  // The sleeps since the last call.
+  std::vector<platform::Milliseconds> takeSleeps() {
+    auto all = clock.sleeps();
+    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(sleepsTaken));
+    sleepsTaken += all.size();
+    return all;
+  }
+  std::size_t sleepsTaken = 0;
+};
+
+TEST_F(PrintJobTaskTest, TheDeviceIsLockedForTheJobWhenAskedFor) {
+  set("AIOLockEnabled", 1);
+  startJob();
+  fake.takeCalls();
+  print(marker());
+  printer->doEndJob();
+  EXPECT_THAT(exchanges(),
+              ElementsAre("npa print 0501000005", "npa print 05020000000001", "npa print E0820202"));
+}
+
+TEST_F(PrintJobTaskTest, ABusyOrFailingLockKeepsTheJobFromStarting) {
+  set("AIOLockEnabled", 1);
+  printer->doOpen();
+  lockReply = bytes({0xA5, 0, 6, 0, 0xE0, 0x82, 2, 1, 1});
+  EXPECT_EQ(printer->doStartJob({}), 170u);
+  lockReply.reset();
+  EXPECT_EQ(printer->doStartJob({}), 1460u);
+  lockReply = bytes({0xA5, 0, 6, 0x80, 0xE0, 0x82, 2, 1, 0});
+  EXPECT_EQ(printer->doStartJob({}), 0u) << "rejected: the job's data is thrown away";
+  EXPECT_THAT(exchanges(), Each("npa print E0820201")) << "no job start was sent";
+}
+
+TEST_F(PrintJobTaskTest, TheDateGoesOutWithTheKeptHostId) {
+  set("CpdPrinterDate", 1);
+  clock.setNow(std::chrono::system_clock::from_time_t(1009843200 + 10 * 86400));
+  startJob();
+  printer->doEndJob();
+  printer->doStartJob({});
+  const auto dates = fake.calls("npa print E084");
+  Data hostId;
+  ASSERT_TRUE(ApplicationSettings().getBinary("Settings\\", "CpdPrinterHostId", hostId, 0));
+  EXPECT_EQ(hostId.getLength(), 6u);
+  ASSERT_THAT(dates, SizeIs(1));
+  EXPECT_EQ(dates[0], (LogText() << "npa print E0840001000A").hex(hostId).str());
+}
+
+TEST_F(PrintJobTaskTest, TheJobIdComesFromTheReplyOrIsOne) {
+  startReply = jobReply(0, 7);
+  startJob();
+  EXPECT_EQ(printer->jobDescription().printerJobId(), 1u);
+}
+
+TEST_F(PrintJobTaskTest, WithoutExchangesTheJobHasTheIdZeroAndItsEndIsNotSent) {
+  fake.onVisitor = [](const std::string& visitor, Data*) { return visitor == "npaDataVisitor" ? 1u : 0u; };
+  startJob();
+  EXPECT_EQ(printer->jobDescription().printerJobId(), 0u);
+  fake.onVisitor = nullptr;
+  printer->doEndJob();
+  EXPECT_THAT(exchanges(), ElementsAre("npa print 05020000000001"))
+      << "its completion is asked for all the same";
+}
+
+TEST_F(PrintJobTaskTest, TheJobsEndIsSentTwentyTimesAtMost) {
+  startJob();
+  print(marker());
+  endReply.reset();
+  takeSleeps();
+  fake.takeCalls();
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(exchanges(), SizeIs(20));
+  EXPECT_THAT(exchanges(), Each("npa print 0501000005")) << "its completion is not asked for";
+  const auto sleeps = takeSleeps();
+  EXPECT_THAT(sleeps, SizeIs(19));
+  EXPECT_THAT(sleeps, Each(1500u));
+  EXPECT_EQ(statusIds.back(), 3u);
+}
+
+TEST_F(PrintJobTaskTest, ItsCompletionIsAskedForUntilTheDurationIsOver) {
+  const struct {
+    std::uint32_t length;
+    std::uint32_t interval;
+    std::uint32_t duration;
+    std::size_t queries;
+  } cases[] = {
+      {26, 1000, 60000, 1}, {25, 1000, 60000, 60}, {27, 500, 2000, 4}, {25, 1000, 0, 0}, {25, 700, 1000, 2},
+  };
+  for (const auto& c : cases) {
+    set("TeojInterval", c.interval);
+    set("TeojDuration", c.duration);
+    completedReply = jobReply(2, c.length);
+    startJob();
+    print(marker());
+    takeSleeps();
+    printer->doEndJob();
+    EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(c.queries)) << c.length << " " << c.duration;
+    EXPECT_THAT(takeSleeps(), Each(c.interval));
+    printer->doClose();
+  }
+}
+
+TEST_F(PrintJobTaskTest, AnUnfinishedJobIsCancelledWithAtMostAMebibyteOfZeros) {
+  startJob();
+  print("no marker");
+  takeSleeps();
+  fake.takeCalls();
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.calls("write"), SizeIs(256));
+  EXPECT_THAT(fake.calls("write"), Each("write 4096"));
+  const auto sleeps = takeSleeps();
+  EXPECT_THAT(sleeps, SizeIs(256));
+  EXPECT_THAT(sleeps, Each(50u));
+  const std::string zeros = fake.written().substr(9);
+  EXPECT_EQ(zeros, std::string(256 * 4096, '\0'));
+}
+
+TEST_F(PrintJobTaskTest, CancellingGivesUpWhenNothingCanBeSent) {
+  startJob();
+  print("no marker");
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  fake.takeCalls();
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.calls("write"), ElementsAre("write 0", "write 0", "write 0", "write 0", "write 0"));
+}
+
+TEST_F(PrintJobTaskTest, AJobWithoutDataIsNotCancelled) {
+  startJob();
+  printer->doEndJob();
+  EXPECT_THAT(fake.calls("write"), IsEmpty());
+}
+
+TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
+  for (const char* const name : {"AIOLockEnabled", "CpdPrinterDate", "CpdPrinterHostId", "TeojInterval",
+                                 "TeojDuration", "MwoBufferHwm", "MwoBufferLwm", "CpdPrinterMwo"}) {
+    ApplicationSettings().setString("Settings\\", name, "soon", 0);
+  }
+  makePrinter();
+  EXPECT_EQ(printer->doOpen(), 0u);
+  EXPECT_EQ(printer->doStartJob({}), 0u);
+  EXPECT_TRUE(printer->isWriterEnabled());
+  EXPECT_EQ(print(marker()), 0u);
+  completedReply.reset();
+  takeSleeps();
+  fake.takeCalls();
+  EXPECT_EQ(printer->doEndJob(), 0u);
+  EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(60));
+  EXPECT_THAT(exchanges(), testing::Contains("npa print 0501000005"));
+  EXPECT_THAT(fake.calls("npa print E08"), IsEmpty()) << "no lock, no date";
+}
+
+TEST_F(PrintJobTaskTest, TheCacheTellsWhetherAJobIsOpen) {
+  printer->setCache(*cacheReply);
+  startJob();
+  EXPECT_EQ(printer->cache().getBuffer()[18], 1);
+  printer->doEndJob();
+  EXPECT_EQ(printer->cache().getBuffer()[18], 0);
+}
+
+TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
+  printer->doOpen();
+  Connectable* const connection = printer->doGetConnection("bidi");
+  Data summary = bytes({0xA5, 0, 29, 0, 1, 0, 7, 8, 9});
+  summary.append(Data(20, 0));
+  summary.append(bytes({0x10, 0x20, 0}));
+  fake.onExchange = [&](const Data&) { return summary; };
+  std::string sizeText;
+  fake.onVisitor = [&](const std::string& visitor, Data* data) {
+    if (visitor == "setMaxPacketSizeVisitor") sizeText = asText(*data);
+    return 0u;
+  };
+  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 0u);
+  EXPECT_EQ(sizeText, "<MaxWritePacketSize>4128</MaxWritePacketSize>");
+  std::uint32_t size = 0;
+  EXPECT_EQ(AttributeCodec::getLong(printer->getAttributes(), attribute::kMaxWritePacketSize, size), 0u);
+  EXPECT_EQ(size, 4128u);
+  std::uint8_t revisions[3] = {};
+  std::uint32_t length = 0;
+  EXPECT_EQ(AttributeCodec::getByteArray(printer->getAttributes(), attribute::kNpaRevisionLevel, revisions, 3,
+                                         length),
+            0u);
+  EXPECT_THAT(revisions, ElementsAre(7, 8, 9));
+
+  fake.onExchange = nullptr;
+  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 1460u);
+  fake.onVisitor = [](const std::string&, Data*) { return 1u; };
+  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 0u) << "a transport without exchanges";
+}
+
+}  // namespace
+}  // namespace qvn::test

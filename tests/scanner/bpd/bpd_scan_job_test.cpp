@@ -1,0 +1,610 @@
+// The jobs of a Bpd scanner: how they are started, go on, are watched over and end.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+
+#include "scanner/bpd/bpd_scanner_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr char kObserveSystem[] = "addObserver system systemUpdate Observer_System";
+constexpr char kEnter[] = "callMethod system enterHostUSBSendMode";
+constexpr char kCreate[] = "callMethod jobFactory create";
+constexpr char kObserveState[] = "addObserver Job_1 stateChanged 407_Observer";
+constexpr char kObservePages[] = "addObserver Job_1 pageScanned 407_Observer";
+constexpr char kStart[] = "callMethod Job_1 start";
+constexpr char kCancel[] = "callMethod Job_1 cancel";
+constexpr char kLeave[] = "callMethod system exitHostUSBSendMode";
+constexpr char kUnobserveState[] = "removeObserver Job_1 stateChanged 407_Observer";
+constexpr char kUnobservePages[] = "removeObserver Job_1 pageScanned 407_Observer";
+constexpr char kUnobserveSystem[] = "removeObserver system systemUpdate Observer_System";
+
+constexpr platform::Milliseconds kFirstWait = 25000;
+
+// Time stands still: a wait ends by what it waits for, or when the test moves the time.
+// Not at 0: request ids begin with the time.
+struct StandingClock {
+  StandingClock() { clock.advance(1); }
+  ManualClock clock;
+};
+
+class BpdScanJobTest : public StandingClock, public BpdScannerTest {
+ protected:
+  // Starts a job, which runs when this returns.
+  void startJob() {
+    ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+    ASSERT_TRUE(clock.waitForWait(multiplier * kFirstWait));
+    takeSent();
+    ReceivedBpdData::take();
+  }
+
+  std::future<std::uint32_t> inBackground(std::function<std::uint32_t()> call) {
+    return std::async(std::launch::async, std::move(call));
+  }
+  // The result, with the time moved on by steps until it is there.
+  std::uint32_t advancing(std::future<std::uint32_t>& call, platform::Milliseconds step) {
+    while (call.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) clock.advance(step);
+    return call.get();
+  }
+  std::future<std::uint32_t> endInBackground() {
+    return inBackground([this] { return scanner->doEndJob(1); });
+  }
+
+  bool waitFor(const std::string& received) {
+    return eventually([&] {
+      const auto lines = ReceivedBpdData::all();
+      return std::find(lines.begin(), lines.end(), received) != lines.end();
+    });
+  }
+  bool waitForSent(const std::string& what) {
+    return eventually([&] {
+      const auto lines = sent();
+      return std::find(lines.begin(), lines.end(), what) != lines.end();
+    });
+  }
+
+  std::uint32_t multiplier = 1;
+};
+
+TEST_F(BpdScanJobTest, GoesFromItsStartToItsEnd) {
+  openFor();
+  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  EXPECT_EQ(scanner->doStartJob(2, nullptr), 170u) << "at once, while the first one is being started";
+  ASSERT_TRUE(clock.waitForWait(kFirstWait));
+  EXPECT_THAT(takeSent(), ElementsAre(kObserveSystem, kEnter, kCreate, kObserveState, kObservePages, kStart));
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1"));
+  EXPECT_EQ(scanner->doStartJob(2, nullptr), 170u);
+  EXPECT_EQ(scanner->doEndJob(2), 87u);
+
+  deliverState("Warming");
+  deliverState("Scanning");
+  deliver("<Job.Start>");
+  deliver("<Page.Start>");
+  deliver("<Scan.Data>dots");
+  deliver("<Page.End>");
+  deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", "Flatbed")));
+  deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", "ADF")));
+  EXPECT_THAT(ReceivedBpdData::take(),
+              ElementsAre("1/1/4000: Lamp.Warming", "1/1/4000: Scanning", "1/1/2000: Job.Start",
+                          "1/1/2000: Page.Start", "1/1/1000: dots", "1/1/2000: Page.End",
+                          "1/1/2000: Job.FlatbedEvent", "1/1/4000: Flatbed", "1/1/2000: Job.AdfEvent",
+                          "1/1/4000: ADF"));
+  deliverState("Wait Next Original");
+  EXPECT_TRUE(waitForSent("callMethod Job_1.scanJob done"));
+  takeSent();
+  deliver("<Job.End>");
+  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "the job itself is not complete";
+  deliverState("Complete");
+  deliver("<Scan.Data>late");
+  deliver("<Page.Start>");
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/2000: Job.End", "1/1/4000: Complete"));
+
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+  EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveState, kUnobservePages, kUnobserveSystem));
+  EXPECT_EQ(scanner->doEndJob(1), 1u);
+  startJob();
+  deliverEnd();
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/4000: Complete", "1/1/2000: Job.End"));
+  EXPECT_EQ(scanner->doEndJob(1), 0u) << "in the other order";
+}
+
+TEST_F(BpdScanJobTest, SendsTheClientsParametersAsATree) {
+  openFor();
+  for (const auto& [key, value] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"Scan.Param.Content", "3"},
+           {"Scan.Param.Darkness", "-2"},
+           {"Scan.Param.Contrast", ""},
+           {"Scan.Param.MediaSize", "many"},
+           {"Scan.Param.BitDepth", "24"},
+           {"Scan.Param.Resolution", " +300dpi"},
+           {"Scan.Param.Source", "99999999999"},
+           {"Scan.Doc.Window.TopLeft.X", "10"},
+           {"Scan.Doc.Window.BottomRight.Y", "-99999999999"},
+           {"Scan.Doc.FileFormat", "1"},
+       }) {
+    setParameter(key, value);
+  }
+  setParameter("Scan.Doc.Compression", "7", 2);
+  startJob();
+  const std::string document = documentOf(kCreate);
+  const std::string expected = R"(  <arg name="params">
+  <ListElem>
+    <StringElem>HostSendJob</StringElem>
+    <MapElem>
+      <child name="documentParameters">
+        <MapElem>
+          <child name="fileFormat">
+            <IntegerElem>1</IntegerElem>
+          </child>
+        </MapElem>
+      </child>
+      <child name="scanParameters">
+        <MapElem>
+          <child name="bitdepth">
+            <IntegerElem>24</IntegerElem>
+          </child>
+          <child name="contentType">
+            <IntegerElem>3</IntegerElem>
+          </child>
+          <child name="darkness">
+            <IntegerElem>-2</IntegerElem>
+          </child>
+          <child name="orientation">
+            <IntegerElem>0</IntegerElem>
+          </child>
+          <child name="originalMediaSize">
+            <IntegerElem>0</IntegerElem>
+          </child>
+          <child name="resolution">
+            <IntegerElem>300</IntegerElem>
+          </child>
+          <child name="scanWindow">
+            <MapElem>
+              <child name="bottomRight">
+                <MapElem>
+                  <child name="y">
+                    <IntegerElem>-2147483648</IntegerElem>
+                  </child>
+                </MapElem>
+              </child>
+              <child name="topLeft">
+                <MapElem>
+                  <child name="x">
+                    <IntegerElem>10</IntegerElem>
+                  </child>
+                </MapElem>
+              </child>
+            </MapElem>
+          </child>
+          <child name="source">
+            <IntegerElem>2147483647</IntegerElem>
+          </child>
+        </MapElem>
+      </child>
+      <child name="usbParameters">
+        <MapElem>
+        </MapElem>
+      </child>
+    </MapElem>
+  </ListElem>
+</arg>
+</method>
+)";
+  std::string lines;
+  for (const char character : document.substr(document.find("  <arg name=\"params\">"))) {
+    if (character != '\r') lines += character;
+  }
+  EXPECT_EQ(lines, expected);
+  EXPECT_THAT(documentOf(kEnter), HasSubstr("<child name=\"usbParameters\">"));
+  deliverEnd();
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+  startJob();
+  EXPECT_THAT(sent(), IsEmpty());
+  deliverEnd();
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+}
+
+TEST_F(BpdScanJobTest, AStartThatFailsTellsWhyAndLeavesHostMode) {
+  const auto failHostMode = [this] { deliver(systemUpdate("Enter HostSend Fail")); };
+  const struct {
+    const char* what;
+    const char* document;
+    const char* answer;
+    std::function<void()> before;  // of host mode
+    std::uint32_t rc;
+    const char* last;  // document sent
+  } rows[] = {
+      {"no observer", kObserveSystem, "exception", {}, 87, kObserveSystem},
+      {"no answer", kObserveSystem, "nothing", {}, 1460, kObserveSystem},
+      {"host mode raises", kEnter, "exception", {}, 87, kLeave},
+      {"host mode refused", kEnter, "<IntegerElem>-1</IntegerElem>", {}, 170, kEnter},
+      {"host mode failed", kEnter, "<IntegerElem>0</IntegerElem>", failHostMode, 1460, kLeave},
+      {"no job", kCreate, "exception", {}, 87, kLeave},
+      {"a job without name", kCreate, "<NullElem/>", {}, 1359, kLeave},
+      {"a job whose name is a list", kCreate, "<ListElem></ListElem>", {}, 1359, kLeave},
+      {"a job whose name has markup", kCreate, "<StringElem>a&lt;b</StringElem>", {}, 1359, kLeave},
+      {"state not observed", kObserveState, "exception", {}, 87, kLeave},
+      {"pages not observed", kObservePages, "nothing", {}, 1460, kLeave},
+      {"start raises", kStart, "exception", {}, 1359, kLeave},
+      {"start refused", kStart, "<IntegerElem>-1</IntegerElem>", {}, 1359, kLeave},
+      {"start unanswered", kStart, "nothing", {}, 1460, kLeave},
+      {"started", kStart, "<NullElem/>", {}, 0, kStart},
+  };
+  const auto normalAnswers = answers;
+  const auto normalBefore = before;
+  openFor();
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    answers = normalAnswers;
+    before = normalBefore;
+    answerTo(row.document, row.answer);
+    if (row.before) before[kEnter] = row.before;
+    scanner->setInHostMode(false);
+    std::string job;
+    EXPECT_EQ(BpdScanStartJobTask(*scanner, 1, job).execute(), row.rc);
+    EXPECT_EQ(takeSent().back(), row.last);
+    const bool created =
+        row.document == kStart || row.document == kObserveState || row.document == kObservePages;
+    EXPECT_EQ(job, created ? "Job_1" : "");
+  }
+}
+
+TEST_F(BpdScanJobTest, HostModeIsAwaitedForAsLongAsDataComes) {
+  openFor();
+  before[kEnter] = [] {};
+  std::string job;
+  auto start = inBackground([&] { return BpdScanStartJobTask(*scanner, 1, job).execute(); });
+  ASSERT_TRUE(clock.waitForWait(15000));
+  deliver("<Scan.Data>of another job");
+  clock.advance(15000);
+  ASSERT_TRUE(clock.waitForWait(15000));
+  EXPECT_THAT(sent(), Not(Contains(kLeave)));
+  clock.advance(15000);
+  EXPECT_EQ(start.get(), 1460u);
+  EXPECT_EQ(takeSent().back(), kLeave);
+}
+
+TEST_F(BpdScanJobTest, AFailedStartIsToldAndIsEndedByTheClient) {
+  openFor();
+  answerTo(kCreate, "exception");
+  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  ASSERT_TRUE(eventually([&] { return !scanner->isJobActive(); }));
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1", "1/1/4000: Scanner.CommError"));
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u) << "the failed job is still to be ended";
+  takeSent();
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+  EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveSystem)) << "there is no job to observe";
+}
+
+TEST_F(BpdScanJobTest, AnEndThatFailsLeavesTheJobToBeEndedAgain) {
+  openFor();
+  for (const char* document : {kLeave, kUnobserveState, kUnobserveSystem}) {
+    SCOPED_TRACE(document);
+    startJob();
+    deliverEnd();
+    ReceivedBpdData::take();
+    const auto normalBefore = before;
+    answerTo(document, "exception");
+    if (document == kLeave) before[kLeave] = [] {};
+    auto end = endInBackground();
+    if (document == kLeave) {
+      ASSERT_TRUE(clock.waitForWait(4000)) << "for host mode to be left";
+      clock.advance(4000);
+    }
+    EXPECT_EQ(end.get(), 87u);
+    EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/4000: Scanner.CommError"));
+    answers.erase(document);
+    before = normalBefore;
+    EXPECT_EQ(scanner->doEndJob(1), 0u);
+  }
+}
+
+// A device that says nothing of having left host mode is believed when it has answered.
+TEST_F(BpdScanJobTest, HostModeNeverLeftIsNoFailureOfItsOwn) {
+  openFor();
+  before[kLeave] = [] {};
+  startJob();
+  deliverEnd();
+  auto end = endInBackground();
+  ASSERT_TRUE(clock.waitForWait(4000));
+  clock.advance(4000);
+  EXPECT_EQ(end.get(), 0u);
+}
+
+TEST_F(BpdScanJobTest, AnEndCancelsAJobThatRunsAndWaitsForItsEnd) {
+  openFor();
+  startJob();
+  before[kCancel] = [] {};
+  deliver("<Page.Start>");
+  ReceivedBpdData::take();
+  auto end = endInBackground();
+  ASSERT_TRUE(clock.waitForWait(250));
+  EXPECT_TRUE(clock.waitForWait(10000)) << "the watchdog gives the device so long";
+  // A second end gives up after trying for a moment.
+  for (const auto& [clientId, rc] : {std::pair(1u, 5u), std::pair(2u, 87u)}) {
+    auto second = inBackground([this, client = clientId] { return scanner->doEndJob(client); });
+    ASSERT_TRUE(clock.waitForWait(1));
+    clock.advance(1);
+    EXPECT_EQ(second.get(), rc);
+  }
+  deliver("<Scan.Data>last");
+  deliverEnd();
+  clock.advance(250);
+  EXPECT_EQ(end.get(), 0u);
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/2000: Job.Cancelling", "1/1/1000: last",
+                                                   "1/1/4000: Complete", "1/1/2000: Job.End"));
+  EXPECT_THAT(takeSent(), ElementsAre(kCancel, kLeave, kUnobserveState, kUnobservePages, kUnobserveSystem));
+  startJob();
+  before[kCancel] = [this] { deliverEnd(); };
+  answerTo(kCancel, "exception");
+  EXPECT_EQ(scanner->doEndJob(1), 0u) << "a cancel that fails is no failure of the end";
+}
+
+TEST_F(BpdScanJobTest, ACancelThatNothingFollowsIsGivenUpByTheWatchdog) {
+  openFor();
+  startJob();
+  before[kCancel] = [] {};
+  auto end = endInBackground();
+  ASSERT_TRUE(clock.waitForWait(250));
+  ASSERT_TRUE(clock.waitForWait(10000));
+  clock.advance(10000);
+  EXPECT_EQ(advancing(end, 250), 0u) << "it looks every so often whether the job has ended";
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/2000: Job.Cancelling", "1/1/2000: Job.DataTimeout",
+                                                   "1/1/2000: Scan.Error", "1/1/2000: Job.End"));
+  startJob();
+}
+
+// How long the next sign of the job may take, by the signs that came before.
+TEST_F(BpdScanJobTest, TheWatchdogWaitsByWhatItHeard) {
+  const auto state = [this](const char* value) { return [this, value] { deliverState(value); }; };
+  const auto block = [this](const char* value) { return [this, value] { deliver(value); }; };
+  const auto readError = [this] {
+    Data failed;
+    failed.setRc(64);
+    fake.deliver(failed);
+  };
+  const struct {
+    const char* what;
+    std::function<void()> deliver;
+    platform::Milliseconds wait;
+  } signs[] = {
+      {"warming", state("Warming"), 90000},
+      {"data, for the first time", block("<Scan.Data>x"), 15000},
+      {"data", block("<Scan.Data>x"), 6000},
+      {"a page begins", block("<Page.Start>"), 6000},
+      {"data, for the first time", block("<Scan.Data>x"), 15000},
+      {"data", block("<Scan.Data>x"), 6000},
+      {"a page ends", block("<Page.End>"), 15000},
+      {"a read fails", readError, 6000},
+      {"data, still for the first time", block("<Scan.Data>x"), 15000},
+  };
+  for (const std::uint32_t times : {1u, 2u}) {
+    multiplier = times;
+    openFor();
+    setParameter("TimeoutX", std::to_string(times));
+    startJob();
+    for (const auto& sign : signs) {
+      SCOPED_TRACE(sign.what);
+      sign.deliver();
+      ASSERT_TRUE(clock.waitForWait(times * sign.wait));
+      // A wait as long as this one is then told from it by its end.
+      clock.advance(1);
+    }
+    readError();
+    readError();
+    ASSERT_TRUE(clock.waitForWait(times * 6000));
+    clock.advance(times * 6000 - 1);
+    readError();
+    clock.advance(1);
+    EXPECT_TRUE(waitFor("1/1/2000: Job.DataTimeout")) << "reads that fail are no sign of life";
+    EXPECT_EQ(scanner->doEndJob(1), 0u);
+    scanner->doClose();
+  }
+}
+
+TEST_F(BpdScanJobTest, TheMultiplierIsTheClientsOrTheSettings) {
+  const struct {
+    const char* parameter;
+    std::uint32_t setting;
+    std::uint32_t expected;
+  } rows[] = {{"", 0, 1}, {"0", 3, 3}, {"2", 3, 2}, {"2x", 0, 2}, {"4294967295", 0, 4294967295u}};
+  openFor();
+  for (const auto& row : rows) {
+    ASSERT_TRUE(ApplicationSettings().setLong(setting_key::kUsb1Settings, "Usb1BpdScanTimeoutMultiplier",
+                                              row.setting, SettingsStore::kLocal));
+    setParameter("TimeoutX", row.parameter);
+    ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+    EXPECT_THAT(ReceivedBpdData::take(),
+                ElementsAre(EndsWith("/2000: TimeoutX=" + std::to_string(row.expected))));
+    const std::uint64_t wait = std::uint64_t{row.expected} * kFirstWait;
+    EXPECT_TRUE(clock.waitForWait(static_cast<std::uint32_t>(std::min<std::uint64_t>(wait, 0xFFFFFFFE))));
+    deliverEnd();
+    EXPECT_EQ(scanner->doEndJob(1), 0u);
+    ReceivedBpdData::take();
+  }
+}
+
+TEST_F(BpdScanJobTest, AJobThatFallsSilentIsEndedForTheClientThatDoesNot) {
+  openFor();
+  for (const bool clientEnds : {true, false}) {
+    SCOPED_TRACE(clientEnds);
+    startJob();
+    deliver("<Job.Start>");
+    deliver("<Scan.Data>half");
+    ASSERT_TRUE(clock.waitForWait(15000));
+    ReceivedBpdData::take();
+    clock.advance(15000);
+    EXPECT_TRUE(waitFor("1/1/2000: Job.End"));
+    ASSERT_TRUE(clock.waitForWait(10000)) << "for the client";
+    EXPECT_THAT(ReceivedBpdData::take(),
+                ElementsAre("1/1/2000: Job.DataTimeout", "1/1/2000: Scan.Error", "1/1/2000: Job.End"));
+    deliver("<Scan.Data>late");
+    EXPECT_THAT(ReceivedBpdData::take(), IsEmpty());
+    takeSent();
+    if (clientEnds) {
+      EXPECT_EQ(scanner->doEndJob(1), 0u);
+    } else {
+      clock.advance(10000);
+      ASSERT_TRUE(eventually([&] { return !scanner->isJobActive(); }));
+    }
+    ASSERT_TRUE(waitForSent(kUnobserveSystem));
+    EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveState, kUnobservePages, kUnobserveSystem));
+    EXPECT_EQ(scanner->doEndJob(1), 1u) << "there is no job any more";
+  }
+}
+
+TEST_F(BpdScanJobTest, TheWatchdogOfOneJobLeavesTheNextOneAlone) {
+  openFor();
+  startJob();
+  clock.advance(kFirstWait);
+  EXPECT_TRUE(waitFor("1/1/2000: Job.End"));
+  ASSERT_TRUE(clock.waitForWait(10000));
+  EXPECT_EQ(scanner->doClose(), 0u);
+  openFor();
+  startJob();
+  clock.advance(10000);
+  EXPECT_TRUE(scanner->isScanning());
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+}
+
+TEST_F(BpdScanJobTest, TrackTellsTheClientOfEveryDocument) {
+  openFor();
+  setParameter("Track", "1");
+  startJob();
+  const std::string document = notification("somebody", "fax", "rang", entries("FaxJob", "state", "Ringing"));
+  deliver(document);
+  Data failed;
+  failed.setRc(1460);
+  fake.deliver(failed);
+  EXPECT_THAT(ReceivedBpdData::take(),
+              ElementsAre("1/1/4000: " + document, "1/1/4000: Ringing", "1/1/2000: Read Error=1460"));
+  deliverEnd();
+  ReceivedBpdData::take();
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+  const auto told = ReceivedBpdData::take();
+  EXPECT_EQ(std::count(told.begin(), told.end(), "1/1/4000: <?Sending>"), 4);
+  startJob();
+  deliver(document);
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/4000: Ringing"))
+      << "the parameter ended with its job";
+}
+
+TEST_F(BpdScanJobTest, AClientMayEndAJobThatIsBeingStarted) {
+  openFor();
+  before[kEnter] = [] {};
+  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  ASSERT_TRUE(clock.waitForWait(15000)) << "for host mode";
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+  EXPECT_THAT(sent(), Not(Contains(kCreate)));
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1")) << "no failure to be told of";
+  before[kEnter] = [this] { deliver(systemUpdate("Enter HostSend OK")); };
+  fake.awaitsReplies = true;
+  answerTo(kStart, "nothing");
+  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  EXPECT_TRUE(waitForSent(kStart));
+  takeSent();
+  EXPECT_EQ(scanner->doEndJob(1), 0u) << "without waiting for the reply";
+  EXPECT_THAT(sent(), Contains(kLeave));
+  answers.erase(kStart);
+  startJob();
+}
+
+// At any moment of a job: nothing of it runs or calls any more once the close has returned.
+TEST_F(BpdScanJobTest, ACloseEndsEverythingThatGoesOn) {
+  const struct {
+    const char* moment;
+    std::function<void()> bring;
+  } rows[] = {
+      {"a document of the start unanswered",
+       [this] {
+         fake.awaitsReplies = true;
+         answerTo(kCreate, "nothing");
+         scanner->doStartJob(1, nullptr);
+         EXPECT_TRUE(waitForSent(kCreate));
+       }},
+      {"host mode awaited",
+       [this] {
+         before[kEnter] = [] {};
+         scanner->doStartJob(1, nullptr);
+         EXPECT_TRUE(clock.waitForWait(15000));
+       }},
+      {"the job running", [this] { startJob(); }},
+      {"a send in the background",
+       [this] {
+         startJob();
+         fake.awaitsReplies = true;
+         answerTo("callMethod Job_1.scanJob done", "nothing");
+         deliverState("Wait Next Original");
+         EXPECT_TRUE(waitForSent("callMethod Job_1.scanJob done"));
+       }},
+      {"the watchdog waiting for the client",
+       [this] {
+         startJob();
+         clock.advance(kFirstWait);
+         EXPECT_TRUE(clock.waitForWait(10000));
+       }},
+  };
+  const auto normalAnswers = answers;
+  const auto normalBefore = before;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.moment);
+    openFor();
+    row.bring();
+    EXPECT_EQ(scanner->doClose(), 0u);
+    takeSent();
+    ReceivedBpdData::take();
+    deliver("<Ring>");
+    clock.advance(100000);
+    EXPECT_THAT(ReceivedBpdData::take(), IsEmpty());
+    EXPECT_THAT(sent(), IsEmpty());
+    answers = normalAnswers;
+    before = normalBefore;
+    fake.awaitsReplies = false;
+  }
+  openFor();
+  startJob();
+}
+
+TEST_F(BpdScanJobTest, OfTwoBackgroundSendsTheFirstIsGivenUp) {
+  openFor();
+  startJob();
+  fake.awaitsReplies = true;
+  answerTo("callMethod Job_1.scanJob done", "nothing");
+  deliverState("Wait Next Original");
+  EXPECT_TRUE(waitForSent("callMethod Job_1.scanJob done"));
+  takeSent();
+  deliverState("Wait Next Original");
+  EXPECT_TRUE(waitForSent("callMethod Job_1.scanJob done"));
+  EXPECT_THAT(fake.calls("cancel"), testing::SizeIs(1));
+  takeSent();
+  deliver(notification("407_Observer", "a&lt;b", "stateChanged",
+                       entries("ScanJob", "state", "Wait Next Original")));
+  EXPECT_THAT(sent(), IsEmpty()) << "a name that would change the document";
+}
+
+TEST_F(BpdScanJobTest, TwoClientsThatEndOneJobAtOnceEndItOnce) {
+  openFor();
+  for (int round = 0; round < 20; ++round) {
+    startJob();
+    deliverEnd();
+    auto first = endInBackground();
+    auto second = endInBackground();
+    // Whoever comes second tries for a moment.
+    const std::uint32_t codes[] = {advancing(first, 1), advancing(second, 1)};
+    EXPECT_EQ(std::count(std::begin(codes), std::end(codes), 0u), 1);
+    for (const std::uint32_t code : codes) EXPECT_TRUE(code == 0 || code == 1 || code == 5) << code;
+    EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveState, kUnobservePages, kUnobserveSystem));
+  }
+}
+
+}  // namespace
+}  // namespace qvn::test

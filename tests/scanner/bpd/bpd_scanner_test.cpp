@@ -1,0 +1,190 @@
+// A Bpd scanner without a job: its states, the parameters of its clients, what it makes of what the device
+// delivers, and whom it calls.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "scanner/bpd/bpd_scanner_fixture.h"
+#include "scanner/bpd/job/job_parameter_store.h"
+#include "scanner/bpd/scan_block.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(ScanBlockTags, StandWithinTheFirst32Bytes) {
+  using Kind = ScanBlock::Kind;
+  const std::string filler(29, ' ');
+  const struct {
+    std::string block;
+    Kind kind;
+    std::string text;
+  } rows[] = {
+      {"<Scan.Data>bytes", Kind::ScanData, "bytes"},
+      {"<Scan.Data>", Kind::ScanData, ""},
+      {"<Job.Start>", Kind::JobStart, ""},
+      {"<Job.End>", Kind::JobEnd, ""},
+      {"<Page.Start>x", Kind::PageStart, "x"},
+      {"<Page.End>", Kind::PageEnd, ""},
+      {"<?xml?><a/>", Kind::Document, "<?xml?><a/>"},
+      {std::string("\xAA\0\0\0\0\0\0\x0B", 8) + "<?xml?><a/>", Kind::Document, "<?xml?><a/>"},
+      {"<job.start>", Kind::Event, "job.start"},
+      {"<Scan.Data >x", Kind::Event, "Scan.Data "},
+      {"  > <Lamp>", Kind::Event, "Lamp"},
+      {"<>", Kind::Event, ""},
+      {filler + "<a>x", Kind::Event, "a"},
+      {filler + " <a>", Kind::None, ""},
+      {filler + "<ab>", Kind::None, ""},
+      {"Scan.Data>", Kind::None, ""},
+      {"<Scan.Data", Kind::None, ""},
+      {"", Kind::None, ""},
+  };
+  for (const auto& row : rows) {
+    const ScanBlock block = readScanBlock(row.block);
+    EXPECT_EQ(block.kind, row.kind) << row.block;
+    EXPECT_EQ(block.text, row.text) << row.block;
+  }
+}
+
+TEST_F(BpdScannerTest, OpensOnceCountsAndKeepsItsConnection) {
+  EXPECT_EQ(scanner->doOpen(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("initialize", "get bidi", "open bidi"));
+  EXPECT_EQ(scanner->doOpen(), 0u);
+  EXPECT_EQ(scanner->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), IsEmpty());
+  EXPECT_EQ(scanner->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("close bidi", "release bidi"));
+  EXPECT_EQ(scanner->doClose(), 0u) << "closed already";
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  EXPECT_EQ(scanner->doOpen(), 1225u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "open bidi", "release bidi"));
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u);
+}
+
+TEST_F(BpdScannerTest, ClosedAndOpenRefuseWhatTheyDoNotDo) {
+  Data parameter("<0>Track</0><1>1</1>");
+  Data command("x");
+  Data reply;
+  std::uint32_t state = 9;
+  const auto everyState = [&] {
+    EXPECT_EQ(scanner->doEndJob(1), 1u);
+    EXPECT_EQ(scanner->doCancelJob(1), 1u);
+    EXPECT_EQ(scanner->doExchangeData(1, command, reply), 1u);
+    EXPECT_EQ(scanner->doGetCurrentState(state), 1u);
+  };
+  everyState();
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u);
+  EXPECT_EQ(scanner->doExchangeData(1, parameter), 1u);
+  EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 1, ReceivedBpdData::callback}), 1u);
+  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 1u);
+  ASSERT_EQ(scanner->doOpen(), 0u);
+  everyState();
+}
+
+TEST_F(BpdScannerTest, KeepsTheParametersOfEachClient) {
+  ASSERT_EQ(scanner->doOpen(), 0u);
+  JobParameterStore& store = JobParameterStore::getInstance();
+  const struct {
+    const char* data;
+    std::uint32_t rc;
+  } rows[] = {
+      {"<0>A</0><1>12x</1>", 0},
+      {"<0>B.C</0><1></1>", 0},
+      {"<0>A</0><1>13</1>", 0},
+      {"<0>D</0><1> -7</1>", 0},
+      {"<0>E</0><1>4294967296</1>", 0},
+      {"<0>F</0><1>text &gt;</1>", 87},
+      {"<0>G</0><1>\xFF</1>", 87},
+      {"<0>1st</0><1>1</1>", 87},
+      {"<0>has blank</0><1>1</1>", 87},
+      {"<0>a><b</0><1>1</1>", 87},
+      {"<0></0><1>1</1>", 87},
+      {"<0>only</0>", 87},
+      {"", 87},
+  };
+  for (const auto& row : rows) {
+    Data data(std::string_view(row.data));
+    EXPECT_EQ(scanner->doExchangeData(1, data), row.rc) << row.data;
+  }
+  EXPECT_EQ(store.getJobParameter(1, "A"), 13u);
+  EXPECT_EQ(store.getJobParameter(1, "B.C"), 0u);
+  EXPECT_EQ(store.getJobParameter(1, "D"), 0u) << "not unsigned";
+  EXPECT_EQ(store.getJobParameter(1, "E"), 0xFFFFFFFFu);
+  EXPECT_EQ(store.getJobParameter(2, "A"), 0u);
+  store.clearJobParameters(1);
+  EXPECT_EQ(store.getJobParameter(1, "A"), 0u);
+}
+
+TEST_F(BpdScannerTest, CallsClientsByIdForWhatTheirMasksHave) {
+  openFor(2, 0x3000);
+  EXPECT_EQ(scanner->doRegisterForAsyncData({0x6000, 1, ReceivedBpdData::callback}), 0u);
+  EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 1, nullptr}), 87u) << "the first one stays";
+  EXPECT_EQ(scanner->doRegisterForAsyncData({0x7000, 3, nullptr}), 0u);
+  deliver("<Ring>");
+  deliver("<Scanner.CommError>");
+  deliver(notification("somebody", "fax", "rang", entries("FaxJob", "state", "Ringing")));
+  deliver(notification("somebody", "system", "rang", text("Hello")));
+  EXPECT_THAT(ReceivedBpdData::take(),
+              ElementsAre("1/0/2000: Ring", "2/0/2000: Ring", "1/0/4000: Scanner.CommError",
+                          "1/0/4000: Ringing", "1/0/4000: Hello"));
+  deliver("<Scan.Data>");
+  deliver("<Job.Start>");
+  deliver("no tag");
+  deliver(declared("<broken"));
+  deliver(declared("<method name=\"event\"><Li><IntegerElem>no number</IntegerElem></Li></method>"));
+  deliver(systemUpdate("HostSend Exited"));
+  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "no job";
+  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
+  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
+  deliver("<Ring>");
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("2/0/2000: Ring"));
+  EXPECT_EQ(scanner->doClose(), 0u);
+  ASSERT_EQ(scanner->doOpen(), 0u);
+  deliver("<Ring>");
+  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "the registrations ended with the close";
+}
+
+TEST_F(BpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
+  openFor(1);
+  for (const std::uint32_t client : {2u, 3u}) {
+    scanner->doRegisterForAsyncData({kEverything, client, ReceivedBpdData::callback});
+  }
+  ReceivedBpdData::onCall = [this](const std::string& line) {
+    if (!line.starts_with("1/")) throw 5;
+    EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
+    EXPECT_EQ(scanner->doUnregisterForAsyncData(2), 0u);
+    EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 4, ReceivedBpdData::callback}), 0u);
+  };
+  deliver("<Ring>");
+  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: Ring", "3/0/2000: Ring", "4/0/2000: Ring"));
+}
+
+// Whoever holds the state lock may be waiting for what the thread inside the callback is to deliver.
+TEST_F(BpdScannerTest, ACallbackNeverWaitsForTheScanner) {
+  openFor(1);
+  ReceivedBpdData::onCall = [this](const std::string&) {
+    EXPECT_EQ(scanner->doEndJob(1), 170u);
+    std::uint32_t rc = 0;
+    // The other thread has the state lock until this callback is over: it waits for the registrations.
+    std::thread other([this] { scanner->doRegisterForAsyncData({0, 9, nullptr}); });
+    eventually([&] {
+      Data data("<0>A</0><1>1</1>");
+      rc = scanner->doExchangeData(1, data);
+      return rc == 170u;
+    });
+    EXPECT_EQ(rc, 170u);
+    EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u) << "but registrations are not the scanner's state";
+    late_ = std::move(other);
+  };
+  deliver("<Ring>");
+  late_.join();
+  ReceivedBpdData::take();
+  deliver("<Ring>");
+  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace qvn::test

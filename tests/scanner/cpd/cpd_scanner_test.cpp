@@ -1,0 +1,357 @@
+// The states of a Cpd scanner: what each operation does, in which order it asks the transport, what it
+// answers, and how a scan ends when several want to end it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <thread>
+
+#include "device/store/printer_store.h"
+#include "printer/printer_object.h"
+#include "scanner/cpd/scanner_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+TEST_F(CpdScannerTest, OpenAndCloseConnectOnceAndCount) {
+  EXPECT_EQ(scanner->doOpen(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("initialize", "get bidi", "open bidi", "release bidi"));
+  EXPECT_EQ(scanner->doOpen(), 0u);
+  EXPECT_EQ(scanner->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), IsEmpty());
+  EXPECT_EQ(scanner->openCount(), 1u);
+  EXPECT_EQ(scanner->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi"));
+  EXPECT_EQ(scanner->doClose(), 0u) << "closed already";
+  EXPECT_THAT(fake.takeCalls(), IsEmpty());
+}
+
+TEST_F(CpdScannerTest, AFailedOpenLeavesItClosed) {
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  EXPECT_EQ(scanner->doOpen(), 1225u);
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u);
+  EXPECT_EQ(fake.deliver(block(1)), 0u) << "nobody to deliver to";
+}
+
+// Every operation in every state, and the state it leaves behind.
+TEST_F(CpdScannerTest, EachStateAnswersEachOperation) {
+  enum State { Closed, Open, Scanning, EndJobPending, Cancel };
+  const auto bring = [&](State state) {
+    closeScanner();
+    makeScanner();
+    if (state == Closed) return;
+    scanner->doOpen();
+    if (state == Open) return;
+    scanner->doStartJob(1, nullptr);
+    if (state == EndJobPending) fake.deliver(status(0));
+    if (state == Cancel) scanner->doCancelJob(1);
+  };
+  const auto current = [&] {
+    if (scanner->openCount() == 0) return Closed;
+    Data data("x");
+    if (scanner->doExchangeData(1, data) == 0) return Open;
+    if (scanner->doEndJob(1) == 1) return Scanning;
+    // Ended just now: the two states before differ in what happens to scan data.
+    return EndJobPending;
+  };
+  Data command = bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0});
+  Data response;
+  Data data("x");
+  const struct {
+    const char* name;
+    std::function<std::uint32_t()> call;
+    std::uint32_t results[5];
+    State after[5];
+  } operations[] = {
+      {"open",
+       [&] { return scanner->doOpen(); },
+       {0, 0, 0, 0, 0},
+       {Open, Open, Scanning, EndJobPending, EndJobPending}},
+      {"close",
+       [&] { return scanner->doClose(); },
+       {0, 0, 0, 0, 0},
+       {Closed, Closed, Closed, Closed, Closed}},
+      {"startJob",
+       [&] { return scanner->doStartJob(1, nullptr); },
+       {1, 0, 1, 1, 1},
+       {Closed, Scanning, Scanning, EndJobPending, EndJobPending}},
+      {"endJob", [&] { return scanner->doEndJob(1); }, {1, 1, 1, 0, 0}, {Closed, Open, Scanning, Open, Open}},
+      {"cancelJob",
+       [&] { return scanner->doCancelJob(1); },
+       {1, 1, 0, 0, 0},
+       {Closed, Open, EndJobPending, EndJobPending, EndJobPending}},
+      {"exchange",
+       [&] { return scanner->doExchangeData(1, data); },
+       {1, 0, 1, 1, 1},
+       {Closed, Open, Scanning, EndJobPending, EndJobPending}},
+      {"exchange with reply",
+       [&] { return scanner->doExchangeData(1, command, response); },
+       {1, 1460, 1, 1, 1},
+       {Closed, Open, Scanning, EndJobPending, EndJobPending}},
+      {"register",
+       [&] {
+         return scanner->doRegisterForAsyncData({0, 1, ReceivedScanData::callback});
+       },
+       {1, 0, 0, 0, 0},
+       {Closed, Open, Scanning, EndJobPending, EndJobPending}},
+      {"unregister",
+       [&] { return scanner->doUnregisterForAsyncData(1); },
+       {1, 0, 0, 0, 0},
+       {Closed, Open, Scanning, EndJobPending, EndJobPending}},
+      {"lost",
+       [&] { return scanner->doOnConnectionLost(); },
+       {1, 1, 0, 1, 1},
+       {Closed, Open, EndJobPending, EndJobPending, EndJobPending}},
+      {"accept",
+       [&] {
+         Data block = CpdScannerTest::block(1);
+         scanner->doAccept(block);
+         return block.getRc();
+       },
+       {1, 0, 0, 1, 0},
+       {Closed, Open, Scanning, EndJobPending, EndJobPending}},
+  };
+  for (const auto& operation : operations) {
+    for (const State state : {Closed, Open, Scanning, EndJobPending, Cancel}) {
+      SCOPED_TRACE(std::string(operation.name) + " in state " + std::to_string(state));
+      bring(state);
+      EXPECT_EQ(operation.call(), operation.results[state]);
+      std::uint32_t value = 7;
+      EXPECT_EQ(scanner->doGetCurrentState(value), 0u);
+      EXPECT_EQ(value, 0u);
+      EXPECT_EQ(current(), operation.after[state]);
+    }
+  }
+}
+
+TEST_F(CpdScannerTest, AScanGoesFromGoToTheEndOfTheJob) {
+  scanner->doOpen();
+  scanner->doRegisterForAsyncData({16, 1, ReceivedScanData::callback});
+  fake.takeCalls();
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "write 8", "release bidi"));
+  EXPECT_THAT(fake.written(), EndsWith(std::string("\x1BSG\0\0\0\0\0", 8)));
+  EXPECT_EQ(fake.deliver(block(1)), 0u);
+  fake.deliver(status(0));
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0))));
+  EXPECT_EQ(fake.deliver(block(2)), 1u) << "the scan is over";
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+  EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "the next page";
+}
+
+TEST_F(CpdScannerTest, AGoThatCannotBeWrittenLeavesItOpen) {
+  scanner->doOpen();
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 64u);
+  fake.onWrite = nullptr;
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
+}
+
+// The device may be faster than the thread that starts the scan.
+TEST_F(CpdScannerTest, DataThatComesWhileTheScanIsBeingStartedIsNotLost) {
+  scanner->doOpen();
+  scanner->doRegisterForAsyncData({16, 1, ReceivedScanData::callback});
+  std::thread device;
+  fake.onWrite = [&](Data& data) {
+    std::promise<void> delivering;
+    device = std::thread([&] {
+      delivering.set_value();
+      fake.deliver(block(1));
+      fake.deliver(status(0));
+    });
+    delivering.get_future().wait();
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();
+    data.setRc(0);
+    data.setCount(data.getLength());
+  };
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
+  device.join();
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0))));
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+}
+
+TEST_F(WaitingCpdScannerTest, ACancelledScanPassesOnItsStatusOnly) {
+  startScan();
+  EXPECT_EQ(scanner->doCancelJob(1), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "write 8", "release bidi"));
+  EXPECT_THAT(fake.written(), EndsWith(std::string("\x1BSA\0\0\0\0\0", 8)));
+  fake.deliver(block(1));
+  auto ending = std::async(std::launch::async, [&] { return scanner->doEndJob(1); });
+  fake.deliver(status(3));
+  EXPECT_EQ(ending.get(), 0u) << "the status ends the wait";
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(status(3))));
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "open again";
+}
+
+TEST_F(CpdScannerTest, AStatusThatNeverComesIsWaitedForAsLongAsTheSettingSays) {
+  for (const std::uint32_t duration : {60000u, 1500u}) {
+    if (duration != 60000) set("ScanCancelWaitDuration", duration);
+    makeScanner();
+    startScan();
+    fake.onWrite = [](Data& data) { data.setRc(1460); };  // the abort does not even get there
+    scanner->doCancelJob(1);
+    fake.onWrite = nullptr;
+    const std::uint64_t begin = clock.monotonicMilliseconds();
+    EXPECT_EQ(scanner->doEndJob(1), 0u);
+    EXPECT_EQ(clock.monotonicMilliseconds() - begin, duration);
+    scanner->doClose();
+  }
+}
+
+TEST_F(CpdScannerTest, ALostConnectionReachesTheClientsAsAStatus) {
+  startScan();
+  fake.deliver(block(1));
+  fake.loseConnection();
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0x0B))));
+  fake.loseConnection();
+  EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "told once";
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+}
+
+TEST_F(CpdScannerTest, ClosingDuringAScanClosesTheConnectionWithoutAnAbort) {
+  startScan();
+  EXPECT_EQ(scanner->doClose(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi"));
+  EXPECT_EQ(fake.deliver(block(1)), 0u);
+  EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
+}
+
+// An open printer of the same device, whose client is told how far the scan is.
+class PrinterBeside {
+ public:
+  explicit PrinterBeside(QvnNotificationCallback callback) {
+    PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+    EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
+    EXPECT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, callback), 0u);
+  }
+  ~PrinterBeside() {
+    QvnUnregisterForNotificationsPrinter(1, 7);
+    QvnClosePrinter(1, 7);
+  }
+  PrinterBeside(const PrinterBeside&) = delete;
+  PrinterBeside& operator=(const PrinterBeside&) = delete;
+};
+
+std::function<void()> onScanStarted;
+void tellScanStarted(std::uint32_t, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
+                     std::uint32_t, std::uint32_t) {
+  if (category == 3 && id == 50) onScanStarted();
+}
+
+// The status is on its way to the state lock when a client, who has the lock, cancels and waits for it.
+TEST_F(WaitingCpdScannerTest, AStatusThatMeetsACancelEndsItsWait) {
+  const PrinterBeside printer(tellScanStarted);
+  set("CpdScanPerformanceNotifications", 1);
+  makeScanner();
+  for (const bool statusFirst : {true, false}) {
+    std::thread device;
+    onScanStarted = [&] {
+      std::promise<void> delivering;
+      device = std::thread([&] {
+        delivering.set_value();
+        fake.deliver(status(0));
+      });
+      if (statusFirst) delivering.get_future().wait();
+      EXPECT_EQ(scanner->doCancelJob(1), 0u);
+      EXPECT_EQ(scanner->doEndJob(1), 0u);
+      if (!statusFirst) delivering.get_future().wait();
+    };
+    startScan();
+    device.join();
+    onScanStarted = [] {};
+    EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "nothing of the old scan ends the new one";
+    EXPECT_EQ(fake.deliver(block(1)), 0u);
+    scanner->doClose();
+  }
+}
+
+// Four threads that all want to end scans, over and over; whatever wins, the scanner can be used afterwards.
+TEST_F(CpdScannerTest, EndingsMayRaceEachOther) {
+  set("ScanCancelWaitDuration", 100);
+  makeScanner();
+  startScan();
+  std::atomic<bool> stop{false};
+  const auto repeat = [&](auto&& operation) {
+    return std::thread([&, operation] {
+      while (!stop) operation();
+    });
+  };
+  std::thread cancelling = repeat([&] { scanner->doCancelJob(1); });
+  std::thread ending = repeat([&] {
+    scanner->doEndJob(1);
+    scanner->doStartJob(1, nullptr);
+  });
+  std::thread closing = repeat([&] {
+    scanner->doClose();
+    scanner->doOpen();
+  });
+  std::thread device = repeat([&] {
+    fake.deliver(block(1));
+    fake.deliver(status(0));
+    fake.loseConnection();
+  });
+  for (int i = 0; i < 300; ++i) {
+    Data data("x");
+    scanner->doExchangeData(2, data);
+    std::this_thread::yield();
+  }
+  stop = true;
+  for (std::thread* thread : {&cancelling, &ending, &closing, &device}) thread->join();
+  closeScanner();
+  startScan();
+  fake.deliver(status(0));
+  EXPECT_EQ(scanner->doEndJob(1), 0u);
+}
+
+std::vector<std::uint32_t> progressIds;
+void recordProgress(std::uint32_t handle, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
+                    std::uint32_t length, std::uint32_t) {
+  if (category != 3) return;
+  EXPECT_EQ(handle, 7u);
+  EXPECT_EQ(length, 0u);
+  progressIds.push_back(id);
+}
+
+TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
+  const PrinterBeside printer(recordProgress);
+  for (const std::uint32_t wanted : {0u, 1u}) {
+    progressIds.clear();
+    set("CpdScanPerformanceNotifications", wanted);
+    makeScanner();
+    startScan();
+    fake.deliver(status(0));
+    scanner->doEndJob(1);
+    scanner->doStartJob(1, nullptr);
+    scanner->doCancelJob(1);
+    scanner->doEndJob(1);
+    scanner->doClose();
+    if (wanted == 0) {
+      EXPECT_THAT(progressIds, IsEmpty());
+    } else {
+      EXPECT_THAT(progressIds, ElementsAre(50, 51, 53, 50));
+    }
+  }
+}
+
+TEST_F(CpdScannerTest, AClientOfThePrinterThatThrowsDoesNotReachTheTransport) {
+  set("CpdScanPerformanceNotifications", 1);
+  makeScanner();
+  startScan();
+  {
+    const PrinterBeside printer([](std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
+                                   std::uint32_t,
+                                   std::uint32_t) { throw std::runtime_error("a client's own"); });
+    EXPECT_EQ(fake.deliver(status(0)), 1359u);
+  }
+  EXPECT_EQ(scanner->doEndJob(1), 0u) << "the scan has ended all the same";
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,152 @@
+// Who gets what a Cpd scanner sends: the exchange that waits for a reply, or the registered clients.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+#include "scanner/cpd/scanner_fixture.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST_F(CpdScannerTest, AnExchangeTakesItsReplyAndNothingElse) {
+  scanner->doOpen();
+  const Data late = bytes({0x1B, 'S', 'S', 7, 0, 0, 0, 0});
+  const struct {
+    const char* name;
+    Data request;
+    std::vector<Data> before;
+    Data last;
+    Data reply;
+  } cases[] = {
+      {"its reply", bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}), {}, status(0), status(0)},
+      {"scan data first",
+       bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}),
+       {block(1), block(2)},
+       status(2),
+       status(2)},
+      {"only the first status", bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}), {status(0)}, late, status(0)},
+      {"another reply", bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}), {}, status(0), Data()},
+      {"no reply expected", bytes({0x1B, 'S', 'G', 0, 0, 0, 0, 0}), {}, status(0), Data()},
+      {"no command at all", bytes({1, 2, 3}), {}, status(0), Data()},
+      {"a command of its own",
+       bytes({0x1B, 'X', 'Y', 'Z', 0, 0, 0x80, 0}),
+       {status(0)},
+       bytes({0x1B, 'X', 'Y', 'Z', 1, 0, 0, 0, 9}),
+       bytes({0x1B, 'X', 'Y', 'Z', 1, 0, 0, 0, 9})},
+  };
+  for (const auto& exchange : cases) {
+    SCOPED_TRACE(exchange.name);
+    fake.onExchange = [&](const Data&) {
+      for (const Data& data : exchange.before) fake.deliver(data);
+      return exchange.last;
+    };
+    Data request = exchange.request;
+    Data response("left over");
+    EXPECT_EQ(scanner->doExchangeData(1, request, response), 0u);
+    EXPECT_EQ(asText(response), asText(exchange.reply));
+  }
+  EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
+}
+
+TEST_F(CpdScannerTest, AnExchangeWithoutReplyGivesTheTransportsCode) {
+  scanner->doOpen();
+  Data request = bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0});
+  Data response("left over");
+  fake.takeCalls();
+  EXPECT_EQ(scanner->doExchangeData(1, request, response), 1460u);
+  EXPECT_EQ(response.getLength(), 0u);
+  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "esc bidi 1B53560000000000", "release bidi"));
+  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
+  EXPECT_EQ(scanner->doExchangeData(1, request, response), 64u);
+}
+
+TEST_F(CpdScannerTest, EveryClientGetsEveryPieceInTheOrderOfRegistration) {
+  scanner->doOpen();
+  scanner->doRegisterForAsyncData({16, 9, ReceivedScanData::callback});
+  scanner->doRegisterForAsyncData({0, 2, ReceivedScanData::callback});
+  scanner->doRegisterForAsyncData({5, 9, ReceivedScanData::callback});  // registered already: nothing changes
+  scanner->doRegisterForAsyncData({0, 3, nullptr});
+  scanner->doStartJob(1, nullptr);
+  fake.deliver(Data());
+  fake.deliver(block(1));
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1), "9/16"), received(block(1), "2/0")));
+  EXPECT_EQ(scanner->doUnregisterForAsyncData(9), 0u);
+  EXPECT_EQ(scanner->doUnregisterForAsyncData(9), 0u) << "not registered any more";
+  fake.deliver(block(2));
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(2), "2/0")));
+
+  // Registrations outlive the open.
+  fake.deliver(status(0));
+  scanner->doClose();
+  scanner->doOpen();
+  scanner->doStartJob(1, nullptr);
+  ReceivedScanData::take();
+  fake.deliver(block(3));
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(3), "2/0")));
+
+  Data foreign = block(4);
+  CpdScannerAsyncDataManager::getInstance().accept(408, foreign);
+  EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "of another scanner";
+}
+
+CpdScanner* callbackScanner = nullptr;
+std::promise<void>* inCallback = nullptr;
+std::shared_future<void> mayReturn;
+
+// Unregisters itself and the next client, registers another, and throws.
+std::uint32_t meddle(std::uint32_t clientId, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
+                     std::uint32_t) {
+  callbackScanner->doUnregisterForAsyncData(clientId);
+  callbackScanner->doUnregisterForAsyncData(2);
+  callbackScanner->waitForCallbacks(2);
+  callbackScanner->doRegisterForAsyncData({7, 5, ReceivedScanData::callback});
+  throw std::runtime_error("a client's own");
+}
+
+TEST_F(CpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
+  callbackScanner = scanner.get();
+  scanner->doOpen();
+  scanner->doRegisterForAsyncData({0, 1, meddle});
+  scanner->doRegisterForAsyncData({0, 2, ReceivedScanData::callback});
+  scanner->doStartJob(1, nullptr);
+  fake.deliver(block(1));
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1), "2/0")))
+      << "what is being delivered still reaches who was removed";
+  fake.deliver(block(2));
+  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(2), "5/7")));
+}
+
+std::uint32_t holdUp(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
+                     std::uint32_t) {
+  inCallback->set_value();
+  mayReturn.wait();
+  return 0;
+}
+
+TEST_F(CpdScannerTest, AClientIsInNoCallbackOnceThatWasWaitedFor) {
+  std::promise<void> entered;
+  std::promise<void> leave;
+  inCallback = &entered;
+  mayReturn = leave.get_future().share();
+  scanner->doOpen();
+  scanner->doRegisterForAsyncData({0, 1, holdUp});
+  scanner->doStartJob(1, nullptr);
+  std::thread device([&] { fake.deliver(block(1)); });
+  entered.get_future().wait();
+  // A callback that blocks keeps nobody from the scanner.
+  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
+  EXPECT_EQ(scanner->doCancelJob(1), 0u);
+  auto waiting = std::async(std::launch::async, [&] { scanner->waitForCallbacks(1); });
+  EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(1)), std::future_status::timeout);
+  leave.set_value();
+  waiting.get();
+  device.join();
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,319 @@
+// Scan jobs of a simulated BpdPrinter: their course, their pages, who may have one, and how they end.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "support/simulator/object_host.h"
+
+namespace qvn::test {
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> arguments(std::vector<std::string> more = {}) {
+  more.insert(more.begin(), {"--family", "BpdPrinter"});
+  return more;
+}
+
+// What the scanner of a CpdPrinter makes of the same settings.
+Bytes pageOfCpdScanner(const ObjectScan& scan) {
+  const SimulatorProcess device;
+  ScanHost host(device);
+  host.set(static_cast<std::uint16_t>(scan.dpi),
+           scan.bits == 1   ? ScanFormat::BlackAndWhite
+           : scan.bits == 8 ? ScanFormat::Gray
+                            : ScanFormat::Color,
+           scan.area);
+  return host.scan().data;
+}
+
+TEST(SimulatedObjects, SayThatThereIsAScanner) {
+  SimulatorProcess device(arguments());
+  EXPECT_NE(device.scanPort(), 0);
+  Datagrams asker;
+  asker.send(device.address(), device.discoveryPort(), "QVN-DISCOVER 1 a\n");
+  const std::string answer = asker.receive();
+  EXPECT_NE(answer.find("\nscan=" + std::to_string(device.scanPort()) + "\n"), std::string::npos) << answer;
+  EXPECT_NE(answer.find("\nhid=" + std::to_string(device.hidPort()) + "\n"), std::string::npos) << answer;
+  Stream panel = Stream::connect(device.address(), device.hidPort());
+  EXPECT_EQ(device.command("button 3").dump(), R"({"ok":true})");
+  EXPECT_EQ(toHex(panel.receive(11)), "01 08 00 01 01 03 00 00 00 00 00");
+}
+
+TEST(SimulatedObjects, ScanTheGlassAndWaitForTheNextOriginal) {
+  const SimulatorProcess device(arguments({"--block", "50000"}));
+  ObjectHost host(device);
+  host.enterHostMode();
+  const ObjectScan kScans[] = {
+      {75, 8, 0, {}},
+      {150, 1, 0, {777, 333, 1001, 999}},
+      {300, 24, 0, {1234, 4321, 2222, 1111}},
+      {1200, 24, 0, {10100, 0, 100, 1000}},
+  };
+  for (const ObjectScan& scan : kScans) {
+    SCOPED_TRACE(std::to_string(scan.dpi) + " dpi, " + std::to_string(scan.bits) + " bits");
+    host.data.clear();
+    host.dataLengths.clear();
+    const std::string job = host.createJob(scan);
+    host.startJob(job);
+    EXPECT_THAT(
+        host.receiveUntil("stateChanged Wait Next Original"),
+        ElementsAre("stateChanged Warming", "stateChanged Scanning", "<Job.Start>", "<Page.Start>",
+                    "<Scan.Data>", "<Page.End>", "pageScanned Flatbed", "stateChanged Wait Next Original"));
+    const Bytes expected = pageOfCpdScanner(scan);
+    EXPECT_TRUE(host.data == expected) << host.data.size() << " bytes instead of " << expected.size();
+    EXPECT_EQ(host.dataLengths.size(), (expected.size() + 49999) / 50000);
+    EXPECT_EQ(*std::max_element(host.dataLengths.begin(), host.dataLengths.end()),
+              std::min<std::size_t>(50000, expected.size()));
+    host.call(job + ".scanJob", "done");
+    EXPECT_THAT(host.receiveUntil("<Job.End>"),
+                ElementsAre("response 0", "stateChanged Complete", "<Job.End>"));
+    host.call(job, "done");
+    EXPECT_EQ(host.receive(), "response 0");
+    for (const char* event : {"stateChanged", "pageScanned"}) {
+      host.removeObserver(job, event);
+      EXPECT_EQ(host.receive(), "response 0");
+    }
+  }
+  host.call("system", "exitHostUSBSendMode");
+  EXPECT_THAT(host.receiveAll(), ElementsAre("response 0", "systemUpdate HostSend Exited"));
+}
+
+TEST(SimulatedObjects, TakeTheLongestBlock) {
+  EXPECT_NE(runSimulator(arguments({"--block", "131062"})), 0);
+  const SimulatorProcess device(arguments({"--block", "131061"}));
+  ObjectHost host(device);
+  host.enterHostMode();
+  host.startJob(host.createJob({75, 8, 0, {}}));
+  host.receiveUntil("<Scan.Data>");
+  EXPECT_EQ(host.payload().size(), 131072u);
+}
+
+TEST(SimulatedObjects, ScanTheFeederUntilItIsEmpty) {
+  const std::filesystem::path scans = std::filesystem::path(std::getenv("QVN_HOME")) / "scans";
+  SimulatorProcess device(arguments({"--feeder", "2", "--scans", scans.string()}));
+  ObjectHost host(device);
+  host.enterHostMode();
+  const ObjectScan scan{100, 24, 1, {600, 700, 3000, 1200}};
+  host.startJob(host.createJob(scan));
+  EXPECT_THAT(host.receiveUntil("<Job.End>"),
+              ElementsAre("stateChanged Warming", "stateChanged Scanning", "<Job.Start>", "<Page.Start>",
+                          "<Scan.Data>", "<Page.End>", "pageScanned ADF", "<Page.Start>", "<Scan.Data>",
+                          "<Page.End>", "pageScanned ADF", "stateChanged Complete", "<Job.End>"));
+  const Bytes page = pageOfCpdScanner(scan);
+  EXPECT_TRUE(host.data == page + page);
+  EXPECT_TRUE(std::filesystem::exists(scans / "page-1.png"));
+  EXPECT_TRUE(std::filesystem::exists(scans / "page-2.png"));
+
+  const std::string empty = host.createJob(scan);
+  host.call(empty, "start");
+  EXPECT_EQ(host.receive(), "stateChanged No Original");
+  EXPECT_EQ(host.receive(), "response -1");
+  device.command("load 1");
+  host.startJob(empty);
+  host.receiveUntil("<Job.End>");
+  host.call(empty, "start");
+  EXPECT_EQ(host.receive(), "response -1") << "not twice";
+}
+
+TEST(SimulatedObjects, StopAtTheNextBlockWhenCancelled) {
+  const std::filesystem::path scans = std::filesystem::path(std::getenv("QVN_HOME")) / "scans";
+  const SimulatorProcess device(arguments({"--scans", scans.string()}));
+  ObjectHost host(device);
+  host.enterHostMode();
+  const std::string job = host.createJob({1200, 24, 0, {}});
+  host.startJob(job);
+  host.receiveUntil("<Scan.Data>");
+  host.call(job, "cancel");
+  std::vector<std::string> rest = host.receiveUntil("<Job.End>");
+  if (rest.front() == "<Scan.Data>") rest.erase(rest.begin());
+  EXPECT_THAT(rest,
+              ElementsAre("response 0", "stateChanged Cancelled", "stateChanged Complete", "<Job.End>"));
+  EXPECT_LT(host.data.size(), std::size_t{100} << 20) << "of 430 MB";
+  EXPECT_TRUE(std::filesystem::is_empty(scans));
+  host.call(job, "cancel");
+  EXPECT_THAT(host.receiveAll(), ElementsAre("response 0")) << "it has ended";
+
+  const std::string second = host.createJob({});
+  host.startJob(second);
+  host.receiveUntil("stateChanged Wait Next Original");
+  host.call(second, "cancel");
+  EXPECT_THAT(host.receiveAll(),
+              ElementsAre("response 0", "stateChanged Cancelled", "stateChanged Complete", "<Job.End>"));
+}
+
+TEST(SimulatedObjects, EndAJobWithItsHostMode) {
+  const SimulatorProcess device(arguments());
+  ObjectHost host(device);
+  host.enterHostMode();
+  host.startJob(host.createJob({1200, 24, 0, {}}));
+  host.receiveUntil("<Scan.Data>");
+  host.call("system", "exitHostUSBSendMode");
+  std::vector<std::string> rest = host.receiveUntil("<Job.End>");
+  if (rest.front() == "<Scan.Data>") rest.erase(rest.begin());
+  EXPECT_THAT(rest, ElementsAre("response 0", "systemUpdate HostSend Exited", "stateChanged Cancelled",
+                                "stateChanged Complete", "<Job.End>"));
+}
+
+TEST(SimulatedObjects, AreForOneHostAtATime) {
+  const SimulatorProcess device(arguments());
+  ObjectHost first(device);
+  first.enterHostMode();
+  const std::string job = first.createJob({1200, 24, 0, {}});
+  first.startJob(job);
+  EXPECT_EQ(first.receiveUntil("<Scan.Data>").back(), "<Scan.Data>");
+  // The first host reads no more: its page waits, and everybody else is served.
+  ObjectHost second(device);
+  const std::string create = createParameters(scanParameters({}));
+  second.addObserver("system", "systemUpdate", "Observer_System");
+  second.call("system", "enterHostUSBSendMode", scanParameters({}));
+  EXPECT_THAT(second.receiveAll(), ElementsAre("response 0", "response -1"));
+  second.call("jobFactory", "create", create);
+  EXPECT_EQ(second.receive(), "exception");
+  second.call(job, "cancel");
+  EXPECT_EQ(second.receive(), "exception") << "not its job";
+  second.call("system", "exitHostUSBSendMode");
+  EXPECT_THAT(second.receiveAll(), ElementsAre("response 0", "systemUpdate HostSend Exited"));
+  first.stream().reset();
+  for (int tries = 0; tries < 1000; ++tries) {
+    second.call("system", "enterHostUSBSendMode", scanParameters({}));
+    if (second.receive() == "response 0") break;
+  }
+  EXPECT_EQ(second.receive(), "systemUpdate Enter HostSend OK") << "the host mode ended with its connection";
+  const std::string own = second.createJob({});
+  EXPECT_NE(own, job);
+  second.startJob(own);
+  second.receiveUntil("stateChanged Wait Next Original");
+  EXPECT_EQ(second.data.size(), 637u * 877u);
+}
+
+TEST(SimulatedObjects, HaveNoJobForWhatCannotBe) {
+  const SimulatorProcess device(arguments());
+  ObjectHost host(device);
+  host.call("jobFactory", "create", createParameters(scanParameters({})));
+  EXPECT_EQ(host.receive(), "exception") << "not in host mode";
+  host.enterHostMode();
+  const auto tree = [](const std::string& scan, const std::string& document = "",
+                       const std::string& window =
+                           mapElement({{"bottomRight", mapElement({})}, {"topLeft", mapElement({})}})) {
+    const auto entries = [](const std::string& text) {
+      return text.empty() ? ""
+                          : "<child name=\"" + text.substr(0, text.find('=')) + "\">" +
+                                integerElement(std::stoi(text.substr(text.find('=') + 1))) + "</child>";
+    };
+    return "<MapElem><child name=\"documentParameters\"><MapElem>" + entries(document) +
+           "</MapElem></child><child name=\"scanParameters\"><MapElem>" + entries(scan) +
+           "<child name=\"scanWindow\">" + window +
+           "</child></MapElem></child><child name=\"usbParameters\"><MapElem/></child></MapElem>";
+  };
+  const auto window = [](const char* corner, const char* axis, int value) {
+    const std::string other = std::string(corner) == "topLeft" ? "bottomRight" : "topLeft";
+    return mapElement({{corner, mapElement({{axis, integerElement(value)}})}, {other, mapElement({})}});
+  };
+  struct Case {
+    const char* name;
+    std::string tree;
+    bool isPossible;
+  };
+  const Case kCases[] = {
+      {"all absent", tree(""), true},
+      {"no effect", tree("darkness=9"), true},
+      {"a part", tree("resolution=1200", "fileFormat=0", window("topLeft", "x", 10199)), true},
+      {"a resolution that is none", tree("resolution=76"), false},
+      {"a negative resolution", tree("resolution=-75"), false},
+      {"a bit depth that is none", tree("bitdepth=16"), false},
+      {"a source that is none", tree("source=2"), false},
+      {"compression", tree("", "compression=1"), false},
+      {"a file format", tree("", "fileFormat=3"), false},
+      {"an unknown parameter", tree("colour=1"), false},
+      {"an unknown document parameter", tree("", "pages=1"), false},
+      {"an empty window", tree("", "", window("bottomRight", "y", 0)), false},
+      {"a window beyond the glass", tree("", "", window("bottomRight", "x", 10201)), false},
+      {"a window that begins before it", tree("", "", window("topLeft", "y", -1)), false},
+      {"a window without a dot", tree("resolution=75", "", window("topLeft", "x", 10190)), false},
+      {"a window without corners", tree("", "", mapElement({})), false},
+      {"no window", tree("", "", integerElement(0)), false},
+      {"no maps", mapElement({}), false},
+      {"a list", "<ListElem/>", false},
+      {"a text", "<StringElem>x</StringElem>", false},
+  };
+  for (const Case& c : kCases) {
+    host.call("jobFactory", "create", createParameters(c.tree));
+    EXPECT_THAT(host.receive(), testing::StartsWith(c.isPossible ? "response HostSendJob_" : "exception"))
+        << c.name;
+  }
+  for (const std::string& params :
+       {std::string(kNoParams), scanParameters({}), "<ListElem>" + scanParameters({}) + "</ListElem>"}) {
+    host.call("jobFactory", "create", params);
+    EXPECT_EQ(host.receive(), "exception") << params;
+  }
+}
+
+TEST(SimulatedObjects, TellEachObserverByName) {
+  const SimulatorProcess device(arguments());
+  ObjectHost host(device);
+  host.enterHostMode();
+  const std::string job = host.createJob({});
+  host.removeObserver(job, "stateChanged");
+  EXPECT_EQ(host.receive(), "response 0");
+  host.startJob(job);
+  host.receiveUntil("pageScanned Flatbed");
+  EXPECT_EQ(host.text(),
+            "<?xml version=\"1.0\"?>\n"
+            "<method name=\"event\">\n"
+            " <arg name=\"observer\">7_Observer</arg>\n"
+            " <arg name=\"objName\">" +
+                job +
+                "</arg>\n"
+                " <arg name=\"event\">pageScanned</arg>\n"
+                " <arg name=\"data\">\n"
+                "  <MapElem>\n"
+                "   <child name=\"job type\">\n"
+                "    <StringElem>HostSendJob</StringElem>\n"
+                "   </child>\n"
+                "   <child name=\"source\">\n"
+                "    <StringElem>Flatbed</StringElem>\n"
+                "   </child>\n"
+                "  </MapElem>\n"
+                " </arg>\n"
+                "</method>\n");
+  EXPECT_THAT(host.receiveAll(), ElementsAre()) << "states are observed no more";
+  for (const char* observer : {"1_Observer", "2_Observer", "2_Observer"}) {
+    host.addObserver(job, "stateChanged", observer);
+    EXPECT_EQ(host.receive(), "response 0");
+  }
+  host.call(job + ".scanJob", "done");
+  EXPECT_THAT(host.receiveAll(),
+              ElementsAre("response 0", "stateChanged Complete", "stateChanged Complete", "<Job.End>"));
+}
+
+TEST(SimulatedObjects, TraceDocumentsAndTags) {
+  const std::filesystem::path file = std::filesystem::path(std::getenv("QVN_HOME")) / "trace";
+  {
+    SimulatorProcess device(arguments({"--trace", file.string(), "--block", "131061"}));
+    ObjectHost host(device);
+    host.enterHostMode();
+    host.startJob(host.createJob({75, 8, 0, {0, 0, 160, 160}}));
+    host.receiveUntil("<Page.End>");
+  }
+  std::ifstream in(file);
+  std::vector<nlohmann::json> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(nlohmann::json::parse(line));
+  ASSERT_GT(lines.size(), 4u);
+  EXPECT_EQ(lines[0].at("port"), "scan");
+  EXPECT_EQ(lines[0].at("connection"), 1);
+  EXPECT_THAT(lines[0].at("received").get<std::string>(), testing::HasSubstr("<method name=\"addObserver\""));
+  EXPECT_THAT(lines[1].at("sent").get<std::string>(), testing::HasSubstr("<response requestID=\"123000\""));
+  std::vector<std::string> tags;
+  for (const auto& line : lines) {
+    const std::string sent = line.value("sent", "");
+    if (sent.starts_with("<") && !sent.starts_with("<?")) tags.push_back(sent);
+  }
+  EXPECT_THAT(tags, ElementsAre("<Job.Start>", "<Page.Start>", "<Scan.Data>", "<Page.End>"));
+}
+
+}  // namespace
+}  // namespace qvn::test

@@ -1,0 +1,188 @@
+// Each fault that the simulated scanner can be told to have.
+#include <gtest/gtest.h>
+
+#include "support/simulator/scan_host.h"
+
+namespace qvn::test {
+namespace {
+
+constexpr char kFeederStatus[] = "1B 53 46 00 00 00 00 00";
+constexpr char kScanStatus[] = "1B 53 4B 00 00 00 00 00";
+constexpr char kSending[] = "1B 53 4B 00 01 00 00 00";
+
+// 100 dots, 50 lines of gray in blocks of 1000 bytes.
+constexpr std::size_t kPageLength = 5000;
+
+class SimulatedScanFaults : public testing::Test {
+ protected:
+  SimulatedScanFaults() : device({"--block", "1000", "--feeder", "7"}), host(device) {
+    host.set(75, ScanFormat::Gray, kArea);
+  }
+
+  void fault(const std::string& text) { ASSERT_EQ(device.command("fault " + text).dump(), R"({"ok":true})"); }
+  void expectWholePage(ScanHost& on) {
+    const ScannedPage page = on.scan();
+    EXPECT_EQ(page.data.size(), kPageLength);
+    EXPECT_EQ(page.status, kPageStatus);
+  }
+
+  static constexpr ScanArea kArea{0, 0, 1600, 800};
+  static constexpr char kPageStatus[] = "1B 53 53 00 07 00 00 00";
+  SimulatorProcess device;
+  ScanHost host;
+};
+
+TEST_F(SimulatedScanFaults, SpoilRepliesAsOftenAsAsked) {
+  struct Case {
+    const char* fault;
+    std::vector<const char*> replies;  // to one feeder-status and one scan-status, sent together
+  };
+  constexpr char kIdle[] = "1B 53 4B 00 00 00 00 00";
+  const Case kCases[] = {
+      {"drop-reply=feeder-status:1", {kIdle}},
+      {"double-reply=feeder-status:1", {kPageStatus, kPageStatus, kIdle}},
+      {"double-reply=any:2", {kPageStatus, kPageStatus, kIdle, kIdle}},
+      {"delay-reply=20:feeder-status:1", {kPageStatus, kIdle}},
+      {"drop-reply=summary:1", {kPageStatus, kIdle}},
+  };
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.fault);
+    fault(c.fault);
+    host.send(std::string(kFeederStatus) + kScanStatus);
+    for (const char* reply : c.replies) EXPECT_EQ(toHex(host.receive()), reply);
+    EXPECT_EQ(host.ask(kFeederStatus), kPageStatus) << "once only";
+    device.command("clear-faults");
+  }
+  for (const char* bad :
+       {"late-reply=1:version", "corrupt-reply=go", "reject=size", "misframe-reply=other"}) {
+    EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
+  }
+  fault("close-bidi=feeder-status:1");
+  host.send(kFeederStatus);
+  EXPECT_TRUE(host.stream().isEnded());
+  EXPECT_EQ(ScanHost(device).ask(kFeederStatus), kPageStatus);
+}
+
+TEST_F(SimulatedScanFaults, DelayOrDropAPageAsAReplyToGo) {
+  fault("delay-reply=20:go:1");
+  host.send(std::string(kScanGo) + kScanStatus);
+  EXPECT_EQ(host.receivePage().data.size(), kPageLength);
+  EXPECT_EQ(toHex(host.receive()), kSending) << "waited behind the page";
+  fault("delay-reply=60000:go:1");
+  host.send(std::string(kScanGo) + kScanAbort);
+  EXPECT_TRUE(host.stream().isSilent());
+  ScanHost other(device);
+  other.set(75, ScanFormat::Gray, kArea);
+  expectWholePage(other);
+  fault("drop-reply=go:1");
+  other.send(kScanGo);
+  expectWholePage(other);
+}
+
+TEST_F(SimulatedScanFaults, TellTheStatusEarly) {
+  struct Case {
+    const char* fault;
+    std::size_t before;
+  };
+  for (const Case& c :
+       {Case{"status-early=0:1", 0}, Case{"status-early=1001:1", 2000}, Case{"status-early=9999:1", 5000}}) {
+    SCOPED_TRACE(c.fault);
+    fault(c.fault);
+    const ScannedPage page = host.scan();
+    EXPECT_EQ(page.data.size(), c.before);
+    EXPECT_EQ(page.status, kPageStatus);
+    std::size_t rest = kPageLength - c.before;
+    while (rest > 0) rest -= host.receive().size() - 8;
+    EXPECT_EQ(host.ask(kScanStatus), kScanStatus) << "and not again at the end";
+    device.command("clear-faults");
+    expectWholePage(host);
+  }
+}
+
+TEST_F(SimulatedScanFaults, TellTheStatusLateTwiceOrNever) {
+  fault("status-late=20:1");
+  expectWholePage(host);
+  fault("status-late=60000:1");
+  host.send(kScanGo);
+  for (std::size_t got = 0; got < kPageLength;) got += host.receive().size() - 8;
+  EXPECT_EQ(host.ask(kScanStatus), kSending) << "as long as the status is missing";
+  EXPECT_EQ(host.ask(kScanAbort), kScanAborted);
+  fault("status-twice:1");
+  expectWholePage(host);
+  EXPECT_EQ(toHex(host.receive()), kPageStatus);
+  fault("status-never:1");
+  host.send(kScanGo);
+  for (std::size_t got = 0; got < kPageLength;) got += host.receive().size() - 8;
+  EXPECT_EQ(host.ask(kScanStatus), kScanStatus) << "idle, without having said so";
+  expectWholePage(host);
+}
+
+TEST_F(SimulatedScanFaults, PromiseMoreThanABlockHas) {
+  fault("wrong-length=2:1");
+  host.send(kScanGo);
+  EXPECT_EQ(host.receive().size(), 1008u);
+  EXPECT_EQ(host.receive().size(), 1008u);
+  const Bytes spoiled = host.stream().receive(8 + 1000 + 8);
+  EXPECT_EQ(toHex(spoiled).substr(0, 23), "1B 73 64 E8 04 01 02 00");
+  EXPECT_EQ(toHex(Bytes(spoiled.end() - 8, spoiled.end())), "1B 73 64 E8 03 01 03 00");
+  host.stream().receive(1000);
+  EXPECT_EQ(host.receive().size(), 1008u);
+  EXPECT_EQ(toHex(host.receive()), kPageStatus);
+  expectWholePage(host);
+}
+
+TEST_F(SimulatedScanFaults, StopInTheMiddleOfAPage) {
+  fault("stop-page=1500:1");
+  host.send(kScanGo);
+  EXPECT_EQ(host.receive().size(), 1008u);
+  EXPECT_EQ(host.stream().receive(508).size(), 508u);
+  EXPECT_EQ(ScanHost(device).ask(kScanStatus), kSending);
+  EXPECT_TRUE(host.stream().isSilent());
+  host.send(kScanAbort);
+  EXPECT_EQ(host.stream().receive(500).size(), 500u) << "the block is completed";
+  EXPECT_EQ(toHex(host.receive()), kScanAborted);
+  expectWholePage(host);
+}
+
+TEST_F(SimulatedScanFaults, ResetTheConnectionInTheMiddleOfAPage) {
+  fault("close-mid-page=1500:1");
+  host.send(kScanGo);
+  EXPECT_TRUE(host.stream().isEnded());
+  ScanHost again(device);
+  again.set(75, ScanFormat::Gray, kArea);
+  expectWholePage(again);
+}
+
+TEST_F(SimulatedScanFaults, SendAPageSlowlyOrNotAtAll) {
+  fault("slow-scan=0");
+  host.send(kScanGo);
+  EXPECT_EQ(host.ask(kScanStatus), kSending);
+  EXPECT_TRUE(host.stream().isSilent());
+  fault("slow-scan=50000");
+  const ScannedPage page = host.receivePage();
+  EXPECT_EQ(page.data.size(), kPageLength);
+  host.send(kScanGo);
+  fault("slow-scan=10");  // in the middle, the rest would take minutes
+  host.send(kScanAbort);
+  EXPECT_EQ(host.receivePage().status, kScanAborted);
+}
+
+TEST_F(SimulatedScanFaults, IgnoreAnAbort) {
+  fault("slow-scan=0");
+  fault("ignore-abort:1");
+  host.send(kScanGo);
+  host.send(kScanAbort);
+  EXPECT_EQ(host.ask(kScanStatus), kSending);
+  EXPECT_EQ(host.ask(kScanAbort), kScanAborted) << "once only";
+}
+
+TEST_F(SimulatedScanFaults, RefuseWhatTheyDoNotKnow) {
+  for (const char* bad : {"status-early", "status-early=x", "status-early:1", "status-late=1:2:3",
+                          "status-twice=1", "status-never:x", "wrong-length=-1", "stop-page=99999999999999",
+                          "slow-scan", "slow-scan=1:1", "ignore-abort=1:1", "busy:1", "drop-reply:go"}) {
+    EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
+  }
+}
+
+}  // namespace
+}  // namespace qvn::test

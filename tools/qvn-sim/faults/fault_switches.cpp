@@ -1,0 +1,240 @@
+#include "faults/fault_switches.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <stdexcept>
+
+namespace sim {
+
+struct ReplyFaultName {
+  std::string_view name;
+  ReplyFault fault;
+  bool takesDelay;
+  std::uint8_t targets;  // what it can strike, of Target
+};
+
+namespace {
+
+enum Target : std::uint8_t { kNpa = 1, kEsc = 2, kMethod = 4, kNotification = 8 };
+constexpr std::uint8_t kAnything = kNpa | kEsc | kMethod | kNotification;
+
+constexpr std::array kReplyFaults = {
+    ReplyFaultName{"delay-reply", ReplyFault::Delay, true, kAnything},
+    ReplyFaultName{"late-reply", ReplyFault::Late, true, kNpa | kMethod | kNotification},
+    ReplyFaultName{"drop-reply", ReplyFault::Drop, false, kAnything},
+    ReplyFaultName{"corrupt-reply", ReplyFault::Corrupt, false, kNpa | kMethod | kNotification},
+    ReplyFaultName{"misframe-reply", ReplyFault::Misframe, false, kNpa | kMethod},
+    ReplyFaultName{"double-reply", ReplyFault::Double, false, kAnything},
+    ReplyFaultName{"oversize-reply", ReplyFault::Oversize, false, kMethod | kNotification},
+    ReplyFaultName{"wrong-id", ReplyFault::WrongId, false, kMethod},
+    ReplyFaultName{"reject", ReplyFault::Reject, false, kNpa | kMethod},
+    ReplyFaultName{"close-bidi", ReplyFault::Close, false, kNpa | kEsc | kMethod},
+};
+
+struct ScanFaultName {
+  std::string_view name;
+  ScanFault fault;
+  const char* value;  // what its number is; none when it has none
+};
+
+constexpr std::array kScanFaults = {
+    ScanFaultName{"status-early", ScanFault::StatusEarly, "a number of bytes"},
+    ScanFaultName{"status-late", ScanFault::StatusLate, "milliseconds"},
+    ScanFaultName{"status-twice", ScanFault::StatusTwice, nullptr},
+    ScanFaultName{"status-never", ScanFault::StatusNever, nullptr},
+    ScanFaultName{"wrong-length", ScanFault::WrongLength, "the number of a block"},
+    ScanFaultName{"stop-page", ScanFault::StopPage, "a number of bytes"},
+    ScanFaultName{"close-mid-page", ScanFault::CloseMidPage, "a number of bytes"},
+    ScanFaultName{"read-error", ScanFault::ReadError, "the number of blocks before it"},
+    ScanFaultName{"no-data", ScanFault::NoData, nullptr},
+    ScanFaultName{"ignore-abort", ScanFault::IgnoreAbort, nullptr},
+    ScanFaultName{"host-mode-fail", ScanFault::HostModeFail, nullptr},
+    ScanFaultName{"host-mode-stay", ScanFault::HostModeStay, nullptr},
+};
+
+// Of bytes, milliseconds or blocks: no page has more, and sums with it do not overflow.
+constexpr std::uint64_t kLargestValue = std::uint64_t{1} << 40;
+
+template <typename Table>
+const typename Table::value_type* findNamed(const Table& table, std::string_view name) {
+  const auto found =
+      std::find_if(table.begin(), table.end(), [name](const auto& known) { return known.name == name; });
+  return found == table.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+// "NAME[=VALUE][:VALUE]...", taken apart from left to right; complains about what is not as expected.
+class FaultSwitches::Text {
+ public:
+  explicit Text(std::string_view text) : whole_(text) {
+    const std::size_t nameEnd = std::min(text.find_first_of("=:"), text.size());
+    name_ = text.substr(0, nameEnd);
+    hasEquals_ = text.substr(nameEnd, 1) == "=";
+    rest_ = text.substr(std::min(nameEnd + 1, text.size()));
+  }
+
+  std::string_view name() const { return name_; }
+  bool isAtEnd() const { return rest_.empty(); }
+
+  template <typename Number>
+  Number takeNumber(const char* what, Number largest = std::numeric_limits<Number>::max()) {
+    const auto number = hasEquals_ ? parse<Number>(takeWord()) : std::nullopt;
+    if (!number || *number > largest) complain(std::string("expected ") + what);
+    return *number;
+  }
+
+  std::string_view takeWord() {
+    const std::size_t end = std::min(rest_.find(':'), rest_.size());
+    const std::string_view word = rest_.substr(0, end);
+    rest_ = rest_.substr(std::min(end + 1, rest_.size()));
+    return word;
+  }
+
+  Times takeTimes() {
+    if (isAtEnd()) return Times(std::nullopt);
+    const auto times = parse<std::uint32_t>(takeWord());
+    if (!times || !isAtEnd()) complain("expected a number of times at the end");
+    return Times(times);
+  }
+
+  void expectEnd() const {
+    if (!isAtEnd()) complain("has a value too much");
+  }
+  void expectEquals() const {
+    if (!isAtEnd() && !hasEquals_) complain("expected a value after =");
+  }
+  void expectNoEquals() const {
+    if (hasEquals_) complain("takes no value");
+  }
+
+  [[noreturn]] void complain(std::string_view why) const {
+    throw std::invalid_argument("fault \"" + std::string(whole_) + "\": " + std::string(why));
+  }
+
+ private:
+  template <typename Number>
+  static std::optional<Number> parse(std::string_view text) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+  }
+
+  std::string_view whole_;
+  std::string_view name_;
+  std::string_view rest_;
+  bool hasEquals_ = false;
+};
+
+void FaultSwitches::add(std::string_view text) {
+  Text fault(text);
+  const std::string_view name = fault.name();
+  if (const ReplyFaultName* reply = findNamed(kReplyFaults, name)) {
+    entries_.push_back(takeEntry(fault, *reply));
+  } else if (const ScanFaultName* page = findNamed(kScanFaults, name)) {
+    std::uint64_t value = 0;
+    if (page->value == nullptr) {
+      fault.expectNoEquals();
+    } else {
+      value = fault.takeNumber<std::uint64_t>(page->value, kLargestValue);
+    }
+    scanFaults_.insert_or_assign(page->fault, Limited{value, fault.takeTimes()});
+  } else if (name == "busy" || name == "never-finish") {
+    fault.expectNoEquals();
+    fault.expectEnd();
+    (name == "busy" ? busy_ : neverFinish_) = true;
+  } else if (name == "slow-print" || name == "slow-scan") {
+    const auto rate = fault.takeNumber<std::uint64_t>("a number of bytes");
+    fault.expectEnd();
+    (name == "slow-print" ? printBytesPerSecond_ : scanBytesPerSecond_) = rate;
+  } else if (name == "close-mid-job") {
+    const auto bytes = fault.takeNumber<std::uint64_t>("a number of bytes");
+    closeMidJob_ = Limited{bytes, fault.takeTimes()};
+  } else if (name == "slow-discovery") {
+    const std::chrono::milliseconds delay(fault.takeNumber<std::uint32_t>("milliseconds"));
+    fault.expectEnd();
+    discoveryDelay_ = delay;
+  } else {
+    fault.complain("unknown");
+  }
+}
+
+FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName& known) {
+  fault.expectEquals();
+  Entry entry{known.fault, std::nullopt, Times(std::nullopt)};
+  if (known.takesDelay) {
+    entry.delay = std::chrono::milliseconds(fault.takeNumber<std::uint32_t>("milliseconds"));
+  }
+  if (!fault.isAtEnd()) {
+    const std::string_view command = fault.takeWord();
+    const auto expectTarget = [&](Target target, const char* what) {
+      if ((known.targets & target) == 0) fault.complain(std::string("is no fault of ") + what);
+    };
+    if (const auto ofNpa = npa::commandNamed(command)) {
+      expectTarget(kNpa, "replies to NPA commands");
+      entry.command = npa::nameOf(*ofNpa);
+    } else if (const auto ofEsc = esc::commandNamed(command)) {
+      expectTarget(kEsc, "replies to ESC commands");
+      entry.command = esc::nameOf(*ofEsc);
+    } else if (const documents::Entry* document = documents::entryNamed(command)) {
+      if (document->isNotification) {
+        expectTarget(kNotification, "notifications");
+      } else {
+        expectTarget(kMethod, "replies to methods");
+      }
+      entry.command = document->name;
+    } else if (command != "any") {
+      fault.complain("unknown command name");
+    }
+  }
+  entry.times = fault.takeTimes();
+  return entry;
+}
+
+std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
+                                                               std::optional<npa::Command> command) {
+  return strikeNamed(fault, command ? npa::nameOf(*command) : std::string_view());
+}
+
+std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault, esc::Command command) {
+  return strikeNamed(fault, esc::nameOf(command));
+}
+
+std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
+                                                               const documents::Entry& document) {
+  return strikeNamed(fault, document.name);
+}
+
+std::optional<std::chrono::milliseconds> FaultSwitches::strikeNamed(ReplyFault fault,
+                                                                    std::string_view command) {
+  for (Entry& entry : entries_) {
+    if (entry.fault != fault || (entry.command && entry.command != command) || !entry.times.areLeft())
+      continue;
+    entry.times.countDown();
+    return entry.delay;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::uint64_t> FaultSwitches::valueOf(ScanFault fault) const {
+  const auto found = scanFaults_.find(fault);
+  if (found == scanFaults_.end() || !found->second.times.areLeft()) return std::nullopt;
+  return found->second.value;
+}
+
+std::optional<std::uint64_t> FaultSwitches::strike(ScanFault fault) {
+  const auto value = valueOf(fault);
+  if (value) scanFaults_.at(fault).times.countDown();
+  return value;
+}
+
+bool FaultSwitches::closesJobAt(std::uint64_t received) {
+  if (!closeMidJob_ || received < closeMidJob_->value || !closeMidJob_->times.areLeft()) return false;
+  closeMidJob_->times.countDown();
+  return true;
+}
+
+}  // namespace sim

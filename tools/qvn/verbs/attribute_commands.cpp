@@ -1,0 +1,111 @@
+// qvn get and qvn set: single attributes of a device.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "qvn/transport/attribute_codec.h"
+#include "shared/client/attribute_table.h"
+#include "shared/client/devices.h"
+#include "shared/client/failure.h"
+#include "shared/client/text_values.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+struct Options {
+  std::string key;
+  std::string value;
+  std::string device;
+  std::string kind = "printer";
+  bool json = false;
+};
+
+void get(const Options& options) {
+  const std::string descriptor = findDescriptor(options.key);
+  const Session session;
+  const Device device = selectNamed(session, kindNamed(options.kind), options.device);
+  const auto value = readAttribute(session, device, descriptor);
+  if (!value) {
+    throw Failure(device.text() + " has no " + attributeName(descriptor), QRN_ERROR_NOT_FOUND);
+  }
+  if (options.json) {
+    printJson({{"name", attributeName(descriptor)}, {"value", *value}});
+  } else {
+    std::cout << cell(*value) << '\n';
+  }
+}
+
+void set(const Options& options) {
+  const std::string descriptor = findDescriptor(options.key);
+  const std::string name = attributeName(descriptor);
+  const Session session;
+  const Device device = selectPrinter(session, options.device);
+  const char* key = descriptor.c_str();
+  std::uint32_t result = QRN_ERROR_SUCCESS;
+  if (AttributeCodec::isLong(descriptor)) {
+    const auto number = parseNumber(options.value);
+    if (!number) {
+      throw UsageError(name + " is a number, '" + options.value + "' is none");
+    }
+    result = QvnSetLongPrinter(session.client(), device.handle, key, *number);
+  } else if (AttributeCodec::isByteArray(descriptor)) {
+    const auto bytes = parseHex(options.value);
+    if (!bytes) {
+      throw UsageError(name + " is bytes in hexadecimal, '" + options.value + "' is not");
+    }
+    result = QvnSetByteArrayPrinter(session.client(), device.handle, key,
+                                    reinterpret_cast<const std::uint8_t*>(bytes->data()),
+                                    static_cast<std::uint32_t>(bytes->size()));
+  } else {
+    result = QvnSetStringPrinter(session.client(), device.handle, key, options.value.c_str(),
+                                 static_cast<std::uint32_t>(options.value.size()));
+  }
+  require(result, "cannot set " + name + " of " + device.text());
+}
+
+}  // namespace
+
+void addAttributeCommands(CLI::App& app) {
+  std::string names = "Attributes:\n ";
+  std::size_t column = 1;
+  std::string previous;
+  for (const std::string_view descriptor : attributeDescriptors()) {
+    const std::string name = attributeName(descriptor);
+    if (name == previous) {
+      continue;  // the two forms of one name stand side by side
+    }
+    if (column + name.size() > 78) {
+      names += "\n ";
+      column = 1;
+    }
+    names += " " + name + ",";
+    column += name.size() + 2;
+    previous = name;
+  }
+  names.pop_back();
+
+  const auto getOptions = std::make_shared<Options>();
+  CLI::App* getVerb = app.add_subcommand("get", "Read an attribute of a stored device");
+  getVerb->add_option("KEY", getOptions->key, "The attribute's name, or its whole descriptor")->required();
+  getVerb->add_option("--device", getOptions->device,
+                      "The device's handle or port name; not needed for the only one of its kind");
+  getVerb->add_option("--kind", getOptions->kind, "printer, scanner or hid")
+      ->check(CLI::IsMember({"printer", "scanner", "hid"}))
+      ->capture_default_str();
+  getVerb->add_flag("--json", getOptions->json, "Print JSON");
+  getVerb->footer("Examples:\n  qvn get Portname\n  qvn get Vid --device 407 --kind scanner\n\n" + names);
+  getVerb->callback([getOptions] { get(*getOptions); });
+
+  const auto setOptions = std::make_shared<Options>();
+  CLI::App* setVerb = app.add_subcommand("set", "Change an attribute of a printer, if its transport agrees");
+  setVerb->add_option("KEY", setOptions->key, "The attribute's name, or its whole descriptor")->required();
+  setVerb->add_option("VALUE", setOptions->value, "A number, a text, or bytes in hexadecimal")->required();
+  setVerb->add_option("--device", setOptions->device,
+                      "The printer's handle or port name; not needed for the only printer");
+  setVerb->footer("Examples:\n  qvn set Portname LAB1 --device 7\n  qvn set TrueEndOfJob 1");
+  setVerb->callback([setOptions] { set(*setOptions); });
+}
+
+}  // namespace qvn::cli

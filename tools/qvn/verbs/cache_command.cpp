@@ -1,0 +1,69 @@
+// qvn cache: what a printer's status cache holds.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "shared/alerts/alert_words.h"
+#include "shared/client/devices.h"
+#include "shared/client/failure.h"
+#include "shared/client/status_cache.h"
+#include "shared/client/text_values.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+constexpr std::uint32_t kBusyEntry = 17;
+constexpr std::uint32_t kStatusEntry = 18;
+
+// What an entry says, in words; none for those that the library does not know.
+Json meaning(const alerts::CacheEntry& entry) {
+  if (entry.id == kBusyEntry && entry.bytes.size() == 1) {
+    return entry.bytes[0] != 0 ? "a job is open" : "no job is open";
+  }
+  if (entry.id == kStatusEntry && entry.bytes.size() == 2) {
+    return alerts::conditionWords(static_cast<std::uint16_t>(entry.bytes[0] << 8 | entry.bytes[1]));
+  }
+  return nullptr;
+}
+
+void showCache(const std::string& name, bool json, bool raw) {
+  const Session session;
+  const Device printer = selectPrinter(session, name);
+  require(QvnOpenPrinter(session.client(), printer.handle), "cannot open " + printer.text());
+  std::vector<std::uint8_t> cache;
+  const std::uint32_t result = readCache(session.client(), printer.handle, cache);
+  QvnClosePrinter(session.client(), printer.handle);
+  require(result, "cannot read the cache of " + printer.text());
+  if (raw) {
+    std::cout << formatHex(cache, " ") << '\n';
+    return;
+  }
+  Json entries = Json::array();
+  for (const alerts::CacheEntry& entry : alerts::cacheEntries(cache)) {
+    entries.push_back(
+        {{"entry", entry.id}, {"bytes", formatHex(entry.bytes, " ")}, {"meaning", meaning(entry)}});
+  }
+  printListing(entries, {"entry", "bytes", "meaning"}, json);
+}
+
+}  // namespace
+
+void addCacheCommand(CLI::App& app) {
+  struct Options {
+    std::string device;
+    bool json = false;
+    bool raw = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* verb = app.add_subcommand("cache", "Read and decode a printer's status cache");
+  verb->add_option("--device", options->device,
+                   "The printer's handle or port name; not needed for the only printer");
+  CLI::Option* const json = verb->add_flag("--json", options->json, "Print JSON");
+  verb->add_flag("--raw", options->raw, "Print the bytes as they are, in hexadecimal")->excludes(json);
+  verb->footer("Examples:\n  qvn cache\n  qvn cache --device LAB1 --json");
+  verb->callback([options] { showCache(options->device, options->json, options->raw); });
+}
+
+}  // namespace qvn::cli

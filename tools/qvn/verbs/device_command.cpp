@@ -1,0 +1,254 @@
+// qvn device: the stored devices.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "library_settings.h"
+#include "platform/threads/mutex.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
+#include "shared/client/attribute_table.h"
+#include "shared/client/devices.h"
+#include "shared/client/failure.h"
+#include "shared/client/text_values.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+struct ListOptions {
+  std::string kind;
+  std::string transport = "ALL_TRANSPORT";
+  bool json = false;
+  std::string address;
+  std::string portname;
+  std::string portType;
+};
+
+struct NamedDevice {
+  std::uint32_t handle = 0;
+  std::string kind;
+  bool json = false;
+};
+
+struct AddOptions {
+  std::string family;
+  std::string transport;
+  std::uint32_t handle = 0;
+  std::string address;
+  std::string portname;
+  std::string portType;
+  std::vector<std::string> attributes;  // NAME=VALUE
+};
+
+// The filter of an enumeration, which only printers have.
+std::string filterOf(const ListOptions& options) {
+  std::string filter;
+  for (const auto& [descriptor, value] :
+       {std::pair(attribute::kAddress, &options.address), std::pair(attribute::kPortname, &options.portname),
+        std::pair(attribute::kPortType, &options.portType)}) {
+    if (!value->empty()) {
+      AttributeCodec::setString(filter, descriptor, *value);
+    }
+  }
+  return filter;
+}
+
+void list(const ListOptions& options) {
+  const Session session;
+  const std::string filter = filterOf(options);
+  const std::string only = options.kind.empty() && !filter.empty() ? "printer" : options.kind;
+  if (!filter.empty() && only != "printer") {
+    throw UsageError("only printers are listed by address, port name or port type");
+  }
+  Json devices = Json::array();
+  for (const DeviceKind& kind : deviceKinds()) {
+    if (only.empty() || only == kind.name) {
+      for (const Device& device : listDevices(session, kind, options.transport, filter)) {
+        devices.push_back(describeDevice(session, device));
+      }
+    }
+  }
+  printDevices(devices, options.json);
+}
+
+void show(const NamedDevice& options) {
+  const Session session;
+  const Device device = selectDevice(session, options.handle, options.kind);
+  Json attributes = Json::object();
+  for (const std::string_view descriptor : attributeDescriptors()) {
+    const std::string name = attributeName(descriptor);
+    if (!attributes.contains(name)) {
+      if (const auto value = readAttribute(session, device, std::string(descriptor))) {
+        attributes[name] = *value;
+      }
+    }
+  }
+  if (options.json) {
+    printJson({{"kind", device.kind->name}, {"handle", device.handle}, {"attributes", attributes}});
+    return;
+  }
+  std::vector<std::vector<std::string>> rows;
+  for (const auto& [name, value] : attributes.items()) {
+    rows.push_back({name, cell(value)});
+  }
+  printTable({"ATTRIBUTE", "VALUE"}, rows);
+}
+
+void remove(const NamedDevice& options) {
+  const Session session;
+  const Device device = selectDevice(session, options.handle, options.kind);
+  require(device.kind->remove(session.client(), device.handle), "cannot remove " + device.text());
+}
+
+// Puts one value into an attribute text, read as the attribute's type says.
+void setAttribute(std::string& text, const std::string& descriptor, const std::string& value) {
+  const std::string name = attributeName(descriptor);
+  if (AttributeCodec::isLong(descriptor)) {
+    const auto number = parseNumber(value);
+    if (!number) {
+      throw UsageError(name + " is a number, '" + value + "' is none");
+    }
+    AttributeCodec::setLong(text, descriptor, *number);
+  } else if (AttributeCodec::isByteArray(descriptor)) {
+    const auto bytes = parseHex(value);
+    if (!bytes) {
+      throw UsageError(name + " is bytes in hexadecimal, '" + value + "' is not");
+    }
+    AttributeCodec::setByteArray(text, descriptor, reinterpret_cast<const std::uint8_t*>(bytes->data()),
+                                 static_cast<std::uint32_t>(bytes->size()));
+  } else {
+    if (value.find("</" + name + ">") != std::string::npos) {
+      throw UsageError("a value of " + name + " cannot contain '</" + name + ">'");
+    }
+    AttributeCodec::setString(text, descriptor, value);
+  }
+}
+
+std::string attributeText(const AddOptions& options) {
+  std::string text;
+  setAttribute(text, attribute::kDevice, options.family);
+  setAttribute(text, attribute::kTransport, options.transport);
+  AttributeCodec::setLong(text, attribute::kHandle, options.handle);
+  const std::pair<const char*, const std::string&> optional[] = {{attribute::kAddress, options.address},
+                                                                 {attribute::kPortname, options.portname},
+                                                                 {attribute::kPortType, options.portType}};
+  for (const auto& [descriptor, value] : optional) {
+    if (!value.empty()) {
+      setAttribute(text, descriptor, value);
+    }
+  }
+  for (const std::string& attribute : options.attributes) {
+    const std::size_t equals = attribute.find('=');
+    if (equals == std::string::npos) {
+      throw UsageError("--set takes NAME=VALUE, not '" + attribute + "'");
+    }
+    setAttribute(text, findDescriptor(attribute.substr(0, equals)), attribute.substr(equals + 1));
+  }
+  return text;
+}
+
+// Writes under the lock that every store operation of the library takes.
+void store(const DeviceKind& kind, std::uint32_t handle, const std::string& text) {
+  platform::ErrorCode error = platform::kSuccess;
+  const auto lock = platform::NamedMutex::create("persistenceStoreMutex", false, {true, false}, error);
+  if (!lock) {
+    throw Failure("cannot lock the device stores", error);
+  }
+  lock->acquire(platform::kInfinite);
+  struct Release {
+    platform::NamedMutex& mutex;
+    ~Release() { mutex.release(); }
+  } release{*lock};
+  const std::string name = std::to_string(handle);
+  if (readLibraryValue(kind.store, name)) {
+    throw Failure(std::string(kind.name) + " " + name + " is stored already", QRN_ERROR_DUP_NAME);
+  }
+  writeLibraryValue(kind.store, name, {platform::registry::ValueType::String, text});
+}
+
+void add(const AddOptions& options) {
+  if (options.handle == 0) {
+    throw UsageError("a handle is a number from 1 up");
+  }
+  const Session session;
+  const std::string text = attributeText(options);
+  for (const DeviceFamily& family : deviceFamilies()) {
+    if (options.family != family.name) {
+      continue;
+    }
+    const DeviceKind& kind = kindNamed(family.kind);
+    if (&kind == &deviceKinds().front() && !options.portname.empty()) {
+      require(QvnValidatePortName(session.client(), options.portname.c_str()),
+              "the port name '" + options.portname + "' cannot be used");
+    }
+    store(kind, options.handle, text);
+  }
+}
+
+void addDeviceArguments(CLI::App* verb, NamedDevice& options) {
+  verb->add_option("HANDLE", options.handle, "The device's handle")->required();
+  verb->add_option("--kind", options.kind, "printer, scanner or hid; needed when several have the handle")
+      ->check(CLI::IsMember({"printer", "scanner", "hid"}));
+}
+
+}  // namespace
+
+void addDeviceCommand(CLI::App& app) {
+  CLI::App* verb = app.add_subcommand("device", "Add, list, show and remove stored devices");
+  verb->require_subcommand(1);
+  verb->footer(
+      "Examples:\n"
+      "  qvn device list\n"
+      "  qvn device show 7 --json\n"
+      "  qvn device add --family CpdPrinter --transport IPv4 --handle 7 --address 192.0.2.17 --portname "
+      "LAB1\n"
+      "  qvn device remove 7");
+
+  const auto listOptions = std::make_shared<ListOptions>();
+  CLI::App* listVerb = verb->add_subcommand("list", "List the stored devices of the registered transports");
+  listVerb->add_option("--kind", listOptions->kind, "Only printer, scanner or hid")
+      ->check(CLI::IsMember({"printer", "scanner", "hid"}));
+  listVerb
+      ->add_option("--transport", listOptions->transport,
+                   "Only of this transport, registered or not, or of this kind of transport")
+      ->capture_default_str();
+  listVerb->add_option("--address", listOptions->address, "Only printers with this address");
+  listVerb->add_option("--portname", listOptions->portname,
+                       "Only the printer with this port name, in any case");
+  listVerb->add_option("--port-type", listOptions->portType, "Only printers with this type of port");
+  listVerb->add_flag("--json", listOptions->json, "Print JSON");
+  listVerb->callback([listOptions] { list(*listOptions); });
+
+  const auto showOptions = std::make_shared<NamedDevice>();
+  CLI::App* showVerb = verb->add_subcommand("show", "Show the attributes of a device");
+  addDeviceArguments(showVerb, *showOptions);
+  showVerb->add_flag("--json", showOptions->json, "Print JSON");
+  showVerb->callback([showOptions] { show(*showOptions); });
+
+  const auto removeOptions = std::make_shared<NamedDevice>();
+  CLI::App* removeVerb = verb->add_subcommand("remove", "Forget a device");
+  addDeviceArguments(removeVerb, *removeOptions);
+  removeVerb->callback([removeOptions] { remove(*removeOptions); });
+
+  const auto addOptions = std::make_shared<AddOptions>();
+  std::vector<std::string> families;
+  for (const DeviceFamily& family : deviceFamilies()) {
+    families.emplace_back(family.name);
+  }
+  CLI::App* addVerb = verb->add_subcommand("add", "Store a device that no discovery finds");
+  addVerb->add_option("--family", addOptions->family, "The family of the device's driver")
+      ->required()
+      ->check(CLI::IsMember(families));
+  addVerb->add_option("--transport", addOptions->transport, "The transport that reaches it")->required();
+  addVerb->add_option("--handle", addOptions->handle, "A handle that no device of its kind has")->required();
+  addVerb->add_option("--address", addOptions->address, "Where the transport finds it");
+  addVerb->add_option("--portname", addOptions->portname, "The name that people print to");
+  addVerb->add_option("--port-type", addOptions->portType, "Its type of port");
+  addVerb->add_option("--set", addOptions->attributes, "Another attribute, NAME=VALUE; may be repeated")
+      ->allow_extra_args(false);
+  addVerb->callback([addOptions] { add(*addOptions); });
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,52 @@
+// qvn discover: finds devices and stores them.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "shared/client/devices.h"
+#include "shared/client/failure.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+struct Options {
+  std::string transport = "ALL_TRANSPORT";
+  std::string text;
+  bool json = false;
+};
+
+void discover(const Options& options) {
+  const Session session;
+  require(QvnDiscovery(session.client(), options.transport.c_str(), options.text.c_str()),
+          "the discovery over " + options.transport + " failed");
+  Json devices = Json::array();
+  for (const DeviceKind& kind : deviceKinds()) {
+    for (const Device& device : listDevices(session, kind, options.transport)) {
+      devices.push_back(describeDevice(session, device));
+    }
+  }
+  printDevices(devices, options.json);
+}
+
+}  // namespace
+
+void addDiscoverCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* verb = app.add_subcommand("discover", "Find devices, store them and list what is stored then");
+  verb->add_option("--transport", options->transport,
+                   "A transport's name, LOCAL_TRANSPORT, NETWORK_TRANSPORT or ALL_TRANSPORT")
+      ->capture_default_str();
+  verb->add_option("OPTIONS", options->text, "What to look for, in the words of the transport");
+  verb->add_flag("--json", options->json, "Print JSON");
+  verb->footer(
+      "Examples:\n"
+      "  qvn discover\n"
+      "  qvn discover --transport IPv4 192.0.2.17\n"
+      "  qvn discover --transport IPv4 192.0.2.20-192.0.2.40,dns-sd\n"
+      "  qvn discover --transport IPv4 127.0.0.1:9100 --json");
+  verb->callback([options] { discover(*options); });
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,63 @@
+// qvn install: sets the library up on this machine.
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <system_error>
+
+#include "library_settings.h"
+#include "platform/files/paths.h"
+#include "qvn/qvn.h"
+#include "shared/client/failure.h"
+#include "shared/client/session.h"
+#include "shared/registry-script/registry_script.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+// The library reports nothing of the script that it has imported, so it is looked at before.
+void checkScript() {
+  std::string path;
+  require(platform::systemDirectory(path), "cannot make the system directory");
+  const std::filesystem::path file = findRegistryScript(path + "\\qr__.loc");
+  try {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+      throw std::system_error(errno, std::generic_category());
+    }
+    parseRegistryScript(readRegistryScript(in));
+  } catch (const RegistryScriptError& error) {
+    throw Failure(file.string() + ": " + error.what() + "; nothing was installed");
+  } catch (const std::system_error& error) {
+    throw Failure("cannot read the registry script '" + file.string() + "': " + error.code().message());
+  }
+}
+
+void install() {
+  checkScript();
+  {
+    const Session session;  // for the log
+    QvnInstall();
+  }
+  platform::registry::Key root;
+  require(platform::registry::openKey(platform::registry::Hive::LocalMachine, libraryKey(""), root),
+          "the registry script was not imported");
+}
+
+}  // namespace
+
+void addInstallCommand(CLI::App& app) {
+  CLI::App* verb = app.add_subcommand("install", "Set the library up: settings, transports");
+  verb->footer(
+      "Imports the registry script qr__.loc and installs the transports that are registered then. The "
+      "script\n"
+      "is the one in the system directory below QVN_HOME, or the one that came with the library. Settings\n"
+      "that are there already stay. A transport that could not be installed is in the log.\n\n"
+      "Examples:\n"
+      "  qvn install");
+  verb->callback([] { install(); });
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,43 @@
+// qvn monitor: the print monitor.
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "library_settings.h"
+#include "qvn/qvn.h"
+#include "shared/client/failure.h"
+#include "shared/client/session.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+void add() {
+  if (!readLibraryValue("Runtime\\", "DefaultModelName")) {
+    throw Failure(
+        "the default model, after which the print monitor is named, has no name; 'qvn install' and "
+        "'qvn settings set DefaultModelName NAME' give it one",
+        QRN_ERROR_NOT_FOUND);
+  }
+  const Session session;
+  const std::uint32_t result = QvnAddMonitor();
+  if (result == QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED || result == QRN_ERROR_ALREADY_EXISTS) {
+    std::cout << "the print monitor is registered already\n";
+    return;
+  }
+  require(result, "cannot register the print monitor");
+}
+
+}  // namespace
+
+void addMonitorCommand(CLI::App& app) {
+  CLI::App* verb = app.add_subcommand("monitor", "Register the print monitor");
+  verb->require_subcommand(1);
+  verb->footer(
+      "Examples:\n"
+      "  qvn monitor add");
+  CLI::App* addVerb = verb->add_subcommand("add", "Register the print monitor with the spooler");
+  addVerb->callback([] { add(); });
+}
+
+}  // namespace qvn::cli

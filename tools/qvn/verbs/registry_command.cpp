@@ -1,0 +1,106 @@
+// qvn registry: the registry as a script.
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <system_error>
+
+#include "library_settings.h"
+#include "shared/client/failure.h"
+#include "shared/registry-script/registry_script.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+// Writes the file beside its place first, so that a copy saved before is lost only to a whole one. What is no
+// plain file, /dev/stdout for one, is written as it is.
+void writeWhole(const std::string& file, const std::string& text) {
+  std::error_code ignored;
+  const std::filesystem::file_status status = std::filesystem::symlink_status(file, ignored);
+  const bool plain = !exists(status) || is_regular_file(status);
+  const std::string target = plain ? file + ".part" : file;
+  std::ofstream out(target, std::ios::binary | std::ios::trunc);
+  std::error_code error;
+  if (!(out << text) || !out.flush()) {
+    error = std::error_code(errno, std::generic_category());
+  }
+  out.close();
+  if (!error && plain) {
+    std::filesystem::rename(target, file, error);
+  }
+  if (!error) {
+    return;
+  }
+  if (plain) {
+    std::filesystem::remove(target, ignored);
+  }
+  throw Failure("cannot write '" + file + "': " + error.message());
+}
+
+void exportScript(const std::string& file, const std::string& key) {
+  std::string script;
+  require(writeRegistryScript(key, script), "cannot read the key '" + key + "'");
+  if (file == "-") {
+    std::cout << script;
+    return;
+  }
+  writeWhole(file, script);
+}
+
+void importScript(const std::string& file) {
+  std::ifstream stream;
+  if (file != "-") {
+    stream.open(file, std::ios::binary);
+    if (!stream) {
+      throw Failure("cannot read '" + file + "': " + std::strerror(errno));
+    }
+  }
+  std::size_t line = 0;
+  std::uint32_t result = 0;
+  try {
+    const std::string script = readRegistryScript(file == "-" ? std::cin : stream);
+    result = applyRegistryChanges(parseRegistryScript(script), line);
+  } catch (const RegistryScriptError& error) {
+    throw Failure(file + ": " + error.what() + "; nothing was imported");
+  } catch (const std::system_error& error) {
+    throw Failure("cannot read '" + file + "': " + error.code().message());
+  }
+  const std::string where = line == 0 ? "" : " at line " + std::to_string(line);
+  require(result, "nothing was imported from '" + file + "'; it failed" + where);
+}
+
+}  // namespace
+
+void addRegistryCommand(CLI::App& app) {
+  struct Options {
+    std::string file = "-";
+    std::string key;
+  };
+  const auto options = std::make_shared<Options>();
+  options->key = libraryKey("");
+  options->key.pop_back();
+  CLI::App* verb = app.add_subcommand("registry", "Save the registry as a script, or carry a script out");
+  verb->require_subcommand(1);
+  verb->footer(
+      "An import is made whole or not at all; it changes what the script names and leaves the rest.\n\n"
+      "Examples:\n"
+      "  qvn registry export saved.qvnreg\n"
+      "  qvn registry export --key 'Software\\Quorin Tools'\n"
+      "  qvn registry import saved.qvnreg");
+
+  CLI::App* exportVerb = verb->add_subcommand("export", "Write a key and everything below it");
+  exportVerb->add_option("FILE", options->file, "Where to; - is standard output")->capture_default_str();
+  exportVerb->add_option("--key", options->key, "The key")->capture_default_str();
+  exportVerb->callback([options] { exportScript(options->file, options->key); });
+
+  CLI::App* importVerb = verb->add_subcommand("import", "Make the changes of a script");
+  importVerb->add_option("FILE", options->file, "The script; - is standard input")->required();
+  importVerb->callback([options] { importScript(options->file); });
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,209 @@
+// qvn settings: the values in the registry that the library reads.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "library_settings.h"
+#include "shared/client/failure.h"
+#include "shared/client/output.h"
+#include "shared/client/text_values.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+namespace registry = platform::registry;
+
+enum class Type { Number, Mask, Bytes, Text };
+
+struct Setting {
+  const char* name;
+  const char* key;
+  Type type;
+  const char* byDefault;  // as it is shown; "" when there is none
+  const char* meaning;
+};
+
+constexpr Setting kSettings[] = {
+    {"CpdPrinterMwo", "Settings\\", Type::Number, "1",
+     "1: print data of Cpd printers is buffered and sent by a thread"},
+    {"MwoBufferHwm", "Settings\\", Type::Number, "10",
+     "buffers that wait before the writing program is slowed down"},
+    {"MwoBufferLwm", "Settings\\", Type::Number, "5",
+     "buffers that wait when it goes on; less than MwoBufferHwm"},
+    {"AIOLockEnabled", "Settings\\", Type::Number, "0",
+     "1: a Cpd printer is locked against copying for a job's time"},
+    {"CpdPrinterDate", "Settings\\", Type::Number, "0",
+     "1: Cpd printers are told the date at the start of a job"},
+    {"CpdPrinterHostId", "Settings\\", Type::Bytes, "",
+     "6 bytes that name this machine beside the date; drawn once"},
+    {"TeojInterval", "Settings\\", Type::Number, "1000",
+     "ms between two questions whether a Cpd job has come out"},
+    {"TeojDuration", "Settings\\", Type::Number, "60000", "ms after which they end"},
+    {"JobAccountMarker", "Settings\\", Type::Number, "500",
+     "leading bytes of a Bpd job searched for an account number"},
+    {"ScanCancelWaitDuration", "Settings\\", Type::Number, "60000",
+     "ms that a cancelled Cpd scan waits for its last status"},
+    {"CpdScanPerformanceNotifications", "Settings\\", Type::Number, "0",
+     "1: Cpd scanners notify the progress of a scan"},
+    {"Usb1BpdScanTimeoutMultiplier", "Usb1\\Settings\\", Type::Number, "",
+     "factor of a Bpd scan job's time limit"},
+    {"NpaTimeout", "Ip1\\Settings\\", Type::Number, "5000",
+     "IPv4: ms until a device has accepted a connection"},
+    {"NpaWriteTimeout", "Ip1\\Settings\\", Type::Number, "10000", "IPv4: ms until a packet has gone out"},
+    {"ReadTimeout", "Ip1\\Settings\\", Type::Number, "15000", "IPv4: ms from a packet to its reply"},
+    {"PJLWriteTimeout", "Ip1\\Settings\\", Type::Number, "30000",
+     "IPv4: ms without the device taking any print data"},
+    {"9200UnicastDiscoveryTimeout", "Ip1\\Settings\\", Type::Number, "1000",
+     "IPv4: ms that a discovery waits for answers"},
+    {"DeleteStoreOnUninstall", "Settings\\", Type::Number, "0",
+     "1: uninstalling also deletes what installations share"},
+    {"DefaultModelId", "Runtime\\", Type::Number, "0",
+     "the default model: USB vendor id times 65536 plus product id"},
+    {"DefaultModelName", "Runtime\\", Type::Text, "", "its name, from which the print monitor takes its own"},
+    {"startLog", "Logger", Type::Number, "0", "1: more than errors is logged; takes effect within 10 s"},
+    {"All", "Logger", Type::Mask, "0xFFFFFFFF",
+     "log levels of every component: 1 errors, 2 calls, 4, 8 details"},
+    {"Server", "Logger", Type::Mask, "0x00000000",
+     "further levels of the functions, transports, printers, scanners"},
+    {"ServerHid", "Logger", Type::Mask, "0x00000000", "further levels of HIDs"},
+    {"Bidi", "Logger", Type::Mask, "0xFFFFFFFF", "further levels of exchanges with devices"},
+    {"COMServer", "Logger", Type::Mask, "0x00000000", "further levels of the print monitor's installation"},
+    {"PrintMonitor", "Logger", Type::Mask, "0xFFFFFFFF", "further levels of the print monitor's start event"},
+    {"Shared", "Logger", Type::Mask, "0x00000000", "further levels of shared parts"},
+    {"Clocktime_In_Header", "Logger", Type::Number, "1", "1: log lines begin with the local time"},
+    {"Proc_Id_In_Header", "Logger", Type::Number, "0", "1: log lines tell the process"},
+    {"Thread_Id_In_Header", "Logger", Type::Number, "0", "1: log lines tell the thread"},
+};
+
+// The setting of that name, or one for a path below the library's root such as Par1\Settings\ReadTimeout.
+struct Named {
+  std::string key;
+  std::string name;
+  Type type;
+  std::string byDefault;
+};
+
+Named findSetting(const std::string& name) {
+  const std::size_t backslash = name.rfind('\\');
+  if (backslash != std::string::npos) {
+    return {name.substr(0, backslash + 1), name.substr(backslash + 1), Type::Number, ""};
+  }
+  for (const Setting& setting : kSettings) {
+    if (name == setting.name) {
+      return {setting.key, setting.name, setting.type, setting.byDefault};
+    }
+  }
+  throw UsageError("there is no setting '" + name +
+                   "': 'qvn settings list' shows them; one of a transport is named with its key, "
+                   "as in 'Par1\\Settings\\ReadTimeout'");
+}
+
+std::string shown(const registry::Value& value, Type type) {
+  if (const auto number = numberOf(value)) {
+    if (type != Type::Mask) {
+      return std::to_string(*number);
+    }
+    const auto byte = [&](int shift) { return static_cast<char>(*number >> shift & 0xFF); };
+    return "0x" + formatHex(std::string{byte(24), byte(16), byte(8), byte(0)});
+  }
+  return value.type == registry::ValueType::Binary ? formatHex(value.data) : value.data;
+}
+
+registry::Value parsed(const Named& setting, const std::string& text) {
+  switch (setting.type) {
+    case Type::Bytes: {
+      const auto bytes = parseHex(text);
+      if (!bytes) {
+        throw UsageError(setting.name + " is bytes in hexadecimal, '" + text + "' is not");
+      }
+      return {registry::ValueType::Binary, *bytes};
+    }
+    case Type::Text:
+      return {registry::ValueType::String, text};
+    case Type::Number:
+    case Type::Mask:
+      break;
+  }
+  const auto number = parseNumber(text);
+  if (!number) {
+    throw UsageError(setting.name + " is a number, '" + text + "' is none");
+  }
+  return dwordValue(*number);
+}
+
+// A number where it is one, for programs.
+Json asJson(const std::string& text, Type type) {
+  const auto number = type == Type::Number || type == Type::Mask ? parseNumber(text) : std::nullopt;
+  return number ? Json(*number) : Json(text);
+}
+
+void list(bool json) {
+  Json settings = Json::array();
+  for (const Setting& setting : kSettings) {
+    const auto value = readLibraryValue(setting.key, setting.name);
+    const std::string text = value ? shown(*value, setting.type) : setting.byDefault;
+    settings.push_back({{"name", setting.name},
+                        {"value", json ? asJson(text, setting.type) : Json(text)},
+                        {"default", json ? asJson(setting.byDefault, setting.type) : Json(setting.byDefault)},
+                        {"key", setting.key},
+                        {"meaning", setting.meaning}});
+  }
+  if (json) {
+    printJson(settings);
+  } else {
+    printListing(settings, {"name", "value", "default", "meaning"}, false);
+  }
+}
+
+void get(const std::string& name) {
+  const Named setting = findSetting(name);
+  const auto value = readLibraryValue(setting.key, setting.name);
+  if (!value && setting.byDefault.empty()) {
+    throw Failure("the setting '" + name + "' has no value", platform::kFileNotFound);
+  }
+  std::cout << (value ? shown(*value, setting.type) : setting.byDefault) << '\n';
+}
+
+void set(const std::string& name, const std::string& text) {
+  const Named setting = findSetting(name);
+  writeLibraryValue(setting.key, setting.name, parsed(setting, text));
+}
+
+}  // namespace
+
+void addSettingsCommand(CLI::App& app) {
+  struct Options {
+    std::string name;
+    std::string value;
+    bool json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* verb = app.add_subcommand("settings", "List, read and change the library's settings");
+  verb->require_subcommand(1);
+  verb->footer(
+      "A running program sees most changes at its next use of the setting.\n\n"
+      "Examples:\n"
+      "  qvn settings list\n"
+      "  qvn settings get TeojDuration\n"
+      "  qvn settings set CpdPrinterMwo 0\n"
+      "  qvn settings set 'Par1\\Settings\\ReadTimeout' 5000");
+
+  CLI::App* listVerb = verb->add_subcommand("list", "List the settings with value, default and meaning");
+  listVerb->add_flag("--json", options->json, "Print JSON");
+  listVerb->callback([options] { list(options->json); });
+
+  CLI::App* getVerb = verb->add_subcommand("get", "Print one setting's value, or its default");
+  getVerb->add_option("NAME", options->name, "The setting's name")->required();
+  getVerb->callback([options] { get(options->name); });
+
+  CLI::App* setVerb = verb->add_subcommand("set", "Change one setting");
+  setVerb->add_option("NAME", options->name, "The setting's name")->required();
+  setVerb
+      ->add_option("VALUE", options->value, "A number, decimal or with 0x, a text, or bytes in hexadecimal")
+      ->required();
+  setVerb->callback([options] { set(options->name, options->value); });
+}
+
+}  // namespace qvn::cli

@@ -1,0 +1,103 @@
+// qvn transport: the registered transport modules.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "library_settings.h"
+#include "qvn/qvn.h"
+#include "shared/client/failure.h"
+#include "shared/client/output.h"
+#include "shared/client/session.h"
+#include "verbs/commands.h"
+
+namespace qvn::cli {
+
+namespace {
+
+constexpr std::pair<const char*, const char*> kKinds[] = {{"Transports\\Local", "LOCAL_TRANSPORT"},
+                                                          {"Transports\\Network", "NETWORK_TRANSPORT"}};
+
+struct RegisteredTransport {
+  std::string name;
+  std::string kind;
+  std::string module;
+};
+
+// No exported function lists them.
+std::vector<RegisteredTransport> registeredTransports() {
+  std::vector<RegisteredTransport> transports;
+  for (const auto& [key, kind] : kKinds) {
+    for (const auto& [name, value] : listLibraryValues(key)) {
+      transports.push_back({name, kind, value.data});
+    }
+  }
+  return transports;
+}
+
+bool isRegistered(const std::string& nameOrModule) {
+  const auto transports = registeredTransports();
+  return std::any_of(transports.begin(), transports.end(), [&](const RegisteredTransport& transport) {
+    return transport.name == nameOrModule || transport.module == nameOrModule;
+  });
+}
+
+void add(const std::string& module) {
+  const Session session;
+  require(QvnAddTransport(module.c_str()), "cannot add the transport module '" + module + "'");
+}
+
+void remove(const std::string& name) {
+  const Session session;
+  if (!isRegistered(name)) {
+    throw Failure("no transport '" + name + "' is registered", QRN_ERROR_NOT_FOUND);
+  }
+  // The library looks for a module of that name only when the keys of both kinds are there.
+  for (const auto& [key, kind] : kKinds) {
+    makeLibraryKey(key);
+  }
+  // It goes on to look for a module of the same name, and answers how that went; what counts is
+  // whether the registration is gone.
+  const std::uint32_t result = QvnRemoveTransport(name.c_str());
+  if (isRegistered(name)) {
+    throw Failure("cannot remove the transport '" + name + "'", result);
+  }
+}
+
+void list(bool json) {
+  Json transports = Json::array();
+  for (const RegisteredTransport& transport : registeredTransports()) {
+    transports.push_back({{"name", transport.name}, {"kind", transport.kind}, {"module", transport.module}});
+  }
+  printListing(transports, {"name", "kind", "module"}, json);
+}
+
+}  // namespace
+
+void addTransportCommand(CLI::App& app) {
+  struct Options {
+    std::string name;
+    bool json = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App* verb = app.add_subcommand("transport", "Add, remove and list transport modules");
+  verb->require_subcommand(1);
+  verb->footer(
+      "Examples:\n"
+      "  qvn transport add qvn_ipv4.so\n"
+      "  qvn transport list --json\n"
+      "  qvn transport remove IPv4");
+
+  CLI::App* addVerb = verb->add_subcommand("add", "Register a module, install it and discover its devices");
+  addVerb->add_option("MODULE", options->name, "The module's file name, or a path with a slash")->required();
+  addVerb->callback([options] { add(options->name); });
+
+  CLI::App* removeVerb = verb->add_subcommand("remove", "Take a registration away; stored devices stay");
+  removeVerb->add_option("NAME", options->name, "The transport's name or its module's file name")->required();
+  removeVerb->callback([options] { remove(options->name); });
+
+  CLI::App* listVerb = verb->add_subcommand("list", "List the registered transports");
+  listVerb->add_flag("--json", options->json, "Print JSON");
+  listVerb->callback([options] { list(options->json); });
+}
+
+}  // namespace qvn::cli

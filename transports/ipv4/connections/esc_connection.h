@@ -1,0 +1,31 @@
+// The "bidi" connection of a scanner: sends ESC commands and brings what the scanner sends.
+#pragma once
+
+#include <memory>
+
+#include "connections/session_connection.h"
+#include "qvn/transport/data.h"
+#include "sessions/esc_session.h"
+
+namespace qvn::ipv4 {
+
+// Connected anew, the scanner has forgotten what it was told before: the parameters of a scan and a lock end
+// with their connection.
+class EscConnection : public SessionConnection<EscSession> {
+ public:
+  using SessionConnection::SessionConnection;
+
+  // Sends all of the data without waiting for a reply. What went out is consumed and counted: 1460 when the
+  // scanner took nothing for the time-out, 64 when it ended the connection, 1229 when it is not open.
+  void write(Data& data) override;
+
+  // Sends the request, and waits for its reply if there is to be one. Returns 0 when the exchange was carried
+  // out, with the request's code 0, or 1460 for no reply; else the code of both. The request's count is the
+  // number of bytes sent: all or, on failure, 0. Any thread but the one that delivers; threads take turns.
+  std::uint32_t exchange(Data& request, Device& device);
+
+ private:
+  std::uint32_t readySession(esc::Bytes bytes, std::shared_ptr<EscSession>& session);
+};
+
+}  // namespace qvn::ipv4

@@ -1,0 +1,12 @@
+#include "connections/hid_connection.h"
+
+namespace qvn::ipv4 {
+
+std::uint32_t HidConnection::revive(Device& device) {
+  const std::lock_guard<std::mutex> turn(turn_);
+  setDevice(DeviceReference(device));
+  std::shared_ptr<HidSession> session;
+  return readySession([](const HidSession&) { return true; }, [](HidSession&) {}, session);
+}
+
+}  // namespace qvn::ipv4

@@ -1,0 +1,17 @@
+// The "alert" connection of a HID, on which it sends its reports and events.
+#pragma once
+
+#include "connections/session_connection.h"
+#include "sessions/hid_session.h"
+
+namespace qvn::ipv4 {
+
+class HidConnection : public SessionConnection<HidSession> {
+ public:
+  using SessionConnection::SessionConnection;
+
+  // Connects anew when the HID has ended the connection. 0, or why it could not.
+  std::uint32_t revive(Device& device);
+};
+
+}  // namespace qvn::ipv4

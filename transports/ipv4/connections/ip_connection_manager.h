@@ -1,0 +1,56 @@
+// The connections of all devices, by device and name.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <tuple>
+
+#include "connections/ip_connection.h"
+#include "qvn/transport/connection_manager.h"
+#include "sessions/retired_sessions.h"
+
+namespace qvn::ipv4 {
+
+// Ports and address come from the attribute text: "Address", "IpPort" (print data), "ChannelId" (a printer's
+// NPA packets, a scanner's commands or documents, a HID's reports). A printer's alerts come on the bidi
+// connection, so "alert" is another name for it; a HID has "alert" and no "bidi". A printer without a
+// "ChannelId", or with 0, takes print data only: its bidi connection opens without connecting anywhere,
+// because many a raw printer takes one connection at a time, and that one is for the job. "cache" and
+// "configuration" need no channel; a connection of an unknown name cannot be opened (1).
+class IpConnectionManager : public ConnectionManager {
+ public:
+  Connectable* getConnection(const std::string& deviceAttributes, const std::string& connectionName) override;
+  void releaseConnection(Connectable* connection) override;
+
+  // Closes everything and waits for the threads.
+  void closeAll();
+
+ private:
+  struct Key {
+    std::string family;  // handles are unique per kind of device
+    std::uint32_t handle = 0;
+    std::string name;
+    bool hasChannel = true;  // false: a bidi connection of a device that has no port for it
+
+    friend bool operator<(const Key& left, const Key& right) {
+      return std::tie(left.family, left.handle, left.name, left.hasChannel) <
+             std::tie(right.family, right.handle, right.name, right.hasChannel);
+    }
+  };
+  struct Entry {
+    std::unique_ptr<IpConnection> connection;
+    std::uint32_t holders = 0;
+  };
+
+  std::unique_ptr<IpConnection> makeConnection(const Key& key);
+  void dropUnusedLocked();
+
+  RetiredSessions retired_;  // outlives the connections
+  std::mutex mutex_;
+  std::map<Key, Entry> entries_;
+};
+
+}  // namespace qvn::ipv4

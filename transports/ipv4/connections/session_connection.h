@@ -1,0 +1,132 @@
+// A connection that is one session at a time.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "base/ip_settings.h"
+#include "connections/ip_connection.h"
+#include "qvn/transport/device.h"
+#include "sessions/retired_sessions.h"
+
+namespace qvn::ipv4 {
+
+// Connected from the first open until the last close, and on while it is tagged. A session that the device
+// ended, or that the next use cannot be trusted to, is replaced by a new one before that use.
+template <typename SessionType>
+class SessionConnection : public IpConnection {
+ public:
+  explicit SessionConnection(RetiredSessions& retired) : retired_(retired) {}
+  ~SessionConnection() override { retired_.retire(std::move(session_)); }
+
+  void setEndpoint(const Endpoint& endpoint) override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    endpoint_ = endpoint;
+  }
+
+  // Who gets what comes unasked, a device, until the slot gets null.
+  bool setChild(std::uint32_t index, Connectable* child) override {
+    if (index == 0) {
+      auto* const device = static_cast<Device*>(child);
+      setDevice(device != nullptr ? DeviceReference(*device) : DeviceReference());
+    }
+    return IpConnection::setChild(index, child);
+  }
+
+  std::uint32_t doOpen() override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    timeouts_ = currentTimeouts();
+    if (session_ == nullptr || !session_->isAlive()) {
+      std::shared_ptr<SessionType> session;
+      const std::uint32_t rc = startSession(endpoint_, timeouts_, device_, session);
+      if (rc != QRN_ERROR_SUCCESS) return rc;
+      retired_.retire(std::exchange(session_, std::move(session)));
+    }
+    opened_ = true;
+    return QRN_ERROR_SUCCESS;
+  }
+
+  std::uint32_t doClose() override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    opened_ = false;
+    if (!isWantedLocked()) endSessionLocked();
+    return QRN_ERROR_SUCCESS;
+  }
+
+  void setTag(std::uint32_t tag) override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Connectable::setTag(tag);
+    if (!isWantedLocked()) endSessionLocked();
+  }
+
+ protected:
+  void setDevice(const DeviceReference& device) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    device_ = device;
+    if (session_ != nullptr) session_->setDevice(device);
+  }
+
+  // The session to use, with turn_ held: a new one when the old one has ended or `isUsable` says no, after
+  // `prepare` has been done to it.
+  template <typename IsUsable, typename Prepare>
+  std::uint32_t readySession(const IsUsable& isUsable, const Prepare& prepare,
+                             std::shared_ptr<SessionType>& session) {
+    Endpoint endpoint;
+    Timeouts timeouts;
+    DeviceReference device;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      session = session_;
+      endpoint = endpoint_;
+      timeouts = timeouts_;
+      device = device_;
+    }
+    if (session == nullptr) return kNotConnected;
+    if (session->isAlive() && isUsable(*session)) return QRN_ERROR_SUCCESS;
+    // The old one goes first: the device may take only one connection, or hold a lock for it.
+    session->close();
+    std::shared_ptr<SessionType> made;
+    const std::uint32_t rc = startSession(endpoint, timeouts, device, made);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    prepare(*made);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!isWantedLocked() || session_ != session) {
+      retired_.retire(std::move(made));
+      return kConnectionAborted;
+    }
+    made->setDevice(device_);
+    session_ = made;
+    retired_.retire(std::exchange(session, std::move(made)));
+    return QRN_ERROR_SUCCESS;
+  }
+
+  std::mutex turn_;  // one use of the session at a time; taken before mutex_
+
+ private:
+  // 0 and a session on a new connection, whose threads run, or why not.
+  static std::uint32_t startSession(const Endpoint& endpoint, const Timeouts& timeouts,
+                                    const DeviceReference& device, std::shared_ptr<SessionType>& session) {
+    TcpSocket socket;
+    std::uint32_t rc = socket.connect(endpoint, timeouts.connect);
+    if (rc != QRN_ERROR_SUCCESS) return rc;
+    auto made = std::make_shared<SessionType>(std::move(socket), timeouts, device);
+    rc = made->startThreads();
+    if (rc == QRN_ERROR_SUCCESS) session = std::move(made);
+    return rc;
+  }
+
+  void endSessionLocked() { retired_.retire(std::exchange(session_, nullptr)); }
+  bool isWantedLocked() const { return opened_ || getTag() != 0; }
+
+  RetiredSessions& retired_;
+
+  std::mutex mutex_;  // guards what follows
+  Endpoint endpoint_;
+  Timeouts timeouts_{};
+  DeviceReference device_;
+  bool opened_ = false;
+  std::shared_ptr<SessionType> session_;
+};
+
+}  // namespace qvn::ipv4

@@ -1,0 +1,43 @@
+#include <initializer_list>
+#include <string_view>
+
+#include "base/transport_identity.h"
+#include "discovery/services.h"
+
+namespace qvn::ipv4 {
+namespace {
+
+std::string_view textOf(const Service& service, const char* key) {
+  const auto found = service.texts.find(key);
+  return found == service.texts.end() ? std::string_view() : found->second;
+}
+
+// "product" comes in parentheses, as PostScript has it.
+std::string_view withoutParentheses(std::string_view text) {
+  const bool enclosed = text.size() >= 2 && text.front() == '(' && text.back() == ')';
+  return enclosed ? text.substr(1, text.size() - 2) : text;
+}
+
+// Empty when none may be used.
+std::string firstPlain(std::initializer_list<std::string_view> texts) {
+  for (const std::string_view text : texts) {
+    if (isPlainText(text)) return std::string(text);
+  }
+  return {};
+}
+
+}  // namespace
+
+std::optional<DeviceAnswer> describeService(const Service& service) {
+  DeviceAnswer device;
+  device.family = kBpdPrinterFamily;
+  device.serial = firstPlain({textOf(service, "usb_ser"), textOf(service, "uuid"), service.name});
+  device.model = firstPlain(
+      {textOf(service, "ty"), withoutParentheses(textOf(service, "product")), service.name, device.serial});
+  device.name = firstPlain({service.name, device.model});
+  device.printPort = service.place.port;
+  if (device.serial.empty() || service.place.address == 0 || device.printPort == 0) return std::nullopt;
+  return device;
+}
+
+}  // namespace qvn::ipv4

@@ -1,0 +1,24 @@
+#include "sessions/hid_session.h"
+
+#include <optional>
+
+#include "qvn/transport/lent_data.h"
+
+namespace qvn::ipv4 {
+
+void HidSession::deliver(const HidFrame& frame) {
+  const DeviceReference device = currentDevice();
+  if (frame.type == kHidReport) {
+    LentData report(frame.content.data(), static_cast<std::uint32_t>(frame.content.size()));
+    device.accept(report);
+  } else if (frame.type == kHidEvent) {
+    const std::optional<HidEvent> event = parseHidEvent(frame.content);
+    if (!event) return;
+    Notification notification;
+    notification.category = event->category;
+    notification.id = event->id;
+    device.accept(notification);
+  }
+}
+
+}  // namespace qvn::ipv4
