@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "documents/bpd_blocks.h"
+#include "esc/esc_commands.h"
 
 namespace sim {
 

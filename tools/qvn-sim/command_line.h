@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "fault_targets.h"
 #include "faults/fault_switches.h"
 #include "print/printer.h"
 
@@ -35,7 +36,7 @@ struct Options {
   std::uint64_t cancelRun = 4096;
   bool events = false;
   bool quitAtEndOfInput = false;
-  FaultSwitches faults;
+  FaultSwitches faults{faultTargetNamed};
 
   bool hasScanner() const { return !printerOnly && !plain; }
 };

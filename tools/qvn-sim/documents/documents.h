@@ -32,6 +32,8 @@ inline constexpr std::array kDocuments = {
 // Any other document; it meets only the faults of any.
 inline constexpr Entry kUnknown = {{}};
 
+constexpr std::string_view nameOf(const Entry& entry) { return entry.name; }
+
 // Null when there is no such document.
 constexpr const Entry* entryNamed(std::string_view name) {
   for (const Entry& entry : kDocuments) {

@@ -14,11 +14,9 @@ const CommandEntry& entryOf(ByteView header) {
   });
 }
 
-std::optional<Command> commandNamed(std::string_view name) {
-  for (const CommandEntry& entry : kCommands) {
-    if (entry.name == name) return entry.command;
-  }
-  return std::nullopt;
+bool isNamed(std::string_view name) {
+  return std::any_of(kCommands.begin(), kCommands.end(),
+                     [name](const CommandEntry& entry) { return entry.name == name; });
 }
 
 std::string_view nameOf(Command command) {

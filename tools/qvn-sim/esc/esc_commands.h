@@ -9,7 +9,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 #include "base/bytes.h"
@@ -130,7 +129,8 @@ inline constexpr ReplyKind kFaxStatusReply = {{0x1B, 'F', 3, 0}, 4};
 
 // The entry of a command whose header begins these bytes.
 const CommandEntry& entryOf(ByteView header);
-std::optional<Command> commandNamed(std::string_view name);
+// By the names that faults call them.
+bool isNamed(std::string_view name);
 std::string_view nameOf(Command command);
 
 Bytes makeStatus(Status status, std::uint8_t detail = 0);

@@ -12,12 +12,19 @@ struct ReplyFaultName {
   std::string_view name;
   ReplyFault fault;
   bool takesDelay;
-  std::uint8_t targets;  // what it can strike, of Target
+  std::uint8_t targets;  // what it can strike: a bit for each FaultTarget
 };
 
 namespace {
 
-enum Target : std::uint8_t { kNpa = 1, kEsc = 2, kMethod = 4, kNotification = 8 };
+constexpr std::uint8_t bitOf(FaultTarget target) {
+  return static_cast<std::uint8_t>(1u << static_cast<unsigned>(target));
+}
+
+constexpr std::uint8_t kNpa = bitOf(FaultTarget::NpaReply);
+constexpr std::uint8_t kEsc = bitOf(FaultTarget::EscReply);
+constexpr std::uint8_t kMethod = bitOf(FaultTarget::MethodReply);
+constexpr std::uint8_t kNotification = bitOf(FaultTarget::Notification);
 constexpr std::uint8_t kAnything = kNpa | kEsc | kMethod | kNotification;
 
 constexpr std::array kReplyFaults = {
@@ -53,6 +60,10 @@ constexpr std::array kScanFaults = {
     ScanFaultName{"host-mode-fail", ScanFault::HostModeFail, nullptr},
     ScanFaultName{"host-mode-stay", ScanFault::HostModeStay, nullptr},
 };
+
+// By the order of FaultTarget.
+constexpr std::array kTargetTexts = {"replies to NPA commands", "replies to ESC commands",
+                                     "replies to methods", "notifications"};
 
 // Of bytes, milliseconds or blocks: no page has more, and sums with it do not overflow.
 constexpr std::uint64_t kLargestValue = std::uint64_t{1} << 40;
@@ -162,7 +173,7 @@ void FaultSwitches::add(std::string_view text) {
   }
 }
 
-FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName& known) {
+FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName& known) const {
   fault.expectEquals();
   Entry entry{known.fault, std::nullopt, Times(std::nullopt)};
   if (known.takesDelay) {
@@ -170,22 +181,11 @@ FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName&
   }
   if (!fault.isAtEnd()) {
     const std::string_view command = fault.takeWord();
-    const auto expectTarget = [&](Target target, const char* what) {
-      if ((known.targets & target) == 0) fault.complain(std::string("is no fault of ") + what);
-    };
-    if (const auto ofNpa = npa::commandNamed(command)) {
-      expectTarget(kNpa, "replies to NPA commands");
-      entry.command = npa::nameOf(*ofNpa);
-    } else if (const auto ofEsc = esc::commandNamed(command)) {
-      expectTarget(kEsc, "replies to ESC commands");
-      entry.command = esc::nameOf(*ofEsc);
-    } else if (const documents::Entry* document = documents::entryNamed(command)) {
-      if (document->isNotification) {
-        expectTarget(kNotification, "notifications");
-      } else {
-        expectTarget(kMethod, "replies to methods");
+    if (const auto target = targetNamed_(command)) {
+      if ((known.targets & bitOf(*target)) == 0) {
+        fault.complain(std::string("is no fault of ") + kTargetTexts.at(static_cast<std::size_t>(*target)));
       }
-      entry.command = document->name;
+      entry.command = command;
     } else if (command != "any") {
       fault.complain("unknown command name");
     }
@@ -194,22 +194,7 @@ FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName&
   return entry;
 }
 
-std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
-                                                               std::optional<npa::Command> command) {
-  return strikeNamed(fault, command ? npa::nameOf(*command) : std::string_view());
-}
-
-std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault, esc::Command command) {
-  return strikeNamed(fault, esc::nameOf(command));
-}
-
-std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
-                                                               const documents::Entry& document) {
-  return strikeNamed(fault, document.name);
-}
-
-std::optional<std::chrono::milliseconds> FaultSwitches::strikeNamed(ReplyFault fault,
-                                                                    std::string_view command) {
+std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault, std::string_view command) {
   for (Entry& entry : entries_) {
     if (entry.fault != fault || (entry.command && entry.command != command) || !entry.times.areLeft())
       continue;

@@ -9,10 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "documents/documents.h"
-#include "esc/esc_commands.h"
-#include "print/npa_packets.h"
-
 namespace sim {
 
 // What can go wrong with the answer to a command, and with a notification.
@@ -45,20 +41,30 @@ enum class ScanFault : std::uint8_t {
   HostModeStay,  // -
 };
 
+// What the fault of a reply is the fault of.
+enum class FaultTarget : std::uint8_t { NpaReply, EscReply, MethodReply, Notification };
+
+// What a command's name in a fault stands for; none when there is no such command.
+using FaultTargetNamed = std::optional<FaultTarget> (*)(std::string_view command);
+
 struct ReplyFaultName;
 
 class FaultSwitches {
  public:
+  explicit FaultSwitches(FaultTargetNamed targetNamed) : targetNamed_(targetNamed) {}
+
   // "NAME[=VALUE[:COMMAND][:TIMES]]", for example "drop-reply=lock:1"; docs/simulated-device.md has them all.
   // Throws std::invalid_argument with a sentence for the user.
   void add(std::string_view text);
-  void clear() { *this = FaultSwitches(); }
+  void clear() { *this = FaultSwitches(targetNamed_); }
 
-  // Whether the fault strikes this command now, and with which delay; counts down a limited one. A packet
-  // that is no known command meets only the faults of any command.
-  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::optional<npa::Command> command);
-  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, esc::Command command);
-  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, const documents::Entry& document);
+  // Whether the fault strikes this command now, and with which delay; counts down a limited one. A command
+  // without a name meets only the faults of any command.
+  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, std::string_view command);
+  template <typename Command>
+  std::optional<std::chrono::milliseconds> strike(ReplyFault fault, const Command& command) {
+    return strike(fault, nameOf(command));
+  }
 
   // The number of the fault when the device has it; 0 for one without. `strike` counts down a limited one.
   std::optional<std::uint64_t> valueOf(ScanFault fault) const;
@@ -89,7 +95,7 @@ class FaultSwitches {
   };
   struct Entry {
     ReplyFault fault;
-    std::optional<std::string_view> command;  // any when absent
+    std::optional<std::string> command;  // any when absent
     Times times;
     std::chrono::milliseconds delay{0};
   };
@@ -100,9 +106,9 @@ class FaultSwitches {
 
   class Text;
 
-  static Entry takeEntry(Text& fault, const ReplyFaultName& known);
-  std::optional<std::chrono::milliseconds> strikeNamed(ReplyFault fault, std::string_view command);
+  Entry takeEntry(Text& fault, const ReplyFaultName& known) const;
 
+  FaultTargetNamed targetNamed_;
   std::vector<Entry> entries_;
   std::map<ScanFault, Limited> scanFaults_;
   std::optional<Limited> closeMidJob_;

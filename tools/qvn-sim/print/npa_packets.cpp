@@ -51,11 +51,9 @@ std::optional<Command> commandOf(ByteView packet) {
   return std::nullopt;
 }
 
-std::optional<Command> commandNamed(std::string_view name) {
-  for (const CommandEntry& entry : kCommands) {
-    if (entry.name == name) return entry.command;
-  }
-  return std::nullopt;
+bool isNamed(std::string_view name) {
+  return std::any_of(kCommands.begin(), kCommands.end(),
+                     [name](const CommandEntry& entry) { return entry.name == name; });
 }
 
 const CommandEntry& entryOf(Command command) {
@@ -63,7 +61,9 @@ const CommandEntry& entryOf(Command command) {
                        [command](const CommandEntry& entry) { return entry.command == command; });
 }
 
-std::string_view nameOf(Command command) { return entryOf(command).name; }
+std::string_view nameOf(std::optional<Command> command) {
+  return command ? entryOf(*command).name : std::string_view();
+}
 
 Bytes makePacket(std::uint8_t flags, ByteView body, std::size_t total) {
   Bytes packet(std::max(total, kCommand + body.size()), 0);

@@ -106,8 +106,9 @@ inline constexpr std::uint16_t kStatusEntry = 18;  // 2 bytes
 
 // The command that a complete packet asks for.
 std::optional<Command> commandOf(ByteView packet);
-std::optional<Command> commandNamed(std::string_view name);
-std::string_view nameOf(Command command);
+// By the names that faults call them; a packet that is no known command has none.
+bool isNamed(std::string_view name);
+std::string_view nameOf(std::optional<Command> command);
 const CommandEntry& entryOf(Command command);
 
 // A packet of `total` bytes: flags, then `body` from kCommand on, then zero bytes. `total` 0 is as long as
