@@ -2,7 +2,6 @@
 #include "api/exported_call.h"
 #include "api/system.h"
 #include "qvn/qvn.h"
-#include "transport/transports.h"
 
 using namespace qvn;
 
@@ -40,10 +39,7 @@ uint32_t QvnAddTransport(const char* moduleFileName) {
   return tracedCall([] { return plainEntry("QvnAddTransport"); },
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (moduleFileName == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      std::uint32_t rc = Transports::getInstance().addTransport(moduleFileName);
-                      if (rc == QRN_ERROR_SUCCESS) {
-                        rc = Transports::getInstance().installTransport(moduleFileName);
-                      }
+                      const std::uint32_t rc = System::qvnAddTransport(moduleFileName);
                       exit.set([&] { return LogText() << " transport=" << moduleFileName; });
                       return rc;
                     });
@@ -53,18 +49,19 @@ uint32_t QvnRemoveTransport(const char* name) {
   return tracedCall([] { return plainEntry("QvnRemoveTransport"); },
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (name == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      const std::uint32_t rc = Transports::getInstance().removeTransport(name);
+                      const std::uint32_t rc = System::qvnRemoveTransport(name);
                       exit.set([&] { return LogText() << " transport=" << name; });
                       return rc;
                     });
 }
 
 uint32_t QvnSuspend(void) {
-  return tracedCall([] { return plainEntry("QvnSuspend"); }, [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+  return tracedCall([] { return plainEntry("QvnSuspend"); },
+                    [](ExitDetail&) { return System::qvnSuspend(); });
 }
 
 uint32_t QvnResume(void) {
-  return tracedCall([] { return plainEntry("QvnResume"); }, [](ExitDetail&) { return QRN_ERROR_SUCCESS; });
+  return tracedCall([] { return plainEntry("QvnResume"); }, [](ExitDetail&) { return System::qvnResume(); });
 }
 
 uint32_t QvnGetHostInfo(uint32_t clientId, const char* key, char* buffer, uint32_t bufferSize,

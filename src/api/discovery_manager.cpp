@@ -3,8 +3,6 @@
 #include "common/logging/trace_scope.h"
 #include "common/tasks/observation.h"
 #include "device/factories/device_factories.h"
-#include "device/hid.h"
-#include "device/store/hid_store.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "transport/transports.h"
@@ -39,12 +37,7 @@ void DiscoveryManager::doUpdate(const std::string& deviceAttributes) {
   logDetail(log_component::server(), [&] { return LogText() << "Discovered device: " << deviceAttributes; });
   const auto device = DeviceFactories::getInstance().makeDevice(deviceAttributes);
   if (device == nullptr) return;
-  // HIDs have no update of their own: nothing that is stored of one needs to be kept.
-  if (dynamic_cast<const Hid*>(device.get()) != nullptr) {
-    HidStore::getInstance().persist(deviceAttributes);
-  } else {
-    device->update();
-  }
+  device->update();
 }
 
 }  // namespace qvn

@@ -1,36 +1,24 @@
 // The exported functions that enumerate and discover devices.
 #include <algorithm>
+#include <string>
 
-#include "api/device_lookup.h"
 #include "api/exported_call.h"
 #include "api/system.h"
-#include "device/store/printer_store.h"
-#include "device/store/scanner_store.h"
 #include "qvn/qvn.h"
-#include "transport/transport_names.h"
-#include "transport/transports.h"
 
 using namespace qvn;
 
 namespace {
 
-// Looks the device up by name; when there is none, lets the local transports look for devices and tries
-// again.
-template <typename Store>
-std::uint32_t enumSpecific(const char* function, std::uint32_t clientId, const char* name,
-                           std::uint32_t* handle, const char* notFoundText) {
+using EnumSpecific = std::uint32_t (*)(std::uint32_t clientId, const std::string& name,
+                                       std::uint32_t& handle);
+
+std::uint32_t enumSpecificCall(const char* function, std::uint32_t clientId, const char* name,
+                               std::uint32_t* handle, EnumSpecific forward) {
   return tracedCall([=] { return entryText(function, clientId); },
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (name == nullptr || handle == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      std::uint32_t rc = findByName<Store>(name, *handle);
-                      if (rc == QRN_ERROR_UNKNOWN_PORT) {
-                        logDetail(log_component::server(), [&] {
-                          return entryText(function, clientId)
-                                 << notFoundText << ", performing local discovery";
-                        });
-                        System::qvnDiscovery(kLocalTransport, "");
-                        rc = findByName<Store>(name, *handle);
-                      }
+                      const std::uint32_t rc = forward(clientId, name, *handle);
                       exit.set([&] { return LogText() << " name=" << name << " handle=" << *handle; });
                       return rc;
                     });
@@ -85,18 +73,17 @@ uint32_t QvnEnumWindowsHids(uint32_t clientId, const char* transport, QvnQueueFo
 }
 
 uint32_t QvnEnumSpecificPrinter(uint32_t clientId, const char* portName, uint32_t* handle) {
-  return enumSpecific<PrinterStore>("QvnEnumSpecificPrinter", clientId, portName, handle,
-                                    " QvnEnumSpecificPrinter() failed");
+  return enumSpecificCall("QvnEnumSpecificPrinter", clientId, portName, handle,
+                          System::qvnEnumSpecificPrinter);
 }
 
 uint32_t QvnEnumSpecificScanner(uint32_t clientId, const char* deviceName, uint32_t* handle) {
-  return enumSpecific<ScannerStore>("QvnEnumSpecificScanner", clientId, deviceName, handle,
-                                    " QvnEnumSpecificScanner() rc=1796");
+  return enumSpecificCall("QvnEnumSpecificScanner", clientId, deviceName, handle,
+                          System::qvnEnumSpecificScanner);
 }
 
 uint32_t QvnEnumSpecificHid(uint32_t clientId, const char* deviceName, uint32_t* handle) {
-  return enumSpecific<HidStore>("QvnEnumSpecificHid", clientId, deviceName, handle,
-                                " QvnEnumSpecificHid() rc=1796");
+  return enumSpecificCall("QvnEnumSpecificHid", clientId, deviceName, handle, System::qvnEnumSpecificHid);
 }
 
 uint32_t QvnDiscovery(uint32_t clientId, const char* transport, const char* options) {
@@ -125,11 +112,7 @@ uint32_t QvnGetDiscoveryDefaults(uint32_t clientId, const char* transport, char*
         if (transport == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
           return QRN_ERROR_INVALID_PARAMETER;
         }
-        *required = 0;
-        buffer[0] = '\0';
-        Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-        const std::uint32_t rc = callTransport(
-            "getDefaults", [&] { return discoverer.getDefaults(buffer, bufferSize, required); });
+        const std::uint32_t rc = System::qvnGetDiscoveryDefaults(transport, buffer, bufferSize, *required);
         exit.set([&] {
           LogText text;
           text << " transport=" << transport << " default=";
@@ -144,9 +127,7 @@ uint32_t QvnSetDiscoveryDefaults(uint32_t clientId, const char* transport, const
       [=] { return entryText("QvnSetDiscoveryDefaults", clientId); },
       [&](ExitDetail& exit) -> std::uint32_t {
         if (transport == nullptr || defaults == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-        Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-        const std::uint32_t rc =
-            callTransport("setDefaults", [&] { return discoverer.setDefaults(defaults); });
+        const std::uint32_t rc = System::qvnSetDiscoveryDefaults(transport, defaults);
         exit.set([&] { return LogText() << " transport=" << transport << " defaults=" << defaults; });
         return rc;
       });

@@ -1,9 +1,7 @@
 // The exported functions of HID devices.
-#include "api/exported_call.h"
-#include "api/stored_attributes.h"
+#include "api/device_exports.h"
 #include "api/system.h"
 #include "device/notification.h"
-#include "device/store/hid_store.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;
@@ -58,7 +56,7 @@ uint32_t QvnGetLongHid(uint32_t clientId, uint32_t handle, const char* key, uint
     } else if (handle == 0) {
       rc = QRN_ERROR_INVALID_HANDLE;
     } else {
-      rc = getStoredLong<HidStore>(handle, key, *value);
+      rc = System::qvnGetLongHid(handle, key, *value);
     }
     logDetail(log_component::server(), [&] {
       LogText text;
@@ -72,23 +70,11 @@ uint32_t QvnGetLongHid(uint32_t clientId, uint32_t handle, const char* key, uint
 
 uint32_t QvnGetStringHid(uint32_t clientId, uint32_t handle, const char* key, char* buffer,
                          uint32_t bufferSize, uint32_t* required) {
-  return deviceCall("QvnGetStringHid", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
-    if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
-      return QRN_ERROR_INVALID_PARAMETER;
-    }
-    const std::uint32_t rc = getStoredString<HidStore>(handle, key, buffer, bufferSize, *required);
-    exit.set([&] { return LogText() << " key=" << key << " value=" << buffer; });
-    return rc;
-  });
+  return getStringCall("QvnGetStringHid", clientId, handle, key, buffer, bufferSize, required,
+                       System::qvnGetStringHid);
 }
 
 uint32_t QvnGetCurrentStateHid(uint32_t clientId, uint32_t handle, uint32_t* state) {
-  return tracedCall([=] { return entryText("QvnGetCurrentStateHid", handle, clientId); },
-                    [&](ExitDetail& exit) -> std::uint32_t {
-                      if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      *state = 0;
-                      const std::uint32_t rc = System::qvnGetCurrentStateHid(handle, *state);
-                      exit.set([&] { return LogText() << ", state=" << *state; });
-                      return rc;
-                    });
+  return currentStateCall("QvnGetCurrentStateHid", clientId, handle, state, ", state=",
+                          [&](std::uint32_t& value) { return System::qvnGetCurrentStateHid(handle, value); });
 }

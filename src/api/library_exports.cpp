@@ -1,7 +1,7 @@
 // The exported functions of the library itself and of its clients.
-#include "api/client_id.h"
 #include "api/exported_call.h"
 #include "api/initialization.h"
+#include "api/system.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;
@@ -23,8 +23,7 @@ uint32_t QvnGetClientId(uint32_t* clientId) {
     });
     return QRN_ERROR_INVALID_PARAMETER;
   }
-  *clientId = nextClientId();
-  return QRN_ERROR_SUCCESS;
+  return System::qvnGetClientId(*clientId);
 }
 
 uint32_t QvnSetClientInfo(uint32_t clientId, const char* key, const char* value) {
@@ -32,6 +31,6 @@ uint32_t QvnSetClientInfo(uint32_t clientId, const char* key, const char* value)
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
                       exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
-                      return QRN_ERROR_SUCCESS;
+                      return System::qvnSetClientInfo();
                     });
 }

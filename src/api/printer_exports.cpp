@@ -1,10 +1,8 @@
 // The exported functions of printers.
 #include <cstring>
 
-#include "api/exported_call.h"
-#include "api/stored_attributes.h"
+#include "api/device_exports.h"
 #include "api/system.h"
-#include "device/store/printer_store.h"
 #include "npa/npa_packet.h"
 #include "qvn/qvn.h"
 
@@ -13,7 +11,7 @@ using namespace qvn;
 namespace {
 
 constexpr std::uint32_t kCacheSize = 1024;
-constexpr std::uint8_t kReplyFill = 0xFF;
+constexpr std::uint8_t kCacheFill = 0xFF;
 
 }  // namespace
 
@@ -78,12 +76,9 @@ uint32_t QvnExchangeNpaPrinter(uint32_t clientId, uint32_t handle, const uint8_t
       exit.omitRc();
       return QRN_ERROR_ACCESS_DENIED;
     }
-    *replyLength = 0;
-    Data requestData(request, requestLength);
-    Data replyData(replySize, kReplyFill);
-    const std::uint32_t rc = System::qvnExchangeNpaPrinter(clientId, handle, requestData, replyData);
-    if (rc != QRN_ERROR_SUCCESS) return rc;
-    return copyOut(replyData.getBuffer(), replyData.getLength(), reply, replySize, *replyLength);
+    return exchange(request, requestLength, reply, replySize, *replyLength, [&](Data& sent, Data& received) {
+      return System::qvnExchangeNpaPrinter(clientId, handle, sent, received);
+    });
   });
 }
 
@@ -92,7 +87,7 @@ uint32_t QvnGetCachePrinter(uint32_t clientId, uint32_t handle, uint8_t* buffer,
   return deviceCall("QvnGetCachePrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (buffer == nullptr || required == nullptr) return QRN_ERROR_INVALID_PARAMETER;
     *required = 0;
-    Data cache(kCacheSize, kReplyFill);
+    Data cache(kCacheSize, kCacheFill);
     const std::uint32_t rc = System::qvnGetCachePrinter(clientId, handle, cache);
     if (rc != QRN_ERROR_SUCCESS) return rc;
     exit.set([&] { return (LogText() << " cache=").hex(cache); });
@@ -101,21 +96,17 @@ uint32_t QvnGetCachePrinter(uint32_t clientId, uint32_t handle, uint8_t* buffer,
 }
 
 uint32_t QvnGetCurrentStatePrinter(uint32_t clientId, uint32_t handle, uint32_t* state) {
-  return tracedCall([=] { return entryText("QvnGetCurrentStatePrinter", handle, clientId); },
-                    [&](ExitDetail& exit) -> std::uint32_t {
-                      if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      *state = 0;
-                      const std::uint32_t rc = System::qvnGetCurrentStatePrinter(clientId, handle, *state);
-                      exit.set([&] { return LogText() << " state=" << *state; });
-                      return rc;
-                    });
+  return currentStateCall("QvnGetCurrentStatePrinter", clientId, handle, state,
+                          " state=", [&](std::uint32_t& value) {
+                            return System::qvnGetCurrentStatePrinter(clientId, handle, value);
+                          });
 }
 
 uint32_t QvnGetLongPrinter(uint32_t /*clientId*/, uint32_t handle, const char* key, uint32_t* value) {
   return untracedCall([&]() -> std::uint32_t {
     if (handle == 0) return QRN_ERROR_INVALID_HANDLE;
     if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-    return getStoredLong<PrinterStore>(handle, key, *value);
+    return System::qvnGetLongPrinter(handle, key, *value);
   });
 }
 
@@ -123,10 +114,8 @@ uint32_t QvnGetStringPrinter(uint32_t /*clientId*/, uint32_t handle, const char*
                              uint32_t bufferSize, uint32_t* required) {
   return untracedCall([&]() -> std::uint32_t {
     if (handle == 0) return QRN_ERROR_INVALID_HANDLE;
-    if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
-      return QRN_ERROR_INVALID_PARAMETER;
-    }
-    return getStoredString<PrinterStore>(handle, key, buffer, bufferSize, *required);
+    if (!canGetString(key, buffer, bufferSize, required)) return QRN_ERROR_INVALID_PARAMETER;
+    return System::qvnGetStringPrinter(handle, key, buffer, bufferSize, *required);
   });
 }
 
@@ -136,7 +125,7 @@ uint32_t QvnGetWideStringPrinter(uint32_t clientId, uint32_t handle, const char*
     if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
       return QRN_ERROR_INVALID_PARAMETER;
     }
-    const std::uint32_t rc = getStoredWideString<PrinterStore>(handle, key, buffer, bufferSize, *required);
+    const std::uint32_t rc = System::qvnGetWideStringPrinter(handle, key, buffer, bufferSize, *required);
     exit.set([&] { return (LogText() << " key=" << key << " value=").hex(buffer, bufferSize); });
     return rc;
   });
@@ -146,7 +135,7 @@ uint32_t QvnGetByteArrayPrinter(uint32_t clientId, uint32_t handle, const char* 
                                 uint32_t bufferSize, uint32_t* required) {
   return deviceCall("QvnGetByteArrayPrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || buffer == nullptr || required == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-    const std::uint32_t rc = getStoredByteArray<PrinterStore>(handle, key, buffer, bufferSize, *required);
+    const std::uint32_t rc = System::qvnGetByteArrayPrinter(handle, key, buffer, bufferSize, *required);
     const std::uint32_t copied = rc == QRN_ERROR_SUCCESS ? *required : 0;
     exit.set([&] { return (LogText() << " key=" << key << " value=").hex(buffer, copied); });
     return rc;

@@ -1,18 +1,9 @@
 // The exported functions of scanners.
-#include "api/exported_call.h"
-#include "api/output_buffer.h"
-#include "api/stored_attributes.h"
+#include "api/device_exports.h"
 #include "api/system.h"
-#include "device/store/scanner_store.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;
-
-namespace {
-
-constexpr std::uint8_t kReplyFill = 0xFF;
-
-}  // namespace
 
 uint32_t QvnOpenScanner(uint32_t clientId, uint32_t handle) {
   return deviceCall("QvnOpenScanner", clientId, handle,
@@ -52,52 +43,38 @@ uint32_t QvnExchangeDataScanner(uint32_t clientId, uint32_t handle, const uint8_
         requestLength == 0) {
       return QRN_ERROR_INVALID_PARAMETER;
     }
-    *replyLength = 0;
-    Data requestData(request, requestLength);
-    Data replyData(replySize, kReplyFill);
-    const std::uint32_t rc = System::qvnExchangeDataScanner(clientId, handle, requestData, replyData);
-    if (rc != QRN_ERROR_SUCCESS) return rc;
-    return copyOut(replyData.getBuffer(), replyData.getLength(), reply, replySize, *replyLength);
+    return exchange(request, requestLength, reply, replySize, *replyLength, [&](Data& sent, Data& received) {
+      return System::qvnExchangeDataScanner(clientId, handle, sent, received);
+    });
   });
 }
 
 uint32_t QvnGetStringScanner(uint32_t clientId, uint32_t handle, const char* key, char* buffer,
                              uint32_t bufferSize, uint32_t* required) {
-  return deviceCall("QvnGetStringScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
-    if (key == nullptr || buffer == nullptr || bufferSize == 0 || required == nullptr) {
-      return QRN_ERROR_INVALID_PARAMETER;
-    }
-    const std::uint32_t rc = getStoredString<ScannerStore>(handle, key, buffer, bufferSize, *required);
-    exit.set([&] { return LogText() << " key=" << key << " value=" << buffer; });
-    return rc;
-  });
+  return getStringCall("QvnGetStringScanner", clientId, handle, key, buffer, bufferSize, required,
+                       System::qvnGetStringScanner);
 }
 
 uint32_t QvnGetLongScanner(uint32_t clientId, uint32_t handle, const char* key, uint32_t* value) {
   return deviceCall("QvnGetLongScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-    const std::uint32_t rc = getStoredLong<ScannerStore>(handle, key, *value);
+    const std::uint32_t rc = System::qvnGetLongScanner(handle, key, *value);
     exit.set([&] { return LogText() << " key=" << key << " value=" << *value; });
     return rc;
   });
 }
 
 uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle, uint32_t* state) {
-  return tracedCall([=] { return entryText("QvnGetCurrentStateScanner", handle, clientId); },
-                    [&](ExitDetail& exit) -> std::uint32_t {
-                      if (state == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      *state = 0;
-                      const std::uint32_t rc = System::qvnGetCurrentStateScanner(handle, *state);
-                      exit.set([&] { return LogText() << " state=" << *state; });
-                      return rc;
-                    });
+  return currentStateCall(
+      "QvnGetCurrentStateScanner", clientId, handle, state,
+      " state=", [&](std::uint32_t& value) { return System::qvnGetCurrentStateScanner(handle, value); });
 }
 
 uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, const char* key, const char* value) {
   return deviceCall("QvnSetJobStringScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
     exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
-    return System::qvnSetJobParameterScanner(clientId, handle, key, value);
+    return System::qvnSetJobStringScanner(clientId, handle, key, value);
   });
 }
 
@@ -105,8 +82,7 @@ uint32_t QvnSetJobLongScanner(uint32_t clientId, uint32_t handle, const char* ke
   return deviceCall("QvnSetJobLongScanner", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (key == nullptr || value == 0) return QRN_ERROR_INVALID_PARAMETER;
     exit.set([&] { return LogText() << " key=" << key << " value=" << value; });
-    const std::string text = std::to_string(static_cast<std::int32_t>(value));
-    return System::qvnSetJobParameterScanner(clientId, handle, key, text);
+    return System::qvnSetJobLongScanner(clientId, handle, key, value);
   });
 }
 

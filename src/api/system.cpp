@@ -14,12 +14,17 @@
 #include "device/store/printer_table.h"
 #include "device/store/scanner_store.h"
 #include "device/store/scanner_table.h"
+#include "hid/cpd_hid_factory.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_object.h"
 #include "hid/hid_report_manager.h"
+#include "printer/bpd/bpd_printer_factory.h"
+#include "printer/cpd/cpd_printer_factory.h"
 #include "printer/printer_object.h"
+#include "scanner/bpd/bpd_scanner_factory.h"
 #include "scanner/bpd/job/job_parameter_store.h"
 #include "scanner/cpd/cpd_scanner_async_data_manager.h"
+#include "scanner/cpd/cpd_scanner_factory.h"
 #include "scanner/scanner_object.h"
 #include "transport/transports.h"
 
@@ -28,8 +33,7 @@ namespace {
 
 constexpr std::uint32_t kNameWidth = 25;
 
-// Runs before the members are made: they register with a service.
-bool startServices() {
+void startServices() {
   Localize::createInstance(moduleHandle());
 
   auto logger = std::make_unique<LibraryLogger>();
@@ -51,7 +55,14 @@ bool startServices() {
   JobTracker::getInstance();
   CpdScannerAsyncDataManager::getInstance();
   DeviceFactories::getInstance();
-  return true;
+
+  // Each registers itself for its family.
+  CpdPrinterFactory::getInstance();
+  CpdScannerFactory::getInstance();
+  CpdHidFactory::getInstance();
+  BpdPrinterFactory::getInstance().setVerify(
+      [](const std::string& attributes) { DiscoveryManager::getInstance().discoverSpecific(attributes); });
+  BpdScannerFactory::getInstance();
 }
 
 void stopServices() {
@@ -73,6 +84,11 @@ void stopServices() {
   HidReportManager::destroyInstance();
   HidNotificationManager::destroyInstance();
   DeviceFactories::destroyInstance();
+  BpdScannerFactory::destroyInstance();
+  BpdPrinterFactory::destroyInstance();
+  CpdHidFactory::destroyInstance();
+  CpdScannerFactory::destroyInstance();
+  CpdPrinterFactory::destroyInstance();
   Transports::destroyInstance();
   ScannerTable::destroyInstance();
   PrinterTable::destroyInstance();
@@ -88,15 +104,14 @@ void stopServices() {
 
 }  // namespace
 
-System::System()
-    : cpdPrinterFactory_(startServices()),
-      cpdScannerFactory_(true),
-      cpdHidFactory_(true),
-      bpdPrinterFactory_(true,
-                         [](const std::string& attributes) {
-                           DiscoveryManager::getInstance().discoverSpecific(attributes);
-                         }),
-      bpdScannerFactory_(true) {}
+System::System() {
+  try {
+    startServices();
+  } catch (...) {
+    stopServices();
+    throw;
+  }
+}
 
 System::~System() { stopServices(); }
 

@@ -2,11 +2,11 @@
 // forward to.
 //
 // Birth: Localize, the logger, the stores, Transports, PrinterTable and ScannerTable, DiscoveryManager,
-// JobTracker, CpdScannerAsyncDataManager, DeviceFactories, the device factories. HidTable, the managers of
-// the HIDs, JobParameterStore and DeferredCalls are made on first use. Death: DeferredCalls, what the live
+// JobTracker, CpdScannerAsyncDataManager, DeviceFactories, the five device factories. HidTable, the managers
+// of the HIDs, JobParameterStore and DeferredCalls are made on first use. Death: DeferredCalls, what the live
 // devices' threads do, JobTracker, CpdScannerAsyncDataManager, JobParameterStore, the managers of the HIDs,
-// DeviceFactories, Transports (which unloads the plug-ins), the tables, DiscoveryManager, PersistenceStore,
-// the stores, the logger, Localize.
+// DeviceFactories, the device factories, Transports (which unloads the plug-ins), the tables,
+// DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
 #pragma once
 
 #include <cstdint>
@@ -15,19 +15,22 @@
 #include "common/process_service.h"
 #include "device/client_registration.h"
 #include "device/job_description.h"
-#include "hid/cpd_hid_factory.h"
-#include "printer/bpd/bpd_printer_factory.h"
-#include "printer/cpd/cpd_printer_factory.h"
 #include "qvn/qvn.h"
-#include "scanner/bpd/bpd_scanner_factory.h"
-#include "scanner/cpd/cpd_scanner_factory.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 
 class System : public ProcessService<System> {
  public:
-  // The arguments of the exported functions, checked by them. Device operations answer 6 when the handle's
-  // table has no object; the others what the device, the store or the transport answers.
+  // One for each exported function but the two that make and take down System, with its arguments, which it
+  // has checked, as far as they matter. Device operations answer 6 when the handle's table has no object; the
+  // others what the device, the store or the transport answers. What goes into a client's buffer follows the
+  // rule of output_buffer.h.
+
+  // Clients (system_clients.cpp). These work without a System.
+  static std::uint32_t qvnGetClientId(std::uint32_t& clientId);
+  // Accepted, and of no effect.
+  static std::uint32_t qvnSetClientInfo();
 
   // Printers (system_printers.cpp).
   static std::uint32_t qvnOpenPrinter(std::uint32_t clientId, std::uint32_t handle);
@@ -45,6 +48,15 @@ class System : public ProcessService<System> {
   static std::uint32_t qvnGetCachePrinter(std::uint32_t clientId, std::uint32_t handle, Data& cache);
   static std::uint32_t qvnGetCurrentStatePrinter(std::uint32_t clientId, std::uint32_t handle,
                                                  std::uint32_t& state);
+  // Attributes are read as they are stored, whether the device is open or not, and written to the device.
+  static std::uint32_t qvnGetLongPrinter(std::uint32_t handle, const char* key, std::uint32_t& value);
+  static std::uint32_t qvnGetStringPrinter(std::uint32_t handle, const char* key, char* buffer,
+                                           std::uint32_t bufferSize, std::uint32_t& required);
+  // In 16-bit characters; sizes are in bytes.
+  static std::uint32_t qvnGetWideStringPrinter(std::uint32_t handle, const char* key, std::uint8_t* buffer,
+                                               std::uint32_t bufferSize, std::uint32_t& required);
+  static std::uint32_t qvnGetByteArrayPrinter(std::uint32_t handle, const char* key, std::uint8_t* buffer,
+                                              std::uint32_t bufferSize, std::uint32_t& required);
   static std::uint32_t qvnSetLongPrinter(std::uint32_t handle, const std::string& key, std::uint32_t value);
   static std::uint32_t qvnSetStringPrinter(std::uint32_t handle, const std::string& key,
                                            const std::string& value);
@@ -66,9 +78,14 @@ class System : public ProcessService<System> {
   static std::uint32_t qvnCancelJobScanner(std::uint32_t clientId, std::uint32_t handle);
   static std::uint32_t qvnExchangeDataScanner(std::uint32_t clientId, std::uint32_t handle, Data& request,
                                               Data& reply);
-  // Sends "<0>key</0><1>value</1>".
-  static std::uint32_t qvnSetJobParameterScanner(std::uint32_t clientId, std::uint32_t handle,
-                                                 const std::string& key, const std::string& value);
+  static std::uint32_t qvnGetStringScanner(std::uint32_t handle, const char* key, char* buffer,
+                                           std::uint32_t bufferSize, std::uint32_t& required);
+  static std::uint32_t qvnGetLongScanner(std::uint32_t handle, const char* key, std::uint32_t& value);
+  // Both send "<0>key</0><1>value</1>", a number as a signed decimal.
+  static std::uint32_t qvnSetJobStringScanner(std::uint32_t clientId, std::uint32_t handle,
+                                              const std::string& key, const std::string& value);
+  static std::uint32_t qvnSetJobLongScanner(std::uint32_t clientId, std::uint32_t handle,
+                                            const std::string& key, std::uint32_t value);
   static std::uint32_t qvnGetCurrentStateScanner(std::uint32_t handle, std::uint32_t& state);
   static std::uint32_t qvnRegisterForAsyncDataScanner(std::uint32_t handle,
                                                       const AsyncDataRegistration& registration);
@@ -84,6 +101,9 @@ class System : public ProcessService<System> {
   static std::uint32_t qvnRegisterForNotificationsHid(std::uint32_t handle,
                                                       const NotificationRegistration& registration);
   static std::uint32_t qvnUnregisterForNotificationsHid(std::uint32_t clientId, std::uint32_t handle);
+  static std::uint32_t qvnGetLongHid(std::uint32_t handle, const char* key, std::uint32_t& value);
+  static std::uint32_t qvnGetStringHid(std::uint32_t handle, const char* key, char* buffer,
+                                       std::uint32_t bufferSize, std::uint32_t& required);
   static std::uint32_t qvnGetCurrentStateHid(std::uint32_t handle, std::uint32_t& state);
 
   // Enumeration and discovery (system_enumeration.cpp).
@@ -93,8 +113,19 @@ class System : public ProcessService<System> {
                                        QvnDeviceFoundCallback callback);
   static std::uint32_t qvnEnumHids(std::uint32_t clientId, const std::string& transport,
                                    QvnDeviceFoundCallback callback);
+  // The handle of the device with that name; when there is none, the local transports look for devices
+  // first.
+  static std::uint32_t qvnEnumSpecificPrinter(std::uint32_t clientId, const std::string& portName,
+                                              std::uint32_t& handle);
+  static std::uint32_t qvnEnumSpecificScanner(std::uint32_t clientId, const std::string& deviceName,
+                                              std::uint32_t& handle);
+  static std::uint32_t qvnEnumSpecificHid(std::uint32_t clientId, const std::string& deviceName,
+                                          std::uint32_t& handle);
   static std::uint32_t qvnDiscovery(const std::string& transport, const std::string& options);
   static std::uint32_t qvnValidatePortName(const std::string& name);
+  static std::uint32_t qvnGetDiscoveryDefaults(const std::string& transport, char* buffer,
+                                               std::uint32_t bufferSize, std::uint32_t& required);
+  static std::uint32_t qvnSetDiscoveryDefaults(const std::string& transport, const char* defaults);
 
   // Print queues (system_queues.cpp).
   static std::uint32_t qvnEnumWindowsScanners(std::uint32_t clientId, const std::string& transport,
@@ -106,6 +137,11 @@ class System : public ProcessService<System> {
   static void qvnInstall();
   static void qvnUninstall();
   static std::uint32_t qvnAddMonitor();
+  static std::uint32_t qvnAddTransport(const std::string& moduleFileName);
+  static std::uint32_t qvnRemoveTransport(const std::string& name);
+  // Accepted, and of no effect.
+  static std::uint32_t qvnSuspend();
+  static std::uint32_t qvnResume();
 
   // Host information (system_host_info.cpp).
   static std::uint32_t qvnGetHostInfo(const std::string& key, char* buffer, std::uint32_t bufferSize,
@@ -114,14 +150,9 @@ class System : public ProcessService<System> {
 
  private:
   friend class ProcessService<System>;
+  // Takes down what it has made when it throws.
   System();
   ~System();
-
-  CpdPrinterFactory cpdPrinterFactory_;
-  CpdScannerFactory cpdScannerFactory_;
-  CpdHidFactory cpdHidFactory_;
-  BpdPrinterFactory bpdPrinterFactory_;
-  BpdScannerFactory bpdScannerFactory_;
 };
 
 }  // namespace qvn

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "api/device_lookup.h"
 #include "api/discovery_manager.h"
 #include "api/system.h"
 #include "common/logging/trace_scope.h"
@@ -14,6 +15,7 @@
 #include "device/store/scanner_store.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "transport/transport_names.h"
 #include "transport/transports.h"
 
 namespace qvn {
@@ -69,6 +71,20 @@ std::uint32_t enumerate(const char* function, const std::vector<std::string>& te
   return QRN_ERROR_SUCCESS;
 }
 
+// Looks the device up by name; when there is none, lets the local transports look for devices and tries
+// again. `function` and `notFound` say so in the log.
+template <typename Store>
+std::uint32_t enumSpecific(const char* function, const char* notFound, std::uint32_t clientId,
+                           const std::string& name, std::uint32_t& handle) {
+  const std::uint32_t rc = findByName<Store>(name, handle);
+  if (rc != QRN_ERROR_UNKNOWN_PORT) return rc;
+  logDetail(log_component::server(), [&] {
+    return LogText() << function << "() clientId=" << clientId << notFound << ", performing local discovery";
+  });
+  System::qvnDiscovery(kLocalTransport, "");
+  return findByName<Store>(name, handle);
+}
+
 }  // namespace
 
 std::uint32_t System::qvnEnumPrinters(std::uint32_t clientId, const std::string& transport,
@@ -118,6 +134,24 @@ std::uint32_t System::qvnEnumHids(std::uint32_t clientId, const std::string& tra
   return enumerate("qvnEnumHids", texts, clientId, transport, callback);
 }
 
+std::uint32_t System::qvnEnumSpecificPrinter(std::uint32_t clientId, const std::string& portName,
+                                             std::uint32_t& handle) {
+  return enumSpecific<PrinterStore>("QvnEnumSpecificPrinter", " QvnEnumSpecificPrinter() failed", clientId,
+                                    portName, handle);
+}
+
+std::uint32_t System::qvnEnumSpecificScanner(std::uint32_t clientId, const std::string& deviceName,
+                                             std::uint32_t& handle) {
+  return enumSpecific<ScannerStore>("QvnEnumSpecificScanner", " QvnEnumSpecificScanner() rc=1796", clientId,
+                                    deviceName, handle);
+}
+
+std::uint32_t System::qvnEnumSpecificHid(std::uint32_t clientId, const std::string& deviceName,
+                                         std::uint32_t& handle) {
+  return enumSpecific<HidStore>("QvnEnumSpecificHid", " QvnEnumSpecificHid() rc=1796", clientId, deviceName,
+                                handle);
+}
+
 std::uint32_t System::qvnDiscovery(const std::string& transport, const std::string& options) {
   std::uint32_t rc = QRN_ERROR_SUCCESS;
   for (const std::string& name : Transports::getInstance().getTransportNames(transport)) {
@@ -146,6 +180,19 @@ std::uint32_t System::qvnValidatePortName(const std::string& name) {
   const std::uint32_t rc = used ? QRN_ERROR_DUP_NAME : QRN_ERROR_SUCCESS;
   trace.setRc(rc);
   return rc;
+}
+
+std::uint32_t System::qvnGetDiscoveryDefaults(const std::string& transport, char* buffer,
+                                              std::uint32_t bufferSize, std::uint32_t& required) {
+  required = 0;
+  buffer[0] = '\0';
+  Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+  return callTransport("getDefaults", [&] { return discoverer.getDefaults(buffer, bufferSize, &required); });
+}
+
+std::uint32_t System::qvnSetDiscoveryDefaults(const std::string& transport, const char* defaults) {
+  Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
+  return callTransport("setDefaults", [&] { return discoverer.setDefaults(defaults); });
 }
 
 }  // namespace qvn

@@ -1,5 +1,6 @@
 // What the exported HID functions forward to.
 #include "api/device_calls.h"
+#include "api/stored_attributes.h"
 #include "api/system.h"
 #include "device/store/hid_store.h"
 #include "device/store/hid_table.h"
@@ -53,6 +54,15 @@ std::uint32_t System::qvnRegisterForNotificationsHid(std::uint32_t handle,
 
 std::uint32_t System::qvnUnregisterForNotificationsHid(std::uint32_t clientId, std::uint32_t handle) {
   return HidNotificationManager::getInstance().unregisterClient(clientId, handle);
+}
+
+std::uint32_t System::qvnGetLongHid(std::uint32_t handle, const char* key, std::uint32_t& value) {
+  return getStoredLong<HidStore>(handle, key, value);
+}
+
+std::uint32_t System::qvnGetStringHid(std::uint32_t handle, const char* key, char* buffer,
+                                      std::uint32_t bufferSize, std::uint32_t& required) {
+  return getStoredString<HidStore>(handle, key, buffer, bufferSize, required);
 }
 
 std::uint32_t System::qvnGetCurrentStateHid(std::uint32_t handle, std::uint32_t& state) {

@@ -108,4 +108,17 @@ std::uint32_t System::qvnAddMonitor() {
   return result;
 }
 
+std::uint32_t System::qvnAddTransport(const std::string& moduleFileName) {
+  const std::uint32_t rc = Transports::getInstance().addTransport(moduleFileName);
+  return rc != QRN_ERROR_SUCCESS ? rc : Transports::getInstance().installTransport(moduleFileName);
+}
+
+std::uint32_t System::qvnRemoveTransport(const std::string& name) {
+  return Transports::getInstance().removeTransport(name);
+}
+
+std::uint32_t System::qvnSuspend() { return QRN_ERROR_SUCCESS; }
+
+std::uint32_t System::qvnResume() { return QRN_ERROR_SUCCESS; }
+
 }  // namespace qvn

@@ -1,6 +1,7 @@
 // What the exported printer functions forward to.
 #include "api/device_calls.h"
 #include "api/job_tracker.h"
+#include "api/stored_attributes.h"
 #include "api/system.h"
 #include "device/store/printer_store.h"
 #include "device/store/printer_table.h"
@@ -73,6 +74,25 @@ std::uint32_t System::qvnGetCurrentStatePrinter(std::uint32_t clientId, std::uin
                                                 std::uint32_t& state) {
   return Printers::withAcquired(
       handle, [&](PrinterObject& printer) { return printer.getCurrentState(clientId, state); });
+}
+
+std::uint32_t System::qvnGetLongPrinter(std::uint32_t handle, const char* key, std::uint32_t& value) {
+  return getStoredLong<PrinterStore>(handle, key, value);
+}
+
+std::uint32_t System::qvnGetStringPrinter(std::uint32_t handle, const char* key, char* buffer,
+                                          std::uint32_t bufferSize, std::uint32_t& required) {
+  return getStoredString<PrinterStore>(handle, key, buffer, bufferSize, required);
+}
+
+std::uint32_t System::qvnGetWideStringPrinter(std::uint32_t handle, const char* key, std::uint8_t* buffer,
+                                              std::uint32_t bufferSize, std::uint32_t& required) {
+  return getStoredWideString<PrinterStore>(handle, key, buffer, bufferSize, required);
+}
+
+std::uint32_t System::qvnGetByteArrayPrinter(std::uint32_t handle, const char* key, std::uint8_t* buffer,
+                                             std::uint32_t bufferSize, std::uint32_t& required) {
+  return getStoredByteArray<PrinterStore>(handle, key, buffer, bufferSize, required);
 }
 
 std::uint32_t System::qvnSetLongPrinter(std::uint32_t handle, const std::string& key, std::uint32_t value) {

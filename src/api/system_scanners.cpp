@@ -1,5 +1,6 @@
 // What the exported scanner functions forward to.
 #include "api/device_calls.h"
+#include "api/stored_attributes.h"
 #include "api/system.h"
 #include "device/store/scanner_store.h"
 #include "device/store/scanner_table.h"
@@ -17,6 +18,15 @@ std::uint32_t withScanner(std::uint32_t handle, Operation&& operation) {
   return Scanners::withLive(handle, [&](ScannerObject& object) {
     return object.hasDevice() ? operation(object.device()) : QRN_ERROR_INVALID_HANDLE;
   });
+}
+
+std::uint32_t setJobParameter(std::uint32_t clientId, std::uint32_t handle, const std::string& key,
+                              const std::string& value) {
+  TagMap parameter;
+  parameter.set("0", key);
+  parameter.set("1", value);
+  Data data(parameter.text());
+  return withScanner(handle, [&](Scanner& scanner) { return scanner.doExchangeData(clientId, data); });
 }
 
 }  // namespace
@@ -49,13 +59,23 @@ std::uint32_t System::qvnExchangeDataScanner(std::uint32_t clientId, std::uint32
                      [&](Scanner& scanner) { return scanner.doExchangeData(clientId, request, reply); });
 }
 
-std::uint32_t System::qvnSetJobParameterScanner(std::uint32_t clientId, std::uint32_t handle,
-                                                const std::string& key, const std::string& value) {
-  TagMap parameter;
-  parameter.set("0", key);
-  parameter.set("1", value);
-  Data data(parameter.text());
-  return withScanner(handle, [&](Scanner& scanner) { return scanner.doExchangeData(clientId, data); });
+std::uint32_t System::qvnGetStringScanner(std::uint32_t handle, const char* key, char* buffer,
+                                          std::uint32_t bufferSize, std::uint32_t& required) {
+  return getStoredString<ScannerStore>(handle, key, buffer, bufferSize, required);
+}
+
+std::uint32_t System::qvnGetLongScanner(std::uint32_t handle, const char* key, std::uint32_t& value) {
+  return getStoredLong<ScannerStore>(handle, key, value);
+}
+
+std::uint32_t System::qvnSetJobStringScanner(std::uint32_t clientId, std::uint32_t handle,
+                                             const std::string& key, const std::string& value) {
+  return setJobParameter(clientId, handle, key, value);
+}
+
+std::uint32_t System::qvnSetJobLongScanner(std::uint32_t clientId, std::uint32_t handle,
+                                           const std::string& key, std::uint32_t value) {
+  return setJobParameter(clientId, handle, key, std::to_string(static_cast<std::int32_t>(value)));
 }
 
 std::uint32_t System::qvnGetCurrentStateScanner(std::uint32_t handle, std::uint32_t& state) {

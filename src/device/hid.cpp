@@ -1,6 +1,7 @@
 #include "device/hid.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/store/hid_store.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {
@@ -21,5 +22,7 @@ Connectable* Hid::doGetConnection(const std::string& connectionName) {
   logDetail(log_component::server(), [&] { return LogText() << "Hid::doGetConnection()" << connectionName; });
   return ConnectedDevice::doGetConnection(connectionName);
 }
+
+void Hid::doUpdate() { HidStore::getInstance().persist(getAttributes()); }
 
 }  // namespace qvn

@@ -26,6 +26,10 @@ class Hid : public ConnectedDevice {
   virtual void shutDown();
 
   Connectable* doGetConnection(const std::string& connectionName) override;
+
+ protected:
+  // Stores the attribute text.
+  void doUpdate() override;
 };
 
 }  // namespace qvn

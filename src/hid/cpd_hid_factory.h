@@ -1,16 +1,20 @@
 // CpdHidFactory: makes the HIDs of the Cpd family.
 #pragma once
 
+#include "common/process_service.h"
 #include "device/factories/factory.h"
 
 namespace qvn {
 
-class CpdHidFactory : public Factory {
+class CpdHidFactory : public Factory, public ProcessService<CpdHidFactory> {
  public:
-  explicit CpdHidFactory(bool registerFactory) : Factory("CpdHid", registerFactory) {}
-
   std::shared_ptr<HidObject> doMakeHid(const std::string& attributes) override;
   std::unique_ptr<Device> doMakeDevice(const std::string& attributes) override;
+
+ private:
+  friend class ProcessService<CpdHidFactory>;
+  CpdHidFactory() : Factory("CpdHid", true) {}
+  ~CpdHidFactory() override = default;
 };
 
 }  // namespace qvn

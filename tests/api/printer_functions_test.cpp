@@ -8,13 +8,14 @@
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"
+#include "support/manual_clock.h"
 
 namespace qvn::test {
 namespace {
 
 using testing::ElementsAre;
 
-class PrinterFunctionsTest : public LibraryTest {
+class PrinterFunctionsTest : private SkippingClock, public LibraryTest {
  protected:
   PrinterFunctionsTest() {
     std::string text = FakeTransport::printerText(7, "LAB12");

@@ -1,16 +1,20 @@
 // CpdPrinterFactory: makes the printers of the Cpd family.
 #pragma once
 
+#include "common/process_service.h"
 #include "device/factories/factory.h"
 
 namespace qvn {
 
-class CpdPrinterFactory : public Factory {
+class CpdPrinterFactory : public Factory, public ProcessService<CpdPrinterFactory> {
  public:
-  explicit CpdPrinterFactory(bool registerFactory) : Factory("CpdPrinter", registerFactory) {}
-
   std::shared_ptr<PrinterObject> doMakePrinter(const std::string& attributes) override;
   std::unique_ptr<Device> doMakeDevice(const std::string& attributes) override;
+
+ private:
+  friend class ProcessService<CpdPrinterFactory>;
+  CpdPrinterFactory() : Factory("CpdPrinter", true) {}
+  ~CpdPrinterFactory() override = default;
 };
 
 }  // namespace qvn
