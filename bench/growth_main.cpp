@@ -1,16 +1,8 @@
 // How the costs of the library's inner parts grow, and what they take from the heap. Prints the table and
 // adds it to the file that the argument names.
-#include <algorithm>
-#include <array>
-#include <memory>
-#include <utility>
-
 #include "allocations.h"
 #include "measure.h"
 #include "ratio_table.h"
-#include "scanner/esc/esc_command_factory.h"
-#include "scanner/esc/esc_commands.h"
-#include "scanner/esc/standard_esc_command.h"
 #include "workloads.h"
 
 namespace qvn::bench {
@@ -20,9 +12,6 @@ constexpr int kRounds = 101;
 // Linear growth makes a ratio of 1, and a larger set that no longer fits the caches adds to it; anything
 // worse than linear would make tens.
 constexpr double kLinear = 2;
-
-// The compiler must not do without the object.
-void keep(std::unique_ptr<EscCommand> command) { asm volatile("" : : "r"(command.get()) : "memory"); }
 
 double asNumber(std::uint64_t count) { return static_cast<double>(count); }
 
@@ -80,39 +69,11 @@ void measureData(RatioTable& table) {
                asNumber(allocationsOf([&] { fresh.append(); })) / kMany, 0.01);
 }
 
-// How long it takes to tell which of the commands some data is, against making it where that is known.
-template <typename Command>
-double classification(const Data& data) {
-  constexpr std::uint32_t kRuns = 2000;
-  const EscCommandFactory& factory = EscCommandFactory::getInstance();
-  return medianRatio(
-      kRounds, [&] { return timeOf(kRuns, [&] { keep(factory.makeCommand(data)); }); },
-      [&] { return timeOf(kRuns, [&] { keep(std::make_unique<Command>(data)); }); });
-}
-
-template <std::size_t Row>
-double classificationOfRow() {
-  const auto& header = esc::kCommands[Row].header;
-  return classification<NamedEscCommand<Row>>(Data(header.data(), header.size()));
-}
-
-void measureClassification(RatioTable& table) {
-  const auto worst = []<std::size_t... Rows>(std::index_sequence<Rows...>) {
-    return std::max({classificationOfRow<Rows>()...});
-  }
-  (std::make_index_sequence<esc::kCommands.size()>());
-  table.atMost("ESC command: makeCommand / making it where the class is known, worst of 36", worst, 2);
-  const std::array<std::uint8_t, 8> unknown = {0x1B, 'X', 'Y', 'Z'};
-  table.atMost("ESC command: makeCommand of an unknown one / making it",
-               classification<StandardEscCommand>(Data(unknown.data(), unknown.size())), 2);
-}
-
 void run(const char* file) {
   RatioTable table;
   measureNotify(table);
   measureHandles(table);
   measureData(table);
-  measureClassification(table);
   table.print();
   table.appendTo(file);
 }

@@ -81,24 +81,28 @@ inline constexpr std::array<Command, 36> kCommands = {{
 }};
 // clang-format on
 
-// The first of the table that the bytes begin with; null for fewer than 8 bytes and for commands that are not
-// in the table.
-constexpr const Command* find(Bytes bytes) {
-  if (bytes.size() < kHeaderLength || bytes[0] != kEscape) return nullptr;
-  for (const Command& command : kCommands) {
-    bool same = true;
-    for (std::size_t i = 1; same && i < command.recognisedBy; ++i) same = bytes[i] == command.header[i];
-    if (same) return &command;
-  }
-  return nullptr;
-}
-
 constexpr bool beginsWith(Bytes bytes, const Prefix& prefix) {
   if (bytes.size() < prefix.length) return false;
   for (std::size_t i = 0; i < prefix.length; ++i) {
     if (bytes[i] != prefix.bytes[i]) return false;
   }
   return true;
+}
+
+// Whether the bytes begin with a whole header of some command.
+constexpr bool isCommand(Bytes bytes) { return bytes.size() >= kHeaderLength && bytes[0] == kEscape; }
+
+constexpr bool isA(Bytes bytes, const Command& command) {
+  return bytes.size() >= kHeaderLength && beginsWith(bytes, {command.header, command.recognisedBy});
+}
+
+// The first of the table that the bytes are; null for fewer than 8 bytes and for commands that are not in the
+// table.
+constexpr const Command* find(Bytes bytes) {
+  for (const Command& command : kCommands) {
+    if (isA(bytes, command)) return &command;
+  }
+  return nullptr;
 }
 
 // A command that is not in the table has its payload's length here, and says in the other whether it wants a
@@ -122,7 +126,7 @@ constexpr std::size_t commandLength(Bytes bytes) {
 
 // Whether the device answers this command of the host's.
 constexpr bool expectsReply(Bytes request) {
-  if (request.size() < kHeaderLength || request[0] != kEscape) return false;
+  if (!isCommand(request)) return false;
   const Command* const command = find(request);
   return command != nullptr ? command->reply.length != 0
                             : (request[kOtherReplyFlags] & kOtherWantsReply) != 0;

@@ -20,7 +20,6 @@ std::uint32_t EscCommand::getHeaderLength() const { return esc::kHeaderLength; }
 std::unique_ptr<EscCommand> EscCommand::create(const Data& /*data*/) const { return nullptr; }
 std::unique_ptr<EscCommand> EscCommand::create() const { return nullptr; }
 bool EscCommand::takeFrom(Data& /*incoming*/) { return false; }
-esc::Prefix EscCommand::pattern() const { return esc::kNoReply; }
 
 void EscCommand::refuse(const std::string& message) {
   throw Win32Exception(message, QRN_ERROR_INVALID_PARAMETER, __FILE__, __LINE__);

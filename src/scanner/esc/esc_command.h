@@ -38,9 +38,6 @@ class EscCommand : public ComparableData {
   // count of `incoming` then is how many bytes, and its result code 0; its content stays.
   virtual bool takeFrom(Data& incoming);
 
-  // How a command of this class begins; an empty prefix when that is not told by fixed bytes.
-  virtual esc::Prefix pattern() const;
-
   using ComparableData::equals;
 
  protected:
@@ -50,7 +47,7 @@ class EscCommand : public ComparableData {
   // For messages: the data given to the constructor of `name` is not a command of that class.
   [[noreturn]] static void refuse(const std::string& message);
 
-  esc::Bytes bytes() const { return {getBuffer(), getLength()}; }
+  static esc::Bytes bytesOf(const Data& data) { return {data.getBuffer(), data.getLength()}; }
 };
 
 }  // namespace qvn

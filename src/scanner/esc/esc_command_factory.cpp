@@ -1,7 +1,6 @@
 #include "scanner/esc/esc_command_factory.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "scanner/esc/esc_commands.h"
@@ -13,12 +12,6 @@ namespace {
 template <std::size_t... Rows>
 void registerTable(EscCommandFactory& factory, std::index_sequence<Rows...>) {
   (factory.registerCommand(NamedEscCommand<Rows>()), ...);
-}
-
-std::uint64_t asWord(const std::uint8_t* header) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, header, sizeof word);
-  return word;
 }
 
 }  // namespace
@@ -33,13 +26,11 @@ EscCommandFactory::EscCommandFactory() {
 }
 
 std::unique_ptr<EscCommand> EscCommandFactory::makeCommand(const Data& data) const {
-  if (data.getLength() < esc::kHeaderLength || data.getBuffer()[0] != esc::kEscape) return null_.create();
-  const std::uint64_t header = asWord(data.getBuffer());
-  for (const Registered& registered : registered_) {
-    if ((header & registered.mask) != registered.header) continue;
-    if (registered.mask == 0 && !registered.prototype->isA(data)) continue;
-    if (auto command = registered.prototype->create(data)) return command;
-    return null_.create(data);
+  if (!esc::isCommand({data.getBuffer(), data.getLength()})) return null_.create();
+  for (const auto& prototype : prototypes_) {
+    if (!prototype->isA(data)) continue;
+    auto command = prototype->create(data);
+    return command != nullptr ? std::move(command) : null_.create();
   }
   return std::make_unique<StandardEscCommand>(data);
 }
@@ -47,17 +38,10 @@ std::unique_ptr<EscCommand> EscCommandFactory::makeCommand(const Data& data) con
 void EscCommandFactory::registerCommand(const EscCommand& prototype) {
   CriticalSectionLock lock(lock_);
   const std::string name = prototype.getName();
-  const bool known = std::any_of(registered_.begin(), registered_.end(), [&](const Registered& registered) {
-    return registered.prototype->getName() == name;
-  });
-  if (known) return;
-  std::unique_ptr<EscCommand> clone = prototype.create();
-  const esc::Prefix pattern = prototype.pattern();
-  if (clone == nullptr) return;
-  std::array<std::uint8_t, esc::kHeaderLength> mask{};
-  std::fill_n(mask.begin(), pattern.length, 0xFF);
-  registered_.push_back(
-      {asWord(pattern.bytes.data()) & asWord(mask.data()), asWord(mask.data()), std::move(clone)});
+  if (std::any_of(prototypes_.begin(), prototypes_.end(),
+                  [&](const auto& registered) { return registered->getName() == name; }))
+    return;
+  if (auto clone = prototype.create()) prototypes_.push_back(std::move(clone));
 }
 
 }  // namespace qvn

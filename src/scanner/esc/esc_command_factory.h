@@ -29,16 +29,8 @@ class EscCommandFactory {
  private:
   EscCommandFactory();
 
-  struct Registered {
-    // The bytes that a command of the class begins with, and which of the header's bits count: one comparison
-    // instead of a call. Without such bytes both are 0, and the class is asked.
-    std::uint64_t header;
-    std::uint64_t mask;
-    std::unique_ptr<EscCommand> prototype;
-  };
-
   CriticalSection lock_;
-  std::vector<Registered> registered_;
+  std::vector<std::unique_ptr<EscCommand>> prototypes_;
   NullEscCommand null_;
 };
 

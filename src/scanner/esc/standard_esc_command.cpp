@@ -18,9 +18,7 @@ bool StandardEscCommand::expectsResponse() const {
          (getBuffer()[esc::kOtherReplyFlags] & esc::kOtherWantsReply) != 0;
 }
 
-bool StandardEscCommand::isA(const Data& data) const {
-  return data.getLength() >= esc::kHeaderLength && data.getBuffer()[0] == esc::kEscape;
-}
+bool StandardEscCommand::isA(const Data& data) const { return esc::isCommand(bytesOf(data)); }
 
 std::string StandardEscCommand::getName() const { return "StandardEscCommand"; }
 
@@ -29,7 +27,7 @@ bool StandardEscCommand::isResponse(const EscCommand& other) const {
 }
 
 std::uint32_t StandardEscCommand::getPayloadLength() const {
-  return static_cast<std::uint32_t>(esc::payloadLength(bytes(), esc::kOtherPayloadField));
+  return static_cast<std::uint32_t>(esc::payloadLength(bytesOf(*this), esc::kOtherPayloadField));
 }
 
 }  // namespace qvn

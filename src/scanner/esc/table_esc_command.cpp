@@ -17,15 +17,12 @@ TableEscCommand::TableEscCommand(const esc::Command& row, const Data& data) : Es
 }
 
 bool TableEscCommand::isResponse(const Data& data) const {
-  return expectsResponse() && esc::beginsWith({data.getBuffer(), data.getLength()}, row_.reply);
+  return expectsResponse() && esc::beginsWith(bytesOf(data), row_.reply);
 }
 
 bool TableEscCommand::expectsResponse() const { return row_.reply.length != 0; }
 
-bool TableEscCommand::isA(const Data& data) const {
-  return data.getLength() >= esc::kHeaderLength &&
-         esc::beginsWith({data.getBuffer(), data.getLength()}, {row_.header, row_.recognisedBy});
-}
+bool TableEscCommand::isA(const Data& data) const { return esc::isA(bytesOf(data), row_); }
 
 std::string TableEscCommand::getName() const { return row_.name; }
 
@@ -34,7 +31,7 @@ bool TableEscCommand::isResponse(const EscCommand& other) const {
 }
 
 std::uint32_t TableEscCommand::getPayloadLength() const {
-  return static_cast<std::uint32_t>(esc::payloadLength(bytes(), row_.payloadField));
+  return static_cast<std::uint32_t>(esc::payloadLength(bytesOf(*this), row_.payloadField));
 }
 
 bool TableEscCommand::takeFrom(Data& incoming) {
@@ -47,7 +44,5 @@ bool TableEscCommand::takeFrom(Data& incoming) {
   incoming.setRc(QRN_ERROR_SUCCESS);
   return true;
 }
-
-esc::Prefix TableEscCommand::pattern() const { return {row_.header, row_.recognisedBy}; }
 
 }  // namespace qvn

@@ -14,7 +14,6 @@ class TableEscCommand : public EscCommand {
   bool isResponse(const EscCommand& other) const override;
   std::uint32_t getPayloadLength() const override;
   bool takeFrom(Data& incoming) override;
-  esc::Prefix pattern() const override;
 
   // The 8 bytes of a command without parameters.
   esc::Bytes headerTemplate() const { return row_.header; }
