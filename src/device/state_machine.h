@@ -2,7 +2,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
+#include "common/logging/trace_scope.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/critical_section.h"
 
 namespace qvn {
@@ -43,6 +46,51 @@ class StateMachine {
  private:
   std::atomic<const State*> state_;
   CriticalSection stateLock_;
+};
+
+// What the lines of a traced operation say behind the handle.
+inline LogText noDetails() { return {}; }
+inline auto ofClient(std::uint32_t clientId) {
+  return [clientId] { return LogText() << " clientId=" << clientId; };
+}
+
+// One whose operations write an entry and an exit line.
+template <typename Owner, typename State>
+class TracedStateMachine : public StateMachine<Owner, State> {
+ public:
+  // Whether this thread must not wait for the state lock: an operation that would have to is refused with
+  // 170. The owner may know better.
+  static bool mustNotWait() { return false; }
+
+ protected:
+  // The lines begin with the name.
+  TracedStateMachine(const State& state, const char* className, const Component& component)
+      : StateMachine<Owner, State>(state), className_(className), component_(component) {}
+  ~TracedStateMachine() = default;
+
+  // Runs an operation of the current state under the state lock, with its result in the exit line.
+  template <typename Details, typename Operation>
+  std::uint32_t traced(const char* operation, Details&& details, Operation&& run) {
+    TraceScope trace(BasicLogger::getInstance(), component_, [&] {
+      return LogText() << className_ << "::" << operation
+                       << "() handle=" << static_cast<Owner&>(*this).getHandle() << details().str();
+    });
+    std::uint32_t rc = QRN_ERROR_BUSY;
+    CriticalSection& stateLock = this->stateLock();
+    if (!Owner::mustNotWait()) {
+      rc = this->withState(run);
+    } else if (stateLock.tryEnter()) {
+      const CriticalSectionLock lock(stateLock);
+      stateLock.leave();
+      rc = this->withState(run);
+    }
+    trace.setRc(rc);
+    return rc;
+  }
+
+ private:
+  const char* const className_;
+  const Component& component_;
 };
 
 }  // namespace qvn

@@ -7,28 +7,21 @@
 
 namespace qvn {
 
-CpdHid::CpdHid() : StateMachine(CpdHidClosed::getInstance()) { state().doEnterState(*this); }
+CpdHid::CpdHid() : TracedStateMachine(CpdHidClosed::getInstance(), "CpdHid", log_component::serverHid()) {
+  state().doEnterState(*this);
+}
 
 // The transport's threads call this object.
 CpdHid::~CpdHid() { endReferences(); }
 
 void CpdHid::shutDown() { endReferences(); }
 
-template <typename Operation>
-std::uint32_t CpdHid::traced(const char* operation, Operation&& run) {
-  TraceScope trace(BasicLogger::getInstance(), log_component::serverHid(),
-                   [&] { return LogText() << "CpdHid::" << operation << "() handle=" << getHandle(); });
-  const std::uint32_t rc = withState(run);
-  trace.setRc(rc);
-  return rc;
-}
-
 std::uint32_t CpdHid::doOpen() {
-  return traced("doOpen", [this](const CpdHidState& state) { return state.doOpen(*this); });
+  return traced("doOpen", noDetails, [this](const CpdHidState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t CpdHid::doClose() {
-  return traced("doClose", [this](const CpdHidState& state) { return state.doClose(*this); });
+  return traced("doClose", noDetails, [this](const CpdHidState& state) { return state.doClose(*this); });
 }
 
 std::uint32_t CpdHid::doRegisterForReports(const ReportRegistration& registration) {
@@ -40,7 +33,7 @@ std::uint32_t CpdHid::doRegisterForReports(const ReportRegistration& registratio
 }
 
 std::uint32_t CpdHid::doUnregisterForReports(std::uint32_t clientId) {
-  return traced("doUnregisterForReports",
+  return traced("doUnregisterForReports", noDetails,
                 [&](const CpdHidState& state) { return state.doUnregisterForReports(*this, clientId); });
 }
 

@@ -11,7 +11,7 @@
 namespace qvn {
 
 // Reports and events arrive without the state lock and in every state.
-class CpdHid : public Hid, public StateMachine<CpdHid, CpdHidState> {
+class CpdHid : public Hid, public TracedStateMachine<CpdHid, CpdHidState> {
  public:
   CpdHid();
   ~CpdHid() override;
@@ -32,9 +32,6 @@ class CpdHid : public Hid, public StateMachine<CpdHid, CpdHidState> {
   void setOpenCount(std::uint32_t count) { openCount_ = count; }
 
  private:
-  template <typename Operation>
-  std::uint32_t traced(const char* operation, Operation&& run);
-
   std::uint32_t openCount_ = 0;
   std::atomic<std::uint32_t> stateValue_{0};
 };

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "bidi/xml/xml_visitor.h"
-#include "common/logging/trace_scope.h"
 #include "common/settings/application_settings.h"
 #include "qvn/transport/connection_manager.h"
 #include "scanner/bpd/job/job_parameter_store.h"
@@ -16,13 +15,10 @@ namespace {
 
 constexpr platform::Milliseconds kEndSignalWait = 10000;
 
-LogText nothing() { return {}; }
-LogText ofClient(std::uint32_t clientId) { return LogText() << " clientId=" << clientId; }
-
 }  // namespace
 
 BpdScanner::BpdScanner()
-    : StateMachine(BpdScannerClosed::getInstance()),
+    : TracedStateMachine(BpdScannerClosed::getInstance(), "BpdScanner", log_component::server()),
       endSignal_(true, false, "", false),
       endJobMutex_(false, "", false),
       startRunnable_(*this, &BpdScanner::runStart),
@@ -44,38 +40,19 @@ void BpdScanner::shutDown() {
   watchdog_.waitForEnd();
 }
 
-template <typename Details, typename Operation>
-std::uint32_t BpdScanner::traced(const char* operation, Details&& details, Operation&& run) {
-  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
-    return LogText() << "BpdScanner::" << operation << "() handle=" << getHandle() << details().str();
-  });
-  std::uint32_t rc = QRN_ERROR_BUSY;
-  if (!BpdScanAsyncDataTask::isCalling()) {
-    rc = withState(run);
-  } else if (stateLock().tryEnter()) {
-    // Whoever else has the lock may be waiting for what this thread is to deliver.
-    const CriticalSectionLock lock(stateLock());
-    stateLock().leave();
-    rc = withState(run);
-  }
-  trace.setRc(rc);
-  return rc;
-}
-
 std::uint32_t BpdScanner::doOpen() {
-  return traced("doOpen", nothing, [this](const BpdScannerState& state) { return state.doOpen(*this); });
+  return traced("doOpen", noDetails, [this](const BpdScannerState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t BpdScanner::doClose() {
-  return traced("doClose", nothing, [this](const BpdScannerState& state) { return state.doClose(*this); });
+  return traced("doClose", noDetails, [this](const BpdScannerState& state) { return state.doClose(*this); });
 }
 
 std::uint32_t BpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
   // The watchdog of the last job may be on its last steps; with the state lock it could not go on.
   if (!jobActive_ && !BpdScanAsyncDataTask::isCalling()) watchdog_.waitForEnd();
-  return traced(
-      "doStartJob", [&] { return ofClient(clientId); },
-      [&](const BpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
+  return traced("doStartJob", ofClient(clientId),
+                [&](const BpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
 }
 
 std::uint32_t BpdScanner::doEndJob(std::uint32_t clientId) { return endJob(clientId, jobNumber_); }
@@ -93,39 +70,36 @@ std::uint32_t BpdScanner::endJob(std::uint32_t clientId, std::uint32_t jobNumber
     });
     return isOwner ? QRN_ERROR_ACCESS_DENIED : QRN_ERROR_INVALID_PARAMETER;
   }
-  return traced(
-      "doEndJob", [&] { return ofClient(clientId); },
-      [&](const BpdScannerState& state) {
-        return jobNumber == jobNumber_ ? state.doEndJob(*this, clientId) : QRN_ERROR_INVALID_FUNCTION;
-      });
+  return traced("doEndJob", ofClient(clientId), [&](const BpdScannerState& state) {
+    return jobNumber == jobNumber_ ? state.doEndJob(*this, clientId) : QRN_ERROR_INVALID_FUNCTION;
+  });
 }
 
 std::uint32_t BpdScanner::doExchangeData(std::uint32_t clientId, Data& data) {
-  return traced(
-      "doExchangeData", [&] { return ofClient(clientId); },
-      [&](const BpdScannerState& state) { return state.doExchangeData(*this, clientId, data); });
+  return traced("doExchangeData", ofClient(clientId),
+                [&](const BpdScannerState& state) { return state.doExchangeData(*this, clientId, data); });
 }
 
 std::uint32_t BpdScanner::doExchangeData(std::uint32_t clientId, Data& command, Data& response) {
-  return traced(
-      "doExchangeData", [&] { return ofClient(clientId); },
-      [&](const BpdScannerState& state) { return state.doExchangeData(*this, clientId, command, response); });
+  return traced("doExchangeData", ofClient(clientId), [&](const BpdScannerState& state) {
+    return state.doExchangeData(*this, clientId, command, response);
+  });
 }
 
 // Inside a callback the registrations are changed without the state lock: the callback has theirs, and a
 // client that wants no more calls is not to be refused.
 std::uint32_t BpdScanner::doRegisterForAsyncData(const AsyncDataRegistration& registration) {
   if (BpdScanAsyncDataTask::isCalling()) return state().doRegisterForAsyncData(*this, registration);
-  return traced(
-      "doRegisterForAsyncData", [&] { return ofClient(registration.clientId); },
-      [&](const BpdScannerState& state) { return state.doRegisterForAsyncData(*this, registration); });
+  return traced("doRegisterForAsyncData", ofClient(registration.clientId), [&](const BpdScannerState& state) {
+    return state.doRegisterForAsyncData(*this, registration);
+  });
 }
 
 std::uint32_t BpdScanner::doUnregisterForAsyncData(std::uint32_t clientId) {
   if (BpdScanAsyncDataTask::isCalling()) return state().doUnregisterForAsyncData(*this, clientId);
-  return traced(
-      "doUnregisterForAsyncData", [&] { return ofClient(clientId); },
-      [&](const BpdScannerState& state) { return state.doUnregisterForAsyncData(*this, clientId); });
+  return traced("doUnregisterForAsyncData", ofClient(clientId), [&](const BpdScannerState& state) {
+    return state.doUnregisterForAsyncData(*this, clientId);
+  });
 }
 
 void BpdScanner::doAccept(Data& data) {

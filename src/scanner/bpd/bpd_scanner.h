@@ -23,7 +23,7 @@ namespace qvn {
 // What the device sends gets through while a client's operation holds the state lock: the end of a job waits
 // for it. From inside a callback of a Bpd scanner, which holds up all that is delivered, an operation that
 // would have to wait for the state lock is refused with 170, and so is the end of a job.
-class BpdScanner : public Scanner, public StateMachine<BpdScanner, BpdScannerState> {
+class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScannerState> {
  public:
   BpdScanner();
   ~BpdScanner() override;
@@ -41,6 +41,9 @@ class BpdScanner : public Scanner, public StateMachine<BpdScanner, BpdScannerSta
   void doAccept(Data& data) override;
   using Scanner::doAccept;
   void shutDown() override;
+
+  // Whoever has the lock may be waiting for what this thread is to deliver.
+  static bool mustNotWait() { return BpdScanAsyncDataTask::isCalling(); }
 
   // By the watchdog, on its thread: nothing has been heard of the client's job for too long.
   void scanJobTimeout(std::uint32_t clientId);
@@ -98,8 +101,6 @@ class BpdScanner : public Scanner, public StateMachine<BpdScanner, BpdScannerSta
   void finishOriginal(const std::string& jobObject);
 
  private:
-  template <typename Details, typename Operation>
-  std::uint32_t traced(const char* operation, Details&& details, Operation&& run);
   std::uint32_t timeoutMultiplier(std::uint32_t clientId) const;
   // The end of the job with that number; the number of a job that is not the present one gives 1.
   std::uint32_t endJob(std::uint32_t clientId, std::uint32_t jobNumber);

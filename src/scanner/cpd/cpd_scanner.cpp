@@ -1,6 +1,5 @@
 #include "scanner/cpd/cpd_scanner.h"
 
-#include "common/logging/trace_scope.h"
 #include "common/settings/application_settings.h"
 #include "device/connection_use.h"
 #include "device/store/printer_table.h"
@@ -19,13 +18,10 @@ constexpr std::uint32_t kCancelWaitDuration = 60000;
 // The handles of the parts of one device are that far apart.
 constexpr std::uint32_t kPrinterHandleDistance = 400;
 
-LogText nothing() { return {}; }
-LogText ofClient(std::uint32_t clientId) { return LogText() << " clientId=" << clientId; }
-
 }  // namespace
 
 CpdScanner::CpdScanner()
-    : StateMachine(CpdScannerClosed::getInstance()),
+    : TracedStateMachine(CpdScannerClosed::getInstance(), "CpdScanner", log_component::server()),
       performanceNotifications_(longSetting("CpdScanPerformanceNotifications", 0) != 0),
       cancelWaitDuration_(longSetting("ScanCancelWaitDuration", kCancelWaitDuration)),
       cancelEvent_(false, false, "", false) {
@@ -37,67 +33,55 @@ CpdScanner::~CpdScanner() { endReferences(); }
 
 void CpdScanner::shutDown() { endReferences(); }
 
-template <typename Details, typename Operation>
-std::uint32_t CpdScanner::traced(const char* operation, Details&& details, Operation&& run) {
-  TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
-    return LogText() << "CpdScanner::" << operation << "() handle=" << getHandle() << details().str();
-  });
-  const std::uint32_t rc = withState(run);
-  trace.setRc(rc);
-  return rc;
-}
-
 std::uint32_t CpdScanner::doOpen() {
-  return traced("doOpen", nothing, [this](const CpdScannerState& state) { return state.doOpen(*this); });
+  return traced("doOpen", noDetails, [this](const CpdScannerState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t CpdScanner::doClose() {
-  return traced("doClose", nothing, [this](const CpdScannerState& state) { return state.doClose(*this); });
+  return traced("doClose", noDetails, [this](const CpdScannerState& state) { return state.doClose(*this); });
 }
 
 std::uint32_t CpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
   const auto details = [&] {
-    return (ofClient(clientId) << " parameters=").hex(&parameters, sizeof parameters);
+    return (ofClient(clientId)() << " parameters=").hex(&parameters, sizeof parameters);
   };
   return traced("doStartJob", details,
                 [&](const CpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
 }
 
 std::uint32_t CpdScanner::doEndJob(std::uint32_t /*clientId*/) {
-  return traced("doEndJob", nothing, [this](const CpdScannerState& state) { return state.doEndJob(*this); });
+  return traced("doEndJob", noDetails,
+                [this](const CpdScannerState& state) { return state.doEndJob(*this); });
 }
 
 std::uint32_t CpdScanner::doCancelJob(std::uint32_t clientId) {
-  return traced(
-      "doCancelJob", [&] { return ofClient(clientId); },
-      [&](const CpdScannerState& state) {
-        cancelEvent_.reset();
-        return state.doCancelJob(*this, clientId);
-      });
+  return traced("doCancelJob", ofClient(clientId), [&](const CpdScannerState& state) {
+    cancelEvent_.reset();
+    return state.doCancelJob(*this, clientId);
+  });
 }
 
 std::uint32_t CpdScanner::doExchangeData(std::uint32_t clientId, Data& data) {
-  return traced(
-      "doExchangeData", [&] { return ofClient(clientId); },
-      [&](const CpdScannerState& state) { return state.doExchangeData(*this, clientId, data); });
+  return traced("doExchangeData", ofClient(clientId),
+                [&](const CpdScannerState& state) { return state.doExchangeData(*this, clientId, data); });
 }
 
 std::uint32_t CpdScanner::doExchangeData(std::uint32_t clientId, Data& command, Data& response) {
-  return traced(
-      "doExchangeData", [&] { return ofClient(clientId); },
-      [&](const CpdScannerState& state) { return state.doExchangeData(*this, clientId, command, response); });
+  return traced("doExchangeData", ofClient(clientId), [&](const CpdScannerState& state) {
+    return state.doExchangeData(*this, clientId, command, response);
+  });
 }
 
 std::uint32_t CpdScanner::doRegisterForAsyncData(const AsyncDataRegistration& registration) {
-  return traced(
-      "doRegisterForAsyncData", [&] { return ofClient(registration.clientId); },
-      [&](const CpdScannerState& state) { return state.doRegisterForAsyncData(*this, registration); });
+  return traced("doRegisterForAsyncData", ofClient(registration.clientId), [&](const CpdScannerState& state) {
+    return state.doRegisterForAsyncData(*this, registration);
+  });
 }
 
 std::uint32_t CpdScanner::doUnregisterForAsyncData(std::uint32_t clientId) {
-  return traced(
-      "doUnregisterForAsyncData", [&] { return ofClient(clientId); },
-      [&](const CpdScannerState& state) { return state.doUnregisterForAsyncData(*this, clientId); });
+  return traced("doUnregisterForAsyncData", ofClient(clientId), [&](const CpdScannerState& state) {
+    return state.doUnregisterForAsyncData(*this, clientId);
+  });
 }
 
 void CpdScanner::waitForCallbacks(std::uint32_t clientId) {

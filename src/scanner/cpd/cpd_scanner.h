@@ -14,7 +14,7 @@ namespace qvn {
 
 // What the device sends gets through while a client's operation holds the state lock: an exchange waits for
 // its reply, the end of a cancelled job for its status.
-class CpdScanner : public Scanner, public StateMachine<CpdScanner, CpdScannerState> {
+class CpdScanner : public Scanner, public TracedStateMachine<CpdScanner, CpdScannerState> {
  public:
   CpdScanner();
   ~CpdScanner() override;
@@ -71,9 +71,6 @@ class CpdScanner : public Scanner, public StateMachine<CpdScanner, CpdScannerSta
   static bool isStatus(const Data& data);
 
  private:
-  template <typename Details, typename Operation>
-  std::uint32_t traced(const char* operation, Details&& details, Operation&& run);
-
   // A client told of the scan's progress may throw anything; the transport's thread must not end by it.
   std::uint32_t refuseThrown(const char* operation);
 
