@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "qvn/transport/data.h"
-
 namespace qvn {
 
 inline std::string toLower(std::string_view text) {
@@ -21,11 +19,6 @@ inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() &&
          std::equal(a.begin(), a.end(), b.begin(),
                     [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
-
-// The bytes of a buffer, which keeps them.
-inline std::string_view textOf(const Data& data) {
-  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
 }
 
 }  // namespace qvn

@@ -16,10 +16,6 @@
 namespace qvn::ipv4 {
 namespace {
 
-std::string textOf(const Data& data) {
-  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
-}
-
 // An operation that needs nothing done: only its answer counts.
 class AnsweringVisitor : public Visitor {
  public:
@@ -141,8 +137,8 @@ class JobHeaderVisitor : public Visitor {
   void visit(Connectable&) override {
     std::uint32_t npaSupported = 0;
     const bool readable =
-        data_ != nullptr &&
-        AttributeCodec::getLong(textOf(*data_), attribute::kNpaSupported, npaSupported) == QRN_ERROR_SUCCESS;
+        data_ != nullptr && AttributeCodec::getLong(bytesAsText(*data_), attribute::kNpaSupported,
+                                                    npaSupported) == QRN_ERROR_SUCCESS;
     result_ = readable ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_PARAMETER;
   }
 };
@@ -154,8 +150,9 @@ class ConfigurationVisitor : public Visitor {
   void visit(Connectable&) override {
     std::string address;
     std::uint32_t parsed = 0;
-    const bool readable = data_ != nullptr && AttributeCodec::getString(textOf(*data_), attribute::kAddress,
-                                                                        address) == QRN_ERROR_SUCCESS;
+    const bool readable =
+        data_ != nullptr &&
+        AttributeCodec::getString(bytesAsText(*data_), attribute::kAddress, address) == QRN_ERROR_SUCCESS;
     result_ = readable && parseAddress(address, parsed) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_PARAMETER;
   }
 };

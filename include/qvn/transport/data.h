@@ -68,4 +68,9 @@ class Data {
   std::uint32_t count_ = 0;
 };
 
+// The valid bytes, which the buffer keeps, as a text.
+inline std::string_view bytesAsText(const Data& data) {
+  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
+}
+
 }  // namespace qvn

@@ -9,7 +9,7 @@
 namespace qvn {
 
 // The text of an element; empty for none, and for one that is no text.
-inline std::string textOf(const Element* element) {
+inline std::string textOrEmpty(const Element* element) {
   if (element == nullptr) return {};
   try {
     return element->stringValue();
@@ -21,7 +21,7 @@ inline std::string textOf(const Element* element) {
 // The same of the entry of a map; empty also for what is no map.
 inline std::string entryOf(const Element* map, const std::string& name) {
   const auto* const entries = dynamic_cast<const MapElem*>(map);
-  return entries == nullptr ? std::string() : textOf(entries->find(name));
+  return entries == nullptr ? std::string() : textOrEmpty(entries->find(name));
 }
 
 }  // namespace qvn

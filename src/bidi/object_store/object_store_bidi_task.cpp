@@ -7,7 +7,6 @@
 #include "bidi/object_store/reply_frame.h"
 #include "common/logging/trace_scope.h"
 #include "common/tasks/observation.h"
-#include "common/text.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
@@ -118,7 +117,7 @@ std::uint32_t ObjectStoreBidiTask::send(Data& request) {
 
 void ObjectStoreBidiTask::doUpdate(Data& data) {
   if (data.getLength() == 0) return;
-  const std::string_view payload = unwrapReply(textOf(data));
+  const std::string_view payload = unwrapReply(bytesAsText(data));
   bool isException = false;
   if (!ObjectStoreCommand(requestId_).matches(payload, isException)) return;
   detachFrom(device_);

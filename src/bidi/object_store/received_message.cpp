@@ -1,10 +1,9 @@
 #include "bidi/object_store/received_message.h"
 
-#include <charconv>
-
 #include "bidi/element/element_text.h"
 #include "bidi/xml/xml_message_parser.h"
 #include "common/exception.h"
+#include "common/leading_number.h"
 
 namespace qvn {
 namespace {
@@ -22,13 +21,6 @@ std::unique_ptr<MapElem> readMessage(std::string_view document) {
     return nullptr;
   }
   return parser.takeMessage();
-}
-
-// The decimal number in front, 0 when there is none that fits.
-std::uint32_t toUnsigned(const std::string& text) {
-  std::uint32_t number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
 }
 
 MessageType typeOf(const MapElem& message) {
@@ -63,7 +55,7 @@ ReceivedMessage classifyMessage(std::string_view document) {
   ReceivedMessage received;
   received.type = typeOf(*message);
   if (received.type == MessageType::Method) return received;
-  received.requestId = toUnsigned(entryOf(message.get(), "requestID"));
+  received.requestId = leadingNumber<std::uint32_t>(entryOf(message.get(), "requestID"));
   if (received.type == MessageType::Response) received.result = entryOf(message.get(), "result");
   return received;
 }

@@ -101,7 +101,7 @@ void RegistryKey::setValue(const std::string& name, const std::string& value) {
 }
 
 void RegistryKey::setValue(const std::string& name, const Data& value) {
-  const std::string_view bytes = textOf(value);
+  const std::string_view bytes = bytesAsText(value);
   check(registry::setValue(key_, name, registry::ValueType::Binary, bytes),
         "RegistryKey::setValue(binary): Unable to set " + name, __LINE__);
 }

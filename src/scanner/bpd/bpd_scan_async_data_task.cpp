@@ -6,11 +6,11 @@
 #include "bidi/object_store/received_message.h"
 #include "bidi/object_store/store_messages.h"
 #include "common/clients/client_callback.h"
+#include "common/leading_number.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
 #include "scanner/bpd/job/bpd_scan_task.h"
-#include "scanner/bpd/job/leading_number.h"
 
 namespace qvn {
 namespace {
@@ -18,7 +18,7 @@ namespace {
 constexpr char kTask[] = "BpdScanAsyncDataTask::";
 
 std::string valueOf(const StoreNotification& notification) {
-  if (notification.objName == scan_object::kSystem) return textOf(notification.data.get());
+  if (notification.objName == scan_object::kSystem) return textOrEmpty(notification.data.get());
   return entryOf(notification.data.get(),
                  notification.event == scan_object::kPageScanned ? "source" : "state");
 }

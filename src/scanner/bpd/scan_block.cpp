@@ -3,7 +3,6 @@
 #include <cstddef>
 
 #include "bidi/object_store/reply_frame.h"
-#include "common/text.h"
 
 namespace qvn {
 namespace {
@@ -38,6 +37,6 @@ ScanBlock readScanBlock(std::string_view bytes) {
   return {Kind::Event, tag, tag};
 }
 
-ScanBlock readScanBlock(const Data& data) { return readScanBlock(textOf(data)); }
+ScanBlock readScanBlock(const Data& data) { return readScanBlock(bytesAsText(data)); }
 
 }  // namespace qvn

@@ -28,7 +28,7 @@ TEST(ClassifyMessage, TellsWhatADocumentIs) {
       {response("<ListElem/>"), MessageType::Response, 42, ""},
       {response(""), MessageType::Response, 42, ""},
       {kDeclaration + "<response requestID=\"4294967295\"/>", MessageType::Response, 4294967295, ""},
-      {kDeclaration + "<response requestID=\"4294967296\"/>", MessageType::Response, 0, ""},
+      {kDeclaration + "<response requestID=\"4294967296\"/>", MessageType::Response, 4294967295, ""},
       {kDeclaration + "<response requestID=\"12x\"/>", MessageType::Response, 12, ""},
       {kDeclaration + "<response requestID=\"-1\"/>", MessageType::Response, 0, ""},
       {kDeclaration + "<response/>", MessageType::Response, 0, ""},

@@ -7,7 +7,7 @@
 namespace qvn::ipv4 {
 namespace {
 
-std::string_view textOf(const Service& service, const char* key) {
+std::string_view txtEntry(const Service& service, const char* key) {
   const auto found = service.texts.find(key);
   return found == service.texts.end() ? std::string_view() : found->second;
 }
@@ -31,9 +31,9 @@ std::string firstPlain(std::initializer_list<std::string_view> texts) {
 std::optional<DeviceAnswer> describeService(const Service& service) {
   DeviceAnswer device;
   device.family = kBpdPrinterFamily;
-  device.serial = firstPlain({textOf(service, "usb_ser"), textOf(service, "uuid"), service.name});
-  device.model = firstPlain(
-      {textOf(service, "ty"), withoutParentheses(textOf(service, "product")), service.name, device.serial});
+  device.serial = firstPlain({txtEntry(service, "usb_ser"), txtEntry(service, "uuid"), service.name});
+  device.model = firstPlain({txtEntry(service, "ty"), withoutParentheses(txtEntry(service, "product")),
+                             service.name, device.serial});
   device.name = firstPlain({service.name, device.model});
   device.printPort = service.place.port;
   if (device.serial.empty() || service.place.address == 0 || device.printPort == 0) return std::nullopt;

@@ -19,7 +19,7 @@ void BpdScanTask::doUpdate(Data& data) {
   }
   const StoreNotification notification = readNotification(block.text);
   if (notification.observer == scan_object::kSystemObserver)
-    takeSystemUpdate(textOf(notification.data.get()));
+    takeSystemUpdate(textOrEmpty(notification.data.get()));
 }
 
 }  // namespace qvn

@@ -2,7 +2,7 @@
 
 #include "bidi/xml/parser_simple.h"
 #include "qvn/result_codes.h"
-#include "scanner/bpd/job/leading_number.h"
+#include "common/leading_number.h"
 
 namespace qvn {
 namespace {

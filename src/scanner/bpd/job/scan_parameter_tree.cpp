@@ -9,7 +9,7 @@
 
 #include "bidi/element/integer_elem.h"
 #include "scanner/bpd/job/job_parameter_store.h"
-#include "scanner/bpd/job/leading_number.h"
+#include "common/leading_number.h"
 
 namespace qvn {
 namespace {

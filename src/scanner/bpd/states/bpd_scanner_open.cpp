@@ -3,7 +3,6 @@
 #include <string>
 
 #include "common/exception.h"
-#include "common/text.h"
 #include "kit/tag_map.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
@@ -32,7 +31,7 @@ std::uint32_t BpdScannerOpen::doStartJob(BpdScanner& scanner, std::uint32_t clie
 
 std::uint32_t BpdScannerOpen::doExchangeData(BpdScanner& /*scanner*/, std::uint32_t clientId,
                                              Data& data) const {
-  const TagMap entries(textOf(data));
+  const TagMap entries(bytesAsText(data));
   const std::string* const key = entries.find("0");
   const std::string* const value = entries.find("1");
   if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
