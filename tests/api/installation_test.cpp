@@ -10,13 +10,13 @@
 
 #include "common/logging/basic_logger.h"
 #include "platform/files/paths.h"
-#include "platform/forked.h"
 #include "platform/registry/registry.h"
 #include "platform/threads/mutex.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/settings.h"
 #include "support/fake_transport.h"
 #include "support/manual_clock.h"
+#include "support/process/forked.h"
 
 namespace qvn::test {
 namespace {

@@ -11,6 +11,7 @@
 #include "platform/files/paths.h"
 #include "support/content_of.h"
 #include "support/manual_clock.h"
+#include "support/process/forked.h"
 
 namespace qvn {
 namespace {
@@ -102,9 +103,11 @@ TEST_F(LoggingTest, WithoutTheLibrarysKeyNothingIsWritten) {
 }
 
 TEST_F(LoggingTest, StoppedStaysStopped) {
-  BasicLogger::stop();
-  logError(server, [] { return LogText() << "lost"; });
-  EXPECT_THAT(contents(), IsEmpty());
+  test::inOwnProcess([this] {
+    BasicLogger::stop();
+    logError(server, [] { return LogText() << "lost"; });
+    EXPECT_THAT(contents(), IsEmpty());
+  });
 }
 
 TEST_F(LoggingTest, TheHeaderShowsWhatIsAskedFor) {

@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "platform/files/paths.h"
-#include "platform/forked.h"
+#include "support/process/forked.h"
 
 namespace qvn::platform {
 namespace {

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/forked.h"
+#include "support/process/forked.h"
 
 namespace qvn::platform {
 namespace {
@@ -53,44 +53,43 @@ TEST(Paths, TheSystemsDirectoriesExist) {
   EXPECT_TRUE(fs::is_directory(nativePath(system)));
 }
 
-// What a process with these variables takes for its state directory; as a user without privileges when
-// `asUser`.
-int checkStateDirectory(const char* home, const char* state, bool asUser, const fs::path& expected,
-                        mode_t mode) {
-  test::Forked child([&] {
-    constexpr uid_t kUser = 65534;
-    if (asUser && geteuid() == 0 && (setgid(kUser) != 0 || setuid(kUser) != 0)) return 1;
-    umask(asUser ? 0 : 077);
-    home != nullptr ? setenv("QVN_HOME", home, 1) : unsetenv("QVN_HOME");
-    state != nullptr ? setenv("XDG_STATE_HOME", state, 1) : unsetenv("XDG_STATE_HOME");
-    setenv("HOME", "/nonexistent", 1);
-    if (stateDirectory() != expected) return 2;
-    if (expected.empty()) return lastError() == kSuccess ? 3 : 0;
-    struct stat status {};
-    if (stat(expected.c_str(), &status) != 0 || (status.st_mode & 07777) != mode) return 4;
-    setenv("QVN_HOME", "/elsewhere", 1);
-    return stateDirectory() == expected ? 0 : 5;
-  });
-  return child.wait();
-}
-
 TEST(Paths, TheStateDirectoryIsChosenAndMadeForWhoAsks) {
   std::string base = (fs::temp_directory_path() / "qvn-paths-XXXXXX").string();
   ASSERT_NE(mkdtemp(base.data()), nullptr);
   ASSERT_EQ(chmod(base.c_str(), 0777), 0);
-  const std::string below = base + "/x/y";
-  const std::string file = base + "/file/z";
-  fs::create_directory(base + "/kept");
-  ASSERT_EQ(chmod((base + "/kept").c_str(), 0711), 0);
+  const fs::path kept = base + "/kept";
+  fs::create_directory(kept);
+  ASSERT_EQ(chmod(kept.c_str(), 0711), 0);
 
   const mode_t own = geteuid() == 0 ? 02770 : 0700;
-  EXPECT_EQ(checkStateDirectory((below + "/").c_str(), nullptr, false, below, own), 0);
-  EXPECT_EQ(checkStateDirectory((base + "/user").c_str(), "/no", true, base + "/user", 0700), 0);
-  EXPECT_EQ(checkStateDirectory(nullptr, (base + "/state").c_str(), true, base + "/state/qvn", 0700), 0);
-  EXPECT_EQ(checkStateDirectory("", (base + "/state").c_str(), true, base + "/state/qvn", 0700), 0);
-  EXPECT_EQ(checkStateDirectory((base + "/kept").c_str(), nullptr, true, base + "/kept", 0711), 0);
-  EXPECT_EQ(checkStateDirectory(nullptr, nullptr, true, "", 0), 0) << "nowhere to go";
-  EXPECT_EQ(checkStateDirectory("/proc/no/such", nullptr, false, "", 0), 0);
+  const struct {
+    const char* as;
+    std::string home;  // empty: unset
+    std::string state;
+    std::string expected;
+    mode_t mode;
+  } cases[] = {
+      {"self", base + "/x/y/", "", base + "/x/y", own},
+      {"user", base + "/user", "/no", base + "/user", 0700},
+      {"user", "", base + "/state", base + "/state/qvn", 0700},
+      {"user", kept, "", kept, 0711},
+      {"user", "", "", "", 0},
+      {"self", "/proc/no/such", "", "", 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.home + " " + c.state);
+    test::Forked asker([&] {
+      setenv("QVN_HOME", c.home.c_str(), 1);
+      setenv("XDG_STATE_HOME", c.state.c_str(), 1);
+      setenv("HOME", "/nonexistent", 1);
+      return execl(STATE_DIRECTORY_PROGRAM, STATE_DIRECTORY_PROGRAM, c.as, c.expected.c_str(), nullptr);
+    });
+    EXPECT_EQ(asker.wait(), 0);
+    if (c.expected.empty()) continue;
+    struct stat status {};
+    EXPECT_EQ(stat(c.expected.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, c.mode);
+  }
   fs::remove_all(base);
 }
 

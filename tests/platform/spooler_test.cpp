@@ -9,10 +9,10 @@
 #include <fstream>
 
 #include "platform/files/paths.h"
-#include "platform/forked.h"
 #include "platform/registry/registry.h"
 #include "platform/threads/event.h"
 #include "support/manual_clock.h"
+#include "support/process/forked.h"
 
 namespace qvn::platform {
 namespace {
@@ -20,16 +20,13 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+// What loads libcups does so in a process of its own: once loaded, it stays.
 class Spooler : public testing::Test {
  protected:
   // The stand-in for libcups, which answers so.
   void cups(const char* answer) {
     setenv("QVN_TRANSPORT_PATH", FAKE_CUPS_DIRECTORY, 1);
     setenv("QVN_FAKE_CUPS", answer, 1);
-  }
-  void TearDown() override {
-    unsetenv("QVN_FAKE_CUPS");
-    unsetenv("QVN_TRANSPORT_PATH");
   }
 
   std::vector<std::string> ports() {
@@ -46,7 +43,6 @@ class Spooler : public testing::Test {
   ErrorCode error = kSuccess;
 };
 
-// First of all: once it has been loaded, libcups stays.
 TEST_F(Spooler, WithoutLibcupsThereAreNoQueues) {
   const std::filesystem::path directory = stateDirectory() / "no-cups";
   std::filesystem::create_directory(directory);
@@ -60,57 +56,63 @@ TEST_F(Spooler, WithoutLibcupsThereAreNoQueues) {
 }
 
 TEST_F(Spooler, ThePortOfAQueueIsInItsDeviceUri) {
-  const struct {
-    const char* uri;
-    const char* port;
-  } cases[] = {
-      {"qvn://LAB1", "LAB1"},
-      {"qvn:LAB1", "LAB1"},
-      {"qvn://Lab%201%2f%C3%A4", "Lab 1/\xC3\xA4"},
-      {"qvn:%5c%5Cserver%5Cshare", "\\\\server\\share"},
-      {"qvn://100%", "100%"},
-      {"qvn://%4", "%4"},
-      {"qvn://%zz%41", "%zzA"},
-      {"qvn://a%00b", "a%00b"},
-      {"qvn://", ""},
-      {"socket://192.0.2.1:9100", "socket://192.0.2.1:9100"},
-      {"usb://Brand/Model%201", "usb://Brand/Model%201"},
-  };
-  for (const auto& [uri, port] : cases) {
-    cups((std::string("Q ") + uri).c_str());
-    EXPECT_THAT(ports(), ElementsAre(std::string("Q on ") + port));
-    EXPECT_EQ(error, kSuccess);
-  }
+  test::inOwnProcess([this] {
+    const struct {
+      const char* uri;
+      const char* port;
+    } cases[] = {
+        {"qvn://LAB1", "LAB1"},
+        {"qvn:LAB1", "LAB1"},
+        {"qvn://Lab%201%2f%C3%A4", "Lab 1/\xC3\xA4"},
+        {"qvn:%5c%5Cserver%5Cshare", "\\\\server\\share"},
+        {"qvn://100%", "100%"},
+        {"qvn://%4", "%4"},
+        {"qvn://%zz%41", "%zzA"},
+        {"qvn://a%00b", "a%00b"},
+        {"qvn://", ""},
+        {"socket://192.0.2.1:9100", "socket://192.0.2.1:9100"},
+        {"usb://Brand/Model%201", "usb://Brand/Model%201"},
+    };
+    for (const auto& [uri, port] : cases) {
+      cups((std::string("Q ") + uri).c_str());
+      EXPECT_THAT(ports(), ElementsAre(std::string("Q on ") + port));
+      EXPECT_EQ(error, kSuccess);
+    }
+  });
 }
 
 TEST_F(Spooler, QueuesAreListedInTheServersOrder) {
-  cups("Second qvn://P2\nFirst qvn://P1\n");
-  EXPECT_THAT(ports(), ElementsAre("Second on P2", "First on P1"));
-  cups("");
-  EXPECT_THAT(ports(), IsEmpty());
-  EXPECT_EQ(error, kSuccess);
+  test::inOwnProcess([this] {
+    cups("Second qvn://P2\nFirst qvn://P1\n");
+    EXPECT_THAT(ports(), ElementsAre("Second on P2", "First on P1"));
+    cups("");
+    EXPECT_THAT(ports(), IsEmpty());
+    EXPECT_EQ(error, kSuccess);
+  });
 }
 
 TEST_F(Spooler, AServerThatDoesNotAnswerIsNoHindrance) {
-  const struct {
-    const char* answer;
-    ErrorCode error;
-  } cases[] = {
-      {"status 1030", kSuccess},             // not-found: it has no printers
-      {"status 1025", kSpoolerUnavailable},  // forbidden
-      {"status 1280", kSpoolerUnavailable},  // internal error
-      {"hang", kSpoolerUnavailable},
-  };
-  test::ManualClock clock(test::ManualClock::Mode::AutoAdvance, std::chrono::milliseconds(20));
-  for (const auto& c : cases) {
-    cups(c.answer);
-    EXPECT_THAT(ports(), IsEmpty()) << c.answer;
-    EXPECT_EQ(error, c.error) << c.answer;
-  }
-  EXPECT_EQ(clock.monotonicMilliseconds(), 5000U);
-  unsetenv("QVN_FAKE_CUPS");
-  EXPECT_THAT(ports(), IsEmpty());
-  EXPECT_EQ(error, kSpoolerUnavailable);
+  test::inOwnProcess([this] {
+    const struct {
+      const char* answer;
+      ErrorCode error;
+    } cases[] = {
+        {"status 1030", kSuccess},             // not-found: it has no printers
+        {"status 1025", kSpoolerUnavailable},  // forbidden
+        {"status 1280", kSpoolerUnavailable},  // internal error
+        {"hang", kSpoolerUnavailable},
+    };
+    test::ManualClock clock(test::ManualClock::Mode::AutoAdvance, std::chrono::milliseconds(20));
+    for (const auto& c : cases) {
+      cups(c.answer);
+      EXPECT_THAT(ports(), IsEmpty()) << c.answer;
+      EXPECT_EQ(error, c.error) << c.answer;
+    }
+    EXPECT_EQ(clock.monotonicMilliseconds(), 5000U);
+    unsetenv("QVN_FAKE_CUPS");
+    EXPECT_THAT(ports(), IsEmpty());
+    EXPECT_EQ(error, kSpoolerUnavailable);
+  });
 }
 
 TEST_F(Spooler, AMonitorIsRecordedOnceAndHasStartedEachTime) {

@@ -171,6 +171,19 @@ FakeTransport& FakeTransport::instance() {
   return transport;
 }
 
+void FakeTransport::reset() {
+  onOpen = nullptr;
+  onWrite = nullptr;
+  onExchange = nullptr;
+  onVisitor = nullptr;
+  onDiscover = nullptr;
+  awaitsReplies = false;
+  const std::lock_guard guard(mutex_);
+  calls_.clear();
+  written_.clear();
+  device_ = DeviceReference();
+}
+
 void FakeTransport::registerModule() {
   using namespace platform::registry;
   Key key;

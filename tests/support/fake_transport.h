@@ -23,6 +23,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   static constexpr char kName[] = "FAKE";
 
   static FakeTransport& instance();
+  // Forgets what it was told to do and what was asked of it.
+  void reset();
   // Puts the module's file under its name into the registry as a network transport.
   static void registerModule();
   // A device of this transport: of a family, or a Cpd printer.

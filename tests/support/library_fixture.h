@@ -20,12 +20,7 @@ class LibraryTest : public testing::Test {
   }
   ~LibraryTest() override {
     EXPECT_EQ(QvnUninitialize(), 0u);
-    fake.onOpen = nullptr;
-    fake.onWrite = nullptr;
-    fake.onExchange = nullptr;
-    fake.onVisitor = nullptr;
-    fake.onDiscover = nullptr;
-    fake.awaitsReplies = false;
+    fake.reset();
   }
 
   void set(const std::string& setting, std::uint32_t value) {

@@ -11,9 +11,9 @@
 #include <thread>
 
 #include "platform/files/paths.h"
-#include "platform/forked.h"
 #include "platform/registry/registry.h"
 #include "support/content_of.h"
+#include "support/process/forked.h"
 
 namespace qvn::platform::registry {
 namespace {
@@ -21,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::contentOf;
 using test::Forked;
+using test::inOwnProcess;
 using test::Pipe;
 using testing::HasSubstr;
 
@@ -38,6 +39,23 @@ int numberOf(const Key& key, std::string_view name) {
   Value value;
   return getValue(key, name, value) == kSuccess ? std::stoi(value.data) : -1;
 }
+
+// A store of the test's own: nothing of this process has it open, so what is done to its file or to the
+// limits of who opens it is done to processes that the test forks.
+class RegistryStoreTest : public testing::Test {
+ protected:
+  RegistryStoreTest() { fs::create_directory(aside()), moveStore(stateDirectory(), aside()); }
+  ~RegistryStoreTest() override { moveStore(aside(), stateDirectory()), fs::remove(aside()); }
+
+ private:
+  static fs::path aside() { return stateDirectory() / "aside"; }
+  static void moveStore(const fs::path& from, const fs::path& to) {
+    for (const char* const file : {"registry.mdb", "registry.mdb-lock"}) {
+      fs::remove(to / file);
+      if (fs::exists(from / file)) fs::rename(from / file, to / file);
+    }
+  }
+};
 
 fs::path storeFile() { return stateDirectory() / "registry.mdb"; }
 
@@ -145,61 +163,66 @@ TEST(RegistryStore, ThreadsThatComeAndGoLeaveNoReaderBehind) {
   }
 }
 
-TEST(RegistryStore, AReaderThatWasKilledDoesNotKeepTheStoreFromShrinking) {
+TEST_F(RegistryStoreTest, AReaderThatWasKilledDoesNotKeepTheStoreFromShrinking) {
   setenv("QVN_REGISTRY_MAP_SIZE", "1048576", 1);
-  Key key;
-  ASSERT_EQ(make("Readers", key), kSuccess);
-  ASSERT_EQ(setString(key, "value", std::string(100'000, 'a')), kSuccess);
-  Pipe reading;
-  Forked reader([&] {
-    return static_cast<int>(readValue(key, "value", [&](ValueType, std::string_view) {
-      reading.tell(1);
-      pause();
-    }));
-  });
-  ASSERT_EQ(reading.hear(), 1);
-  reader.kill();
-  for (int i = 0; i < 40; ++i) {
-    ASSERT_EQ(setString(key, "value", std::string(100'000, 'b')), kSuccess) << i << ": " << lastFailure();
-  }
-}
-
-TEST(RegistryStore, AFullStoreRefusesTheWriteAndStaysReadable) {
-  setenv("QVN_REGISTRY_MAP_SIZE", "262144", 1);
-  Key key;
-  ASSERT_EQ(make("Full", key), kSuccess);
-  ASSERT_EQ(setString(key, "first", "1"), kSuccess);
-  EXPECT_EQ(setString(key, "big", std::string(500'000, 'b')), kDiskFull);
-  EXPECT_THAT(lastFailure(), HasSubstr(storeFile().string() + " cannot grow"));
-  int stored = 0;
-  ErrorCode error = kSuccess;
-  while ((error = setString(key, "v" + std::to_string(stored), std::string(1000, 'v'))) == kSuccess) ++stored;
-  EXPECT_EQ(error, kDiskFull);
-  EXPECT_GT(stored, 10);
-  EXPECT_EQ(transaction([&] { return setString(key, "one", std::string(500'000, 'b')); }), kDiskFull);
-  EXPECT_EQ(transaction([&] {
-              static_cast<void>(setString(key, "one", std::string(500'000, 'b')));
-              return kSuccess;
-            }) == kSuccess,
-            false)
-      << "a transaction whose failure was overlooked";
-  EXPECT_EQ(numberOf(key, "first"), 1);
-  EXPECT_EQ(deleteValue(key, "v0"), kSuccess) << "room can be made";
-}
-
-TEST(RegistryStore, AFileSizeLimitRefusesTheWriteAndLeavesTheProcessAlive) {
-  makeStore();
-  Forked limited([] {
+  inOwnProcess([] {
     Key key;
-    if (make("Limited", key) != kSuccess || setString(key, "first", "1") != kSuccess) return 1;
+    ASSERT_EQ(make("Readers", key), kSuccess);
+    ASSERT_EQ(setString(key, "value", std::string(100'000, 'a')), kSuccess);
+    Pipe reading;
+    Forked reader([&] {
+      return static_cast<int>(readValue(key, "value", [&](ValueType, std::string_view) {
+        reading.tell(1);
+        pause();
+      }));
+    });
+    ASSERT_EQ(reading.hear(), 1);
+    reader.kill();
+    for (int i = 0; i < 40; ++i) {
+      ASSERT_EQ(setString(key, "value", std::string(100'000, 'b')), kSuccess) << i << ": " << lastFailure();
+    }
+  });
+}
+
+TEST_F(RegistryStoreTest, AFullStoreRefusesTheWriteAndStaysReadable) {
+  setenv("QVN_REGISTRY_MAP_SIZE", "262144", 1);
+  inOwnProcess([] {
+    Key key;
+    const std::string tooMuch(500'000, 'b');
+    ASSERT_EQ(make("Full", key), kSuccess);
+    ASSERT_EQ(setString(key, "first", "1"), kSuccess);
+    EXPECT_EQ(setString(key, "big", tooMuch), kDiskFull);
+    EXPECT_THAT(lastFailure(), HasSubstr(storeFile().string() + " cannot grow"));
+    int stored = 0;
+    ErrorCode error = kSuccess;
+    while ((error = setString(key, "v" + std::to_string(stored), std::string(1000, 'v'))) == kSuccess)
+      ++stored;
+    EXPECT_EQ(error, kDiskFull);
+    EXPECT_GT(stored, 10);
+    EXPECT_EQ(transaction([&] { return setString(key, "one", tooMuch); }), kDiskFull);
+    EXPECT_NE(transaction([&] {
+                static_cast<void>(setString(key, "one", tooMuch));
+                return kSuccess;
+              }),
+              kSuccess)
+        << "a transaction whose failure was overlooked";
+    EXPECT_EQ(numberOf(key, "first"), 1);
+    EXPECT_EQ(deleteValue(key, "v0"), kSuccess) << "room can be made";
+  });
+}
+
+TEST_F(RegistryStoreTest, AFileSizeLimitRefusesTheWriteAndLeavesTheProcessAlive) {
+  makeStore();
+  inOwnProcess([] {
+    Key key;
+    ASSERT_EQ(make("Limited", key), kSuccess);
+    ASSERT_EQ(setString(key, "first", "1"), kSuccess);
     const auto size = static_cast<rlim_t>(fs::file_size(storeFile()));
     const rlimit limit{.rlim_cur = size, .rlim_max = size};
-    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return 2;
-    if (setString(key, "big", std::string(500'000, 'b')) != kDiskFull) return 3;
-    if (numberOf(key, "first") != 1) return 4;
-    return 0;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    EXPECT_EQ(setString(key, "big", std::string(500'000, 'b')), kDiskFull);
+    EXPECT_EQ(numberOf(key, "first"), 1);
   });
-  EXPECT_EQ(limited.wait(), 0);
 }
 
 // What every operation answers, when all answer the same; else 0.
@@ -211,7 +234,7 @@ ErrorCode answerOfAll() {
   return same ? answer : kSuccess;
 }
 
-TEST(RegistryStore, ADamagedFileIsRefusedAndLeftAsItIs) {
+TEST_F(RegistryStoreTest, ADamagedFileIsRefusedAndLeftAsItIs) {
   const std::string sound = makeStore();
   const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   const std::string foreign = [] {
@@ -249,23 +272,17 @@ TEST(RegistryStore, ADamagedFileIsRefusedAndLeftAsItIs) {
   };
   for (const auto& c : cases) {
     replaceContent(storeFile(), c.content);
-    Pipe answers;
-    Forked user([&] {
-      const ErrorCode answer = answerOfAll();
-      answers.tell(static_cast<int>(answer));
-      answers.tell(lastFailure().find(c.message) != std::string::npos ? 1 : 0);
-      return 0;
+    inOwnProcess([&] {
+      EXPECT_EQ(answerOfAll(), kRegistryCorrupt) << c.name;
+      EXPECT_THAT(lastFailure(), HasSubstr(c.message)) << c.name;
+      EXPECT_TRUE(contentOf(storeFile()) == c.content) << c.name;
+      replaceContent(storeFile(), sound);
+      EXPECT_EQ(answerOfAll(), kSuccess) << c.name << ": once the file is put right";
     });
-    EXPECT_EQ(user.wait(), 0) << c.name;
-    EXPECT_EQ(answers.hear(), static_cast<int>(kRegistryCorrupt)) << c.name;
-    EXPECT_EQ(answers.hear(), 1) << c.name;
-    EXPECT_TRUE(contentOf(storeFile()) == c.content) << c.name;
   }
-  replaceContent(storeFile(), sound);
-  EXPECT_EQ(answerOfAll(), kSuccess) << "once the file is put right";
 }
 
-TEST(RegistryStore, NoFlippedByteCrashesAReaderOrAWriter) {
+TEST_F(RegistryStoreTest, NoFlippedByteCrashesAReaderOrAWriter) {
   constexpr int kRounds = 100;
   constexpr int kSound = 100;  // Unlike any code of a process that crashes.
   constexpr int kDamaged = 101;

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <tuple>
 
-#include "platform/forked.h"
+#include "support/process/forked.h"
 
 namespace qvn::platform::registry {
 namespace {

@@ -1,6 +1,7 @@
 // Processes for tests of what several processes share. Fork before the test starts a thread.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -38,6 +39,15 @@ class Forked {
  private:
   pid_t pid_;
 };
+
+// For expectations that change for good what cannot be changed back: the process they run in ends with them.
+inline void inOwnProcess(const std::function<void()>& expectations) {
+  Forked child([&] {
+    expectations();
+    return testing::Test::HasFailure() ? 1 : 0;
+  });
+  EXPECT_EQ(child.wait(), 0) << "see what failed above";
+}
 
 // Numbers from one process to another, in order.
 class Pipe {
