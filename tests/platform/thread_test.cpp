@@ -2,6 +2,7 @@
 #include "platform/threads/thread.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/resource.h>
 
 #include <atomic>
@@ -93,6 +94,20 @@ TEST(Thread, LastErrorIsTheThreadsOwn) {
   }).reset();
   EXPECT_EQ(inNewThread, kSuccess);
   EXPECT_EQ(lastError(), 5U);
+}
+
+TEST(Thread, AClientsSignalsStayOnTheClientsThreads) {
+  const auto isBlocked = [] {
+    sigset_t mask;
+    return pthread_sigmask(SIG_SETMASK, nullptr, &mask) == 0 && sigismember(&mask, SIGUSR1) == 1;
+  };
+  bool blockedInside = false;
+  start([&] {
+    blockedInside = isBlocked();
+    return 0U;
+  }).reset();
+  EXPECT_TRUE(blockedInside);
+  EXPECT_FALSE(isBlocked());
 }
 
 TEST(Thread, ABodyIsRequired) {

@@ -21,6 +21,7 @@
 
 #include "platform/base/failure.h"
 #include "platform/process/module.h"
+#include "platform/threads/all_signals_blocked.h"
 
 namespace qvn::platform {
 namespace {
@@ -208,6 +209,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& commandLine
   words.front() = programFile(words.front());
   auto state = std::make_shared<ChildState>();
   try {
+    const AllSignalsBlocked blocked;
     std::thread(runChild, state, std::move(words), *nice).detach();
   } catch (const std::system_error& failure) {
     error = fail(errorFromErrno(failure.code().value()));

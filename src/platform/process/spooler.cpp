@@ -16,6 +16,7 @@
 #include "platform/base/failure.h"
 #include "platform/process/cups_library.h"
 #include "platform/registry/registry.h"
+#include "platform/threads/all_signals_blocked.h"
 #include "platform/threads/event.h"
 
 namespace qvn::platform {
@@ -166,6 +167,7 @@ ErrorCode localPrintQueues(std::vector<PrintQueue>& queues) {
   const auto listing = std::make_shared<Listing>();
   try {
     // A thread of its own, left alone when it is late: looking up the server's name has no limit of time.
+    const AllSignalsBlocked blocked;
     std::thread(run, listing).detach();
   } catch (const std::system_error& failure) {
     return fail(errorFromErrno(failure.code().value()));

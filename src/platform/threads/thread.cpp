@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/base/failure.h"
+#include "platform/threads/all_signals_blocked.h"
 
 namespace qvn::platform {
 namespace {
@@ -145,6 +146,7 @@ std::unique_ptr<ThreadHandle> ThreadHandle::start(std::function<std::uint32_t()>
   int result = pthread_attr_init(&attributes);
   if (result == 0) {
     result = setStackSize(attributes, initialStackSize);
+    const AllSignalsBlocked blocked;
     if (result == 0) result = pthread_create(&thread, &attributes, runThread, argument.get());
     pthread_attr_destroy(&attributes);
   }

@@ -16,9 +16,9 @@ inline constexpr std::uint32_t kStillActive = 259;
 
 class QVN_PLATFORM_API ThreadHandle {
  public:
-  // Starts a thread that runs `body`; its return value is the exit code. `initialStackSize` is a hint for the
-  // memory committed at once, never a limit below what the system's threads have. Null on failure, with
-  // `error` set. `body` must not throw.
+  // Starts a thread that runs `body`, with all signals blocked; its return value is the exit code.
+  // `initialStackSize` is a hint for the memory committed at once, never a limit below what the system's
+  // threads have. Null on failure, with `error` set. `body` must not throw.
   static std::unique_ptr<ThreadHandle> start(std::function<std::uint32_t()> body,
                                              std::uint32_t initialStackSize, ErrorCode& error);
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "base/all_signals_blocked.h"
+#include "platform/threads/all_signals_blocked.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -21,7 +21,7 @@ ServiceSearches::Search ServiceSearches::begin(const std::string& name, std::chr
     });
     if (!hanging_.empty()) return {{}, deadline};
   }
-  const AllSignalsBlocked blocked;
+  const platform::AllSignalsBlocked blocked;
   return {std::async(std::launch::async, findServices, name, deadline), deadline};
 }
 

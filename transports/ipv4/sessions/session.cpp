@@ -3,8 +3,8 @@
 #include <system_error>
 #include <utility>
 
-#include "base/all_signals_blocked.h"
 #include "platform/base/error.h"
+#include "platform/threads/all_signals_blocked.h"
 #include "qvn/result_codes.h"
 
 namespace qvn::ipv4 {
@@ -31,7 +31,7 @@ void Session::close() {
 }
 
 std::uint32_t Session::startThread(std::function<void()> body) {
-  const AllSignalsBlocked blocked;
+  const platform::AllSignalsBlocked blocked;
   ++runningThreads_;
   try {
     threads_.emplace_back([this, run = std::move(body)] {
