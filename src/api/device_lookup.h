@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "device/store/hid_store.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

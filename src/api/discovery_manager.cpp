@@ -1,10 +1,15 @@
 #include "api/discovery_manager.h"
 
+#include "common/exception.h"
 #include "common/logging/trace_scope.h"
 #include "common/tasks/observation.h"
 #include "device/factories/device_factories.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/device.h"
+#include "qvn/transport/discoverer.h"
+#include "transport/transport_dll.h"
 #include "transport/transports.h"
 
 namespace qvn {

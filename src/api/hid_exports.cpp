@@ -3,6 +3,7 @@
 #include "api/system.h"
 #include "device/notification.h"
 #include "qvn/qvn.h"
+#include "qvn/transport/data.h"
 
 using namespace qvn;
 

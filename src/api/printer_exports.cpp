@@ -3,8 +3,10 @@
 
 #include "api/device_exports.h"
 #include "api/system.h"
+#include "device/job_description.h"
 #include "npa/npa_packet.h"
 #include "qvn/qvn.h"
+#include "qvn/transport/data.h"
 
 using namespace qvn;
 

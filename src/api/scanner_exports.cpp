@@ -2,6 +2,7 @@
 #include "api/device_exports.h"
 #include "api/system.h"
 #include "qvn/qvn.h"
+#include "qvn/transport/data.h"
 
 using namespace qvn;
 

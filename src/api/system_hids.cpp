@@ -2,11 +2,14 @@
 #include "api/device_calls.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
+#include "device/client_registration.h"
+#include "device/hid.h"
 #include "device/store/hid_store.h"
 #include "device/store/hid_table.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_object.h"
 #include "hid/hid_report_manager.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 namespace {

@@ -4,7 +4,10 @@
 #include "api/output_buffer.h"
 #include "api/system.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/settings_store.h"
+#include "platform/base/error.h"
 #include "platform/process/system_information.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

@@ -12,8 +12,12 @@
 #include "common/settings/localize.h"
 #include "common/settings/registry_key.h"
 #include "common/threads/event.h"
+#include "platform/base/clock.h"
+#include "platform/base/error.h"
 #include "platform/files/paths.h"
 #include "platform/process/spooler.h"
+#include "platform/registry/registry.h"
+#include "qvn/result_codes.h"
 #include "transport/transports.h"
 
 namespace qvn {

@@ -3,9 +3,13 @@
 #include "api/job_tracker.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
+#include "device/client_registration.h"
+#include "device/job_description.h"
 #include "device/store/printer_store.h"
 #include "device/store/printer_table.h"
 #include "printer/printer_object.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 #include "qvn/transport/lent_data.h"
 
 namespace qvn {

@@ -7,9 +7,14 @@
 #include "api/system.h"
 #include "common/logging/trace_scope.h"
 #include "common/settings/localize.h"
+#include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
+#include "platform/base/error.h"
 #include "platform/process/spooler.h"
+#include "qvn/qvn.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/attributes.h"
 #include "transport/transport_names.h"
 
 namespace qvn {

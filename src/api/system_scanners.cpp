@@ -2,9 +2,13 @@
 #include "api/device_calls.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
+#include "device/client_registration.h"
+#include "device/scanner.h"
 #include "device/store/scanner_store.h"
 #include "device/store/scanner_table.h"
 #include "kit/tag_map.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 #include "scanner/scanner_object.h"
 
 namespace qvn {

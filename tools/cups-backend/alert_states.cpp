@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "qvn/qvn.h"
+#include "qvn/result_codes.h"
+#include "shared/client/devices.h"
 #include "shared/client/status_cache.h"
 
 namespace qvn::cups {

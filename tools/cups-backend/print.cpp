@@ -8,8 +8,11 @@
 #include <string>
 
 #include "alert_states.h"
+#include "device_uri.h"
 #include "patience.h"
+#include "platform/base/clock.h"
 #include "qvn/qvn.h"
+#include "qvn/result_codes.h"
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "shared/client/interrupt.h"

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/bytes.h"
 #include "documents/bpd_blocks.h"
 #include "hid/button_panel.h"
 

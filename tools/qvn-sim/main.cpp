@@ -8,6 +8,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "base/bytes.h"
 #include "base/trace.h"
 #include "command_interpreter.h"
 #include "command_line.h"
@@ -18,8 +19,10 @@
 #include "esc/scanner.h"
 #include "hid/hid_port.h"
 #include "net/event_loop.h"
+#include "net/sockets.h"
 #include "page/page_source.h"
 #include "page/page_store.h"
+#include "page/picture.h"
 #include "page/png_picture.h"
 #include "page/scan_engine.h"
 #include "page/test_chart.h"

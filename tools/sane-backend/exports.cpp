@@ -6,6 +6,7 @@
 
 #include "device_listing.h"
 #include "open_scanner.h"
+#include "options.h"
 #include "qvn/result_codes.h"
 #include "shared/client/failure.h"
 #include "shared/client/session.h"

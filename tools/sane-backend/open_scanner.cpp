@@ -1,6 +1,7 @@
 #include "open_scanner.h"
 
 #include "shared/scan/error.h"
+#include "shared/scan/settings.h"
 
 namespace qvn::sane {
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "options.h"
+#include "shared/scan/scanner.h"
 #include "shared/scan/scanner_families.h"
 
 namespace qvn::sane {

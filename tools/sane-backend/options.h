@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "shared/scan/capabilities.h"
+#include "shared/scan/settings.h"
 
 namespace qvn::sane {
 

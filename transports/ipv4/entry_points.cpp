@@ -9,7 +9,10 @@
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/discoverer.h"
 #include "qvn/transport/plugin.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace {
 

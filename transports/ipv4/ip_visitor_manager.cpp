@@ -9,9 +9,15 @@
 #include "connections/npa_connection.h"
 #include "connections/print_connection.h"
 #include "connections/store_connection.h"
+#include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
+#include "sessions/pending_reply.h"
 
 namespace qvn::ipv4 {
 namespace {

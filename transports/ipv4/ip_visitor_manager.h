@@ -4,6 +4,7 @@
 #include <string>
 
 #include "connections/ip_connection_manager.h"
+#include "qvn/transport/visitor.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn::ipv4 {

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "base/bytes.h"
 #include "base/stream_assembler.h"
 
 namespace sim {

@@ -14,10 +14,12 @@
 
 #include "base/connection_id.h"
 #include "documents/document_writer.h"
+#include "documents/element.h"
 #include "documents/host_send_job.h"
 #include "documents/method_document.h"
 #include "faults/fault_switches.h"
 #include "page/scan_engine.h"
+#include "page/scan_settings.h"
 
 namespace sim {
 

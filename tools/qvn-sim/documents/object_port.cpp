@@ -6,8 +6,11 @@
 
 #include "documents/bpd_blocks.h"
 #include "documents/document_writer.h"
+#include "documents/element.h"
 #include "documents/method_document.h"
 #include "documents/refusal.h"
+#include "page/page_sender.h"
+#include "page/page_stream.h"
 
 namespace sim {
 namespace {

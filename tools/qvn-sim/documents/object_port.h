@@ -7,9 +7,12 @@
 #include <string>
 #include <string_view>
 
+#include "base/bytes.h"
+#include "base/connection_id.h"
 #include "base/trace.h"
 #include "documents/block_assembler.h"
 #include "documents/device_objects.h"
+#include "documents/document_writer.h"
 #include "documents/documents.h"
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"
@@ -17,6 +20,7 @@
 #include "page/page_pump.h"
 #include "page/page_source.h"
 #include "page/scan_engine.h"
+#include "page/scan_settings.h"
 
 namespace sim {
 

@@ -1,4 +1,6 @@
 #include "esc/scan_port.h"
+#include "page/page_sender.h"
+#include "page/page_stream.h"
 
 #include <utility>
 

@@ -5,8 +5,11 @@
 #include <cstdint>
 #include <string>
 
+#include "base/bytes.h"
+#include "base/connection_id.h"
 #include "base/trace.h"
 #include "esc/esc_assembler.h"
+#include "esc/esc_commands.h"
 #include "esc/scanner.h"
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"

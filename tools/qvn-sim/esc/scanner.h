@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "base/bytes.h"
 #include "base/connection_id.h"
 #include "esc/esc_commands.h"
 #include "faults/fault_switches.h"

@@ -1,6 +1,7 @@
 // Says what of a page is to be sent next, and has the faults that a page can have.
 #pragma once
 
+#include "base/bytes.h"
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"
 #include "page/page_stream.h"

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <functional>
 
+#include "base/bytes.h"
 #include "faults/fault_switches.h"
 #include "page/page_sender.h"
 #include "page/page_store.h"
+#include "page/page_stream.h"
 #include "page/picture.h"
 #include "page/scan_settings.h"
 

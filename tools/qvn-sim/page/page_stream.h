@@ -7,6 +7,8 @@
 
 #include "base/bytes.h"
 #include "page/page_renderer.h"
+#include "page/picture.h"
+#include "page/scan_settings.h"
 
 namespace sim {
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "base/bytes.h"
 #include "print/npa_packets.h"
 
 namespace sim {

@@ -1,4 +1,5 @@
 #include "print/bidi_port.h"
+#include "net/sockets.h"
 
 #include <sys/socket.h>
 

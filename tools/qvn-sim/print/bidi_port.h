@@ -5,10 +5,13 @@
 #include <optional>
 #include <string>
 
+#include "base/bytes.h"
+#include "base/connection_id.h"
 #include "base/trace.h"
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"
 #include "net/message_hosts.h"
+#include "print/npa_packets.h"
 #include "print/packet_assembler.h"
 #include "print/printer.h"
 

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "base/bytes.h"
 #include "faults/fault_switches.h"
 #include "print/job_store.h"
 #include "print/print_data_scanner.h"

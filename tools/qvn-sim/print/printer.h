@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "base/bytes.h"
 #include "base/connection_id.h"
 #include "faults/fault_switches.h"
 #include "print/alert_registration.h"

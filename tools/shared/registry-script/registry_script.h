@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/base/error.h"
 #include "platform/registry/registry.h"
 
 namespace qvn {

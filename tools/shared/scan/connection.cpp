@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "qvn/qvn.h"
+#include "qvn/result_codes.h"
 #include "shared/scan/error.h"
 
 namespace qvn::scan {

@@ -1,4 +1,5 @@
 #include "shared/scan/esc_page.h"
+#include "shared/scan/error.h"
 
 namespace qvn::scan {
 

@@ -1,6 +1,8 @@
 // A page that comes as ESC commands.
 #pragma once
 
+#include "shared/scan/bytes.h"
+#include "shared/scan/cancel_signal.h"
 #include "shared/scan/esc_page_assembler.h"
 #include "shared/scan/page.h"
 #include "shared/scan/receiver.h"

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "shared/scan/bytes.h"
 #include "shared/scan/esc_replies.h"
 
 namespace qvn::scan {

@@ -1,6 +1,8 @@
 #include "shared/scan/esc_scanner.h"
 
 #include "qvn/qvn.h"
+#include "qvn/result_codes.h"
+#include "shared/scan/connection.h"
 #include "shared/scan/esc_page.h"
 #include "shared/scan/esc_replies.h"
 

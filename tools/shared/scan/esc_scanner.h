@@ -4,8 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "shared/scan/capabilities.h"
+#include "shared/scan/error.h"
 #include "shared/scan/esc_requests.h"
+#include "shared/scan/page.h"
 #include "shared/scan/scanner.h"
+#include "shared/scan/settings.h"
 
 namespace qvn::scan {
 

@@ -10,6 +10,8 @@
 #include <optional>
 #include <string_view>
 
+#include "shared/scan/bytes.h"
+#include "shared/scan/error.h"
 #include "shared/scan/page.h"
 #include "shared/scan/receiver.h"
 #include "shared/scan/settings.h"

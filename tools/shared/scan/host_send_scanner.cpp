@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "qvn/qvn.h"
+#include "qvn/result_codes.h"
+#include "shared/scan/connection.h"
 
 namespace qvn::scan {
 

@@ -2,8 +2,12 @@
 // one host as long as a job runs.
 #pragma once
 
+#include "shared/scan/capabilities.h"
+#include "shared/scan/error.h"
 #include "shared/scan/host_send_job.h"
+#include "shared/scan/page.h"
 #include "shared/scan/scanner.h"
+#include "shared/scan/settings.h"
 
 namespace qvn::scan {
 

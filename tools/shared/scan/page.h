@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "shared/scan/bytes.h"
+#include "shared/scan/cancel_signal.h"
 #include "shared/scan/error.h"
 #include "shared/scan/page_pipe.h"
 

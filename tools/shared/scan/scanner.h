@@ -11,7 +11,9 @@
 #include "shared/scan/cancel_signal.h"
 #include "shared/scan/capabilities.h"
 #include "shared/scan/connection.h"
+#include "shared/scan/error.h"
 #include "shared/scan/page.h"
+#include "shared/scan/page_pipe.h"
 #include "shared/scan/settings.h"
 
 namespace qvn::scan {

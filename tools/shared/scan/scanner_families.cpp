@@ -6,6 +6,8 @@
 
 #include "qvn/qvn.h"
 #include "qvn/transport/attributes.h"
+#include "shared/scan/connection.h"
+#include "shared/scan/error.h"
 #include "shared/scan/esc_scanner.h"
 #include "shared/scan/host_send_scanner.h"
 

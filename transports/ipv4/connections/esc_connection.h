@@ -5,6 +5,8 @@
 
 #include "connections/session_connection.h"
 #include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
+#include "qvn/transport/esc_command_table.h"
 #include "sessions/esc_session.h"
 
 namespace qvn::ipv4 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "connections/session_connection.h"
+#include "qvn/transport/device.h"
 #include "sessions/hid_session.h"
 
 namespace qvn::ipv4 {

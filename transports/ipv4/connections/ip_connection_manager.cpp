@@ -6,6 +6,7 @@
 #include "connections/npa_connection.h"
 #include "connections/print_connection.h"
 #include "connections/store_connection.h"
+#include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"

@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "connections/ip_connection.h"
+#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 #include "sessions/retired_sessions.h"
 

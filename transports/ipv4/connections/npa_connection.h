@@ -8,6 +8,7 @@
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 #include "sessions/npa_session.h"
+#include "streams/npa_stream.h"
 
 namespace qvn::ipv4 {
 

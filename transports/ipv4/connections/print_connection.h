@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "connections/ip_connection.h"
+#include "net/tcp_socket.h"
 #include "qvn/transport/data.h"
 
 namespace qvn::ipv4 {

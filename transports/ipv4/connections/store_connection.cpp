@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "qvn/result_codes.h"
+#include "streams/block_stream.h"
 #include "streams/store_document.h"
 
 namespace qvn::ipv4 {

@@ -6,6 +6,7 @@
 
 #include "connections/session_connection.h"
 #include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
 #include "sessions/pending_reply.h"
 #include "sessions/store_session.h"
 

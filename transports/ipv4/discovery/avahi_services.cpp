@@ -12,6 +12,7 @@
 #include <climits>
 #include <memory>
 
+#include "discovery/services.h"
 #include "discovery/services_module.h"
 
 namespace qvn::ipv4 {

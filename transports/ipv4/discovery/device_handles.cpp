@@ -4,8 +4,10 @@
 #include <cstring>
 
 #include "base/ip_settings.h"
+#include "platform/base/error.h"
 #include "platform/registry/registry.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/settings.h"
 
 namespace qvn::ipv4 {
 namespace {

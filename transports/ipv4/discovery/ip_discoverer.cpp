@@ -10,10 +10,12 @@
 #include "base/transport_identity.h"
 #include "discovery/device_handles.h"
 #include "discovery/search_text.h"
+#include "platform/base/error.h"
 #include "platform/registry/registry.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/settings.h"
 
 namespace qvn::ipv4 {
 namespace {

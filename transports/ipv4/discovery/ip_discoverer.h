@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <string>
 
+#include "discovery/device_answer.h"
 #include "discovery/device_question.h"
 #include "discovery/service_searches.h"
+#include "discovery/services.h"
 #include "net/tcp_socket.h"
 #include "qvn/transport/discoverer.h"
 

@@ -2,7 +2,9 @@
 #include <string_view>
 
 #include "base/transport_identity.h"
+#include "discovery/device_answer.h"
 #include "discovery/services.h"
+#include "net/tcp_socket.h"
 
 namespace qvn::ipv4 {
 namespace {

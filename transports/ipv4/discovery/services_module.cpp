@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/base/error.h"
 #include "platform/process/module.h"
 
 namespace qvn::ipv4 {

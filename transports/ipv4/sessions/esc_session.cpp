@@ -4,6 +4,10 @@
 #include <chrono>
 #include <utility>
 
+#include "base/ip_settings.h"
+#include "net/tcp_socket.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/device.h"
 #include "qvn/transport/lent_data.h"
 
 namespace qvn::ipv4 {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <vector>
 
+#include "qvn/transport/esc_command_table.h"
 #include "sessions/stream_session.h"
 #include "streams/esc_stream.h"
 

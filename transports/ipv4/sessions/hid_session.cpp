@@ -2,7 +2,9 @@
 
 #include <optional>
 
+#include "qvn/transport/device.h"
 #include "qvn/transport/lent_data.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn::ipv4 {
 

@@ -8,7 +8,10 @@
 #include <cerrno>
 #include <chrono>
 
+#include "base/ip_settings.h"
+#include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 
 namespace qvn::ipv4 {
 namespace {

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <vector>
 
+#include "qvn/transport/device.h"
 #include "sessions/session.h"
 #include "streams/npa_stream.h"
 

@@ -6,6 +6,11 @@
 #include <optional>
 #include <utility>
 
+#include "base/ip_settings.h"
+#include "net/tcp_socket.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
 #include "qvn/transport/lent_data.h"
 #include "streams/store_document.h"
 
