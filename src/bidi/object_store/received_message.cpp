@@ -23,6 +23,12 @@ std::unique_ptr<MapElem> readMessage(std::string_view document) {
   return parser.takeMessage();
 }
 
+// Null also for what is not to be classified.
+std::unique_ptr<MapElem> readClassifiable(std::string_view document) {
+  if (document.size() > kMaxClassifiedLength || !document.starts_with(kDeclarationStart)) return nullptr;
+  return readMessage(document);
+}
+
 MessageType typeOf(const MapElem& message) {
   const std::string type = entryOf(&message, "messageType");
   if (type == "response") return MessageType::Response;
@@ -49,8 +55,7 @@ std::string messageTypeName(MessageType type) {
 }
 
 ReceivedMessage classifyMessage(std::string_view document) {
-  if (document.size() > kMaxClassifiedLength || !document.starts_with(kDeclarationStart)) return {};
-  const std::unique_ptr<MapElem> message = readMessage(document);
+  const std::unique_ptr<MapElem> message = readClassifiable(document);
   if (message == nullptr) return {};
   ReceivedMessage received;
   received.type = typeOf(*message);
@@ -80,9 +85,9 @@ std::int32_t responseResult(std::string_view document) {
   }
 }
 
-StoreNotification readNotification(std::string_view document) {
-  const std::unique_ptr<MapElem> message = readMessage(document);
-  if (message == nullptr) return {};
+std::optional<StoreNotification> readNotification(std::string_view document) {
+  const std::unique_ptr<MapElem> message = readClassifiable(document);
+  if (message == nullptr || typeOf(*message) != MessageType::Method) return std::nullopt;
   StoreNotification notification{entryOf(message.get(), "observer"), entryOf(message.get(), "objName"),
                                  entryOf(message.get(), "event"), nullptr};
   if (message->find("data") != nullptr) notification.data = message->removeChild("data");

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,14 +35,15 @@ inline constexpr std::int32_t kUnreadableResult = -500002;
 // for anything else, a result that is no number among it.
 std::int32_t responseResult(std::string_view document);
 
-// Something happened to an object that an observer watches. All texts are empty when the document cannot be
-// read.
+// Something happened to an object that an observer watches. A text that is missing is empty.
 struct StoreNotification {
   std::string observer;
   std::string objName;
   std::string event;
   std::unique_ptr<Element> data;  // null when there is none
 };
-StoreNotification readNotification(std::string_view document);
+
+// Empty for every document that classifyMessage does not tell to be a Method.
+std::optional<StoreNotification> readNotification(std::string_view document);
 
 }  // namespace qvn

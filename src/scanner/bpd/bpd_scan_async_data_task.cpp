@@ -164,7 +164,7 @@ void BpdScanAsyncDataTask::takeScanData(std::string_view body) {
 
 void BpdScanAsyncDataTask::takeDocument(std::string_view document) {
   if (scanner_.isTracked()) doScanAlertCallbacks(scan_data::kDetail, std::string(document));
-  if (classifyMessage(document).type == MessageType::Method) takeNotification(readNotification(document));
+  if (const auto notification = readNotification(document)) takeNotification(*notification);
 }
 
 void BpdScanAsyncDataTask::takeNotification(const StoreNotification& notification) {

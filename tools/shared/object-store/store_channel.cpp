@@ -91,13 +91,13 @@ class StoreChannel::Listener : public Observer {
 
  private:
   void takeDocument(std::string_view document) {
-    if (classifyMessage(document).type != MessageType::Method) return;
-    StoreNotification notification = readNotification(document);
+    auto notification = readNotification(document);
+    if (!notification) return;
     onEvent_({{},
-              std::move(notification.observer),
-              std::move(notification.objName),
-              std::move(notification.event),
-              std::move(notification.data)});
+              std::move(notification->observer),
+              std::move(notification->objName),
+              std::move(notification->event),
+              std::move(notification->data)});
   }
 
   Subject& device_;

@@ -14,12 +14,10 @@ std::uint32_t BpdScanTask::leaveHostMode() {
 
 void BpdScanTask::doUpdate(Data& data) {
   const ScanBlock block = readScanBlock(data);
-  if (block.kind != ScanBlock::Kind::Document || classifyMessage(block.text).type != MessageType::Method) {
-    return;
-  }
-  const StoreNotification notification = readNotification(block.text);
-  if (notification.observer == scan_object::kSystemObserver)
-    takeSystemUpdate(textOrEmpty(notification.data.get()));
+  if (block.kind != ScanBlock::Kind::Document) return;
+  const auto notification = readNotification(block.text);
+  if (notification && notification->observer == scan_object::kSystemObserver)
+    takeSystemUpdate(textOrEmpty(notification->data.get()));
 }
 
 }  // namespace qvn
