@@ -19,11 +19,6 @@ bool NpaPacket::isValidRequest() const {
 
 bool NpaPacket::isRejected() const { return isNpa() && length() >= kShortestPacket && flag(kRejectedFlag); }
 
-bool NpaPacket::isAlert() const {
-  return isNpa() && length() >= kShortestAlert &&
-         (reader_.u8(kCommandOffset).value_or(0) & 0xF0) == kAlertCommands;
-}
-
 bool NpaPacket::isReplyTo(const NpaPacket& request) const {
   const ByteReader& asked = request.reader_;
   if (!request.isNpa() || length() < kShortestPacket || !isNpa()) return false;

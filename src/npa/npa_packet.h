@@ -42,6 +42,12 @@ inline constexpr std::uint8_t kCacheSubCommand = 0x81;
 inline constexpr std::uint8_t kCacheReply = 0xF0;
 inline constexpr std::uint8_t kAlertCommands = 0xF0;
 
+// A packet that the device sends unasked.
+inline bool isAlert(const ByteReader& packet) {
+  return packet.u8(0) == kStartOfPacket && packet.length() >= kShortestAlert &&
+         (packet.u8(kCommandOffset).value_or(0) & 0xF0) == kAlertCommands;
+}
+
 }  // namespace npa
 
 // A view of bytes that may be a packet; any bytes may be looked at.
@@ -58,8 +64,7 @@ class NpaPacket {
   bool isValidRequest() const;
   // A reply with which the device refuses a command.
   bool isRejected() const;
-  // A packet that the device sends unasked.
-  bool isAlert() const;
+  bool isAlert() const { return npa::isAlert(reader_); }
 
   // Whether this is the reply to `request`.
   bool isReplyTo(const NpaPacket& request) const;

@@ -48,7 +48,8 @@ void readReply(const Data& request, const Data& reply) {
 void readAlert(const Data& data) {
   try {
     const CpdPrinterAlert alert(data);
-    if (alert.isStatus()) QVN_FUZZ_CHECK(alert.entry17().size() == 1 && alert.entry18().size() == 2);
+    if (CpdPrinterAlert::isStatus(data))
+      QVN_FUZZ_CHECK(alert.entry17().size() == 1 && alert.entry18().size() == 2);
   } catch (const Win32Exception&) {
     QVN_FUZZ_CHECK(!CpdPrinterAlert::isStatus(data) && !CpdPrinterAlert::isPowerOnReset(data));
   }

@@ -4,7 +4,7 @@
 #include <span>
 
 #include "common/logging/basic_logger.h"
-#include "npa/npa_packet.h"
+#include "npa/alert_layouts.h"
 
 namespace qvn {
 namespace {
@@ -19,14 +19,10 @@ constexpr std::uint32_t kInkjet = 0x100000;
 constexpr std::uint32_t kPanel = 0x80000;
 constexpr std::uint32_t kLanguageId = 0x200000;
 
-constexpr std::uint8_t kExtension = 0x03;
-constexpr std::uint8_t kExtended = 0x73;
-constexpr std::uint8_t kPanelAlert = 0xE1;
-
 // clang-format off
 constexpr AlertType kPlainAlerts[] = {{0x01, kInkjet},
                                       {0x80, kInkjet}};
-// By byte 6.
+// By the kind of extension.
 constexpr AlertType kExtensionAlerts[] = {{0x01, 0x00400},
                                           {0x02, 0x00800},
                                           {0x04, 0x01000},
@@ -35,7 +31,7 @@ constexpr AlertType kExtensionAlerts[] = {{0x01, 0x00400},
                                           {0x20, 0x08000},
                                           {0x40, 0x10000},
                                           {0x80, 0x20000}};
-// By byte 10.
+// By the kind of language alert.
 constexpr AlertType kExtendedAlerts[] = {{1, 0x0400000},
                                          {2, 0x0800000},
                                          {4, 0x1000000}};
@@ -66,12 +62,12 @@ std::uint32_t decided(const char* function, const Data& alert, std::uint32_t typ
 std::uint32_t getExtendedAlertType(const Data& alert) {
   const ByteReader bytes(alert);
   std::uint32_t type = 0;
-  if (bytes.u8(7) == 1) {
+  if (bytes.u8(npa::kWithoutLanguageOffset) == 1) {
     type = kInkjet;
-  } else if (bytes.u8(9) == 1) {
+  } else if (bytes.u8(npa::kLanguageOffset) == 1) {
     type = kLanguageId;
   } else {
-    type = lookUp(kExtendedAlerts, bytes.u8(10));
+    type = lookUp(kExtendedAlerts, bytes.u8(npa::kLanguageKindOffset));
   }
   return decided("PrinterAlertTask::getExtendedAlertType", alert, type);
 }
@@ -94,11 +90,12 @@ std::uint32_t getAlertType(const Data& alert) {
     return 0;
   }
   const auto kind = bytes.u8(npa::kSubCommandOffset);
-  if (kind == kExtension) {
-    return decided("PrinterAlertTask::getExtensionAlertType", alert, lookUp(kExtensionAlerts, bytes.u8(6)));
+  if (kind == npa::kExtensionAlert) {
+    return decided("PrinterAlertTask::getExtensionAlertType", alert,
+                   lookUp(kExtensionAlerts, bytes.u8(npa::kExtensionOffset)));
   }
-  if (kind == kExtended) return getExtendedAlertType(alert);
-  if (kind == kPanelAlert) return decided("PrinterAlertTask::getPanelAlertType", alert, kPanel);
+  if (kind == npa::kExtendedAlerts) return getExtendedAlertType(alert);
+  if (kind == npa::kPanelAlert) return decided("PrinterAlertTask::getPanelAlertType", alert, kPanel);
   return decided(kFunction, alert, lookUp(kPlainAlerts, kind));
 }
 

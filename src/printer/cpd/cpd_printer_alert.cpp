@@ -1,37 +1,21 @@
 #include "printer/cpd/cpd_printer_alert.h"
 
-#include "common/byte_reader.h"
 #include "common/exception.h"
-#include "npa/npa_packet.h"
+#include "npa/alert_layouts.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {
-namespace {
-
-constexpr std::size_t kPowerOnResetLength = 8;
-constexpr std::size_t kShortestStatus = 24;
-constexpr std::size_t kAcknowledgeLength = 12;
-constexpr std::size_t kEntry17Offset = 18;
-constexpr std::size_t kEntry18Offset = 22;
-
-}  // namespace
 
 bool CpdPrinterAlert::isPowerOnReset(const Data& data) {
-  const ByteReader bytes(data);
-  return bytes.length() == kPowerOnResetLength && bytes.u8(0) == npa::kStartOfPacket &&
-         bytes.has(npa::kCommandOffset, {0xFF, 0x01, 0x00, 0x00});
+  return npa::hasLayout(ByteReader(data), npa::kPowerOnReset);
 }
 
 bool CpdPrinterAlert::isStatus(const Data& data) {
-  const ByteReader bytes(data);
-  return bytes.length() >= kShortestStatus && bytes.u8(0) == npa::kStartOfPacket &&
-         bytes.has(npa::kCommandOffset, {0xF0, 0x73, 0x01, 0x01, 0x10, 0x01, 0x10, 0x00});
+  return npa::hasLayout(ByteReader(data), npa::kStatusAlert);
 }
 
 bool CpdPrinterAlert::isCancelPrintAcknowledge(const Data& data) {
-  const ByteReader bytes(data);
-  return bytes.length() == kAcknowledgeLength && bytes.u8(0) == npa::kStartOfPacket &&
-         bytes.has(npa::kCommandOffset, {0xF0, 0x73, 0x01, 0x01, 0x08, 0x01, 0x08, 0x00});
+  return npa::hasLayout(ByteReader(data), npa::kCancelAcknowledge);
 }
 
 bool CpdPrinterAlert::isAny(const Data& data) {
@@ -45,11 +29,11 @@ CpdPrinterAlert::CpdPrinterAlert(const Data& data) : data_(data) {
 }
 
 std::span<const std::uint8_t> CpdPrinterAlert::entry17() const {
-  return ByteReader(data_).bytes(kEntry17Offset, 1);
+  return npa::kJobEntry.in(ByteReader(data_));
 }
 
 std::span<const std::uint8_t> CpdPrinterAlert::entry18() const {
-  return ByteReader(data_).bytes(kEntry18Offset, 2);
+  return npa::kStatusWordEntry.in(ByteReader(data_));
 }
 
 }  // namespace qvn

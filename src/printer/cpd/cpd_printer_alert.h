@@ -18,9 +18,6 @@ class CpdPrinterAlert {
   static bool isStatus(const Data& data);
   static bool isCancelPrintAcknowledge(const Data& data);
 
-  bool isPowerOnReset() const { return isPowerOnReset(data_); }
-  bool isStatus() const { return isStatus(data_); }
-
   // What a status alert carries: the new content of the cache's entries 17 and 18.
   std::span<const std::uint8_t> entry17() const;
   std::span<const std::uint8_t> entry18() const;

@@ -1,17 +1,11 @@
 #include "printer/cpd/cpd_printer_alert_task.h"
 
 #include "common/logging/trace_scope.h"
-#include "npa/npa_packet.h"
+#include "npa/alert_layouts.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/cpd_printer_alert.h"
 
 namespace qvn {
-namespace {
-
-constexpr std::uint16_t kEntry17 = 17;
-constexpr std::uint16_t kEntry18 = 18;
-
-}  // namespace
 
 CpdPrinterAlertTask::CpdPrinterAlertTask(CpdPrinter& printer)
     : PrinterAlertTask(printer), cpdPrinter_(printer) {}
@@ -43,8 +37,8 @@ void CpdPrinterAlertTask::updateCache(const Data& alert) {
   }
   logDetail(log_component::server(), [] { return LogText() << " updating existing cache"; });
   const CpdPrinterAlert status(alert);
-  cpdPrinter_.updateCacheEntry(kEntry17, status.entry17());
-  cpdPrinter_.updateCacheEntry(kEntry18, status.entry18());
+  cpdPrinter_.updateCacheEntry(npa::kJobEntry.id, status.entry17());
+  cpdPrinter_.updateCacheEntry(npa::kStatusWordEntry.id, status.entry18());
   logDetail(log_component::server(), [&] { return (LogText() << " new cache=").hex(cpdPrinter_.cache()); });
 }
 

@@ -1,9 +1,4 @@
 // CpdPrinterCache: the status cache of a Cpd printer, the reply to GetCacheCommand as it came.
-//
-//   offset 0   NPA header
-//          4   E0 81 00, then F0 or FF
-//          8   header of the cache
-//         15   entries: id (2 bytes, high first), length n (1 byte), n bytes
 #pragma once
 
 #include <cstdint>
@@ -15,9 +10,6 @@ namespace qvn {
 
 class CpdPrinterCache {
  public:
-  // What clients read begins behind this many bytes.
-  static constexpr std::uint32_t kNpaHeaderLength = 8;
-
   // Throws Win32Exception with code 87 when the data is not a cache.
   explicit CpdPrinterCache(const Data& data);
 

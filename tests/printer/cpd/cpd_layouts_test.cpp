@@ -48,8 +48,8 @@ TEST(CpdPrinterAlert, AreThreeAndNoOthers) {
   Data status =
       bytes({0xA5, 0, 21, 0, 0xF0, 0x73, 1, 1, 0x10, 1, 0x10, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 0, 0x2A});
   const Data acknowledge = bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0});
-  EXPECT_TRUE(CpdPrinterAlert(reset).isPowerOnReset());
-  EXPECT_TRUE(CpdPrinterAlert(status).isStatus());
+  EXPECT_TRUE(CpdPrinterAlert::isPowerOnReset(reset));
+  EXPECT_TRUE(CpdPrinterAlert::isStatus(status));
   EXPECT_TRUE(CpdPrinterAlert::isCancelPrintAcknowledge(acknowledge));
   EXPECT_THAT(CpdPrinterAlert(status).entry17(), ElementsAre(5));
   EXPECT_THAT(CpdPrinterAlert(status).entry18(), ElementsAre(0, 0x2A));
@@ -60,7 +60,7 @@ TEST(CpdPrinterAlert, AreThreeAndNoOthers) {
     EXPECT_THROW(CpdPrinterAlert{data}, Win32Exception);
   }
   status.append("x", 1);
-  EXPECT_TRUE(CpdPrinterAlert(status).isStatus()) << "may be longer";
+  EXPECT_TRUE(CpdPrinterAlert::isStatus(status)) << "may be longer";
 }
 
 }  // namespace

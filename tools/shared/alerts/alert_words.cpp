@@ -1,33 +1,12 @@
 #include "shared/alerts/alert_words.h"
 
-#include <algorithm>
 #include <cstdio>
 
-#include "common/byte_reader.h"
+#include "npa/alert_layouts.h"
 
 namespace qvn::alerts {
 
 namespace {
-
-constexpr std::uint8_t kStartOfPacket = 0xA5;
-constexpr std::size_t kShortestAlert = 8;
-constexpr std::size_t kCommandOffset = 4;
-constexpr std::size_t kSubCommandOffset = 5;
-constexpr std::size_t kExtensionOffset = 6;
-constexpr std::size_t kExtendedOffset = 7;
-constexpr std::size_t kLanguageOffset = 9;
-constexpr std::size_t kLanguageKindOffset = 10;
-
-// A status alert: three bytes without meaning follow its head, then the two entries.
-constexpr std::size_t kStatusLength = 24;
-constexpr std::size_t kBusyOffset = 18;
-constexpr std::size_t kStatusWordOffset = 22;
-
-// The cache: a head, then entries of id (16 bits), length (8 bits) and data.
-constexpr std::size_t kCacheHead = 7;
-constexpr std::size_t kEntryHead = 3;
-constexpr std::uint16_t kBusyEntry = 17;
-constexpr std::uint16_t kStatusEntry = 18;
 
 // clang-format off
 constexpr Condition kConditions[] = {
@@ -55,35 +34,23 @@ std::string hex(unsigned value, int digits) {
   return text;
 }
 
-bool isPowerOnReset(const ByteReader& packet) {
-  return packet.length() == 8 && packet.has(kCommandOffset, {0xFF, 0x01, 0x00, 0x00});
-}
-
-bool isStatus(const ByteReader& packet) {
-  return packet.length() >= kStatusLength &&
-         packet.has(kCommandOffset, {0xF0, 0x73, 0x01, 0x01, 0x10, 0x01, 0x10, 0x00});
-}
-
-bool isCancelAcknowledge(const ByteReader& packet) {
-  return packet.length() == 12 &&
-         packet.has(kCommandOffset, {0xF0, 0x73, 0x01, 0x01, 0x08, 0x01, 0x08, 0x00});
-}
-
 // The alerts that clients ask for by kind and whose meaning is the device's own.
 Alert decodeByKind(const ByteReader& packet) {
-  const std::uint8_t subCommand = packet.u8(kSubCommandOffset).value_or(0);
+  const std::uint8_t subCommand = packet.u8(npa::kSubCommandOffset).value_or(0);
   switch (subCommand) {
-    case 0x03:
-      return {AlertKind::Extension, "extension alert " + hex(packet.u8(kExtensionOffset).value_or(0), 2), {}};
-    case 0x73:
-      if (packet.u8(kExtendedOffset) == 1) return {AlertKind::Extended, "extended alert", {}};
-      if (packet.u8(kLanguageOffset) == 1) {
+    case npa::kExtensionAlert:
+      return {AlertKind::Extension,
+              "extension alert " + hex(packet.u8(npa::kExtensionOffset).value_or(0), 2),
+              {}};
+    case npa::kExtendedAlerts:
+      if (packet.u8(npa::kWithoutLanguageOffset) == 1) return {AlertKind::Extended, "extended alert", {}};
+      if (packet.u8(npa::kLanguageOffset) == 1) {
         return {AlertKind::ExtendedWithLanguage, "extended alert with language", {}};
       }
       return {AlertKind::ExtendedWithLanguage,
-              "extended alert with language, kind " + hex(packet.u8(kLanguageKindOffset).value_or(0), 2),
+              "extended alert with language, kind " + hex(packet.u8(npa::kLanguageKindOffset).value_or(0), 2),
               {}};
-    case 0xE1:
+    case npa::kPanelAlert:
       return {AlertKind::Panel, "the operator panel has changed", {}};
     default:
       return {AlertKind::Other, "alert " + hex(subCommand, 2), {}};
@@ -119,28 +86,25 @@ std::string statusWords(const Status& status) {
 
 Alert decodeAlert(std::span<const std::uint8_t> bytes) {
   const ByteReader packet(bytes.data(), bytes.size());
-  if (packet.length() < kShortestAlert || packet.u8(0) != kStartOfPacket ||
-      (packet.u8(kCommandOffset).value_or(0) & 0xF0) != 0xF0) {
-    return {AlertKind::None, "no alert", {}};
+  if (!npa::isAlert(packet)) return {AlertKind::None, "no alert", {}};
+  if (npa::hasLayout(packet, npa::kPowerOnReset)) {
+    return {AlertKind::PowerOnReset, "the printer was switched on or reset", {}};
   }
-  if (isPowerOnReset(packet)) return {AlertKind::PowerOnReset, "the printer was switched on or reset", {}};
-  if (isCancelAcknowledge(packet)) {
+  if (npa::hasLayout(packet, npa::kCancelAcknowledge)) {
     return {AlertKind::CancelAcknowledged, "the printer has cancelled the job", {}};
   }
-  if (!isStatus(packet)) return decodeByKind(packet);
-  const Status status{packet.u8(kBusyOffset).value_or(0) != 0, packet.u16(kStatusWordOffset).value_or(0)};
+  if (!npa::hasLayout(packet, npa::kStatusAlert)) return decodeByKind(packet);
+  const Status status{packet.u8(npa::kJobEntry.alertOffset).value_or(0) != 0,
+                      packet.u16(npa::kStatusWordEntry.alertOffset).value_or(0)};
   return {AlertKind::Status, statusWords(status), status};
 }
 
 std::vector<CacheEntry> cacheEntries(std::span<const std::uint8_t> bytes) {
   const ByteReader cache(bytes.data(), bytes.size());
   std::vector<CacheEntry> entries;
-  for (std::size_t at = kCacheHead; at + kEntryHead <= cache.length();) {
-    const std::size_t length = cache.u8(at + 2).value_or(0);
-    const std::size_t data = at + kEntryHead;
-    if (data + length > cache.length()) break;
-    entries.push_back({cache.u16(at).value_or(0), bytes.subspan(data, length)});
-    at = data + length;
+  for (auto entry = npa::cacheEntryAt(cache, npa::kCacheHeader); entry;
+       entry = npa::cacheEntryAt(cache, entry->end())) {
+    entries.push_back({entry->id, bytes.subspan(entry->offset, entry->length)});
   }
   return entries;
 }
@@ -150,8 +114,11 @@ std::optional<Status> decodeCache(std::span<const std::uint8_t> bytes) {
   std::optional<std::uint16_t> word;
   for (const CacheEntry& entry : cacheEntries(bytes)) {
     const ByteReader data(entry.bytes.data(), entry.bytes.size());
-    if (entry.id == kBusyEntry && data.length() == 1 && !busy) busy = data.u8(0);
-    if (entry.id == kStatusEntry && data.length() == 2 && !word) word = data.u16(0);
+    const auto is = [&](const npa::StatusEntry& wanted) {
+      return entry.id == wanted.id && data.length() == wanted.length;
+    };
+    if (is(npa::kJobEntry) && !busy) busy = data.u8(0);
+    if (is(npa::kStatusWordEntry) && !word) word = data.u16(0);
   }
   if (!busy || !word) return std::nullopt;
   return Status{*busy != 0, *word};
