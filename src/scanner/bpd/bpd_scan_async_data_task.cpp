@@ -96,8 +96,8 @@ bool BpdScanAsyncDataTask::noteEnd(bool Job::*sign) {
 void BpdScanAsyncDataTask::updateClients(Data& data) {
   if (data.getLength() == 0) {
     if (data.getRc() == QRN_ERROR_SUCCESS) return;
-    scanner_.setPhase(ScanPhase::ReadError);
-    if (scanner_.isTracked()) {
+    scanner_.watchdog().setPhase(ScanPhase::ReadError);
+    if (scanner_.job().isTracked()) {
       doScanAlertCallbacks(scan_data::kAlert, "Read Error=" + std::to_string(data.getRc()));
     }
     return;
@@ -124,11 +124,11 @@ void BpdScanAsyncDataTask::updateClients(Data& data) {
       if (noteEnd(&Job::endSeen)) doScanAlertCallbacks(scan_data::kAlert, "Job.End");
       break;
     case ScanBlock::Kind::PageStart:
-      scanner_.setPhase(ScanPhase::PageStart);
+      scanner_.watchdog().setPhase(ScanPhase::PageStart);
       alertIfScanning("Page.Start");
       break;
     case ScanBlock::Kind::PageEnd:
-      scanner_.setPhase(ScanPhase::PageEnd);
+      scanner_.watchdog().setPhase(ScanPhase::PageEnd);
       alertIfScanning("Page.End");
       break;
     case ScanBlock::Kind::Event:
@@ -155,15 +155,15 @@ void BpdScanAsyncDataTask::takeScanData(std::string_view body) {
     return LogText() << kTask << "updateClients: data callback " << job.blocks << ", size " << length
                      << ", bytes " << job.bytes;
   });
-  scanner_.setPhase(ScanPhase::Data);
+  scanner_.watchdog().setPhase(ScanPhase::Data);
   if (scanner_.isScanning()) {
     handleScanDataCallbacks(reinterpret_cast<const std::uint8_t*>(body.data()), length);
   }
-  scanner_.countDataBlock();
+  scanner_.job().countDataBlock();
 }
 
 void BpdScanAsyncDataTask::takeDocument(std::string_view document) {
-  if (scanner_.isTracked()) doScanAlertCallbacks(scan_data::kDetail, std::string(document));
+  if (scanner_.job().isTracked()) doScanAlertCallbacks(scan_data::kDetail, std::string(document));
   if (const auto notification = readNotification(document)) takeNotification(*notification);
 }
 
@@ -178,7 +178,7 @@ void BpdScanAsyncDataTask::takeNotification(const StoreNotification& notificatio
         doScanAlertCallbacks(scan_data::kAlert, "Job.FlatbedEvent");
       }
     } else if (value == "Warming") {
-      scanner_.setPhase(ScanPhase::Warming);
+      scanner_.watchdog().setPhase(ScanPhase::Warming);
       doScanAlertCallbacks(scan_data::kDetail, "Lamp.Warming");
       return;
     } else if (value == "Wait Next Original") {

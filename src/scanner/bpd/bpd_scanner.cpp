@@ -19,7 +19,6 @@ constexpr platform::Milliseconds kEndSignalWait = 10000;
 
 BpdScanner::BpdScanner()
     : TracedStateMachine(BpdScannerClosed::getInstance(), "BpdScanner", log_component::server()),
-      endSignal_(true, false, "", false),
       endJobMutex_(false, "", false),
       startRunnable_(*this, &BpdScanner::runStart),
       watchdog_(*this) {
@@ -50,28 +49,28 @@ std::uint32_t BpdScanner::doClose() {
 
 std::uint32_t BpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
   // The watchdog of the last job may be on its last steps; with the state lock it could not go on.
-  if (!jobActive_ && !BpdScanAsyncDataTask::isCalling()) watchdog_.waitForEnd();
+  if (!job_.isActive() && !BpdScanAsyncDataTask::isCalling()) watchdog_.waitForEnd();
   return traced("doStartJob", ofClient(clientId),
                 [&](const BpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
 }
 
-std::uint32_t BpdScanner::doEndJob(std::uint32_t clientId) { return endJob(clientId, jobNumber_); }
+std::uint32_t BpdScanner::doEndJob(std::uint32_t clientId) { return endJob(clientId, job_.number()); }
 
 std::uint32_t BpdScanner::endJob(std::uint32_t clientId, std::uint32_t jobNumber) {
   if (BpdScanAsyncDataTask::isCalling()) return QRN_ERROR_BUSY;
   const MutexLock end(endJobMutex_, 0);
   if (!end.acquired()) {
-    const bool isOwner = clientId == jobClientId_;
+    const bool isOwner = clientId == job_.clientId();
     logDetail(log_component::server(), [&] {
       LogText text;
       text << "BpdScanner::doEndJob(handle=" << getHandle();
       if (isOwner) return text << ") end job already executing";
-      return text << ") invalid client Id, expected:" << jobClientId_.load();
+      return text << ") invalid client Id, expected:" << job_.clientId();
     });
     return isOwner ? QRN_ERROR_ACCESS_DENIED : QRN_ERROR_INVALID_PARAMETER;
   }
   return traced("doEndJob", ofClient(clientId), [&](const BpdScannerState& state) {
-    return jobNumber == jobNumber_ ? state.doEndJob(*this, clientId) : QRN_ERROR_INVALID_FUNCTION;
+    return jobNumber == job_.number() ? state.doEndJob(*this, clientId) : QRN_ERROR_INVALID_FUNCTION;
   });
 }
 
@@ -137,10 +136,7 @@ void BpdScanner::closeConnection() {
   if (startTask_ != nullptr) startTask_->abort();
   objectStore_.end();
   abortStart();
-  scanning_ = false;
-  jobActive_ = false;
-  inHostMode_ = false;
-  endSignal_.set();
+  job_.drop();
   watchdog_.stop();
 
   Connectable* const connection = std::exchange(connection_, nullptr);
@@ -171,8 +167,8 @@ void BpdScanner::raise(const std::string& event) {
 std::string BpdScanner::jobObserver() { return std::to_string(getHandle()) + "_Observer"; }
 
 bool BpdScanner::isScanning() {
-  if (scanning_ && asyncDataTask()->jobHasEnded()) scanning_ = false;
-  return scanning_;
+  if (job_.isScanning() && asyncDataTask()->jobHasEnded()) job_.setScanning(false);
+  return job_.isScanning();
 }
 
 std::uint32_t BpdScanner::timeoutMultiplier(std::uint32_t clientId) const {
@@ -187,15 +183,10 @@ std::uint32_t BpdScanner::timeoutMultiplier(std::uint32_t clientId) const {
 
 void BpdScanner::beginJob(std::uint32_t clientId) {
   startThread_.reset();
-  jobObjectName_.clear();
-  jobClientId_ = clientId;
-  ++jobNumber_;
-  timedOut_ = false;
-  endSignal_.reset();
-  track_ = JobParameterStore::getInstance().getJobParameter(clientId, "Track") != 0;
-  startTask_ = std::make_unique<BpdScanStartJobTask>(*this, clientId, jobObjectName_);
+  job_.begin(clientId, JobParameterStore::getInstance().getJobParameter(clientId, "Track") != 0);
+  startTask_ = std::make_unique<BpdScanStartJobTask>(*this, clientId, job_.objectName());
   startThread_ = std::make_unique<Thread>(startRunnable_);
-  jobActive_ = true;
+  job_.setActive(true);
 
   const std::uint32_t multiplier = timeoutMultiplier(clientId);
   watchdog_.setMultiplier(multiplier);
@@ -204,7 +195,7 @@ void BpdScanner::beginJob(std::uint32_t clientId) {
     startThread_->launch();
   } catch (...) {
     startThread_ = nullptr;
-    jobActive_ = false;
+    job_.setActive(false);
     throw;
   }
 }
@@ -212,16 +203,16 @@ void BpdScanner::beginJob(std::uint32_t clientId) {
 std::uint32_t BpdScanner::runStart() { return BpdScannerOpen::getInstance().runMethod(*this); }
 
 void BpdScanner::startJobData() {
-  asyncDataTask()->startJob(jobClientId_);
-  scanning_ = true;
+  asyncDataTask()->startJob(job_.clientId());
+  job_.setScanning(true);
 }
 
 void BpdScanner::endFailedStart() {
   asyncDataTask()->endJob();
   if (!startTask_->wasAborted()) raise("Scanner.CommError");
-  stopWatchdog();
-  scanning_ = false;
-  jobActive_ = false;
+  watchdog_.stop();
+  job_.setScanning(false);
+  job_.setActive(false);
 }
 
 void BpdScanner::abortStart() {
@@ -245,7 +236,7 @@ void BpdScanner::scanJobTimeout(std::uint32_t clientId) {
     logDetail(log_component::server(),
               [&] { return LogText() << "BpdScanner::scanJobTimeout(handle=" << getHandle() << what; });
   };
-  const std::uint32_t jobNumber = jobNumber_;
+  const std::uint32_t jobNumber = job_.number();
   if (!isScanning()) {
     trace(") not scanning");
     return;
@@ -257,8 +248,8 @@ void BpdScanner::scanJobTimeout(std::uint32_t clientId) {
     task->endJob();
     task->doScanAlertCallbacks(scan_data::kAlert, "Job.End");
   }
-  timedOut_ = true;
-  if (endSignal_.wait(kEndSignalWait)) {
+  job_.setTimedOut();
+  if (job_.waitForEndSignal(kEndSignalWait)) {
     trace(") end signal seen");
     return;
   }

@@ -6,13 +6,13 @@
 #include <memory>
 #include <string>
 
-#include "common/threads/event.h"
 #include "common/threads/mutex.h"
 #include "common/threads/runnable.h"
 #include "common/threads/thread.h"
 #include "device/scanner.h"
 #include "device/state_machine.h"
 #include "scanner/bpd/bpd_scan_async_data_task.h"
+#include "scanner/bpd/job/bpd_scan_job.h"
 #include "scanner/bpd/job/bpd_scan_start_job_task.h"
 #include "scanner/bpd/job/scan_job_watchdog.h"
 #include "scanner/bpd/scanner_object_store.h"
@@ -64,18 +64,12 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   void raise(const std::string& event);
 
   ScannerObjectStore& objectStore() { return objectStore_; }
-  const std::string& jobObjectName() const { return jobObjectName_; }
+  BpdScanJob& job() { return job_; }
+  ScanJobWatchdog& watchdog() { return watchdog_; }
   // The observer of the job's notifications.
   std::string jobObserver();
-  std::uint32_t jobClientId() const { return jobClientId_; }
-  bool isJobActive() const { return jobActive_; }
-  bool isTracked() const { return track_; }
-  bool hasTimedOut() const { return timedOut_; }
   // The device is delivering the job's data: not any more once the job has ended.
   bool isScanning();
-  void stopScanning() { scanning_ = false; }
-  bool isInHostMode() const { return inHostMode_; }
-  void setInHostMode(bool inHostMode) { inHostMode_ = inHostMode; }
 
   // In Open: runs the start of a job on its thread. Throws when there is no thread to be had.
   void beginJob(std::uint32_t clientId);
@@ -86,17 +80,8 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   void abortStart();
   // Client data that arrives from now on belongs to the job.
   void startJobData();
-  // The job is running, or has come to nothing.
-  void startWatchdog() { watchdog_.start(jobClientId_); }
-  void stopWatchdog() { watchdog_.stop(); }
+  // The start has come to nothing.
   void endFailedStart();
-  // The client has ended the job: the watchdog need not.
-  void signalEnd() { endSignal_.set(); }
-  void setJobActive(bool active) { jobActive_ = active; }
-
-  void setPhase(ScanPhase phase) { watchdog_.setPhase(phase); }
-  void countDataBlock() { ++dataBlockCount_; }
-  std::uint32_t dataBlockCount() const { return dataBlockCount_; }
   // The device waits for the next original: there is none.
   void finishOriginal(const std::string& jobObject);
 
@@ -112,18 +97,7 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   std::shared_ptr<BpdScanAsyncDataTask> asyncDataTask_;
   ScannerObjectStore objectStore_{*this};
 
-  std::atomic<std::uint32_t> jobClientId_{0};
-  // Tells the watchdog of one job from the next job.
-  std::atomic<std::uint32_t> jobNumber_{0};
-  std::atomic<bool> jobActive_{false};
-  std::atomic<bool> scanning_{false};
-  std::atomic<bool> timedOut_{false};
-  std::atomic<bool> track_{false};
-  std::atomic<bool> inHostMode_{false};
-  std::atomic<std::uint32_t> dataBlockCount_{0};
-  // Written by the thread that starts the job, read when that has ended.
-  std::string jobObjectName_;
-  Event endSignal_;
+  BpdScanJob job_;
   Mutex endJobMutex_;
 
   MethodRunnable<BpdScanner> startRunnable_;

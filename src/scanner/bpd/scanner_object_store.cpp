@@ -36,7 +36,7 @@ void ScannerObjectStore::cancelExchanges() {
 }
 
 std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message, std::string& response) {
-  if (scanner_.isTracked()) scanner_.raise(kSending);
+  if (scanner_.job().isTracked()) scanner_.raise(kSending);
   std::unique_lock<std::mutex> lock(mutex_);
   if (connection_ == nullptr) return kConnectionAborted;
   ObjectStoreBidiTask task(scanner_, *connection_, message.requestId, message.document, response);
@@ -61,7 +61,7 @@ std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message) {
 }
 
 void ScannerObjectStore::sendInBackground(const StoreMessage& message) {
-  if (scanner_.isTracked()) scanner_.raise(kSending);
+  if (scanner_.job().isTracked()) scanner_.raise(kSending);
   const std::lock_guard<std::mutex> background(backgroundLock_);
   background_.task.reset();
   {

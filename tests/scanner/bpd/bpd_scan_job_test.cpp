@@ -248,7 +248,7 @@ TEST_F(BpdScanJobTest, AStartThatFailsTellsWhyAndLeavesHostMode) {
     before = normalBefore;
     answerTo(row.document, row.answer);
     if (row.before) before[kEnter] = row.before;
-    scanner->setInHostMode(false);
+    scanner->job().setInHostMode(false);
     std::string job;
     EXPECT_EQ(BpdScanStartJobTask(*scanner, 1, job).execute(), row.rc);
     EXPECT_EQ(takeSent().back(), row.last);
@@ -277,7 +277,7 @@ TEST_F(BpdScanJobTest, AFailedStartIsToldAndIsEndedByTheClient) {
   openFor();
   answerTo(kCreate, "exception");
   ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
-  ASSERT_TRUE(eventually([&] { return !scanner->isJobActive(); }));
+  ASSERT_TRUE(eventually([&] { return !scanner->job().isActive(); }));
   EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1", "1/1/4000: Scanner.CommError"));
   EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u) << "the failed job is still to be ended";
   takeSent();
@@ -454,7 +454,7 @@ TEST_F(BpdScanJobTest, AJobThatFallsSilentIsEndedForTheClientThatDoesNot) {
       EXPECT_EQ(scanner->doEndJob(1), 0u);
     } else {
       clock.advance(10000);
-      ASSERT_TRUE(eventually([&] { return !scanner->isJobActive(); }));
+      ASSERT_TRUE(eventually([&] { return !scanner->job().isActive(); }));
     }
     ASSERT_TRUE(waitForSent(kUnobserveSystem));
     EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveState, kUnobservePages, kUnobserveSystem));

@@ -20,7 +20,7 @@ std::uint32_t BpdScanEndJobTask::doExecute() {
   const Observation observation(*this, scanner_);
   const std::uint32_t exitCode = leaveHostMode();
   event_.wait(kExitWait);
-  if (scanner_.isInHostMode()) {
+  if (scanner_.job().isInHostMode()) {
     logDetail(log_component::server(), [] { return LogText() << "Host Mode not Exited"; });
     if (exitCode != QRN_ERROR_SUCCESS) return exitCode;
   }
@@ -30,16 +30,16 @@ std::uint32_t BpdScanEndJobTask::doExecute() {
 void BpdScanEndJobTask::cancelJob() {
   scanner_.raise("Job.Cancelling");
   const std::uint32_t rc =
-      scanner_.objectStore().exchange(callMethod(scanner_.jobObjectName(), "cancel", nullptr));
+      scanner_.objectStore().exchange(callMethod(scanner_.job().objectName(), "cancel", nullptr));
   if (rc != QRN_ERROR_SUCCESS) {
     logDetail(log_component::server(),
               [&] { return LogText() << "BpdScanEndJobTask::doExecute() cancel rc=" << rc; });
   }
   if (cancel_) {
-    scanner_.setPhase(ScanPhase::Cancelling);
-    while (scanner_.isScanning() && !scanner_.hasTimedOut()) platform::sleep(kCancelStep);
+    scanner_.watchdog().setPhase(ScanPhase::Cancelling);
+    while (scanner_.isScanning() && !scanner_.job().hasTimedOut()) platform::sleep(kCancelStep);
   }
-  scanner_.stopScanning();
+  scanner_.job().setScanning(false);
 }
 
 std::uint32_t BpdScanEndJobTask::endObservations() {
@@ -49,7 +49,7 @@ std::uint32_t BpdScanEndJobTask::endObservations() {
     if (result == QRN_ERROR_SUCCESS) result = rc;
   };
   // A start that failed early has made no job to observe.
-  if (const std::string& job = scanner_.jobObjectName(); !job.empty()) {
+  if (const std::string& job = scanner_.job().objectName(); !job.empty()) {
     end(job, scan_object::kStateChanged, scanner_.jobObserver());
     end(job, scan_object::kPageScanned, scanner_.jobObserver());
   }
@@ -59,7 +59,7 @@ std::uint32_t BpdScanEndJobTask::endObservations() {
 
 void BpdScanEndJobTask::takeSystemUpdate(const std::string& text) {
   if (text != "HostSend Exited") return;
-  scanner_.setInHostMode(false);
+  scanner_.job().setInHostMode(false);
   logDetail(log_component::server(),
             [] { return LogText() << "BpdScanAsyncDataTask::doUpdate() Host Mode Exited"; });
   event_.set();

@@ -58,13 +58,13 @@ std::uint32_t BpdScanStartJobTask::enterHostMode() {
 
 std::uint32_t BpdScanStartJobTask::waitForHostMode() {
   // As long as data comes the device is still at work on something else.
-  std::uint32_t count = scanner_.dataBlockCount();
+  std::uint32_t count = scanner_.job().dataBlockCount();
   while (!event_.wait(kHostModeWait)) {
-    const std::uint32_t now = scanner_.dataBlockCount();
+    const std::uint32_t now = scanner_.job().dataBlockCount();
     if (now == count) return QRN_ERROR_TIMEOUT;
     count = now;
   }
-  return scanner_.isInHostMode() ? QRN_ERROR_SUCCESS : QRN_ERROR_TIMEOUT;
+  return scanner_.job().isInHostMode() ? QRN_ERROR_SUCCESS : QRN_ERROR_TIMEOUT;
 }
 
 std::uint32_t BpdScanStartJobTask::createJob() {
@@ -105,7 +105,7 @@ std::uint32_t BpdScanStartJobTask::startJob() {
 void BpdScanStartJobTask::takeSystemUpdate(const std::string& text) {
   const bool entered = text == "Enter HostSend OK";
   if (!entered && text != "Enter HostSend Fail") return;
-  scanner_.setInHostMode(entered);
+  scanner_.job().setInHostMode(entered);
   logDetail(log_component::server(), [&] {
     return LogText() << "BpdScanAsyncDataTask::doUpdate: "
                      << (entered ? "entered Host Mode" : "Host Mode Failed");

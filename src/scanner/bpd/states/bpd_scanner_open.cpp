@@ -18,7 +18,7 @@ const BpdScannerOpen& BpdScannerOpen::getInstance() {
 
 std::uint32_t BpdScannerOpen::doStartJob(BpdScanner& scanner, std::uint32_t clientId,
                                          void* /*parameters*/) const {
-  if (scanner.isJobActive()) return QRN_ERROR_BUSY;
+  if (scanner.job().isActive()) return QRN_ERROR_BUSY;
   scanner.changeState(BpdScannerScanning::getInstance());
   try {
     scanner.beginJob(clientId);
@@ -43,7 +43,7 @@ std::uint32_t BpdScannerOpen::runMethod(BpdScanner& scanner) const {
   std::uint32_t rc = QRN_ERROR_INTERNAL_ERROR;
   try {
     rc = scanner.startTask().execute();
-    if (rc == QRN_ERROR_SUCCESS) scanner.startWatchdog();
+    if (rc == QRN_ERROR_SUCCESS) scanner.watchdog().start(scanner.job().clientId());
   } catch (const Exception& exception) {
     rc = exception.getCode();
   }

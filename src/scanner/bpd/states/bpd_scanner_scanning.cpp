@@ -16,31 +16,31 @@ const BpdScannerScanning& BpdScannerScanning::getInstance() {
 
 std::uint32_t BpdScannerScanning::doStartJob(BpdScanner& scanner, std::uint32_t clientId,
                                              void* parameters) const {
-  if (scanner.isJobActive()) return QRN_ERROR_BUSY;
+  if (scanner.job().isActive()) return QRN_ERROR_BUSY;
   return BpdScannerState::doStartJob(scanner, clientId, parameters);
 }
 
 std::uint32_t BpdScannerScanning::doEndJob(BpdScanner& scanner, std::uint32_t clientId) const {
-  if (clientId != scanner.jobClientId()) {
+  if (clientId != scanner.job().clientId()) {
     logDetail(log_component::server(), [&] {
       return LogText() << "BpdScannerScanning::doEndJob(handle=" << scanner.getHandle()
-                       << ") invalid client Id, expected:" << scanner.jobClientId();
+                       << ") invalid client Id, expected:" << scanner.job().clientId();
     });
     return QRN_ERROR_INVALID_PARAMETER;
   }
-  scanner.signalEnd();
+  scanner.job().signalEnd();
   scanner.abortStart();
   JobParameterStore::getInstance().clearJobParameters(clientId);
-  const bool cancel = scanner.isScanning() && !scanner.hasTimedOut();
-  if (!cancel) scanner.stopWatchdog();
+  const bool cancel = scanner.isScanning() && !scanner.job().hasTimedOut();
+  if (!cancel) scanner.watchdog().stop();
   const std::uint32_t rc = BpdScanEndJobTask(scanner, cancel).execute();
-  scanner.stopWatchdog();
-  scanner.stopScanning();
+  scanner.watchdog().stop();
+  scanner.job().setScanning(false);
   if (rc != QRN_ERROR_SUCCESS) {
     scanner.raise("Scanner.CommError");
     return rc;
   }
-  scanner.setJobActive(false);
+  scanner.job().setActive(false);
   scanner.changeState(BpdScannerOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
