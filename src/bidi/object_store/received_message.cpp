@@ -38,22 +38,6 @@ MessageType typeOf(const MapElem& message) {
 
 }  // namespace
 
-std::string messageTypeName(MessageType type) {
-  switch (type) {
-    case MessageType::Response:
-      return "Response";
-    case MessageType::Method:
-      return "Method";
-    case MessageType::Exception:
-      return "Exception";
-    case MessageType::ScanData:
-      return "Scan Data";
-    case MessageType::Unreadable:
-      break;
-  }
-  return "unknown message type " + std::to_string(static_cast<std::uint32_t>(type));
-}
-
 ReceivedMessage classifyMessage(std::string_view document) {
   const std::unique_ptr<MapElem> message = readClassifiable(document);
   if (message == nullptr) return {};

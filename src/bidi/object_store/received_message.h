@@ -13,10 +13,6 @@ namespace qvn {
 
 enum class MessageType : std::uint32_t { Unreadable, Response, Method, Exception, ScanData };
 
-// As log lines show it: "Response", "Method", "Exception", "Scan Data", else "unknown message type " and the
-// number.
-std::string messageTypeName(MessageType type);
-
 struct ReceivedMessage {
   MessageType type = MessageType::Unreadable;
   std::uint32_t requestId = 0;  // of a response and an exception
