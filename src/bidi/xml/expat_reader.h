@@ -20,15 +20,17 @@ class ExpatReader {
  protected:
   enum class Extent { Whole, Beginning };
 
-  // False for what is not well-formed, is not UTF-8, or declares entities or attributes: a few declarations
-  // can stand for gigabytes, and no device sends any. The beginning of a document may end anywhere. Throws
-  // what one of the operations below throws. Called once.
+  // False for what is not well-formed, is in an encoding that Expat does not know by itself (it knows UTF-8,
+  // which nothing needs to declare, UTF-16, ISO-8859-1 and US-ASCII), or declares entities or attributes: a
+  // few declarations can stand for gigabytes, and no device sends any. The five entities of XML and
+  // references to characters are read. The beginning of a document may end anywhere. Throws what one of the
+  // operations below throws. Called once.
   bool read(std::string_view document, Extent extent);
 
   // `attributes` are pairs of a name and a value, ended by null.
   virtual void startTag(const char* name, const char** attributes) = 0;
   virtual void endTag() = 0;
-  // Comes in pieces. There is a tag open whenever there is text.
+  // In UTF-8. Comes in pieces. There is a tag open whenever there is text.
   virtual void addText(std::string_view text) = 0;
 
  private:

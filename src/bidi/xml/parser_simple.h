@@ -8,8 +8,9 @@
 
 namespace qvn {
 
-// Of several values with one name the first counts, and of a value only what stands before its first line
-// break or entity. Names are XML's: they do not begin with a digit.
+// Of several values with one name the first counts, and of a value the first piece that Expat reports: it
+// ends at a line break, a reference or a comment, and is that line break or what the reference stands for
+// when the value begins so. Names are XML's: they do not begin with a digit.
 class ParserSimple {
  public:
   explicit ParserSimple(std::string_view text);

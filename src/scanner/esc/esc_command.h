@@ -44,7 +44,7 @@ class EscCommand : public ComparableData {
   EscCommand() = default;
   explicit EscCommand(const Data& data) : ComparableData(data) {}
 
-  // For messages: the data given to the constructor of `name` is not a command of that class.
+  // Throws Win32Exception 87 with the message: a constructor was given data that is no command of its class.
   [[noreturn]] static void refuse(const std::string& message);
 
   static esc::Bytes bytesOf(const Data& data) { return {data.getBuffer(), data.getLength()}; }
