@@ -182,6 +182,7 @@ void FakeTransport::reset() {
   calls_.clear();
   written_.clear();
   device_ = DeviceReference();
+  connections_ = std::make_unique<Connections>();  // Some are open yet.
 }
 
 void FakeTransport::registerModule() {

@@ -1,9 +1,9 @@
 #include "common/settings/registry_key.h"
 
-#include <cstring>
 #include <string_view>
 
 #include "common/exception.h"
+#include "common/settings/stored_value.h"
 #include "common/text.h"
 
 namespace qvn {
@@ -21,21 +21,25 @@ void check(ErrorCode code, const std::string& message, std::int32_t line) {
   if (code != platform::kSuccess) fail(message, code, line);
 }
 
-// Reads a value of one type: false when it is absent. `take` gets its bytes.
-template <typename Take>
-bool readTyped(const registry::Key& key, const std::string& name, registry::ValueType type,
-               const std::string& message, Take&& take, std::int32_t line) {
+// Reads a value of one type: false when it is absent.
+template <typename Value>
+bool readTyped(const registry::Key& key, const std::string& name, Value& value, const std::string& message,
+               std::int32_t line) {
   bool typeMatches = true;
   const ErrorCode code =
-      registry::readValue(key, name, [&](registry::ValueType storedType, std::string_view bytes) {
-        typeMatches = storedType == type;
-        if (typeMatches) typeMatches = take(bytes);
+      registry::readValue(key, name, [&](registry::ValueType type, std::string_view bytes) {
+        typeMatches = type == StoredValue<Value>::type && StoredValue<Value>::decode(bytes, value);
       });
   if (code == platform::kFileNotFound) return false;
   if (code != platform::kSuccess || !typeMatches) {
     fail(message + (typeMatches ? "" : " : incorrect value type"), code, line);
   }
   return true;
+}
+
+template <typename Value>
+ErrorCode writeTyped(const registry::Key& key, const std::string& name, const Value& value) {
+  return registry::setValue(key, name, StoredValue<Value>::type, StoredValue<Value>::encode(value));
 }
 
 }  // namespace
@@ -58,52 +62,27 @@ void RegistryKey::createKey(const std::string& path, registry::Hive root) {
 }
 
 bool RegistryKey::getValue(const std::string& name, std::uint32_t& value) const {
-  return readTyped(
-      key_, name, registry::ValueType::Dword, "RegistryKey::getValue(ulong)" + name,
-      [&](std::string_view bytes) {
-        if (bytes.size() != sizeof value) return false;
-        std::memcpy(&value, bytes.data(), sizeof value);
-        return true;
-      },
-      __LINE__);
+  return readTyped(key_, name, value, "RegistryKey::getValue(ulong)" + name, __LINE__);
 }
 
 bool RegistryKey::getValue(const std::string& name, std::string& value) const {
-  return readTyped(
-      key_, name, registry::ValueType::String, "RegistryKey::getValue(string) " + name,
-      [&](std::string_view bytes) {
-        value = bytes;
-        return true;
-      },
-      __LINE__);
+  return readTyped(key_, name, value, "RegistryKey::getValue(string) " + name, __LINE__);
 }
 
 bool RegistryKey::getValue(const std::string& name, Data& value) const {
-  return readTyped(
-      key_, name, registry::ValueType::Binary, "RegistryKey::getValue(binary)",
-      [&](std::string_view bytes) {
-        value = Data(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-        return true;
-      },
-      __LINE__);
+  return readTyped(key_, name, value, "RegistryKey::getValue(binary)", __LINE__);
 }
 
 void RegistryKey::setValue(const std::string& name, std::uint32_t value) {
-  char bytes[sizeof value];
-  std::memcpy(bytes, &value, sizeof value);
-  check(registry::setValue(key_, name, registry::ValueType::Dword, {bytes, sizeof bytes}),
-        "RegistryKey::setValue(ulong): Unable to set " + name, __LINE__);
+  check(writeTyped(key_, name, value), "RegistryKey::setValue(ulong): Unable to set " + name, __LINE__);
 }
 
 void RegistryKey::setValue(const std::string& name, const std::string& value) {
-  check(registry::setValue(key_, name, registry::ValueType::String, value),
-        "RegistryKey::setValue(string): Unable to set " + name, __LINE__);
+  check(writeTyped(key_, name, value), "RegistryKey::setValue(string): Unable to set " + name, __LINE__);
 }
 
 void RegistryKey::setValue(const std::string& name, const Data& value) {
-  const std::string_view bytes = bytesAsText(value);
-  check(registry::setValue(key_, name, registry::ValueType::Binary, bytes),
-        "RegistryKey::setValue(binary): Unable to set " + name, __LINE__);
+  check(writeTyped(key_, name, value), "RegistryKey::setValue(binary): Unable to set " + name, __LINE__);
 }
 
 void RegistryKey::deleteValue(const std::string& name) {
@@ -143,10 +122,14 @@ std::vector<std::string> RegistryKey::getChildrenNames(std::size_t limit) const 
 
 std::vector<std::string> RegistryKey::getValueNames() const {
   std::vector<std::string> names;
-  const ErrorCode code = registry::forEachValue(
-      key_, [&](std::string_view name, registry::ValueType, std::string_view) { names.emplace_back(name); });
-  check(code, "RegistryKey:getValueNames()", __LINE__);
+  forEachValue(
+      [&](std::string_view name, registry::ValueType, std::string_view) { names.emplace_back(name); });
   return names;
+}
+
+void RegistryKey::forEachValue(
+    const std::function<void(std::string_view, registry::ValueType, std::string_view)>& reader) const {
+  check(registry::forEachValue(key_, reader), "RegistryKey:getValueNames()", __LINE__);
 }
 
 }  // namespace qvn

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/threads/security.h"
@@ -45,6 +47,9 @@ class RegistryKey {
 
   std::vector<std::string> getChildrenNames(std::size_t limit) const;
   std::vector<std::string> getValueNames() const;
+  // Lends each value, see platform::registry::forEachValue.
+  void forEachValue(const std::function<void(std::string_view name, platform::registry::ValueType,
+                                             std::string_view data)>& reader) const;
 
  private:
   static void recurseDeleteKey(const std::string& path, const platform::registry::Key& parent);

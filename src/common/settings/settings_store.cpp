@@ -4,6 +4,8 @@
 
 #include "common/exception.h"
 #include "common/settings/registry_key.h"
+#include "common/settings/stored_value.h"
+#include "kit/setting.h"
 #include "platform/base/error.h"
 
 namespace qvn {
@@ -32,16 +34,10 @@ SettingsStore::~SettingsStore() = default;
 template <typename Value>
 bool SettingsStore::readOrDefault(const std::string& keyPath, const std::string& name, Value& value,
                                   const Value& defaultValue, std::uint32_t selection) const {
-  return guarded([&] {
-    // The root is made by installation, never by reading a setting.
-    const RegistryKey root(rootPath_, false, RegistryKey::kLocalMachine);
-    RegistryKey key(keyPathOf(keyPath, selection), true, RegistryKey::kLocalMachine);
-    if (!key.getValue(name, value)) {
-      key.setValue(name, defaultValue);
-      value = defaultValue;
-    }
-    return true;
-  });
+  using Stored = StoredValue<Value>;
+  std::string data = Stored::encode(defaultValue);
+  return readSetting(rootPath_, keyPathOf(keyPath, selection), name, Stored::type, data) &&
+         Stored::decode(data, value);
 }
 
 template <typename Value>
@@ -108,6 +104,14 @@ bool SettingsStore::getValueNames(const std::string& keyPath, std::vector<std::s
                                   std::uint32_t selection) const {
   return guarded([&] {
     names = RegistryKey(keyPathOf(keyPath, selection), false, RegistryKey::kLocalMachine).getValueNames();
+    return true;
+  });
+}
+
+bool SettingsStore::forEachValue(const std::string& keyPath, const ValueReader& reader,
+                                 std::uint32_t selection) const {
+  return guarded([&] {
+    RegistryKey(keyPathOf(keyPath, selection), false, RegistryKey::kLocalMachine).forEachValue(reader);
     return true;
   });
 }

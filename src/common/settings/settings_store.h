@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "platform/registry/registry.h"
 #include "qvn/transport/data.h"
 
 namespace qvn {
@@ -46,6 +49,12 @@ class SettingsStore {
 
   virtual bool getValueNames(const std::string& keyPath, std::vector<std::string>& names,
                              std::uint32_t selection) const;
+
+  // Lends the values of the key, in the order of writing and in one consistent view, to `reader`. It must not
+  // call the registry, and therefore not log.
+  using ValueReader =
+      std::function<void(std::string_view name, platform::registry::ValueType, std::string_view data)>;
+  bool forEachValue(const std::string& keyPath, const ValueReader& reader, std::uint32_t selection) const;
 
   // Deletes the key with everything below it. Throws Win32Exception when it cannot be opened.
   virtual bool deleteKey(const std::string& keyPath, std::uint32_t selection) const;

@@ -2,37 +2,20 @@
 
 #include "common/exception.h"
 #include "common/settings/application_settings.h"
-#include "common/settings/localize.h"
 #include "common/text.h"
 #include "common/threads/inter_process_lock.h"
-#include "platform/registry/registry.h"
+#include "platform/base/error.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 
 namespace qvn {
-
-namespace registry = platform::registry;
-
 namespace {
+
+using platform::registry::ValueType;
 
 constexpr char kMutexName[] = "persistenceStoreMutex";
 constexpr std::uint32_t kLocal = SettingsStore::kLocal;
-
-platform::ErrorCode openStore(const std::string& store, registry::Key& key) {
-  return registry::openKey(registry::Hive::LocalMachine,
-                           Localize::getInstance().getRegistryRoot(kLocal) + store, key);
-}
-
-// Walks the values of a store in the order of writing. The texts are lent for the call.
-platform::ErrorCode forEachText(const std::string& store,
-                                const std::function<void(registry::ValueType, std::string_view)>& reader) {
-  registry::Key key;
-  const platform::ErrorCode error = openStore(store, key);
-  if (error != platform::kSuccess) return error;
-  return registry::forEachValue(
-      key, [&](std::string_view, registry::ValueType type, std::string_view text) { reader(type, text); });
-}
 
 // 0, or the thread's last error as the settings left it when they failed.
 std::uint32_t resultOf(bool succeeded) { return succeeded ? QRN_ERROR_SUCCESS : platform::lastError(); }
@@ -54,17 +37,7 @@ std::uint32_t PersistenceStore::remove(const std::string& store, std::uint32_t h
 
 std::uint32_t PersistenceStore::read(const std::string& store, std::uint32_t handle, std::string& text) {
   InterProcessLock lock(mutex_);
-  registry::Key key;
-  bool found = false;
-  platform::ErrorCode error = openStore(store, key);
-  if (error == platform::kSuccess) {
-    error = registry::readValue(key, std::to_string(handle),
-                                [&](registry::ValueType type, std::string_view stored) {
-                                  found = type == registry::ValueType::String;
-                                  if (found) text = stored;
-                                });
-  }
-  if (error != platform::kSuccess) platform::setLastError(error);
+  const bool found = ApplicationSettings().getString(store, std::to_string(handle), text, kLocal);
   return found ? QRN_ERROR_SUCCESS : QRN_ERROR_NOT_FOUND;
 }
 
@@ -73,29 +46,27 @@ std::uint32_t PersistenceStore::findByPortname(const std::string& store, const s
   InterProcessLock lock(mutex_);
   std::uint32_t rc = QRN_ERROR_UNKNOWN_PORT;
   std::string candidate;
-  const platform::ErrorCode error =
-      forEachText(store, [&](registry::ValueType type, std::string_view stored) {
-        if (rc != QRN_ERROR_UNKNOWN_PORT) return;
-        if (type != registry::ValueType::String) {
-          rc = QRN_ERROR_INTERNAL_ERROR;
-        } else if (AttributeCodec::getString(stored, attribute::kPortname, candidate) == QRN_ERROR_SUCCESS &&
-                   equalsIgnoringCase(candidate, portName)) {
-          text = stored;
-          rc = QRN_ERROR_SUCCESS;
-        }
-      });
-  if (error != platform::kSuccess) platform::setLastError(error);
+  const auto compare = [&](std::string_view, ValueType type, std::string_view stored) {
+    if (rc != QRN_ERROR_UNKNOWN_PORT) return;
+    if (type != ValueType::String) {
+      rc = QRN_ERROR_INTERNAL_ERROR;
+    } else if (AttributeCodec::getString(stored, attribute::kPortname, candidate) == QRN_ERROR_SUCCESS &&
+               equalsIgnoringCase(candidate, portName)) {
+      text = stored;
+      rc = QRN_ERROR_SUCCESS;
+    }
+  };
+  ApplicationSettings().forEachValue(store, compare, kLocal);
   return rc;
 }
 
 void PersistenceStore::forEach(const std::string& store,
                                const std::function<void(std::string_view)>& reader) {
   InterProcessLock lock(mutex_);
-  const platform::ErrorCode error =
-      forEachText(store, [&](registry::ValueType type, std::string_view stored) {
-        if (type == registry::ValueType::String) reader(stored);
-      });
-  if (error != platform::kSuccess) platform::setLastError(error);
+  const auto readText = [&](std::string_view, ValueType type, std::string_view stored) {
+    if (type == ValueType::String) reader(stored);
+  };
+  ApplicationSettings().forEachValue(store, readText, kLocal);
 }
 
 }  // namespace qvn

@@ -159,6 +159,19 @@ bool isValid(ValueType type, std::string_view data) {
 
 }  // namespace
 
+std::string dwordBytes(std::uint32_t number) {
+  std::string bytes;
+  for (unsigned shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(number >> shift & 0xFF);
+  return bytes;
+}
+
+std::optional<std::uint32_t> dwordOf(ValueType type, std::string_view data) {
+  if (type != ValueType::Dword || !isValid(type, data)) return std::nullopt;
+  std::uint32_t number = 0;
+  for (std::size_t i = data.size(); i-- > 0;) number = number << 8 | static_cast<unsigned char>(data[i]);
+  return number;
+}
+
 ErrorCode openKey(Hive hive, std::string_view path, Key& key) {
   StoreName name = StoreName::root(hive);
   if (const ErrorCode error = name.appendPath(path); error != kSuccess) return fail(error);

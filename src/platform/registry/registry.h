@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,10 @@ struct Value {
   ValueType type = ValueType::String;
   std::string data;
 };
+
+// The bytes of a DWORD, and its number; none when the value is no DWORD.
+QVN_PLATFORM_API std::string dwordBytes(std::uint32_t number);
+QVN_PLATFORM_API std::optional<std::uint32_t> dwordOf(ValueType type, std::string_view data);
 
 QVN_PLATFORM_API ErrorCode openKey(Hive hive, std::string_view path, Key& key);
 
