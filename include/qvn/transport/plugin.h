@@ -28,13 +28,16 @@ inline constexpr char kGetDiscoverer[] = "TransportGetDiscoverer";
 inline constexpr char kGetAbiVersion[] = "TransportGetAbiVersion";
 
 // Writes an attribute text with "Transport" (the transport's name) and "TransportType" ("LOCAL_TRANSPORT" or
-// "NETWORK_TRANSPORT") and its terminator into the zero-filled buffer. `reserved` points to a 0. May be
-// called before and without kInitialize's success mattering; 0 or why not.
+// "NETWORK_TRANSPORT") and its terminator into the zero-filled buffer. `reserved` points to a 0. Called
+// after kInitialize, when a module is added, installed or removed; 0 or why not.
 using GetInfo = std::uint32_t(char* buffer, std::uint32_t size, std::uint32_t* reserved);
 
-// Called once, right after loading; 0 when the module is ready.
+// Called when the process loads the module, before any other entry point but kGetAbiVersion; once, unless the
+// module is unloaded and loaded again. 0 when the module is ready; else it is unloaded, without
+// kUninitialize.
 using Initialize = std::uint32_t();
-// Called before unloading; the module stops its threads and closes its connections. The result is ignored.
+// Called before the process unloads the module, which stops its threads and closes its connections. The
+// result is ignored.
 using Uninitialize = std::uint32_t();
 // Called when the transport is added to the machine; 0 or why not.
 using Install = std::uint32_t();

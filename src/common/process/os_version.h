@@ -1,4 +1,4 @@
-// The operating system's version, read once when the library is loaded.
+// The operating system's version, read once, when it is first asked for.
 #pragma once
 
 #include <cstdint>

@@ -31,7 +31,7 @@ struct SharedObject::Header {
 
 namespace {
 
-// Spells "QVNO" and the version of the layout.
+// Spells "QVN" and the version of the layout.
 constexpr std::uint32_t kMagic = 0x51564E01;
 constexpr std::size_t kMaxFileName = 255;
 
