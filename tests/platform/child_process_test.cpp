@@ -1,10 +1,9 @@
-// Child processes: command lines, exit codes, priorities, what they inherit.
+// Child processes: command lines, exit codes, what they inherit.
 #include "platform/process/child_process.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -18,13 +17,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr auto kNormal = static_cast<std::uint32_t>(PriorityClass::Normal);
-constexpr auto kIdle = static_cast<std::uint32_t>(PriorityClass::Idle);
-constexpr auto kBelowNormal = static_cast<std::uint32_t>(PriorityClass::BelowNormal);
-
-std::unique_ptr<ChildProcess> start(const std::string& commandLine, std::uint32_t priority = kNormal) {
+std::unique_ptr<ChildProcess> start(const std::string& commandLine) {
   ErrorCode error = kInvalidHandle;
-  auto child = ChildProcess::start(commandLine, priority, error);
+  auto child = ChildProcess::start(commandLine, error);
   EXPECT_EQ(error, kSuccess) << commandLine;
   return child;
 }
@@ -62,20 +57,18 @@ TEST(ChildProcess, SaysWhyNothingWasStarted) {
   std::ofstream(plain) << "no program";
   const struct {
     std::string commandLine;
-    std::uint32_t priority;
     ErrorCode code;
   } cases[] = {
-      {"no-such-program-anywhere /s", kNormal, kFileNotFound},
-      {"/no/such/path", kNormal, kFileNotFound},
-      {plain.string(), kNormal, kAccessDenied},
-      {"", kNormal, kInvalidParameter},
-      {" \t ", kNormal, kInvalidParameter},
-      {"\"\" x", kNormal, kInvalidParameter},
-      {"true", 12345, kInvalidParameter},
+      {"no-such-program-anywhere /s", kFileNotFound},
+      {"/no/such/path", kFileNotFound},
+      {plain.string(), kAccessDenied},
+      {"", kInvalidParameter},
+      {" \t ", kInvalidParameter},
+      {"\"\" x", kInvalidParameter},
   };
   for (const auto& c : cases) {
     ErrorCode error = kSuccess;
-    EXPECT_EQ(ChildProcess::start(c.commandLine, c.priority, error), nullptr) << c.commandLine;
+    EXPECT_EQ(ChildProcess::start(c.commandLine, error), nullptr) << c.commandLine;
     EXPECT_EQ(error, c.code) << c.commandLine;
     EXPECT_EQ(lastError(), c.code) << c.commandLine;
   }
@@ -92,7 +85,7 @@ TEST(ChildProcess, InheritsNoHandleAndNoTerminal) {
 
 TEST(ChildProcess, ARunningOneAnswersSo) {
   test::ManualClock manual(test::ManualClock::Mode::AutoAdvance);
-  const auto child = start("sleep 60", kIdle);
+  const auto child = start("sleep 60");
   ASSERT_NE(child, nullptr);
   const auto pid = static_cast<pid_t>(child->id());
   std::uint32_t code = 0;
@@ -100,22 +93,17 @@ TEST(ChildProcess, ARunningOneAnswersSo) {
   EXPECT_EQ(code, kStillActive);
   EXPECT_EQ(child->wait(15'000), WaitResult::TimedOut);
   EXPECT_EQ(manual.monotonicMilliseconds(), 15'000U);
-  EXPECT_EQ(getpriority(PRIO_PROCESS, child->id()), 19);
   EXPECT_EQ(getsid(pid), pid);
-  EXPECT_FALSE(child->setPriorityClass(12345));
-  EXPECT_EQ(lastError(), kInvalidParameter);
 
   kill(pid, SIGTERM);
   EXPECT_EQ(child->wait(kInfinite), WaitResult::Signalled);
   EXPECT_EQ(child->exitCode(code), kSuccess);
   EXPECT_EQ(code, 128U + SIGTERM);
   EXPECT_EQ(kill(pid, 0), -1) << "collected";
-  EXPECT_FALSE(child->setPriorityClass(kBelowNormal));
 }
 
 TEST(ChildProcess, DroppingTheHandleLeavesItRunning) {
-  const auto pid = static_cast<pid_t>(start("sleep 60", kBelowNormal)->id());
-  EXPECT_EQ(getpriority(PRIO_PROCESS, static_cast<id_t>(pid)), 10);
+  const auto pid = static_cast<pid_t>(start("sleep 60")->id());
   EXPECT_EQ(kill(pid, SIGKILL), 0);
 }
 

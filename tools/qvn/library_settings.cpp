@@ -13,6 +13,12 @@ std::string inQuotes(std::string_view key, std::string_view name) {
   return "'" + std::string(key) + (key.ends_with('\\') ? "" : "\\") + std::string(name) + "'";
 }
 
+// The sentence says what is wrong with the registry itself, when something is.
+void requireRegistry(platform::ErrorCode error, const std::string& sentence) {
+  const std::string reason = error != platform::kSuccess ? registry::lastFailure() : "";
+  require(error, reason.empty() ? sentence : sentence + ": " + reason);
+}
+
 }  // namespace
 
 std::string libraryKey(std::string_view key) { return std::string(kLibraryRegistryRoot) + std::string(key); }
@@ -27,20 +33,20 @@ std::optional<registry::Value> readLibraryValue(std::string_view key, std::strin
   if (error == platform::kFileNotFound) {
     return std::nullopt;
   }
-  require(error, "cannot read " + inQuotes(key, name) + " from the registry");
+  requireRegistry(error, "cannot read " + inQuotes(key, name) + " from the registry");
   return value;
 }
 
 registry::Key makeLibraryKey(std::string_view key) {
   registry::Key made;
-  require(registry::createKey(registry::Hive::LocalMachine, libraryKey(key), {true, true}, made),
-          "cannot make the key '" + std::string(key) + "' of the registry");
+  requireRegistry(registry::createKey(registry::Hive::LocalMachine, libraryKey(key), {true, true}, made),
+                  "cannot make the key '" + std::string(key) + "' of the registry");
   return made;
 }
 
 void writeLibraryValue(std::string_view key, std::string_view name, const registry::Value& value) {
-  require(registry::setValue(makeLibraryKey(key), name, value.type, value.data),
-          "cannot write " + inQuotes(key, name) + " to the registry");
+  requireRegistry(registry::setValue(makeLibraryKey(key), name, value.type, value.data),
+                  "cannot write " + inQuotes(key, name) + " to the registry");
 }
 
 std::vector<std::pair<std::string, registry::Value>> listLibraryValues(std::string_view key) {
@@ -56,7 +62,7 @@ std::vector<std::pair<std::string, registry::Value>> listLibraryValues(std::stri
           values.emplace_back(std::string(name), registry::Value{type, std::string(data)});
         });
   }
-  require(error, "cannot read the key '" + std::string(key) + "' of the registry");
+  requireRegistry(error, "cannot read the key '" + std::string(key) + "' of the registry");
   return values;
 }
 

@@ -46,7 +46,6 @@ inline Component& comServer() { return at(3); }
 inline Component& printMonitor() { return at(13); }
 inline Component& server() { return at(14); }
 inline Component& serverHid() { return at(15); }
-inline Component& shared() { return at(22); }
 
 }  // namespace log_component
 }  // namespace qvn

@@ -17,8 +17,9 @@ Application::Application(std::string commandLine) : commandLine_(std::move(comma
 Application::~Application() = default;
 
 void Application::launch() {
-  platform::ErrorCode error = platform::kSuccess;
-  process_ = platform::ChildProcess::start(commandLine_, priorityClass_, error);
+  platform::ErrorCode error = platform::kInvalidParameter;
+  process_.reset();
+  if (priorityClass_ == kNormalPriority) process_ = platform::ChildProcess::start(commandLine_, error);
   if (!process_) throw Win32Exception("Application::launch()", error, "Application", 237);
 }
 
@@ -35,7 +36,7 @@ void Application::start() {
 
 bool Application::setPriorityClass(std::uint32_t priorityClass) {
   priorityClass_ = priorityClass;
-  return !isRunning() || process_->setPriorityClass(priorityClass);
+  return !isRunning() || priorityClass == kNormalPriority;
 }
 
 bool Application::isRunning() const {

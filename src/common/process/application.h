@@ -23,7 +23,9 @@ class Application {
   // by then is no error.
   void start();
 
-  // For the next launch, and for the process that runs now.
+  // For the next launch, and for the process that runs now: false when it does not take the class. The normal
+  // one is all that a process can have here; a launch with another fails with 87.
+  static constexpr std::uint32_t kNormalPriority = 32;
   bool setPriorityClass(std::uint32_t priorityClass);
   bool isRunning() const;
   bool waitFor(platform::Milliseconds timeout);
@@ -31,7 +33,7 @@ class Application {
  private:
   std::string commandLine_;
   std::unique_ptr<platform::ChildProcess> process_;
-  std::uint32_t priorityClass_ = static_cast<std::uint32_t>(platform::PriorityClass::Normal);
+  std::uint32_t priorityClass_ = kNormalPriority;
   platform::Milliseconds pollInterval_ = 50;
 };
 

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,23 +53,6 @@ void collect(ChildState& state) {
   state.changed.notify_all();
 }
 
-std::optional<int> niceOf(std::uint32_t priorityClass) {
-  switch (static_cast<PriorityClass>(priorityClass)) {
-    case PriorityClass::Normal:
-      return 0;
-    case PriorityClass::Idle:
-      return 19;
-    case PriorityClass::High:
-      return -10;
-    case PriorityClass::BelowNormal:
-      return 10;
-  }
-  return std::nullopt;
-}
-
-// The child leads a process group of its own, so the group's priority is that of all its threads.
-bool applyPriority(pid_t pid, int nice) { return setpriority(PRIO_PGRP, static_cast<id_t>(pid), nice) == 0; }
-
 class NativeChildProcess final : public ChildProcess {
  public:
   explicit NativeChildProcess(std::shared_ptr<ChildState> state) : state_(std::move(state)) {}
@@ -88,22 +70,6 @@ class NativeChildProcess final : public ChildProcess {
     std::unique_lock lock(state_->mutex);
     const bool ended = clock().wait(lock, state_->changed, timeout, [&] { return state_->hasEnded; });
     return ended ? WaitResult::Signalled : WaitResult::TimedOut;
-  }
-
-  bool setPriorityClass(std::uint32_t priorityClass) override {
-    const std::optional<int> nice = niceOf(priorityClass);
-    if (!nice) {
-      setLastError(kInvalidParameter);
-      return false;
-    }
-    const std::lock_guard guard(state_->mutex);
-    if (state_->hasEnded) {
-      setLastError(kInvalidHandle);
-      return false;
-    }
-    if (applyPriority(state_->pid, *nice)) return true;
-    failWithErrno();
-    return false;
   }
 
  private:
@@ -179,12 +145,10 @@ class SpawnAttributes {
 };
 
 // Starts the child and waits for its end, on a thread of its own that nobody has to join.
-void runChild(const std::shared_ptr<ChildState>& state, std::vector<std::string> words, int nice) {
+void runChild(const std::shared_ptr<ChildState>& state, std::vector<std::string> words) {
   {
     pid_t pid = 0;
     const int result = SpawnAttributes().spawn(words, pid);
-    // A priority that the system does not grant leaves the child at the caller's.
-    if (result == 0 && nice != 0) applyPriority(pid, nice);
     const std::lock_guard guard(state->mutex);
     state->pid = pid;
     state->spawnResult = result;
@@ -198,11 +162,9 @@ void runChild(const std::shared_ptr<ChildState>& state, std::vector<std::string>
 
 ChildProcess::~ChildProcess() = default;
 
-std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& commandLine, std::uint32_t priorityClass,
-                                                  ErrorCode& error) {
+std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& commandLine, ErrorCode& error) {
   std::vector<std::string> words = splitWords(commandLine);
-  const std::optional<int> nice = niceOf(priorityClass);
-  if (words.empty() || words.front().empty() || !nice) {
+  if (words.empty() || words.front().empty()) {
     error = fail(kInvalidParameter);
     return nullptr;
   }
@@ -210,7 +172,7 @@ std::unique_ptr<ChildProcess> ChildProcess::start(const std::string& commandLine
   auto state = std::make_shared<ChildState>();
   try {
     const AllSignalsBlocked blocked;
-    std::thread(runChild, state, std::move(words), *nice).detach();
+    std::thread(runChild, state, std::move(words)).detach();
   } catch (const std::system_error& failure) {
     error = fail(errorFromErrno(failure.code().value()));
     return nullptr;

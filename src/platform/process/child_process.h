@@ -12,17 +12,14 @@
 
 namespace qvn::platform {
 
-enum class PriorityClass : std::uint32_t { Normal = 32, Idle = 64, High = 128, BelowNormal = 16384 };
-
 class QVN_PLATFORM_API ChildProcess {
  public:
   // Starts the program named by the first word of `commandLine` (one installed with this layer if there is
   // one of that name, else searched as the shell does) with the other words as arguments; double quotes keep
-  // blanks together. The child has no terminal and inherits the
-  // caller's environment and directory, none of its handles. Null on failure, with `error` set (2 when there
+  // blanks together. The child has no terminal and inherits the caller's priority, environment and directory,
+  // none of its handles. Null on failure, with `error` set (2 when there
   // is no such program).
-  static std::unique_ptr<ChildProcess> start(const std::string& commandLine, std::uint32_t priorityClass,
-                                             ErrorCode& error);
+  static std::unique_ptr<ChildProcess> start(const std::string& commandLine, ErrorCode& error);
   // Leaves a running child alone.
   virtual ~ChildProcess();
 
@@ -31,7 +28,6 @@ class QVN_PLATFORM_API ChildProcess {
   // kStillActive while it runs; a child ended by signal n gives 128 + n.
   virtual ErrorCode exitCode(std::uint32_t& code) = 0;
   virtual WaitResult wait(Milliseconds timeout) = 0;
-  virtual bool setPriorityClass(std::uint32_t priorityClass) = 0;
 };
 
 }  // namespace qvn::platform
