@@ -58,18 +58,18 @@ TEST_F(SettingsTest, ReadingWritesTheDefaultOnlyBelowAnExistingRoot) {
   ApplicationSettings settings;
   EXPECT_EQ(settings.create(), 0u);
   EXPECT_TRUE(settings.isAvailable());
-  EXPECT_EQ(longSetting("TeojInterval", 1000), 1000u);
+  EXPECT_EQ(longSetting(setting::kTeojInterval), 1000u);
   value = 0;
   EXPECT_TRUE(settingsKey().getValue("teojinterval", value));
   EXPECT_EQ(value, 1000u);
   settings.setLong("Settings\\", "TeojInterval", 20, 0);
-  EXPECT_EQ(longSetting("TeojInterval", 1000), 20u);
+  EXPECT_EQ(longSetting(setting::kTeojInterval), 20u);
 }
 
 TEST_F(SettingsTest, AValueOfAnotherTypeFailsWithCodeZeroAndLeavesTheDefault) {
   settingsKey().setValue("TeojInterval", std::string("soon"));
   platform::setLastError(99);
-  EXPECT_EQ(longSetting("TeojInterval", 1000), 1000u);
+  EXPECT_EQ(longSetting(setting::kTeojInterval), 1000u);
   EXPECT_EQ(platform::lastError(), 0u);
   std::uint32_t value = 0;
   try {

@@ -1,4 +1,5 @@
 #include "common/logging/basic_logger.h"
+#include "common/settings/setting_table.h"
 
 #include <array>
 #include <atomic>
@@ -85,7 +86,7 @@ bool BasicLogger::isEnabled(const Component& component, std::uint32_t level) {
 bool BasicLogger::isWanted(const Component& /*component*/, std::uint32_t level) const {
   if ((level & log_level::kError) != 0) return true;
   std::uint32_t startLog = 0;
-  return getLong("startLog", startLog, 0) && startLog != 0;
+  return getLong(setting::kStartLog.name, startLog, setting::kStartLog.byDefault) && startLog != 0;
 }
 
 std::uint32_t BasicLogger::setNameWidth(std::uint32_t width) {
@@ -96,7 +97,7 @@ std::uint32_t BasicLogger::setNameWidth(std::uint32_t width) {
 
 bool BasicLogger::getLong(const std::string& name, std::uint32_t& value, std::uint32_t defaultValue) const {
   value = defaultValue;
-  if (name == "startLog") {
+  if (name == setting::kStartLog.name) {
     platform::ErrorCode error = platform::kSuccess;
     const bool exists = platform::File::open(filePath_, platform::File::Open::Existing, {}, error) != nullptr;
     value = exists ? 0xFFFFFFFF : 0;
@@ -127,23 +128,21 @@ void BasicLogger::log(const Component& component, std::uint32_t level, const std
 
 std::string BasicLogger::composeLine(const Component& component, std::uint32_t level,
                                      const std::string& text) {
-  std::uint32_t showTime = 1;
-  std::uint32_t showProcess = 0;
-  std::uint32_t showThread = 0;
-  getLong("Clocktime_In_Header", showTime, 1);
-  getLong("Proc_Id_In_Header", showProcess, 0);
-  getLong("Thread_Id_In_Header", showThread, 0);
-
+  const auto shows = [this](const LongSetting& field) {
+    std::uint32_t value = field.byDefault;
+    getLong(field.name, value, field.byDefault);
+    return value != 0;
+  };
   std::string line = prefix(component, level);
-  if (showTime != 0) {
+  if (shows(setting::kClocktimeInHeader)) {
     const platform::LocalTime t = platform::localTime(platform::clock().now());
     std::array<char, 96> stamp{};
     std::snprintf(stamp.data(), stamp.size(), "%04d/%02d/%02d-%02d:%02d:%02d.%03d ", t.year, t.month, t.day,
                   t.hour, t.minute, t.second, t.millisecond);
     line += stamp.data();
   }
-  if (showProcess != 0) line += idField("pid", platform::currentProcessId());
-  if (showThread != 0) line += idField("tid", platform::currentThreadId());
+  if (shows(setting::kProcIdInHeader)) line += idField("pid", platform::currentProcessId());
+  if (shows(setting::kThreadIdInHeader)) line += idField("tid", platform::currentThreadId());
 
   std::string name = component.getName();
   if (name.size() < nameWidth_) name.resize(nameWidth_, ' ');

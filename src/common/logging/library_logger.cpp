@@ -5,8 +5,7 @@
 namespace qvn {
 
 LibraryLogger::LibraryLogger()
-    : BasicLogger(Localize::getInstance().getLocalId() + ".log"),
-      startLog_(setting_key::kLogger, "startLog", 0, SettingsStore::kLocal) {}
+    : BasicLogger(Localize::getInstance().getLocalId() + ".log"), startLog_(setting::kStartLog) {}
 
 bool LibraryLogger::getLong(const std::string& name, std::uint32_t& value, std::uint32_t defaultValue) const {
   value = defaultValue;

@@ -47,8 +47,9 @@ void ApplicationSettings::fullPath(std::string& path, std::uint32_t selection) c
 
 bool ApplicationSettings::removeAll() {
   const Localize& localize = Localize::getInstance();
-  std::uint32_t deleteStore = 0;
-  getLong(setting_key::kSettings, "DeleteStoreOnUninstall", deleteStore, kLocal);
+  constexpr LongSetting kDeleteStore = setting::kDeleteStoreOnUninstall;
+  std::uint32_t deleteStore = kDeleteStore.byDefault;
+  getLong(kDeleteStore.key, kDeleteStore.name, deleteStore, kLocal);
   deleteTree(localize.getRegistryRoot(kLocal));
   available_ = false;
   if (hasLocalRoots(rootPath_ + "Local")) return false;
@@ -88,9 +89,9 @@ std::uint32_t ApplicationSettings::isSupportedDevice(const std::string& model) c
   return QRN_ERROR_NOT_FOUND;
 }
 
-std::uint32_t longSetting(const std::string& name, std::uint32_t defaultValue) {
-  std::uint32_t value = defaultValue;
-  ApplicationSettings().getLongOrDefault(setting_key::kSettings, name, value, defaultValue,
+std::uint32_t longSetting(const LongSetting& setting) {
+  std::uint32_t value = setting.byDefault;
+  ApplicationSettings().getLongOrDefault(setting.key, setting.name, value, setting.byDefault,
                                          SettingsStore::kLocal);
   return value;
 }

@@ -5,19 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "common/settings/setting_table.h"
 #include "common/settings/settings_store.h"
 
 namespace qvn {
-
-// The keys that settings lie under.
-namespace setting_key {
-inline constexpr char kSettings[] = "Settings\\";
-inline constexpr char kUsb1Settings[] = "Usb1\\Settings\\";
-inline constexpr char kLogger[] = "Logger";
-inline constexpr char kLocalTransports[] = "Transports\\Local";
-inline constexpr char kNetworkTransports[] = "Transports\\Network";
-inline constexpr char kSupportedDevices[] = "Runtime\\SupportedDevices\\";
-}  // namespace setting_key
 
 // Needs Localize. Cheap to make: every test whether a log line is wanted makes one.
 class ApplicationSettings : public SettingsStore {
@@ -45,7 +36,7 @@ class ApplicationSettings : public SettingsStore {
   bool available_;
 };
 
-// The DWORD of that name under "Settings\", its default when it cannot be read.
-std::uint32_t longSetting(const std::string& name, std::uint32_t defaultValue);
+// As it is set; its default when it cannot be read.
+std::uint32_t longSetting(const LongSetting& setting);
 
 }  // namespace qvn

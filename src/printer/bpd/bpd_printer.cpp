@@ -12,8 +12,6 @@
 namespace qvn {
 namespace {
 
-constexpr std::uint32_t kDefaultAccountMarkerLimit = 500;
-
 // Whether the text says that the device has not been verified: nothing when it says neither.
 std::optional<bool> isUnverified(const std::string& attributes) {
   std::uint32_t unverified = 0;
@@ -80,7 +78,7 @@ std::uint32_t BpdPrinter::verify() {
 }
 
 std::uint32_t BpdPrinter::getAccountNumber(const Data& data, std::string& account) {
-  if (!accountSearch_) accountSearch_.emplace(longSetting("JobAccountMarker", kDefaultAccountMarkerLimit));
+  if (!accountSearch_) accountSearch_.emplace(longSetting(setting::kJobAccountMarker));
   const auto found = accountSearch_->feed({data.getBuffer(), data.getLength()});
   logDetail(log_component::server(), [&] {
     LogText text;

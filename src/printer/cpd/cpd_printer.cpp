@@ -28,7 +28,7 @@ void CpdPrinter::shutDown() {
 
 std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
   return withState([&](const CpdPrinterState& state) {
-    writerEnabled_ = longSetting("CpdPrinterMwo", 1) != 0;
+    writerEnabled_ = longSetting(setting::kCpdPrinterMwo) != 0;
     return state.doStartJob(*this, job);
   });
 }

@@ -35,10 +35,11 @@ void Mwo::readLimits() {
   CriticalSectionLock lock(processLimitsLock);
   const ApplicationSettings settings;
   MwoLimits read;
-  const bool bothRead = settings.getLongOrDefault(setting_key::kSettings, "MwoBufferHwm", read.highWaterMark,
-                                                  processLimits.highWaterMark, SettingsStore::kLocal) &&
-                        settings.getLongOrDefault(setting_key::kSettings, "MwoBufferLwm", read.lowWaterMark,
-                                                  processLimits.lowWaterMark, SettingsStore::kLocal);
+  const auto readMark = [&](const LongSetting& setting, std::uint32_t& mark, std::uint32_t current) {
+    return settings.getLongOrDefault(setting.key, setting.name, mark, current, SettingsStore::kLocal);
+  };
+  const bool bothRead = readMark(setting::kMwoBufferHwm, read.highWaterMark, processLimits.highWaterMark) &&
+                        readMark(setting::kMwoBufferLwm, read.lowWaterMark, processLimits.lowWaterMark);
   if (bothRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark) processLimits = read;
 }
 

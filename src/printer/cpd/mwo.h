@@ -7,6 +7,7 @@
 #include <list>
 #include <memory>
 
+#include "common/settings/setting_table.h"
 #include "common/threads/event.h"
 #include "common/threads/runnable.h"
 #include "common/threads/thread.h"
@@ -20,8 +21,8 @@ class Printer;
 // How many buffers may wait: above the high mark clients are slowed down, for as long as the printer needs to
 // come down to the low mark.
 struct MwoLimits {
-  std::uint32_t highWaterMark = 10;
-  std::uint32_t lowWaterMark = 5;
+  std::uint32_t highWaterMark = setting::kMwoBufferHwm.byDefault;
+  std::uint32_t lowWaterMark = setting::kMwoBufferLwm.byDefault;
 };
 
 class Mwo {

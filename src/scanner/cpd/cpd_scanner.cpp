@@ -13,8 +13,6 @@
 namespace qvn {
 namespace {
 
-constexpr std::uint32_t kCancelWaitDuration = 60000;
-
 // The handles of the parts of one device are that far apart.
 constexpr std::uint32_t kPrinterHandleDistance = 400;
 
@@ -22,8 +20,8 @@ constexpr std::uint32_t kPrinterHandleDistance = 400;
 
 CpdScanner::CpdScanner()
     : TracedStateMachine(CpdScannerClosed::getInstance(), "CpdScanner", log_component::server()),
-      performanceNotifications_(longSetting("CpdScanPerformanceNotifications", 0) != 0),
-      cancelWaitDuration_(longSetting("ScanCancelWaitDuration", kCancelWaitDuration)),
+      performanceNotifications_(longSetting(setting::kCpdScanPerformanceNotifications) != 0),
+      cancelWaitDuration_(longSetting(setting::kScanCancelWaitDuration)),
       cancelEvent_(false, false, "", false) {
   changeState(CpdScannerClosed::getInstance());
 }

@@ -2,7 +2,9 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <optional>
 
+#include "common/settings/setting_table.h"
 #include "library_settings.h"
 #include "shared/client/failure.h"
 #include "shared/client/output.h"
@@ -21,61 +23,75 @@ struct Setting {
   const char* name;
   const char* key;
   Type type;
-  const char* byDefault;  // as it is shown; "" when there is none
+  std::optional<std::uint32_t> byDefault;
   const char* meaning;
 };
 
+constexpr Setting of(const LongSetting& setting, const char* meaning) {
+  return {setting.name, setting.key, Type::Number, setting.byDefault, meaning};
+}
+
+// Who else reads settings has defaults of its own; a test compares these with what is read there.
+constexpr Setting ofIpv4(const char* name, std::uint32_t byDefault, const char* meaning) {
+  return {name, "Ip1\\Settings\\", Type::Number, byDefault, meaning};
+}
+constexpr Setting ofLog(const char* component, std::uint32_t byDefault, const char* meaning) {
+  return {component, setting_key::kLogger, Type::Mask, byDefault, meaning};
+}
+
 constexpr Setting kSettings[] = {
-    {"CpdPrinterMwo", "Settings\\", Type::Number, "1",
-     "1: print data of Cpd printers is buffered and sent by a thread"},
-    {"MwoBufferHwm", "Settings\\", Type::Number, "10",
-     "buffers that wait before the writing program is slowed down"},
-    {"MwoBufferLwm", "Settings\\", Type::Number, "5",
-     "buffers that wait when it goes on; less than MwoBufferHwm"},
-    {"AIOLockEnabled", "Settings\\", Type::Number, "0",
-     "1: a Cpd printer is locked against copying for a job's time"},
-    {"CpdPrinterDate", "Settings\\", Type::Number, "0",
-     "1: Cpd printers are told the date at the start of a job"},
-    {"CpdPrinterHostId", "Settings\\", Type::Bytes, "",
+    of(setting::kCpdPrinterMwo, "1: print data of Cpd printers is buffered and sent by a thread"),
+    of(setting::kMwoBufferHwm, "buffers that wait before the writing program is slowed down"),
+    of(setting::kMwoBufferLwm, "buffers that wait when it goes on; less than MwoBufferHwm"),
+    of(setting::kAioLockEnabled, "1: a Cpd printer is locked against copying for a job's time"),
+    of(setting::kCpdPrinterDate, "1: Cpd printers are told the date at the start of a job"),
+    {"CpdPrinterHostId", setting_key::kSettings, Type::Bytes, std::nullopt,
      "6 bytes that name this machine beside the date; drawn once"},
-    {"TeojInterval", "Settings\\", Type::Number, "1000",
-     "ms between two questions whether a Cpd job has come out"},
-    {"TeojDuration", "Settings\\", Type::Number, "60000", "ms after which they end"},
-    {"JobAccountMarker", "Settings\\", Type::Number, "500",
-     "leading bytes of a Bpd job searched for an account number"},
-    {"ScanCancelWaitDuration", "Settings\\", Type::Number, "60000",
-     "ms that a cancelled Cpd scan waits for its last status"},
-    {"CpdScanPerformanceNotifications", "Settings\\", Type::Number, "0",
-     "1: Cpd scanners notify the progress of a scan"},
-    {"Usb1BpdScanTimeoutMultiplier", "Usb1\\Settings\\", Type::Number, "",
+    of(setting::kTeojInterval, "ms between two questions whether a Cpd job has come out"),
+    of(setting::kTeojDuration, "ms after which they end"),
+    of(setting::kJobAccountMarker, "leading bytes of a Bpd job searched for an account number"),
+    of(setting::kScanCancelWaitDuration, "ms that a cancelled Cpd scan waits for its last status"),
+    of(setting::kCpdScanPerformanceNotifications, "1: Cpd scanners notify the progress of a scan"),
+    {"Usb1BpdScanTimeoutMultiplier", setting_key::kUsb1Settings, Type::Number, std::nullopt,
      "factor of a Bpd scan job's time limit"},
-    {"NpaTimeout", "Ip1\\Settings\\", Type::Number, "5000",
-     "IPv4: ms until a device has accepted a connection"},
-    {"NpaWriteTimeout", "Ip1\\Settings\\", Type::Number, "10000", "IPv4: ms until a packet has gone out"},
-    {"ReadTimeout", "Ip1\\Settings\\", Type::Number, "15000", "IPv4: ms from a packet to its reply"},
-    {"PJLWriteTimeout", "Ip1\\Settings\\", Type::Number, "30000",
-     "IPv4: ms without the device taking any print data"},
-    {"9200UnicastDiscoveryTimeout", "Ip1\\Settings\\", Type::Number, "1000",
-     "IPv4: ms that a discovery waits for answers"},
-    {"DeleteStoreOnUninstall", "Settings\\", Type::Number, "0",
-     "1: uninstalling also deletes what installations share"},
-    {"DefaultModelId", "Runtime\\", Type::Number, "0",
+    ofIpv4("NpaTimeout", 5000, "IPv4: ms until a device has accepted a connection"),
+    ofIpv4("NpaWriteTimeout", 10000, "IPv4: ms until a packet has gone out"),
+    ofIpv4("ReadTimeout", 15000, "IPv4: ms from a packet to its reply"),
+    ofIpv4("PJLWriteTimeout", 30000, "IPv4: ms without the device taking any print data"),
+    ofIpv4("9200UnicastDiscoveryTimeout", 1000, "IPv4: ms that a discovery waits for answers"),
+    of(setting::kDeleteStoreOnUninstall, "1: uninstalling also deletes what installations share"),
+    {"DefaultModelId", "Runtime\\", Type::Number, 0,
      "the default model: USB vendor id times 65536 plus product id"},
-    {"DefaultModelName", "Runtime\\", Type::Text, "", "its name, from which the print monitor takes its own"},
-    {"startLog", "Logger", Type::Number, "0", "1: more than errors is logged; takes effect within 10 s"},
-    {"All", "Logger", Type::Mask, "0xFFFFFFFF",
-     "log levels of every component: 1 errors, 2 calls, 4, 8 details"},
-    {"Server", "Logger", Type::Mask, "0x00000000",
-     "further levels of the functions, transports, printers, scanners"},
-    {"ServerHid", "Logger", Type::Mask, "0x00000000", "further levels of HIDs"},
-    {"Bidi", "Logger", Type::Mask, "0xFFFFFFFF", "further levels of exchanges with devices"},
-    {"COMServer", "Logger", Type::Mask, "0x00000000", "further levels of the print monitor's installation"},
-    {"PrintMonitor", "Logger", Type::Mask, "0xFFFFFFFF", "further levels of the print monitor's start event"},
-    {"Shared", "Logger", Type::Mask, "0x00000000", "further levels of shared parts"},
-    {"Clocktime_In_Header", "Logger", Type::Number, "1", "1: log lines begin with the local time"},
-    {"Proc_Id_In_Header", "Logger", Type::Number, "0", "1: log lines tell the process"},
-    {"Thread_Id_In_Header", "Logger", Type::Number, "0", "1: log lines tell the thread"},
+    {"DefaultModelName", "Runtime\\", Type::Text, std::nullopt,
+     "its name, from which the print monitor takes its own"},
+    of(setting::kStartLog, "1: more than errors is logged; takes effect within 10 s"),
+    ofLog("All", 0xFFFFFFFF, "log levels of every component: 1 errors, 2 calls, 4, 8 details"),
+    ofLog("Server", 0, "further levels of the functions, transports, printers, scanners"),
+    ofLog("ServerHid", 0, "further levels of HIDs"),
+    ofLog("Bidi", 0xFFFFFFFF, "further levels of exchanges with devices"),
+    ofLog("COMServer", 0, "further levels of the print monitor's installation"),
+    ofLog("PrintMonitor", 0xFFFFFFFF, "further levels of the print monitor's start event"),
+    ofLog("Shared", 0, "further levels of shared parts"),
+    of(setting::kClocktimeInHeader, "1: log lines begin with the local time"),
+    of(setting::kProcIdInHeader, "1: log lines tell the process"),
+    of(setting::kThreadIdInHeader, "1: log lines tell the thread"),
 };
+
+std::string shown(const registry::Value& value, Type type) {
+  if (const auto number = numberOf(value)) {
+    if (type != Type::Mask) {
+      return std::to_string(*number);
+    }
+    const auto byte = [&](int shift) { return static_cast<char>(*number >> shift & 0xFF); };
+    return "0x" + formatHex(std::string{byte(24), byte(16), byte(8), byte(0)});
+  }
+  return value.type == registry::ValueType::Binary ? formatHex(value.data) : value.data;
+}
+
+// "" when there is none.
+std::string defaultOf(const Setting& setting) {
+  return setting.byDefault ? shown(dwordValue(*setting.byDefault), setting.type) : "";
+}
 
 // The setting of that name, or one for a path below the library's root such as Par1\Settings\ReadTimeout.
 struct Named {
@@ -92,23 +108,12 @@ Named findSetting(const std::string& name) {
   }
   for (const Setting& setting : kSettings) {
     if (name == setting.name) {
-      return {setting.key, setting.name, setting.type, setting.byDefault};
+      return {setting.key, setting.name, setting.type, defaultOf(setting)};
     }
   }
   throw UsageError("there is no setting '" + name +
                    "': 'qvn settings list' shows them; one of a transport is named with its key, "
                    "as in 'Par1\\Settings\\ReadTimeout'");
-}
-
-std::string shown(const registry::Value& value, Type type) {
-  if (const auto number = numberOf(value)) {
-    if (type != Type::Mask) {
-      return std::to_string(*number);
-    }
-    const auto byte = [&](int shift) { return static_cast<char>(*number >> shift & 0xFF); };
-    return "0x" + formatHex(std::string{byte(24), byte(16), byte(8), byte(0)});
-  }
-  return value.type == registry::ValueType::Binary ? formatHex(value.data) : value.data;
 }
 
 registry::Value parsed(const Named& setting, const std::string& text) {
@@ -143,10 +148,11 @@ void list(bool json) {
   Json settings = Json::array();
   for (const Setting& setting : kSettings) {
     const auto value = readLibraryValue(setting.key, setting.name);
-    const std::string text = value ? shown(*value, setting.type) : setting.byDefault;
+    const std::string byDefault = defaultOf(setting);
+    const std::string text = value ? shown(*value, setting.type) : byDefault;
     settings.push_back({{"name", setting.name},
                         {"value", json ? asJson(text, setting.type) : Json(text)},
-                        {"default", json ? asJson(setting.byDefault, setting.type) : Json(setting.byDefault)},
+                        {"default", json ? asJson(byDefault, setting.type) : Json(byDefault)},
                         {"key", setting.key},
                         {"meaning", setting.meaning}});
   }

@@ -52,7 +52,7 @@ std::uint32_t CpdEndPrintJobTask::doExecute() {
   const std::uint32_t rc = CpdTrueEndOfJobPrintTask(printer_, connection_, queryPrinter).execute();
 
   setJobCacheEntry(cpdPrinter_, false);
-  if (longSetting("AIOLockEnabled", 0) != 0) {
+  if (longSetting(setting::kAioLockEnabled) != 0) {
     UnlockDeviceCommand command;
     Data reply;
     exchange(command.packet(), reply);

@@ -39,11 +39,11 @@ std::uint32_t CpdStartPrintJobTask::doExecute() {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
     return LogText() << "CpdStartPrintJobTask::doExecute() handle=" << printer_.getHandle();
   });
-  if (longSetting("AIOLockEnabled", 0) != 0) {
+  if (longSetting(setting::kAioLockEnabled) != 0) {
     const std::uint32_t rc = lockDevice();
     if (rc != QRN_ERROR_SUCCESS) return rc;
   }
-  if (longSetting("CpdPrinterDate", 0) != 0) sendDate();
+  if (longSetting(setting::kCpdPrinterDate) != 0) sendDate();
   const std::uint32_t rc = StartPrintJobTask::doExecute();
   if (rc == QRN_ERROR_SUCCESS) setJobCacheEntry(cpdPrinter_, true);
   trace.setRc(rc);

@@ -8,9 +8,6 @@
 namespace qvn {
 namespace {
 
-constexpr std::uint32_t kDefaultInterval = 1000;
-constexpr std::uint32_t kDefaultDuration = 60000;
-
 // Tick counts wrap.
 bool hasReached(std::uint32_t deadline) {
   return static_cast<std::int32_t>(platform::tickCount() - deadline) >= 0;
@@ -34,8 +31,8 @@ std::uint32_t CpdTrueEndOfJobPrintTask::doExecute() {
 }
 
 void CpdTrueEndOfJobPrintTask::waitForCompletion() {
-  const std::uint32_t interval = longSetting("TeojInterval", kDefaultInterval);
-  const std::uint32_t deadline = platform::tickCount() + longSetting("TeojDuration", kDefaultDuration);
+  const std::uint32_t interval = longSetting(setting::kTeojInterval);
+  const std::uint32_t deadline = platform::tickCount() + longSetting(setting::kTeojDuration);
   while (!hasReached(deadline)) {
     if (isJobComplete()) return;
     platform::sleep(interval);
