@@ -58,39 +58,24 @@ TEST(InterProcessLock, NeedsAName) {
   onOtherThread([&] { EXPECT_TRUE(MutexLock(named, 0).acquired()); });
 }
 
-TEST(Event, AutoResetReleasesOneWaitAndManualResetAll) {
+TEST(Event, AnswersWhetherItWasSignalled) {
   test::ManualClock clock(test::ManualClock::Mode::AutoAdvance);
-  Event automatic(false, true, "", false);
-  EXPECT_TRUE(automatic.wait(0));
-  EXPECT_FALSE(automatic.wait(0));
-  Event manual(true, false, "", false);
-  EXPECT_FALSE(manual.wait(60000));
-  manual.set();
-  EXPECT_TRUE(manual.wait(0));
-  EXPECT_TRUE(manual.wait(0xFFFFFFFF));
-  manual.reset();
-  EXPECT_FALSE(manual.wait(0));
+  Event event(false, true, "", false);
+  EXPECT_TRUE(event.wait(0xFFFFFFFF));
+  EXPECT_FALSE(event.wait(60000));
+  event.set();
+  event.reset();
+  EXPECT_FALSE(event.wait(0));
 }
 
-struct Gives : Runnable {
-  std::uint32_t run() override { return value; }
-  std::uint32_t value = 7;
-};
-
-TEST(Thread, StartAndWaitEndsWithTheExitCode) {
-  Gives gives;
-  Thread thread(gives);
+TEST(Thread, ThatWasNotStartedHasNeitherHandleNorExitCode) {
+  FunctionRunnable nothing(nullptr, [](void*) { return 0u; });
+  const Thread thread(nothing);
   std::uint32_t code = 1;
   platform::ThreadHandle* handle = nullptr;
   EXPECT_FALSE(thread.getExitCode(code));
   EXPECT_FALSE(thread.getHandle(handle));
-  EXPECT_FALSE(thread.waitFor(0));
   EXPECT_EQ(code, 1u);
-  thread.startAndWait();
-  EXPECT_TRUE(thread.getExitCode(code));
-  EXPECT_EQ(code, 7u);
-  EXPECT_TRUE(thread.getHandle(handle));
-  EXPECT_TRUE(thread.waitFor(0));
 }
 
 TEST(Thread, RunsWhileItsStarterGoesOn) {
@@ -98,14 +83,10 @@ TEST(Thread, RunsWhileItsStarterGoesOn) {
     std::uint32_t run() override { return event.wait(platform::kInfinite) ? 3 : 4; }
     Event event{true, false, "", false};
   };
-  for (const bool launch : {true, false}) {
+  for (const auto startIt : {&Thread::launch, &Thread::start}) {
     Waits waits;
     Thread thread(waits);
-    if (launch) {
-      thread.launch();
-    } else {
-      thread.start();
-    }
+    (thread.*startIt)();
     std::uint32_t code = 0;
     EXPECT_FALSE(thread.getExitCode(code));
     EXPECT_EQ(code, 259u);
@@ -116,22 +97,22 @@ TEST(Thread, RunsWhileItsStarterGoesOn) {
   }
 }
 
-TEST(Thread, WhatItsRunnableThrowsBecomesTheExitCode) {
-  struct Throws : Runnable {
-    std::uint32_t run() override {
-      if (plain) throw 5;
-      throw Win32Exception("x", 31, "", 0);
-    }
-    bool plain = false;
+TEST(Thread, WhatItsRunnableAnswersOrThrowsIsTheExitCode) {
+  const std::pair<std::uint32_t (*)(void*), std::uint32_t> cases[] = {
+      {[](void*) -> std::uint32_t { return 7; }, 7},
+      {[](void*) -> std::uint32_t { throw Win32Exception("x", 31, "", 0); }, 31},
+      {[](void*) -> std::uint32_t { throw 5; }, 1359},
   };
-  for (const auto& [plain, expected] : {std::pair{false, 31u}, std::pair{true, 1359u}}) {
-    Throws throws;
-    throws.plain = plain;
-    Thread thread(throws);
+  for (const auto& [function, expected] : cases) {
+    FunctionRunnable runnable(nullptr, function);
+    Thread thread(runnable);
     thread.startAndWait();
     std::uint32_t code = 0;
+    platform::ThreadHandle* handle = nullptr;
     EXPECT_TRUE(thread.getExitCode(code));
     EXPECT_EQ(code, expected);
+    EXPECT_TRUE(thread.getHandle(handle));
+    EXPECT_TRUE(thread.waitFor(0));
   }
 }
 
@@ -152,15 +133,17 @@ TEST(Application, LaunchesAProcessWaitsForItAndSaysWhenItCannot) {
   ends.launch();
   ASSERT_TRUE(ends.waitFor(15000));
   EXPECT_FALSE(ends.isRunning());
-  EXPECT_TRUE(ends.setPriorityClass(32));
-
   Application missing("qvn-no-such-program /s /i x");
-  try {
-    missing.start();
-    FAIL();
-  } catch (const Win32Exception& exception) {
-    EXPECT_EQ(exception.getMessage(), "Application::launch()");
-    EXPECT_EQ(exception.getCode(), 2u);
+  Application idle("true");
+  EXPECT_TRUE(idle.setPriorityClass(64)) << "it does not run yet";
+  for (const auto& [application, code] : {std::pair{&missing, 2u}, {&idle, 87u}}) {
+    try {
+      application->start();
+      ADD_FAILURE() << code;
+    } catch (const Win32Exception& exception) {
+      EXPECT_EQ(exception.getMessage(), "Application::launch()");
+      EXPECT_EQ(exception.getCode(), code);
+    }
   }
 }
 

@@ -61,61 +61,48 @@ WaitResult acquireOnAnotherThread(NamedMutex& mutex, Milliseconds timeout) {
   return result;
 }
 
-TEST(Event, AutoResetReleasesOneWaitPerSet) {
-  for (const char* const name : kNames) {
-    const auto event = makeEvent(name, false, true);
-    EXPECT_EQ(event->wait(0), WaitResult::Signalled) << name;
-    EXPECT_EQ(event->wait(0), WaitResult::TimedOut) << name;
-    event->set();
-    event->set();
-    EXPECT_EQ(event->wait(kInfinite), WaitResult::Signalled) << name;
-    EXPECT_EQ(event->wait(0), WaitResult::TimedOut) << name;
-  }
+// A wait that the clock ends, then one that `release` ends.
+template <typename Wait, typename Release>
+void expectTimedWaits(const Wait& wait, const Release& release) {
+  ManualClock manual;
+  WaitResult first = WaitResult::Failed;
+  WaitResult second = WaitResult::Failed;
+  std::thread waiter([&] {
+    first = wait(60'000);
+    second = wait(60'000);
+  });
+  EXPECT_TRUE(manual.waitForWaiters(1));
+  manual.advance(60'000);
+  EXPECT_TRUE(manual.waitForWaiters(1));
+  release();
+  waiter.join();
+  EXPECT_EQ(first, WaitResult::TimedOut);
+  EXPECT_EQ(second, WaitResult::Signalled);
 }
 
-TEST(Event, ManualResetReleasesEveryWaitUntilReset) {
+TEST(Event, AutoResetReleasesOneWaitPerSetAndManualResetEveryOneUntilReset) {
   for (const char* const name : kNames) {
-    const auto event = makeEvent(name, true);
-    EXPECT_EQ(event->wait(0), WaitResult::TimedOut) << name;
-    event->set();
-    EXPECT_EQ(event->wait(0), WaitResult::Signalled) << name;
-    EXPECT_EQ(event->wait(5), WaitResult::Signalled) << name;
-    event->reset();
-    EXPECT_EQ(event->wait(1), WaitResult::TimedOut) << name;
-  }
-}
-
-TEST(Event, AWaiterOnAnotherThreadIsWoken) {
-  int guarded = 0;
-  for (const char* const name : kNames) {
-    const auto event = makeEvent(name, false);
-    std::thread setter([&] {
-      guarded = 42;
+    for (const bool manual : {false, true}) {
+      SCOPED_TRACE(std::string(name) + (manual ? " manual" : " auto"));
+      const auto event = makeEvent(name, manual, true);
+      const WaitResult again = manual ? WaitResult::Signalled : WaitResult::TimedOut;
+      EXPECT_EQ(event->wait(0), WaitResult::Signalled);
+      EXPECT_EQ(event->wait(1), again);
       event->set();
-    });
-    EXPECT_EQ(event->wait(kInfinite), WaitResult::Signalled) << name;
-    EXPECT_EQ(guarded, 42);
-    setter.join();
+      event->set();
+      EXPECT_EQ(event->wait(kInfinite), WaitResult::Signalled);
+      EXPECT_EQ(event->wait(0), again);
+      event->reset();
+      EXPECT_EQ(event->wait(0), WaitResult::TimedOut);
+    }
   }
 }
 
 TEST(Event, TimedWaitsGoByTheClock) {
   for (const char* const name : kNames) {
-    ManualClock manual;
+    SCOPED_TRACE(name);
     const auto event = makeEvent(name, false);
-    WaitResult first = WaitResult::Failed;
-    WaitResult second = WaitResult::Failed;
-    std::thread waiter([&] {
-      first = event->wait(60'000);
-      second = event->wait(60'000);
-    });
-    ASSERT_TRUE(manual.waitForWaiters(1)) << name;
-    manual.advance(60'000);
-    ASSERT_TRUE(manual.waitForWaiters(1)) << name;
-    event->set();
-    waiter.join();
-    EXPECT_EQ(first, WaitResult::TimedOut) << name;
-    EXPECT_EQ(second, WaitResult::Signalled) << name;
+    expectTimedWaits([&](Milliseconds timeout) { return event->wait(timeout); }, [&] { event->set(); });
   }
 }
 
@@ -179,56 +166,54 @@ TEST(Mutex, ItsHolderMayTakeItAgain) {
   }
 }
 
-TEST(Mutex, OnlyItsHolderReleasesIt) {
+TEST(Mutex, OnlyItsHolderReleasesItWhichIsItsMakerAtFirst) {
   for (const char* const name : kNames) {
-    const auto mutex = makeMutex(name, true);
-    ErrorCode other = kSuccess;
-    std::thread([&] { other = mutex->release(); }).join();
-    EXPECT_EQ(other, kNotOwner) << name;
-    EXPECT_EQ(mutex->release(), kSuccess) << name;
-    EXPECT_EQ(mutex->release(), kNotOwner) << name;
+    SCOPED_TRACE(name);
+    const auto made = makeMutex(name, true);
+    std::thread([&] { EXPECT_EQ(made->release(), kNotOwner); }).join();
+    EXPECT_EQ(made->release(), kSuccess);
+    EXPECT_EQ(makeMutex(name)->release(), kNotOwner);
+    EXPECT_EQ(made->release(), kNotOwner);
     EXPECT_EQ(lastError(), kNotOwner);
   }
-}
-
-TEST(Mutex, ItsMakerAloneOwnsItFromTheStart) {
-  const auto made = makeMutex("owned", true);
-  const auto opened = makeMutex("owned", true);
-  EXPECT_EQ(made->release(), kSuccess);
-  EXPECT_EQ(opened->release(), kNotOwner);
+  const auto made = makeMutex("opened");
+  EXPECT_EQ(makeMutex("opened", true)->release(), kNotOwner) << "who opens it does not own it";
 }
 
 TEST(Mutex, TimedWaitsGoByTheClock) {
   for (const char* const name : kNames) {
-    ManualClock manual;
+    SCOPED_TRACE(name);
     const auto mutex = makeMutex(name, true);
-    WaitResult first = WaitResult::Failed;
-    WaitResult second = WaitResult::Failed;
-    std::thread waiter([&] {
-      first = mutex->acquire(5000);
-      second = mutex->acquire(5000);
-      mutex->release();
-    });
-    ASSERT_TRUE(manual.waitForWaiters(1)) << name;
-    manual.advance(5000);
-    ASSERT_TRUE(manual.waitForWaiters(1)) << name;
-    mutex->release();
-    waiter.join();
-    EXPECT_EQ(first, WaitResult::TimedOut) << name;
-    EXPECT_EQ(second, WaitResult::Signalled) << name;
+    const auto acquire = [&](Milliseconds timeout) {
+      const WaitResult result = mutex->acquire(timeout);
+      if (result == WaitResult::Signalled) mutex->release();
+      return result;
+    };
+    expectTimedWaits(acquire, [&] { mutex->release(); });
   }
 }
+
+// A process that holds the mutex until it is killed.
+class Holder {
+ public:
+  explicit Holder(NamedMutex& mutex)
+      : process_([&] {
+          if (mutex.acquire(kInfinite) == WaitResult::Signalled) holding_.tell(1);
+          return pause();
+        }) {
+    EXPECT_EQ(holding_.hear(), 1);
+  }
+  void kill() { process_.kill(); }
+
+ private:
+  Pipe holding_;
+  Forked process_;
+};
 
 TEST(Mutex, AHolderThatWasKilledLeavesItAbandoned) {
   for (const Milliseconds timeout : {kInfinite, Milliseconds{5000}, Milliseconds{0}}) {
     const auto mutex = makeMutex("abandoned");
-    Pipe holding;
-    Forked holder([&] {
-      const auto there = makeMutex("abandoned");
-      if (there->acquire(kInfinite) == WaitResult::Signalled) holding.tell(1);
-      return pause();
-    });
-    ASSERT_EQ(holding.hear(), 1);
+    Holder holder(*mutex);
     EXPECT_EQ(mutex->acquire(0), WaitResult::TimedOut);
     holder.kill();
     EXPECT_EQ(mutex->acquire(timeout), WaitResult::Abandoned) << timeout;
@@ -240,20 +225,13 @@ TEST(Mutex, AHolderThatWasKilledLeavesItAbandoned) {
 
 TEST(Mutex, ATimedWaiterNoticesThatTheHolderDies) {
   const auto mutex = makeMutex("dying");
-  Pipe holding;
-  Forked holder([&] {
-    if (mutex->acquire(kInfinite) == WaitResult::Signalled) holding.tell(1);
-    return pause();
-  });
-  ASSERT_EQ(holding.hear(), 1);
-  WaitResult result = WaitResult::Failed;
+  Holder holder(*mutex);
   std::thread waiter([&] {
-    result = mutex->acquire(60'000);
+    EXPECT_EQ(mutex->acquire(60'000), WaitResult::Abandoned);
     mutex->release();
   });
   holder.kill();
   waiter.join();
-  EXPECT_EQ(result, WaitResult::Abandoned);
 }
 
 TEST(Mutex, AThreadThatEndsLeavesItAbandoned) {

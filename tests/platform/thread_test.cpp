@@ -5,8 +5,6 @@
 #include <signal.h>
 #include <sys/resource.h>
 
-#include <atomic>
-
 #include "support/manual_clock.h"
 
 namespace qvn::platform {
@@ -31,29 +29,29 @@ TEST(Thread, EndsWithTheValueOfItsBody) {
   EXPECT_NE(inside, currentThreadId());
 }
 
+// A thread that runs until it is let go.
+class Waiting {
+ public:
+  ThreadHandle& thread() { return *thread_; }
+  void letGo() { release_->set(); }
+
+ private:
+  ErrorCode error_ = kSuccess;
+  const std::unique_ptr<NamedEvent> release_ = NamedEvent::create("", true, false, {}, error_);
+  const std::unique_ptr<ThreadHandle> thread_ = start([this] {
+    release_->wait(kInfinite);
+    return 0U;
+  });
+};
+
 TEST(Thread, AWaitForARunningOneEndsByTheClock) {
   test::ManualClock manual(test::ManualClock::Mode::AutoAdvance);
-  ErrorCode error = kSuccess;
-  const auto release = NamedEvent::create("", true, false, {}, error);
-  {
-    const auto thread = start([&] {
-      release->wait(kInfinite);
-      return 0U;
-    });
-    EXPECT_EQ(thread->wait(15'000), WaitResult::TimedOut);
-    EXPECT_EQ(thread->exitCode(), kStillActive);
-    release->set();
-  }
+  Waiting waiting;
+  EXPECT_EQ(waiting.thread().wait(15'000), WaitResult::TimedOut);
+  EXPECT_EQ(waiting.thread().exitCode(), kStillActive);
   EXPECT_EQ(manual.monotonicMilliseconds(), 15'000U);
-}
-
-TEST(Thread, TheHandleOutlivesTheThread) {
-  std::atomic<bool> done{false};
-  start([&] {
-    done = true;
-    return 0U;
-  }).reset();
-  EXPECT_TRUE(done);
+  waiting.letGo();
+  EXPECT_EQ(waiting.thread().wait(kInfinite), WaitResult::Signalled);
 }
 
 TEST(Thread, TheStackHintIsNoLimit) {
@@ -69,45 +67,31 @@ TEST(Thread, TheStackHintIsNoLimit) {
 }
 
 TEST(Thread, PriorityIsRelativeToTheProcess) {
-  ErrorCode error = kSuccess;
-  const auto release = NamedEvent::create("", true, false, {}, error);
-  const auto thread = start([&] {
-    release->wait(kInfinite);
-    return 0U;
-  });
-  EXPECT_TRUE(thread->setPriority(0));
-  EXPECT_TRUE(thread->setPriority(-5));
-  EXPECT_EQ(getpriority(PRIO_PROCESS, thread->id()), getpriority(PRIO_PROCESS, 0) + 5);
-  release->set();
-  EXPECT_EQ(thread->wait(kInfinite), WaitResult::Signalled);
-  EXPECT_FALSE(thread->setPriority(0));
+  Waiting waiting;
+  ThreadHandle& thread = waiting.thread();
+  EXPECT_TRUE(thread.setPriority(0));
+  EXPECT_TRUE(thread.setPriority(-5));
+  EXPECT_EQ(getpriority(PRIO_PROCESS, thread.id()), getpriority(PRIO_PROCESS, 0) + 5);
+  waiting.letGo();
+  EXPECT_EQ(thread.wait(kInfinite), WaitResult::Signalled);
+  EXPECT_FALSE(thread.setPriority(0));
   EXPECT_EQ(lastError(), kInvalidHandle);
 }
 
-TEST(Thread, LastErrorIsTheThreadsOwn) {
-  setLastError(5);
-  ErrorCode inNewThread = 99;
-  start([&] {
-    inNewThread = lastError();
-    setLastError(6);
-    return 0U;
-  }).reset();
-  EXPECT_EQ(inNewThread, kSuccess);
-  EXPECT_EQ(lastError(), 5U);
-}
-
-TEST(Thread, AClientsSignalsStayOnTheClientsThreads) {
-  const auto isBlocked = [] {
+TEST(Thread, HasALastErrorOfItsOwnAndLeavesAClientsSignalsToTheClientsThreads) {
+  const auto blocksSignals = [] {
     sigset_t mask;
     return pthread_sigmask(SIG_SETMASK, nullptr, &mask) == 0 && sigismember(&mask, SIGUSR1) == 1;
   };
-  bool blockedInside = false;
+  setLastError(5);
   start([&] {
-    blockedInside = isBlocked();
+    EXPECT_EQ(lastError(), kSuccess);
+    EXPECT_TRUE(blocksSignals());
+    setLastError(6);
     return 0U;
-  }).reset();
-  EXPECT_TRUE(blockedInside);
-  EXPECT_FALSE(isBlocked());
+  }).reset();  // waits for its end
+  EXPECT_EQ(lastError(), 5U);
+  EXPECT_FALSE(blocksSignals());
 }
 
 TEST(Thread, ABodyIsRequired) {

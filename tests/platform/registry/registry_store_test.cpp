@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "platform/files/paths.h"
-#include "platform/registry/registry.h"
+#include "platform/registry/keys.h"
 #include "support/content_of.h"
 #include "support/process/forked.h"
 
@@ -24,16 +24,6 @@ using test::Forked;
 using test::inOwnProcess;
 using test::Pipe;
 using testing::HasSubstr;
-
-constexpr Access kEveryone{.everyone = true, .inheritable = true};
-
-ErrorCode make(std::string_view path, Key& key) {
-  return createKey(Hive::LocalMachine, path, kEveryone, key);
-}
-
-ErrorCode setString(const Key& key, std::string_view name, std::string_view text) {
-  return setValue(key, name, ValueType::String, text);
-}
 
 int numberOf(const Key& key, std::string_view name) {
   Value value;
