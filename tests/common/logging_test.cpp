@@ -1,9 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <thread>
+#include <tuple>
 
-#include "common/exception.h"
 #include "common/logging/library_logger.h"
 #include "common/logging/trace_scope.h"
 #include "common/settings/application_settings.h"
@@ -12,11 +13,11 @@
 #include "support/content_of.h"
 #include "support/manual_clock.h"
 #include "support/process/forked.h"
+#include "support/throws.h"
 
 namespace qvn {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 
@@ -55,14 +56,7 @@ class LoggingTest : public Localized, public testing::Test {
 
 TEST(BasicLogger, ThrowsAndIsDisabledWhileThereIsNone) {
   EXPECT_FALSE(BasicLogger::isEnabled(log_component::server(), 1));
-  try {
-    BasicLogger::getInstance();
-    FAIL();
-  } catch (const Win32Exception& exception) {
-    EXPECT_EQ(exception.getMessage(), "BasicLogger::getInstance()");
-    EXPECT_EQ(exception.getCode(), 1u);
-    EXPECT_EQ(exception.describe().rfind("file:", 0), std::string::npos);
-  }
+  EXPECT_THAT([] { BasicLogger::getInstance(); }, test::throwsWin32("BasicLogger::getInstance()", 1));
 }
 
 TEST_F(LoggingTest, WithoutStartLogOnlyErrorsAreWritten) {
@@ -96,18 +90,15 @@ TEST_F(LoggingTest, AMaskBitOfAllOrOfTheComponentWantsTheLevel) {
   EXPECT_TRUE(BasicLogger::isEnabled(log_component::serverHid(), 2));
 }
 
-TEST_F(LoggingTest, WithoutTheLibrarysKeyNothingIsWritten) {
-  settings.deleteKey("", 0);
-  logError(server, [] { return LogText() << "lost"; });
-  EXPECT_THAT(contents(), IsEmpty());
-}
-
-TEST_F(LoggingTest, StoppedStaysStopped) {
-  test::inOwnProcess([this] {
-    BasicLogger::stop();
-    logError(server, [] { return LogText() << "lost"; });
-    EXPECT_THAT(contents(), IsEmpty());
-  });
+TEST_F(LoggingTest, WithoutTheLibrarysKeyOrOnceStoppedNothingIsWritten) {
+  const std::function<void()> cases[] = {[this] { settings.deleteKey("", 0); }, [] { BasicLogger::stop(); }};
+  for (const auto& silence : cases) {
+    test::inOwnProcess([&] {
+      silence();
+      logError(server, [] { return LogText() << "lost"; });
+      EXPECT_THAT(contents(), IsEmpty());
+    });
+  }
 }
 
 TEST_F(LoggingTest, TheHeaderShowsWhatIsAskedFor) {
@@ -158,11 +149,12 @@ TEST_F(LoggingTest, TheColumnWidthAndTheFileCanBeChanged) {
 }
 
 TEST(LogComponents, AreTheVocabularyInItsOrder) {
-  EXPECT_EQ(log_component::at(14).getName(), "Server");
-  EXPECT_EQ(log_component::at(14).getMask(), 0u);
-  EXPECT_EQ(log_component::at(13).getName(), "PrintMonitor");
-  EXPECT_EQ(log_component::at(13).getMask(), 0xFFFFFFFFu);
-  EXPECT_EQ(log_component::at(24).getName(), "InstallHelper");
+  const std::tuple<std::size_t, const char*, std::uint32_t> cases[] = {
+      {13, "PrintMonitor", 0xFFFFFFFF}, {14, "Server", 0}, {24, "InstallHelper", 0}};
+  for (const auto& [index, name, mask] : cases) {
+    EXPECT_EQ(log_component::at(index).getName(), name);
+    EXPECT_EQ(log_component::at(index).getMask(), mask);
+  }
 }
 
 TEST(LogText, WritesEachKindOfValue) {

@@ -10,6 +10,7 @@
 #include "common/threads/mutex.h"
 #include "common/threads/thread.h"
 #include "support/manual_clock.h"
+#include "support/throws.h"
 
 namespace qvn {
 namespace {
@@ -42,13 +43,8 @@ TEST(Mutex, OneReleaseUndoesEveryHold) {
 
 TEST(InterProcessLock, NeedsAName) {
   Mutex unnamed(false, "", true);
-  try {
-    const InterProcessLock lock(unnamed);
-    FAIL();
-  } catch (const Win32Exception& exception) {
-    EXPECT_EQ(exception.describe(), "file:InterProcessLock:16: InterProcessLock has no name");
-    EXPECT_EQ(exception.getCode(), 0u);
-  }
+  EXPECT_THAT([&] { const InterProcessLock lock(unnamed); },
+              test::throwsWin32("InterProcessLock has no name", 0));
   Mutex named(false, "syncTest", true);
   {
     const InterProcessLock lock(named);
@@ -136,15 +132,8 @@ TEST(Application, LaunchesAProcessWaitsForItAndSaysWhenItCannot) {
   Application missing("qvn-no-such-program /s /i x");
   Application idle("true");
   EXPECT_TRUE(idle.setPriorityClass(64)) << "it does not run yet";
-  for (const auto& [application, code] : {std::pair{&missing, 2u}, {&idle, 87u}}) {
-    try {
-      application->start();
-      ADD_FAILURE() << code;
-    } catch (const Win32Exception& exception) {
-      EXPECT_EQ(exception.getMessage(), "Application::launch()");
-      EXPECT_EQ(exception.getCode(), code);
-    }
-  }
+  EXPECT_THAT([&] { missing.start(); }, test::throwsWin32("Application::launch()", 2));
+  EXPECT_THAT([&] { idle.start(); }, test::throwsWin32("Application::launch()", 87));
 }
 
 }  // namespace

@@ -50,21 +50,18 @@ TEST_F(DeviceStoreTest, ARediscoveredPrinterKeepsItsPortNameAndAPositiveTrueEndO
     const char* reported;
     const char* merged;
   } cases[] = {
-      {"", "<Handle>1</Handle><Portname>new</Portname>", "<Handle>1</Handle><Portname>new</Portname>"},
-      {"<Handle>1</Handle><Portname>old</Portname>", "<Handle>1</Handle><Portname>new</Portname>",
-       "<Handle>1</Handle><Portname>old</Portname>"},
-      {"<Handle>1</Handle><Portname></Portname>", "<Handle>1</Handle><Portname>new</Portname>",
-       "<Handle>1</Handle><Portname>new</Portname>"},
-      {"<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>", "<Handle>1</Handle><TrueEndOfJob>0</TrueEndOfJob>",
-       "<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>"},
-      {"<Handle>1</Handle><TrueEndOfJob>0</TrueEndOfJob>", "<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>",
-       "<Handle>1</Handle><TrueEndOfJob>1</TrueEndOfJob>"},
+      {nullptr, "<Portname>new</Portname>", "<Portname>new</Portname>"},
+      {"<Portname>old</Portname>", "<Portname>new</Portname>", "<Portname>old</Portname>"},
+      {"<Portname></Portname>", "<Portname>new</Portname>", "<Portname>new</Portname>"},
+      {"<TrueEndOfJob>1</TrueEndOfJob>", "<TrueEndOfJob>0</TrueEndOfJob>", "<TrueEndOfJob>1</TrueEndOfJob>"},
+      {"<TrueEndOfJob>0</TrueEndOfJob>", "<TrueEndOfJob>1</TrueEndOfJob>", "<TrueEndOfJob>1</TrueEndOfJob>"},
   };
+  const std::string handle = "<Handle>1</Handle>";
   for (const auto& c : cases) {
     store.remove(1);
-    if (*c.stored != '\0') store.persist(c.stored);
-    EXPECT_EQ(store.update(c.reported), 0u);
-    EXPECT_EQ(stored(1), c.merged);
+    if (c.stored != nullptr) store.persist(handle + c.stored);
+    EXPECT_EQ(store.update(handle + c.reported), 0u);
+    EXPECT_EQ(stored(1), handle + c.merged);
   }
   EXPECT_EQ(store.update("<Portname>x</Portname>"), 1168u);
 }
@@ -141,6 +138,7 @@ TEST_F(DeviceStoreTest, ThreadsThatRestoreTheSamePrinterShareOneObject) {
   std::vector<std::thread> threads;
   for (auto& slot : seen) threads.emplace_back([&] { slot = table.acquire(7).get(); });
   for (auto& thread : threads) thread.join();
+  EXPECT_NE(seen.front(), nullptr);
   EXPECT_THAT(seen, testing::Each(seen.front()));
   for (std::size_t i = 0; i < seen.size(); ++i) table.release(7);
   EXPECT_EQ(table.find(7), nullptr);

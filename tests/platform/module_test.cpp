@@ -130,13 +130,12 @@ TEST(Module, WhatIsNoModuleIsNotLoaded) {
   const fs::path directory = install("broken");
   std::ofstream(directory / "text.so") << "not a module";
   std::ofstream(directory / "empty.so");
-  fs::resize_file(install("cut") / "module.so", 2000);
-  load((directory / "text.so").string(), kBadExecutableFormat);
-  load((directory / "empty.so").string(), kBadExecutableFormat);
-  load((stateDirectory() / "cut" / "module.so").string(), kBadExecutableFormat);
-  load((directory / "missing.so").string(), kModuleNotFound);
-  load((directory / "module.so" / "below-a-file").string(), kModuleNotFound);
-  load("", kModuleNotFound);
+  fs::resize_file(install("broken", "cut.so") / "cut.so", 2000);
+  for (const char* const name : {"text.so", "empty.so", "cut.so"})
+    load((directory / name).string(), kBadExecutableFormat);
+  for (const fs::path& name :
+       {directory / "missing.so", directory / "module.so" / "below-a-file", fs::path()})
+    load(name.string(), kModuleNotFound);
   load(std::string("module\0.so", 10), kModuleNotFound);
 }
 

@@ -55,7 +55,7 @@ TEST_F(Spooler, WithoutLibcupsThereAreNoQueues) {
   EXPECT_EQ(lastError(), kSpoolerUnavailable);
 }
 
-TEST_F(Spooler, ThePortOfAQueueIsInItsDeviceUri) {
+TEST_F(Spooler, QueuesAreListedWithThePortThatIsInTheirDeviceUri) {
   test::inOwnProcess([this] {
     const struct {
       const char* uri;
@@ -78,13 +78,8 @@ TEST_F(Spooler, ThePortOfAQueueIsInItsDeviceUri) {
       EXPECT_THAT(ports(), ElementsAre(std::string("Q on ") + port));
       EXPECT_EQ(error, kSuccess);
     }
-  });
-}
-
-TEST_F(Spooler, QueuesAreListedInTheServersOrder) {
-  test::inOwnProcess([this] {
     cups("Second qvn://P2\nFirst qvn://P1\n");
-    EXPECT_THAT(ports(), ElementsAre("Second on P2", "First on P1"));
+    EXPECT_THAT(ports(), ElementsAre("Second on P2", "First on P1")) << "in the server's order";
     cups("");
     EXPECT_THAT(ports(), IsEmpty());
     EXPECT_EQ(error, kSuccess);
