@@ -64,6 +64,8 @@ constexpr std::size_t kTreeRoot = 40;
 constexpr std::uint16_t kIntegerKeys = MDB_INTEGERKEY;
 constexpr std::uint16_t kTreeFlagsMask = 0xFF;  // The rest is how some process opened the file.
 
+static_assert(MDB_VERSION_MAJOR == 0 && MDB_VERSION_MINOR == 9,
+              "the layout above is that of LMDB 0.9: another one may call sound stores damaged");
 static_assert(sizeof(std::size_t) == 8, "the layout above is that of 64-bit machines");
 
 // The number at `offset`, which the caller knows to lie within `bytes`.

@@ -1,5 +1,6 @@
 // Tells a sound store from a damaged one. LMDB trusts the pages of its file: a damaged one could make it read
-// outside of its memory or reuse pages that hold data.
+// outside of its memory or reuse pages that hold data. Its own interface does not tell which pages it would
+// read or take for free, so neither a walk through it nor checksums of what is stored would find that out.
 #pragma once
 
 #include <string>
