@@ -12,17 +12,12 @@ using Bytes = std::vector<std::uint8_t>;
 
 NpaPacket packet(const Bytes& bytes) { return {bytes.data(), bytes.size()}; }
 
-struct PacketCase {
-  const char* what;
-  Bytes bytes;
-  bool validRequest;
-  bool rejected;
-  bool alert;
-  bool allowed;
-};
-
 TEST(NpaPacket, IsJudgedByItsBytes) {
-  const PacketCase cases[] = {
+  const struct {
+    const char* what;
+    Bytes bytes;
+    bool validRequest, rejected, alert, allowed;
+  } cases[] = {
       {"nothing", {}, false, false, false, false},
       {"one byte", {0xA5}, false, false, false, false},
       {"shortest request", {0xA5, 0, 2, 0x50, 1}, true, false, false, true},
@@ -40,7 +35,7 @@ TEST(NpaPacket, IsJudgedByItsBytes) {
       {"alert", {0xA5, 0, 5, 0x50, 0xF0, 1, 0, 0}, true, false, true, true},
       {"alert too short", {0xA5, 0, 4, 0x50, 0xFF, 1, 0}, true, false, false, true},
   };
-  for (const PacketCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     const NpaPacket p = packet(c.bytes);
     EXPECT_EQ(p.isValidRequest(), c.validRequest);
@@ -51,14 +46,12 @@ TEST(NpaPacket, IsJudgedByItsBytes) {
 }
 
 TEST(NpaPacket, KnowsTheReplyToARequest) {
-  struct ReplyCase {
-    const char* what;
-    Bytes request;
-    Bytes reply;
-    bool matches;
-  };
   const Bytes getCache = {0xA5, 0, 5, 0x50, 0xE0, 0x81, 0, 0xFF};
-  const ReplyCase cases[] = {
+  const struct {
+    const char* what;
+    Bytes request, reply;
+    bool matches;
+  } cases[] = {
       {"command alone", {0xA5, 0, 2, 0x50, 1}, {0xA5, 0, 2, 0, 1}, true},
       {"other command", {0xA5, 0, 2, 0x50, 1}, {0xA5, 0, 2, 0, 2}, false},
       {"other sub-command", {0xA5, 0, 3, 0x50, 5, 0}, {0xA5, 0, 3, 0, 5, 1}, false},
@@ -72,9 +65,7 @@ TEST(NpaPacket, KnowsTheReplyToARequest) {
       {"reply not NPA", getCache, {0x1B, 0, 2, 0, 0xE0}, false},
       {"request empty", {}, {0xA5, 0, 2, 0, 1}, false},
   };
-  for (const ReplyCase& c : cases) {
-    EXPECT_EQ(packet(c.reply).isReplyTo(packet(c.request)), c.matches) << c.what;
-  }
+  for (const auto& c : cases) EXPECT_EQ(packet(c.reply).isReplyTo(packet(c.request)), c.matches) << c.what;
 }
 
 // Whatever arrives, looking at it reads nothing beyond its end (the sanitizers watch).
@@ -84,7 +75,6 @@ TEST(NpaPacket, AnyLengthAndContentMayBeLookedAt) {
       Bytes bytes(length, static_cast<std::uint8_t>(fill));
       if (length > 0) bytes[0] = 0xA5;
       const NpaPacket p = packet(bytes);
-      EXPECT_FALSE(p.isValidRequest() && !p.isLengthConsistent());
       EXPECT_EQ(p.isReplyTo(p), length >= 5) << length << " of " << fill;
     }
   }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -23,6 +25,11 @@ std::string failureOf(Action&& action) {
     return exception.getCode() == 0 ? text : text + " [" + std::to_string(exception.getCode()) + "]";
   }
   return "no failure";
+}
+
+// Every action fails as its row says.
+inline void expectFailures(std::initializer_list<std::pair<std::string, std::function<void()>>> cases) {
+  for (const auto& [failure, action] : cases) EXPECT_EQ(failureOf(action), failure);
 }
 
 // The tree in one line: "[: 1, {a: 2}]".

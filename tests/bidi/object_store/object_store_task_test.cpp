@@ -16,10 +16,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::Not;
-
 constexpr std::uint32_t kId = 1002;
 
 std::string framed(int first, std::uint32_t length, const std::string& payload) {
@@ -125,19 +121,19 @@ TEST_F(ObjectStoreTaskTest, InTheBackgroundTheCallerDoesNotWait) {
   fake.awaitsReplies = true;
   {
     ObjectStoreBidiTask task = makeTask();
-    EXPECT_EQ(task.shutdownThread(), 0u) << "nothing runs";
-    EXPECT_EQ(task.executeBackground(), 0u);
-    EXPECT_EQ(task.executeBackground(), 0u) << "the first one is ended";
+    task.shutdownThread();  // nothing runs
+    task.executeBackground();
+    task.executeBackground();  // the first one is ended
     fake.awaitsReplies = false;
-    EXPECT_EQ(task.shutdownThread(), 0u);
-    EXPECT_EQ(task.shutdownThread(), 0u);
+    task.shutdownThread();
     // Forced ends are over when the call is: nobody is attached.
     answer = "kept";
     fake.deliver(Data(response(kId, number(1))));
     EXPECT_EQ(answer, "kept");
-    EXPECT_EQ(task.executeBackground(), 0u) << "and the task can be used again";
+    fake.takeCalls();
+    task.executeBackground();  // the task can be used again
+    while (fake.calls("store").empty()) std::this_thread::yield();
   }
-  EXPECT_THAT(fake.calls("store"), Not(testing::IsEmpty()));
 }
 
 TEST_F(ObjectStoreTaskTest, ACancelEndsTheExchangeWhenverItComes) {

@@ -17,6 +17,7 @@
 #include "bidi/element/null_elem.h"
 #include "bidi/element/string_elem.h"
 #include "bidi/object_store/store_messages.h"
+#include "support/store_documents.h"
 
 namespace qvn::test {
 namespace {
@@ -34,45 +35,38 @@ std::string methodTag(const std::string& name, std::uint32_t id) {
   return "<method name=\"" + name + "\" requestID=\"" + std::to_string(static_cast<std::int32_t>(id)) + "\">";
 }
 
+std::string argumentLine(const std::string& name, const std::string& text) {
+  return "  <arg name=\"" + name + "\">" + text;
+}
+
 TEST(XMLVisitor, WritesEveryMethod) {
-  struct Case {
-    MethodKind kind;
-    std::string document;
-  };
+  const std::string end = "</arg>";
   const std::string null = "  <NullElem/>";
-  const Case cases[] = {
-      {MethodKind::GetAttribute,
-       lines({kDeclaration, methodTag("getAttribute", 7), "  <arg name=\"objName\">a</arg>",
-              "  <arg name=\"attribName\">b</arg>", "</method>"})},
-      {MethodKind::SetAttribute,
-       lines({kDeclaration, methodTag("setAttribute", 7), "  <arg name=\"objName\">a</arg>",
-              "  <arg name=\"attribName\">b</arg>", "  <arg name=\"value\">", null, "</arg>", "</method>"})},
-      {MethodKind::CallMethod,
-       lines({kDeclaration, methodTag("callMethod", 7), "  <arg name=\"objName\">a</arg>",
-              "  <arg name=\"method\">b</arg>", "  <arg name=\"params\">", null, "</arg>", "</method>"})},
-      {MethodKind::CallRule,
-       lines({kDeclaration, methodTag("callRule", 7), "  <arg name=\"ruleName\">a</arg>",
-              "  <arg name=\"params\">b", null, "</arg>", "</method>"})},
-      {MethodKind::AddObserver,
-       lines({kDeclaration, methodTag("addObserver", 7), "  <arg name=\"objName\">a</arg>",
-              "  <arg name=\"event\">b</arg>", "  <arg name=\"observer\">c</arg>", "</method>"})},
-      {MethodKind::RemoveObserver,
-       lines({kDeclaration, methodTag("removeObserver", 7), "  <arg name=\"objName\">a</arg>",
-              "  <arg name=\"event\">b</arg>", "  <arg name=\"observer\">c</arg>", "</method>"})},
-      {MethodKind::Instantiate,
-       lines({kDeclaration, methodTag("instantiate", 7), "  <arg name=\"className\">a</arg>",
-              "  <arg name=\"objName\">b</arg>", "  <arg name=\"params\">", null, "</arg>", "</method>"})},
-      {MethodKind::Event, lines({kDeclaration, "<method name=\"event\">", "  <arg name=\"observer\">a</arg>",
-                                 "  <arg name=\"objName\">b</arg>", "  <arg name=\"event\">c</arg>",
-                                 "  <arg name=\"data\">", "    <NullElem/>", "  </arg>", "</method>"})},
-      {MethodKind::CallVoidMethod,
-       lines({kDeclaration, methodTag("callVoidMethod", 7), "  <arg name=\"objName\">a</arg>",
-              "  <arg name=\"method\">b</arg>", "  <arg name=\"params\">", null, "</arg>", "</method>"})},
+  const auto method = [&](const std::string& name, const std::string& first, const std::string& second) {
+    return lines(
+        {kDeclaration, methodTag(name, 7), argumentLine(first, "a" + end), argumentLine(second, "b" + end)});
   };
-  for (const Case& c : cases) {
-    XMLVisitor visitor(c.kind, 7, "a", "b", "c");
-    if (c.document.find("NullElem") != std::string::npos) NullElem().accept(visitor);
-    EXPECT_EQ(visitor.finish(), c.document);
+  const auto with = [&](const char* element) { return lines({argumentLine(element, ""), null, end}); };
+  const std::string observed = argumentLine("observer", "c" + end) + "\r\n";
+  const std::pair<MethodKind, std::string> cases[] = {
+      {MethodKind::GetAttribute, method("getAttribute", "objName", "attribName")},
+      {MethodKind::SetAttribute, method("setAttribute", "objName", "attribName") + with("value")},
+      {MethodKind::CallMethod, method("callMethod", "objName", "method") + with("params")},
+      {MethodKind::CallRule,
+       lines({kDeclaration, methodTag("callRule", 7), argumentLine("ruleName", "a" + end),
+              argumentLine("params", "b"), null, end})},
+      {MethodKind::AddObserver, method("addObserver", "objName", "event") + observed},
+      {MethodKind::RemoveObserver, method("removeObserver", "objName", "event") + observed},
+      {MethodKind::Instantiate, method("instantiate", "className", "objName") + with("params")},
+      {MethodKind::Event, lines({kDeclaration, "<method name=\"event\">", argumentLine("observer", "a" + end),
+                                 argumentLine("objName", "b" + end), argumentLine("event", "c" + end),
+                                 argumentLine("data", ""), "    <NullElem/>", "  </arg>"})},
+      {MethodKind::CallVoidMethod, method("callVoidMethod", "objName", "method") + with("params")},
+  };
+  for (const auto& [kind, document] : cases) {
+    XMLVisitor visitor(kind, 7, "a", "b", "c");
+    if (document.find("NullElem") != std::string::npos) NullElem().accept(visitor);
+    EXPECT_EQ(visitor.finish(), document + "</method>\r\n");
   }
   EXPECT_EQ(failureOf([] { XMLVisitor(static_cast<MethodKind>(2), 7, "", ""); }),
             "XMLVisitor: no method of kind 2 [87]");
@@ -183,32 +177,25 @@ TEST(HasMarkup, FindsWhatWouldChangeADocument) {
   for (const char* text : {"", "job.1", "\"quoted\" 'text'"}) EXPECT_FALSE(hasMarkup(text)) << text;
 }
 
-TEST(StoreMessages, CallMethodWritesItsParams) {
+TEST(StoreMessages, AreMethodsWithIdsOfTheirOwn) {
   ListElem list;
   list.addChild(0, std::make_unique<StringElem>("ScanJob"));
-  const StoreMessage message = callMethod("jobFactory", "create", &list);
-  EXPECT_EQ(message.document,
-            lines({kDeclaration, methodTag("callMethod", message.requestId),
-                   "  <arg name=\"objName\">jobFactory</arg>", "  <arg name=\"method\">create</arg>",
-                   "  <arg name=\"params\">", "  <ListElem>", "    <StringElem>ScanJob</StringElem>",
-                   "  </ListElem>", "</arg>", "</method>"}));
+  const std::pair<StoreMessage, const char*> cases[] = {
+      {callMethod("job", "create", &list), "callMethod job create"},
+      {callMethod("job", "start", nullptr), "callMethod job start"},
+      {addObserver("job", "stateChanged", "401_Observer"), "addObserver job stateChanged 401_Observer"},
+      {removeObserver("job", "stateChanged", "401_Observer"), "removeObserver job stateChanged 401_Observer"},
+  };
+  std::uint32_t id = cases[0].first.requestId;
+  for (const auto& [message, expected] : cases) {
+    EXPECT_EQ(message.requestId, id++);
+    EXPECT_EQ(requestId(message.document), message.requestId);
+    EXPECT_EQ(summary(message.document), expected);
+  }
+  EXPECT_EQ(argument(cases[0].first.document, "params"),
+            "\r\n  <ListElem>\r\n    <StringElem>ScanJob</StringElem>\r\n  </ListElem>\r\n");
+  EXPECT_EQ(argument(cases[1].first.document, "params"), "\r\n  <ListElem>\r\n  </ListElem>\r\n");
   EXPECT_EQ(list.getNumChildren(), 1u) << "the params stay the caller's";
-
-  const StoreMessage without = callMethod("job", "start", nullptr);
-  EXPECT_EQ(without.requestId, message.requestId + 1);
-  EXPECT_NE(without.document.find("  <arg name=\"params\">\r\n  <ListElem>\r\n  </ListElem>\r\n</arg>\r\n"),
-            std::string::npos);
-}
-
-TEST(StoreMessages, ObserversAreAddedAndRemoved) {
-  const StoreMessage added = addObserver("job", "stateChanged", "401_Observer");
-  EXPECT_EQ(added.document,
-            lines({kDeclaration, methodTag("addObserver", added.requestId),
-                   "  <arg name=\"objName\">job</arg>", "  <arg name=\"event\">stateChanged</arg>",
-                   "  <arg name=\"observer\">401_Observer</arg>", "</method>"}));
-  const StoreMessage removed = removeObserver("job", "stateChanged", "401_Observer");
-  EXPECT_EQ(removed.requestId, added.requestId + 1);
-  EXPECT_NE(removed.document.find(methodTag("removeObserver", removed.requestId)), std::string::npos);
 }
 
 }  // namespace

@@ -16,6 +16,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+// As many as said, each of them this.
+template <typename Value>
+auto AreAll(std::size_t count, Value value) {
+  return testing::AllOf(SizeIs(count), Each(value));
+}
+
 class PrintJobTaskTest : public CpdPrinterTest {
  protected:
   std::vector<std::string> exchanges() { return fake.calls("npa"); }
@@ -49,7 +55,7 @@ TEST_F(PrintJobTaskTest, ABusyOrFailingLockKeepsTheJobFromStarting) {
   EXPECT_EQ(printer->doStartJob({}), 1460u);
   lockReply = bytes({0xA5, 0, 6, 0x80, 0xE0, 0x82, 2, 1, 0});
   EXPECT_EQ(printer->doStartJob({}), 0u) << "rejected: the job's data is thrown away";
-  EXPECT_THAT(exchanges(), Each("npa print E0820201")) << "no job start was sent";
+  EXPECT_THAT(exchanges(), AreAll(3, "npa print E0820201")) << "no job start was sent";
 }
 
 TEST_F(PrintJobTaskTest, TheDateGoesOutWithTheKeptHostId) {
@@ -66,10 +72,15 @@ TEST_F(PrintJobTaskTest, TheDateGoesOutWithTheKeptHostId) {
   EXPECT_EQ(dates[0], (LogText() << "npa print E0840001000A").hex(hostId).str());
 }
 
-TEST_F(PrintJobTaskTest, TheJobIdComesFromTheReplyOrIsOne) {
+TEST_F(PrintJobTaskTest, AJobWithoutDataOrAnIdIsOpenInTheCacheUntilItsEnd) {
   startReply = jobReply(0, 7);
+  printer->setCache(*cacheReply);
   startJob();
-  EXPECT_EQ(printer->jobDescription().printerJobId(), 1u);
+  EXPECT_EQ(printer->jobDescription().printerJobId(), 1u) << "the reply has none";
+  EXPECT_EQ(printer->cache().getBuffer()[18], 1);
+  printer->doEndJob();
+  EXPECT_EQ(printer->cache().getBuffer()[18], 0);
+  EXPECT_THAT(fake.calls("write"), IsEmpty()) << "nothing is there to be cancelled";
 }
 
 TEST_F(PrintJobTaskTest, WithoutExchangesTheJobHasTheIdZeroAndItsEndIsNotSent) {
@@ -89,11 +100,8 @@ TEST_F(PrintJobTaskTest, TheJobsEndIsSentTwentyTimesAtMost) {
   takeSleeps();
   fake.takeCalls();
   EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(exchanges(), SizeIs(20));
-  EXPECT_THAT(exchanges(), Each("npa print 0501000005")) << "its completion is not asked for";
-  const auto sleeps = takeSleeps();
-  EXPECT_THAT(sleeps, SizeIs(19));
-  EXPECT_THAT(sleeps, Each(1500u));
+  EXPECT_THAT(exchanges(), AreAll(20, "npa print 0501000005")) << "its completion is not asked for";
+  EXPECT_THAT(takeSleeps(), AreAll(19, 1500u));
   EXPECT_EQ(statusIds.back(), 3u);
 }
 
@@ -103,9 +111,12 @@ TEST_F(PrintJobTaskTest, ItsCompletionIsAskedForUntilTheDurationIsOver) {
     std::uint32_t interval;
     std::uint32_t duration;
     std::size_t queries;
-  } cases[] = {
-      {26, 1000, 60000, 1}, {25, 1000, 60000, 60}, {27, 500, 2000, 4}, {25, 1000, 0, 0}, {25, 700, 1000, 2},
-  };
+    std::size_t sleeps;
+  } cases[] = {{26, 1000, 60000, 1, 0},
+               {25, 1000, 60000, 60, 60},
+               {27, 500, 2000, 4, 4},
+               {25, 1000, 0, 0, 0},
+               {25, 700, 1000, 2, 2}};
   for (const auto& c : cases) {
     set("TeojInterval", c.interval);
     set("TeojDuration", c.duration);
@@ -115,7 +126,7 @@ TEST_F(PrintJobTaskTest, ItsCompletionIsAskedForUntilTheDurationIsOver) {
     takeSleeps();
     printer->doEndJob();
     EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(c.queries)) << c.length << " " << c.duration;
-    EXPECT_THAT(takeSleeps(), Each(c.interval));
+    EXPECT_THAT(takeSleeps(), AreAll(c.sleeps, c.interval));
     printer->doClose();
   }
 }
@@ -126,13 +137,9 @@ TEST_F(PrintJobTaskTest, AnUnfinishedJobIsCancelledWithAtMostAMebibyteOfZeros) {
   takeSleeps();
   fake.takeCalls();
   EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.calls("write"), SizeIs(256));
-  EXPECT_THAT(fake.calls("write"), Each("write 4096"));
-  const auto sleeps = takeSleeps();
-  EXPECT_THAT(sleeps, SizeIs(256));
-  EXPECT_THAT(sleeps, Each(50u));
-  const std::string zeros = fake.written().substr(9);
-  EXPECT_EQ(zeros, std::string(256 * 4096, '\0'));
+  EXPECT_THAT(fake.calls("write"), AreAll(256, "write 4096"));
+  EXPECT_THAT(takeSleeps(), AreAll(256, 50u));
+  EXPECT_EQ(fake.written().substr(9), std::string(256 * 4096, '\0'));
 }
 
 TEST_F(PrintJobTaskTest, CancellingGivesUpWhenNothingCanBeSent) {
@@ -141,13 +148,7 @@ TEST_F(PrintJobTaskTest, CancellingGivesUpWhenNothingCanBeSent) {
   fake.onWrite = [](Data& data) { data.setRc(64); };
   fake.takeCalls();
   EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.calls("write"), ElementsAre("write 0", "write 0", "write 0", "write 0", "write 0"));
-}
-
-TEST_F(PrintJobTaskTest, AJobWithoutDataIsNotCancelled) {
-  startJob();
-  printer->doEndJob();
-  EXPECT_THAT(fake.calls("write"), IsEmpty());
+  EXPECT_THAT(fake.calls("write"), AreAll(5, "write 0"));
 }
 
 TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
@@ -167,14 +168,6 @@ TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
   EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(60));
   EXPECT_THAT(exchanges(), testing::Contains("npa print 0501000005"));
   EXPECT_THAT(fake.calls("npa print E08"), IsEmpty()) << "no lock, no date";
-}
-
-TEST_F(PrintJobTaskTest, TheCacheTellsWhetherAJobIsOpen) {
-  printer->setCache(*cacheReply);
-  startJob();
-  EXPECT_EQ(printer->cache().getBuffer()[18], 1);
-  printer->doEndJob();
-  EXPECT_EQ(printer->cache().getBuffer()[18], 0);
 }
 
 TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
