@@ -1,10 +1,10 @@
 #include "bidi/xml/parser_simple.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
+#include <tuple>
 
 namespace qvn::test {
 namespace {
@@ -12,12 +12,7 @@ namespace {
 using Values = std::map<std::string, std::string, std::less<>>;
 
 TEST(ParserSimple, ReadsTheFirstTextUnderEachName) {
-  struct Case {
-    const char* what;
-    std::string text;
-    Values values;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, std::string, Values> cases[] = {
       {"nothing", "", {}},
       {"two values",
        "<Track>1</Track><Scan.Param.Source>ADF</Scan.Param.Source>",
@@ -33,7 +28,7 @@ TEST(ParserSimple, ReadsTheFirstTextUnderEachName) {
       {"attributes", "<a x=\"1\">2</a>", {{"a", "2"}}},
       {"the root's own name", "<zzz_Dummy_zzz>1</zzz_Dummy_zzz><a>2</a>", {{"a", "2"}}},
   };
-  for (const Case& c : cases) EXPECT_EQ(ParserSimple(c.text).values(), c.values) << c.what;
+  for (const auto& [what, text, values] : cases) EXPECT_EQ(ParserSimple(text).values(), values) << what;
 }
 
 TEST(ParserSimple, IsEmptyWhenTheTextIsNotWellFormed) {

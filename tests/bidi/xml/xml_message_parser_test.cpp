@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "bidi/element/element_helpers.h"
 #include "bidi/xml/xml_visitor.h"
@@ -36,13 +38,10 @@ std::string readValue(const std::string& value) {
   return text.substr(before.size(), text.size() - before.size() - 1);
 }
 
-struct Case {
-  std::string document;
-  std::string expected;
-};
+using Cases = std::vector<std::pair<std::string, std::string>>;
 
 TEST(XMLMessageParser, ReadsMessages) {
-  const Case cases[] = {
+  const Cases cases = {
       {"<?xml version=\"1.0\"?><response requestID=\"42\"><IntegerElem>7</IntegerElem></response>",
        "{messageType: response, requestID: 42, result: 7}"},
       {"<response requestID=\"42\"/>", "{messageType: response, requestID: 42}"},
@@ -69,11 +68,11 @@ TEST(XMLMessageParser, ReadsMessages) {
       {"<!DOCTYPE response SYSTEM \"response.dtd\"><response requestID=\"1\"/>",
        "{messageType: response, requestID: 1}"},
   };
-  for (const Case& c : cases) EXPECT_EQ(read(c.document), c.expected) << c.document;
+  for (const auto& [document, expected] : cases) EXPECT_EQ(read(document), expected) << document;
 }
 
 TEST(XMLMessageParser, ReadsValues) {
-  const Case cases[] = {
+  const Cases cases = {
       {"<IntegerElem>#1F</IntegerElem>", ": 31"},
       {"<IntegerElem/>", ": 0"},
       {"<IntegerElem>12ab</IntegerElem>", "StringToi: illegal format: 12ab"},
@@ -100,7 +99,7 @@ TEST(XMLMessageParser, ReadsValues) {
       {"<arg>text</arg>", ": text"},
       {"<arg>text<NullElem/></arg>", ":NULL"},
   };
-  for (const Case& c : cases) EXPECT_EQ(readValue(c.document), c.expected) << c.document;
+  for (const auto& [value, expected] : cases) EXPECT_EQ(readValue(value), expected) << value;
 }
 
 TEST(XMLMessageParser, TellsOfUnknownTagsAndPassesThemOver) {

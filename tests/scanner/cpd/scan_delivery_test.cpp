@@ -16,28 +16,22 @@ using testing::IsEmpty;
 TEST_F(CpdScannerTest, AnExchangeTakesItsReplyAndNothingElse) {
   scanner->doOpen();
   const Data late = bytes({0x1B, 'S', 'S', 7, 0, 0, 0, 0});
+  const Data dpi = bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0});
+  const Data own = bytes({0x1B, 'X', 'Y', 'Z', 0, 0, 0x80, 0});
+  const Data ownReply = bytes({0x1B, 'X', 'Y', 'Z', 1, 0, 0, 0, 9});
   const struct {
     const char* name;
     Data request;
     std::vector<Data> before;
-    Data last;
-    Data reply;
+    Data last, reply;
   } cases[] = {
-      {"its reply", bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}), {}, status(0), status(0)},
-      {"scan data first",
-       bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}),
-       {block(1), block(2)},
-       status(2),
-       status(2)},
-      {"only the first status", bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}), {status(0)}, late, status(0)},
+      {"its reply", dpi, {}, status(0), status(0)},
+      {"scan data first", dpi, {block(1), block(2)}, status(2), status(2)},
+      {"only the first status", dpi, {status(0)}, late, status(0)},
       {"another reply", bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}), {}, status(0), Data()},
       {"no reply expected", bytes({0x1B, 'S', 'G', 0, 0, 0, 0, 0}), {}, status(0), Data()},
       {"no command at all", bytes({1, 2, 3}), {}, status(0), Data()},
-      {"a command of its own",
-       bytes({0x1B, 'X', 'Y', 'Z', 0, 0, 0x80, 0}),
-       {status(0)},
-       bytes({0x1B, 'X', 'Y', 'Z', 1, 0, 0, 0, 9}),
-       bytes({0x1B, 'X', 'Y', 'Z', 1, 0, 0, 0, 9})},
+      {"a command of its own", own, {status(0)}, ownReply, ownReply},
   };
   for (const auto& exchange : cases) {
     SCOPED_TRACE(exchange.name);
@@ -98,20 +92,17 @@ CpdScanner* callbackScanner = nullptr;
 std::promise<void>* inCallback = nullptr;
 std::shared_future<void> mayReturn;
 
-// Unregisters itself and the next client, registers another, and throws.
-std::uint32_t meddle(std::uint32_t clientId, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
-                     std::uint32_t) {
-  callbackScanner->doUnregisterForAsyncData(clientId);
-  callbackScanner->doUnregisterForAsyncData(2);
-  callbackScanner->waitForCallbacks(2);
-  callbackScanner->doRegisterForAsyncData({7, 5, ReceivedScanData::callback});
-  throw std::runtime_error("a client's own");
-}
-
 TEST_F(CpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
   callbackScanner = scanner.get();
   scanner->doOpen();
-  scanner->doRegisterForAsyncData({0, 1, meddle});
+  scanner->doRegisterForAsyncData(
+      {0, 1, [](std::uint32_t clientId, auto...) -> std::uint32_t {
+         callbackScanner->doUnregisterForAsyncData(clientId);
+         callbackScanner->doUnregisterForAsyncData(2);
+         callbackScanner->waitForCallbacks(2);
+         callbackScanner->doRegisterForAsyncData({7, 5, ReceivedScanData::callback});
+         throw std::runtime_error("a client's own");
+       }});
   scanner->doRegisterForAsyncData({0, 2, ReceivedScanData::callback});
   scanner->doStartJob(1, nullptr);
   fake.deliver(block(1));
@@ -121,20 +112,17 @@ TEST_F(CpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(2), "5/7")));
 }
 
-std::uint32_t holdUp(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
-                     std::uint32_t) {
-  inCallback->set_value();
-  mayReturn.wait();
-  return 0;
-}
-
 TEST_F(CpdScannerTest, AClientIsInNoCallbackOnceThatWasWaitedFor) {
   std::promise<void> entered;
   std::promise<void> leave;
   inCallback = &entered;
   mayReturn = leave.get_future().share();
   scanner->doOpen();
-  scanner->doRegisterForAsyncData({0, 1, holdUp});
+  scanner->doRegisterForAsyncData({0, 1, [](auto...) {
+                                     inCallback->set_value();
+                                     mayReturn.wait();
+                                     return 0u;
+                                   }});
   scanner->doStartJob(1, nullptr);
   std::thread device([&] { fake.deliver(block(1)); });
   entered.get_future().wait();
