@@ -35,27 +35,25 @@ TEST(AlertType, IsDecidedByTheBytes) {
   const struct {
     Data alert;
     std::uint32_t type;
-  } cases[] = {
-      {alertOf({0x01, 0, 0}), 0x100000},
-      {alertOf({0x80, 0, 0}), 0x100000},
-      {alertOf({0xE1, 0, 0}), 0x80000},
-      {alertOf({0x03, 0x01, 0}), 0x400},
-      {alertOf({0x03, 0x80, 0}), 0x20000},
-      {alertOf({0x03, 0x03, 0}), 0},
-      {alertOf({0x03}), 0},
-      {alertOf({0x73, 0, 1}), 0x100000},
-      {alertOf({0x73, 0, 0, 0, 1}), 0x200000},
-      {alertOf({0x73, 0, 0, 0, 0, 1}), 0x400000},
-      {alertOf({0x73, 0, 0, 0, 0, 2}), 0x800000},
-      {alertOf({0x73, 0, 0, 0, 0, 4}), 0x1000000},
-      {alertOf({0x73, 0, 0, 0, 0, 3}), 0},
-      {alertOf({0x73}), 0},
-      {alertOf({0x55, 0, 0}), 0},
-      {bytes({0xA5, 0, 0, 0, 0xE0, 0x01, 0, 0}), 0},
-      {bytes({0xA4, 0, 0, 0, 0xF0, 0x01, 0, 0}), 0},
-      {bytes({0xA5, 0, 0, 0, 0xF0}), 0},
-      {Data(), 0},
-  };
+  } cases[] = {{alertOf({0x01, 0, 0}), 0x100000},
+               {alertOf({0x80, 0, 0}), 0x100000},
+               {alertOf({0xE1, 0, 0}), 0x80000},
+               {alertOf({0x03, 0x01, 0}), 0x400},
+               {alertOf({0x03, 0x80, 0}), 0x20000},
+               {alertOf({0x03, 0x03, 0}), 0},
+               {alertOf({0x03}), 0},
+               {alertOf({0x73, 0, 1}), 0x100000},
+               {alertOf({0x73, 0, 0, 0, 1}), 0x200000},
+               {alertOf({0x73, 0, 0, 0, 0, 1}), 0x400000},
+               {alertOf({0x73, 0, 0, 0, 0, 2}), 0x800000},
+               {alertOf({0x73, 0, 0, 0, 0, 4}), 0x1000000},
+               {alertOf({0x73, 0, 0, 0, 0, 3}), 0},
+               {alertOf({0x73}), 0},
+               {alertOf({0x55, 0, 0}), 0},
+               {bytes({0xA5, 0, 0, 0, 0xE0, 0x01, 0, 0}), 0},
+               {bytes({0xA4, 0, 0, 0, 0xF0, 0x01, 0, 0}), 0},
+               {bytes({0xA5, 0, 0, 0, 0xF0}), 0},
+               {Data(), 0}};
   for (const auto& c : cases) EXPECT_EQ(getAlertType(c.alert), c.type) << LogText().hex(c.alert).str();
 }
 

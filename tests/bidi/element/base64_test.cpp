@@ -29,8 +29,7 @@ TEST(Base64, EncodesAsTheStandardSays) {
       {"foobar", "Zm9vYmFy"},
       {"\xFF", "/w=="},
       {"\xFB\xEF\xBE", "++++"},
-      {std::string_view("\0\0\0\0", 4), "AAAAAA=="},
-  };
+      {std::string_view("\0\0\0\0", 4), "AAAAAA=="}};
   for (const auto& [bytes, text] : cases) {
     EXPECT_EQ(encodeBase64(bytesOf(bytes)), text);
     EXPECT_EQ(decoded(text), bytes);

@@ -292,7 +292,7 @@ TEST(ElementTree, AChildThatCannotBeCopiedEndsTheCloneOfItsContainerAndFailsADup
   EXPECT_EQ(failureOf([&] { root.duplicate(); }), "there is but one");
 }
 
-TEST(ElementTree, ADeepTreeIsCopiedAndDestroyed) {
+TEST(ElementTree, ADeepTreeIsCopiedDestroyedAndGrownFromTheRoot) {
   const std::unique_ptr<Element> tree = nest(kDeep, number(1));
   EXPECT_EQ(depthOf(tree.get()), kDeep);
   EXPECT_EQ(depthOf(tree->clone().get()), kDeep);
@@ -300,9 +300,7 @@ TEST(ElementTree, ADeepTreeIsCopiedAndDestroyed) {
   ListElem target;
   tree->copyTo(target);
   EXPECT_EQ(depthOf(&target), kDeep);
-}
 
-TEST(ElementTree, ADeepTreeGrowsFromTheRoot) {
   MapElem root;
   Element* innermost = &root;
   for (std::size_t level = 0; level < kDeep; ++level) {

@@ -121,8 +121,8 @@ TEST_F(ObjectStoreTaskTest, InTheBackgroundTheCallerDoesNotWait) {
   fake.awaitsReplies = true;
   {
     ObjectStoreBidiTask task = makeTask();
-    task.shutdownThread();  // nothing runs
-    task.executeBackground();
+    EXPECT_EQ(task.shutdownThread(), 0u) << "nothing runs";
+    EXPECT_EQ(task.executeBackground(), 0u);
     task.executeBackground();  // the first one is ended
     fake.awaitsReplies = false;
     task.shutdownThread();

@@ -15,41 +15,50 @@ std::string response(const std::string& content) {
   return kDeclaration + "<response requestID=\"42\">" + content + "</response>";
 }
 
-TEST(ClassifyMessage, TellsWhatADocumentIs) {
-  struct Case {
+TEST(ReceivedMessages, AreWhatTheirDocumentsSay) {
+  const auto with = [](const std::string& root) { return kDeclaration + "<" + root + "/>"; };
+  using Type = MessageType;
+  const struct {
     std::string document;
     MessageType type;
     std::uint32_t requestId;
-    std::string result;
+    std::string text;     // the result as classifyMessage gives it
+    std::int32_t number;  // and as responseResult does
+  } cases[] = {
+      {response("<IntegerElem>7</IntegerElem>"), Type::Response, 42, "7", 7},
+      {response("<IntegerElem>-1</IntegerElem>"), Type::Response, 42, "-1", -1},
+      {response("<DoubleElem>0.1</DoubleElem>"), Type::Response, 42, "0.100000", 0},
+      {response("<StringElem>0012</StringElem>"), Type::Response, 42, "0012", 10},
+      {response("<StringElem>yes</StringElem>"), Type::Response, 42, "yes", 1},
+      {response("<StringElem>job</StringElem>"), Type::Response, 42, "job", kUnreadableResult},
+      {response("<BooleanElem>true</BooleanElem>"), Type::Response, 42, "true", 1},
+      {response("<NullElem/>"), Type::Response, 42, "", kUnreadableResult},
+      {response("<ListElem/>"), Type::Response, 42, "", kUnreadableResult},
+      {response(""), Type::Response, 42, "", kNoResult},
+      {with("response requestID=\"4294967295\""), Type::Response, 4294967295, "", kNoResult},
+      {with("response requestID=\"4294967296\""), Type::Response, 4294967295, "", kNoResult},
+      {with("response requestID=\"12x\""), Type::Response, 12, "", kNoResult},
+      {with("response requestID=\"-1\""), Type::Response, 0, "", kNoResult},
+      {with("response"), Type::Response, 0, "", kNoResult},
+      {with("exception requestID=\"9\""), Type::Exception, 9, "", kExceptionResult},
+      {with("method name=\"event\" requestID=\"9\""), Type::Method, 0, "", kUnreadableResult},
+      {response("<IntegerElem>x</IntegerElem>"), Type::Unreadable, 0, "", kUnreadableResult},
+      {"", Type::Unreadable, 0, "", kUnreadableResult},
+      {"no document", Type::Unreadable, 0, "", kUnreadableResult},
+      {" " + response(""), Type::Unreadable, 0, "", kUnreadableResult},
+      {"<response requestID=\"42\"/>", Type::Unreadable, 0, "", kNoResult},
+      {kDeclaration, Type::Unreadable, 0, "", kUnreadableResult},
+      {with("ListElem"), Type::Unreadable, 0, "", kUnreadableResult},
+      {kDeclaration + "<response>", Type::Unreadable, 0, "", kUnreadableResult},
+      {kDeclaration + "<response></method>", Type::Unreadable, 0, "", kUnreadableResult},
   };
-  const Case cases[] = {
-      {response("<IntegerElem>7</IntegerElem>"), MessageType::Response, 42, "7"},
-      {response("<DoubleElem>0.1</DoubleElem>"), MessageType::Response, 42, "0.100000"},
-      {response("<ListElem/>"), MessageType::Response, 42, ""},
-      {response(""), MessageType::Response, 42, ""},
-      {kDeclaration + "<response requestID=\"4294967295\"/>", MessageType::Response, 4294967295, ""},
-      {kDeclaration + "<response requestID=\"4294967296\"/>", MessageType::Response, 4294967295, ""},
-      {kDeclaration + "<response requestID=\"12x\"/>", MessageType::Response, 12, ""},
-      {kDeclaration + "<response requestID=\"-1\"/>", MessageType::Response, 0, ""},
-      {kDeclaration + "<response/>", MessageType::Response, 0, ""},
-      {kDeclaration + "<exception requestID=\"9\"><message>m</message></exception>", MessageType::Exception,
-       9, ""},
-      {kDeclaration + "<method name=\"event\" requestID=\"9\"/>", MessageType::Method, 0, ""},
-      {response("<IntegerElem>x</IntegerElem>"), MessageType::Unreadable, 0, ""},
-      {"", MessageType::Unreadable, 0, ""},
-      {" " + response(""), MessageType::Unreadable, 0, ""},
-      {"<response requestID=\"42\"/>", MessageType::Unreadable, 0, ""},
-      {kDeclaration, MessageType::Unreadable, 0, ""},
-      {kDeclaration + "<ListElem/>", MessageType::Unreadable, 0, ""},
-      {kDeclaration + "<response>", MessageType::Unreadable, 0, ""},
-      {kDeclaration + "<response></method>", MessageType::Unreadable, 0, ""},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.document);
     const ReceivedMessage message = classifyMessage(c.document);
     EXPECT_EQ(message.type, c.type);
     EXPECT_EQ(message.requestId, c.requestId);
-    EXPECT_EQ(message.result, c.result);
+    EXPECT_EQ(message.result, c.text);
+    EXPECT_EQ(responseResult(c.document), c.number);
   }
 }
 
@@ -58,25 +67,6 @@ TEST(ClassifyMessage, ReadsUpTo10000Bytes) {
   const std::string fill(10'000 - document.size(), ' ');
   EXPECT_EQ(classifyMessage(document + fill).type, MessageType::Response);
   EXPECT_EQ(classifyMessage(document + fill + " ").type, MessageType::Unreadable);
-}
-
-TEST(ResponseResult, IsTheNumberOrWhyThereIsNone) {
-  const std::pair<std::string, std::int32_t> cases[] = {
-      {response("<IntegerElem>-1</IntegerElem>"), -1},
-      {response("<StringElem>0012</StringElem>"), 10},
-      {response("<StringElem>yes</StringElem>"), 1},
-      {response("<BooleanElem>true</BooleanElem>"), 1},
-      {kDeclaration + "<exception requestID=\"42\"/>", kExceptionResult},
-      {response(""), kNoResult},
-      {response("<StringElem>job</StringElem>"), kUnreadableResult},
-      {response("<NullElem/>"), kUnreadableResult},
-      {response("<ListElem/>"), kUnreadableResult},
-      {response("<IntegerElem>x</IntegerElem>"), kUnreadableResult},
-      {kDeclaration + "<method name=\"event\"/>", kUnreadableResult},
-      {"", kUnreadableResult},
-      {"no document", kUnreadableResult},
-  };
-  for (const auto& [document, result] : cases) EXPECT_EQ(responseResult(document), result) << document;
 }
 
 TEST(ReadNotification, TakesItsTextsAndItsData) {

@@ -16,7 +16,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -287,21 +286,6 @@ TEST_F(BpdPrinterTest, HasNoCacheAndTakesNoAlertsWithoutPackets) {
   printer->doOpen();
   EXPECT_EQ(printer->doRegisterForAlerts({1, 0x100000, recordAlert}), 1u);
   EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
-}
-
-TEST_F(BpdPrinterTest, TheExportedFunctionsReachIt) {
-  std::string unverified = printerText();
-  AttributeCodec::setLong(unverified, attribute::kUnverified, 0);
-  fake.onDiscover = [&](const std::string&) { return std::vector{unverified}; };
-  EXPECT_EQ(QvnDiscovery(1, FakeTransport::kName, ""), 0u);
-  EXPECT_EQ(QvnOpenPrinter(1, kHandle), 0u);
-  EXPECT_THAT(fake.takeCalls(), Contains("discoverSpecific"));
-  EXPECT_EQ(QvnStartJobPrinter(1, kHandle, 3, "queue", "host", "job", "user"), 0u);
-  std::uint32_t written = 0;
-  EXPECT_EQ(QvnWritePrinter(1, kHandle, reinterpret_cast<const std::uint8_t*>("data"), 4, &written), 0u);
-  EXPECT_EQ(written, 4u);
-  EXPECT_EQ(QvnClosePrinter(1, kHandle), 0u) << "ends the job as well";
-  EXPECT_THAT(fake.takeCalls(), testing::IsSupersetOf({"write 4", "close print", "close bidi"}));
 }
 
 }  // namespace

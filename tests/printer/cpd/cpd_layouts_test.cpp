@@ -30,13 +30,7 @@ TEST(CpdPrinterCache, RefusesOtherData) {
   for (const Data& data : {bytes({0xA5, 0, 5, 0, 0xE0, 0x81, 0, 0xF0}),
                            bytes({0xA5, 0, 6, 0, 0xE0, 0x81, 0, 0xF1, 0}), Data()}) {
     EXPECT_FALSE(CpdPrinterCache::isValid(data));
-    try {
-      CpdPrinterCache cache(data);
-      ADD_FAILURE();
-    } catch (const Win32Exception& exception) {
-      EXPECT_EQ(exception.getCode(), 87u);
-      EXPECT_EQ(exception.getMessage(), "CpdPrinterCache - data is not valid");
-    }
+    EXPECT_THROW(CpdPrinterCache{data}, Win32Exception);
   }
 }
 

@@ -486,6 +486,7 @@ TEST_F(BpdScanJobTest, ACloseEndsEverythingThatGoesOn) {
     openFor();
     row.bring();
     EXPECT_EQ(scanner->doClose(), 0u);
+    EXPECT_FALSE(scanner->isScanning() || scanner->job().isActive() || scanner->job().isInHostMode());
     takeSent();
     ReceivedBpdData::take();
     deliver("<Ring>");
