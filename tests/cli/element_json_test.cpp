@@ -1,6 +1,8 @@
 // Values of an object store as JSON: there and back, and what no document can hold.
 #include "shared/object-store/element_json.h"
 
+#include <nlohmann/json.hpp>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

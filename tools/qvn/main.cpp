@@ -1,9 +1,10 @@
 // qvn: the library from the command line.
-#include <CLI/CLI.hpp>
+#include <exception>
 #include <iostream>
 
 #include "shared/client/failure.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace {
 
@@ -35,39 +36,32 @@ int complain(const std::exception& error, int exitCode) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app{"Printers, scanners and HIDs through transport plug-ins.", "qvn"};
-  app.set_version_flag("--version", "qvn " QVN_VERSION, "Print the version and exit");
-  app.set_help_flag("-h,--help", "Print this help and exit");
-  app.require_subcommand(1);
-  app.footer(kFooter);
-  qvn::cli::addInstallCommand(app);
-  qvn::cli::addUninstallCommand(app);
-  qvn::cli::addTransportCommand(app);
-  qvn::cli::addDeviceCommand(app);
-  qvn::cli::addDiscoverCommand(app);
-  qvn::cli::addPrintCommand(app);
-  qvn::cli::addStatusCommand(app);
-  qvn::cli::addCacheCommand(app);
-  qvn::cli::addWatchCommand(app);
-  qvn::cli::addNpaCommand(app);
-  qvn::cli::addScanCommand(app);
-  qvn::cli::addEscCommand(app);
-  qvn::cli::addHidCommand(app);
-  qvn::cli::addStoreCommand(app);
-  qvn::cli::addAttributeCommands(app);
-  qvn::cli::addHostCommand(app);
-  qvn::cli::addMonitorCommand(app);
-  qvn::cli::addSettingsCommand(app);
-  qvn::cli::addRegistryCommand(app);
-  qvn::cli::addLogCommand(app);
+  qvn::cli::CommandLine commandLine("qvn", "Printers, scanners and HIDs through transport plug-ins.",
+                                    "qvn " QVN_VERSION);
+  qvn::cli::Verb root = commandLine.root();
+  root.footer(kFooter);
+  qvn::cli::addInstallCommand(root);
+  qvn::cli::addUninstallCommand(root);
+  qvn::cli::addTransportCommand(root);
+  qvn::cli::addDeviceCommand(root);
+  qvn::cli::addDiscoverCommand(root);
+  qvn::cli::addPrintCommand(root);
+  qvn::cli::addStatusCommand(root);
+  qvn::cli::addCacheCommand(root);
+  qvn::cli::addWatchCommand(root);
+  qvn::cli::addNpaCommand(root);
+  qvn::cli::addScanCommand(root);
+  qvn::cli::addEscCommand(root);
+  qvn::cli::addHidCommand(root);
+  qvn::cli::addStoreCommand(root);
+  qvn::cli::addAttributeCommands(root);
+  qvn::cli::addHostCommand(root);
+  qvn::cli::addMonitorCommand(root);
+  qvn::cli::addSettingsCommand(root);
+  qvn::cli::addRegistryCommand(root);
+  qvn::cli::addLogCommand(root);
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& request) {
-    return app.exit(request);
-  } catch (const CLI::ParseError& error) {
-    complain(error, kWrongUsage);
-    std::cerr << "Run 'qvn --help', or --help after a verb, for what can be said.\n";
-    return kWrongUsage;
+    commandLine.run(argc, argv);
   } catch (const qvn::cli::UsageError& error) {
     return complain(error, kWrongUsage);
   } catch (const qvn::cli::Interrupted& error) {

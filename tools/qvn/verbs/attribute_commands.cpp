@@ -1,7 +1,7 @@
 // qvn get and qvn set: single attributes of a device.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "qvn/transport/attribute_codec.h"
 #include "shared/client/attribute_table.h"
@@ -9,6 +9,7 @@
 #include "shared/client/failure.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -67,7 +68,7 @@ void set(const Options& options) {
 
 }  // namespace
 
-void addAttributeCommands(CLI::App& app) {
+void addAttributeCommands(Verb& root) {
   std::string names = "Attributes:\n ";
   std::size_t column = 1;
   std::string previous;
@@ -87,25 +88,25 @@ void addAttributeCommands(CLI::App& app) {
   names.pop_back();
 
   const auto getOptions = std::make_shared<Options>();
-  CLI::App* getVerb = app.add_subcommand("get", "Read an attribute of a stored device");
-  getVerb->add_option("KEY", getOptions->key, "The attribute's name, or its whole descriptor")->required();
-  getVerb->add_option("--device", getOptions->device,
-                      "The device's handle or port name; not needed for the only one of its kind");
-  getVerb->add_option("--kind", getOptions->kind, "printer, scanner or hid")
-      ->check(CLI::IsMember({"printer", "scanner", "hid"}))
-      ->capture_default_str();
-  getVerb->add_flag("--json", getOptions->json, "Print JSON");
-  getVerb->footer("Examples:\n  qvn get Portname\n  qvn get Vid --device 407 --kind scanner\n\n" + names);
-  getVerb->callback([getOptions] { get(*getOptions); });
+  Verb getVerb = root.addVerb("get", "Read an attribute of a stored device");
+  getVerb.addOption("KEY", getOptions->key, "The attribute's name, or its whole descriptor").required();
+  getVerb.addOption("--device", getOptions->device,
+                    "The device's handle or port name; not needed for the only one of its kind");
+  getVerb.addOption("--kind", getOptions->kind, "printer, scanner or hid")
+      .oneOf({"printer", "scanner", "hid"})
+      .showDefault();
+  getVerb.addFlag("--json", getOptions->json, "Print JSON");
+  getVerb.footer("Examples:\n  qvn get Portname\n  qvn get Vid --device 407 --kind scanner\n\n" + names);
+  getVerb.callback([getOptions] { get(*getOptions); });
 
   const auto setOptions = std::make_shared<Options>();
-  CLI::App* setVerb = app.add_subcommand("set", "Change an attribute of a printer, if its transport agrees");
-  setVerb->add_option("KEY", setOptions->key, "The attribute's name, or its whole descriptor")->required();
-  setVerb->add_option("VALUE", setOptions->value, "A number, a text, or bytes in hexadecimal")->required();
-  setVerb->add_option("--device", setOptions->device,
-                      "The printer's handle or port name; not needed for the only printer");
-  setVerb->footer("Examples:\n  qvn set Portname LAB1 --device 7\n  qvn set TrueEndOfJob 1");
-  setVerb->callback([setOptions] { set(*setOptions); });
+  Verb setVerb = root.addVerb("set", "Change an attribute of a printer, if its transport agrees");
+  setVerb.addOption("KEY", setOptions->key, "The attribute's name, or its whole descriptor").required();
+  setVerb.addOption("VALUE", setOptions->value, "A number, a text, or bytes in hexadecimal").required();
+  setVerb.addOption("--device", setOptions->device,
+                    "The printer's handle or port name; not needed for the only printer");
+  setVerb.footer("Examples:\n  qvn set Portname LAB1 --device 7\n  qvn set TrueEndOfJob 1");
+  setVerb.callback([setOptions] { set(*setOptions); });
 }
 
 }  // namespace qvn::cli

@@ -1,7 +1,7 @@
 // qvn cache: what a printer's status cache holds.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "shared/alerts/alert_words.h"
 #include "shared/client/devices.h"
@@ -9,6 +9,7 @@
 #include "shared/client/status_cache.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -50,20 +51,20 @@ void showCache(const std::string& name, bool json, bool raw) {
 
 }  // namespace
 
-void addCacheCommand(CLI::App& app) {
+void addCacheCommand(Verb& root) {
   struct Options {
     std::string device;
     bool json = false;
     bool raw = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("cache", "Read and decode a printer's status cache");
-  verb->add_option("--device", options->device,
-                   "The printer's handle or port name; not needed for the only printer");
-  CLI::Option* const json = verb->add_flag("--json", options->json, "Print JSON");
-  verb->add_flag("--raw", options->raw, "Print the bytes as they are, in hexadecimal")->excludes(json);
-  verb->footer("Examples:\n  qvn cache\n  qvn cache --device LAB1 --json");
-  verb->callback([options] { showCache(options->device, options->json, options->raw); });
+  Verb verb = root.addVerb("cache", "Read and decode a printer's status cache");
+  verb.addOption("--device", options->device,
+                 "The printer's handle or port name; not needed for the only printer");
+  const Option json = verb.addFlag("--json", options->json, "Print JSON");
+  verb.addFlag("--raw", options->raw, "Print the bytes as they are, in hexadecimal").excludes(json);
+  verb.footer("Examples:\n  qvn cache\n  qvn cache --device LAB1 --json");
+  verb.callback([options] { showCache(options->device, options->json, options->raw); });
 }
 
 }  // namespace qvn::cli

@@ -1,7 +1,7 @@
 // qvn device: the stored devices.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "library_settings.h"
 #include "platform/threads/mutex.h"
@@ -12,6 +12,7 @@
 #include "shared/client/failure.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -187,18 +188,18 @@ void add(const AddOptions& options) {
   }
 }
 
-void addDeviceArguments(CLI::App* verb, NamedDevice& options) {
-  verb->add_option("HANDLE", options.handle, "The device's handle")->required();
-  verb->add_option("--kind", options.kind, "printer, scanner or hid; needed when several have the handle")
-      ->check(CLI::IsMember({"printer", "scanner", "hid"}));
+void addDeviceArguments(Verb verb, NamedDevice& options) {
+  verb.addOption("HANDLE", options.handle, "The device's handle").required();
+  verb.addOption("--kind", options.kind, "printer, scanner or hid; needed when several have the handle")
+      .oneOf({"printer", "scanner", "hid"});
 }
 
 }  // namespace
 
-void addDeviceCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("device", "Add, list, show and remove stored devices");
-  verb->require_subcommand(1);
-  verb->footer(
+void addDeviceCommand(Verb& root) {
+  Verb verb = root.addVerb("device", "Add, list, show and remove stored devices");
+  verb.requireVerb();
+  verb.footer(
       "Examples:\n"
       "  qvn device list\n"
       "  qvn device show 7 --json\n"
@@ -207,48 +208,48 @@ void addDeviceCommand(CLI::App& app) {
       "  qvn device remove 7");
 
   const auto listOptions = std::make_shared<ListOptions>();
-  CLI::App* listVerb = verb->add_subcommand("list", "List the stored devices of the registered transports");
-  listVerb->add_option("--kind", listOptions->kind, "Only printer, scanner or hid")
-      ->check(CLI::IsMember({"printer", "scanner", "hid"}));
+  Verb listVerb = verb.addVerb("list", "List the stored devices of the registered transports");
+  listVerb.addOption("--kind", listOptions->kind, "Only printer, scanner or hid")
+      .oneOf({"printer", "scanner", "hid"});
   listVerb
-      ->add_option("--transport", listOptions->transport,
-                   "Only of this transport, registered or not, or of this kind of transport")
-      ->capture_default_str();
-  listVerb->add_option("--address", listOptions->address, "Only printers with this address");
-  listVerb->add_option("--portname", listOptions->portname,
-                       "Only the printer with this port name, in any case");
-  listVerb->add_option("--port-type", listOptions->portType, "Only printers with this type of port");
-  listVerb->add_flag("--json", listOptions->json, "Print JSON");
-  listVerb->callback([listOptions] { list(*listOptions); });
+      .addOption("--transport", listOptions->transport,
+                 "Only of this transport, registered or not, or of this kind of transport")
+      .showDefault();
+  listVerb.addOption("--address", listOptions->address, "Only printers with this address");
+  listVerb.addOption("--portname", listOptions->portname,
+                     "Only the printer with this port name, in any case");
+  listVerb.addOption("--port-type", listOptions->portType, "Only printers with this type of port");
+  listVerb.addFlag("--json", listOptions->json, "Print JSON");
+  listVerb.callback([listOptions] { list(*listOptions); });
 
   const auto showOptions = std::make_shared<NamedDevice>();
-  CLI::App* showVerb = verb->add_subcommand("show", "Show the attributes of a device");
+  Verb showVerb = verb.addVerb("show", "Show the attributes of a device");
   addDeviceArguments(showVerb, *showOptions);
-  showVerb->add_flag("--json", showOptions->json, "Print JSON");
-  showVerb->callback([showOptions] { show(*showOptions); });
+  showVerb.addFlag("--json", showOptions->json, "Print JSON");
+  showVerb.callback([showOptions] { show(*showOptions); });
 
   const auto removeOptions = std::make_shared<NamedDevice>();
-  CLI::App* removeVerb = verb->add_subcommand("remove", "Forget a device");
+  Verb removeVerb = verb.addVerb("remove", "Forget a device");
   addDeviceArguments(removeVerb, *removeOptions);
-  removeVerb->callback([removeOptions] { remove(*removeOptions); });
+  removeVerb.callback([removeOptions] { remove(*removeOptions); });
 
   const auto addOptions = std::make_shared<AddOptions>();
   std::vector<std::string> families;
   for (const DeviceFamily& family : deviceFamilies()) {
     families.emplace_back(family.name);
   }
-  CLI::App* addVerb = verb->add_subcommand("add", "Store a device that no discovery finds");
-  addVerb->add_option("--family", addOptions->family, "The family of the device's driver")
-      ->required()
-      ->check(CLI::IsMember(families));
-  addVerb->add_option("--transport", addOptions->transport, "The transport that reaches it")->required();
-  addVerb->add_option("--handle", addOptions->handle, "A handle that no device of its kind has")->required();
-  addVerb->add_option("--address", addOptions->address, "Where the transport finds it");
-  addVerb->add_option("--portname", addOptions->portname, "The name that people print to");
-  addVerb->add_option("--port-type", addOptions->portType, "Its type of port");
-  addVerb->add_option("--set", addOptions->attributes, "Another attribute, NAME=VALUE; may be repeated")
-      ->allow_extra_args(false);
-  addVerb->callback([addOptions] { add(*addOptions); });
+  Verb addVerb = verb.addVerb("add", "Store a device that no discovery finds");
+  addVerb.addOption("--family", addOptions->family, "The family of the device's driver")
+      .required()
+      .oneOf(families);
+  addVerb.addOption("--transport", addOptions->transport, "The transport that reaches it").required();
+  addVerb.addOption("--handle", addOptions->handle, "A handle that no device of its kind has").required();
+  addVerb.addOption("--address", addOptions->address, "Where the transport finds it");
+  addVerb.addOption("--portname", addOptions->portname, "The name that people print to");
+  addVerb.addOption("--port-type", addOptions->portType, "Its type of port");
+  addVerb.addOption("--set", addOptions->attributes, "Another attribute, NAME=VALUE; may be repeated")
+      .oneValueEach();
+  addVerb.callback([addOptions] { add(*addOptions); });
 }
 
 }  // namespace qvn::cli

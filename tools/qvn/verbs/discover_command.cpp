@@ -1,11 +1,12 @@
 // qvn discover: finds devices and stores them.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -32,21 +33,21 @@ void discover(const Options& options) {
 
 }  // namespace
 
-void addDiscoverCommand(CLI::App& app) {
+void addDiscoverCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("discover", "Find devices, store them and list what is stored then");
-  verb->add_option("--transport", options->transport,
-                   "A transport's name, LOCAL_TRANSPORT, NETWORK_TRANSPORT or ALL_TRANSPORT")
-      ->capture_default_str();
-  verb->add_option("OPTIONS", options->text, "What to look for, in the words of the transport");
-  verb->add_flag("--json", options->json, "Print JSON");
-  verb->footer(
+  Verb verb = root.addVerb("discover", "Find devices, store them and list what is stored then");
+  verb.addOption("--transport", options->transport,
+                 "A transport's name, LOCAL_TRANSPORT, NETWORK_TRANSPORT or ALL_TRANSPORT")
+      .showDefault();
+  verb.addOption("OPTIONS", options->text, "What to look for, in the words of the transport");
+  verb.addFlag("--json", options->json, "Print JSON");
+  verb.footer(
       "Examples:\n"
       "  qvn discover\n"
       "  qvn discover --transport IPv4 192.0.2.17\n"
       "  qvn discover --transport IPv4 192.0.2.20-192.0.2.40,dns-sd\n"
       "  qvn discover --transport IPv4 127.0.0.1:9100 --json");
-  verb->callback([options] { discover(*options); });
+  verb.callback([options] { discover(*options); });
 }
 
 }  // namespace qvn::cli

@@ -1,5 +1,4 @@
 // qvn esc: one ESC command to a scanner and its reply.
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "shared/client/devices.h"
@@ -7,6 +6,7 @@
 #include "shared/scan/esc_requests.h"
 #include "verbs/commands.h"
 #include "verbs/raw_exchange.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -31,20 +31,20 @@ void exchange(const RawExchangeOptions& options) {
 
 }  // namespace
 
-void addEscCommand(CLI::App& app) {
+void addEscCommand(Verb& root) {
   const auto options = std::make_shared<RawExchangeOptions>();
-  CLI::App* verb = app.add_subcommand("esc", "Send an ESC command to a scanner and print the reply");
-  verb->add_option("HEX", options->hex, "The command with its 8-byte header, two hexadecimal digits per byte")
-      ->required();
-  verb->add_option("--device", options->device,
-                   "The scanner's handle or port name; not needed for the only scanner");
-  verb->add_flag("--json", options->json, "Print JSON");
-  verb->footer(
+  Verb verb = root.addVerb("esc", "Send an ESC command to a scanner and print the reply");
+  verb.addOption("HEX", options->hex, "The command with its 8-byte header, two hexadecimal digits per byte")
+      .required();
+  verb.addOption("--device", options->device,
+                 "The scanner's handle or port name; not needed for the only scanner");
+  verb.addFlag("--json", options->json, "Print JSON");
+  verb.footer(
       "A command that has no reply prints an empty line. 'qvn scan' takes pages.\n\n"
       "Examples:\n"
       "  qvn esc 1B 53 56 00 00 00 00 00\n"
       "  qvn esc 1B53460000000000 --device 408 --json");
-  verb->callback([options] { exchange(*options); });
+  verb.callback([options] { exchange(*options); });
 }
 
 }  // namespace qvn::cli

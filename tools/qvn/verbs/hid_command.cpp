@@ -1,7 +1,7 @@
 // qvn hid: what HIDs send.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "qvn/transport/attributes.h"
 #include "shared/client/devices.h"
@@ -9,6 +9,7 @@
 #include "shared/client/interrupt.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 #include "watch/event_queue.h"
 #include "watch/hear_all.h"
 
@@ -91,21 +92,21 @@ void watch(const Options& options) {
 
 }  // namespace
 
-void addHidCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("hid", "Show what HIDs send");
-  verb->require_subcommand(1);
-  verb->footer(
+void addHidCommand(Verb& root) {
+  Verb verb = root.addVerb("hid", "Show what HIDs send");
+  verb.requireVerb();
+  verb.footer(
       "Examples:\n"
       "  qvn hid watch\n"
       "  qvn hid watch --device PANEL1 --json --count 1");
 
   const auto options = std::make_shared<Options>();
-  CLI::App* watchVerb = verb->add_subcommand("watch", "Show reports and events as they come, until Ctrl-C");
-  watchVerb->add_option("--device", options->devices,
-                        "A HID's handle or port name, may be repeated; without it all that can be opened");
-  watchVerb->add_option("--count", options->count, "End after so many reports and events");
-  watchVerb->add_flag("--json", options->json, "Print a line of JSON for each report and event");
-  watchVerb->callback([options] { watch(*options); });
+  Verb watchVerb = verb.addVerb("watch", "Show reports and events as they come, until Ctrl-C");
+  watchVerb.addOption("--device", options->devices,
+                      "A HID's handle or port name, may be repeated; without it all that can be opened");
+  watchVerb.addOption("--count", options->count, "End after so many reports and events");
+  watchVerb.addFlag("--json", options->json, "Print a line of JSON for each report and event");
+  watchVerb.callback([options] { watch(*options); });
 }
 
 }  // namespace qvn::cli

@@ -1,8 +1,8 @@
 // qvn host: what print jobs tell about this machine.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "qvn/qvn.h"
 #include "qvn/transport/attributes.h"
@@ -12,6 +12,7 @@
 #include "shared/client/read_whole.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -75,16 +76,16 @@ void set(const std::string& name, const std::string& value) {
 
 }  // namespace
 
-void addHostCommand(CLI::App& app) {
+void addHostCommand(Verb& root) {
   struct Options {
     std::string name;
     std::string value;
     bool json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("host", "What print jobs tell about this machine");
-  verb->require_subcommand(1);
-  verb->footer(
+  Verb verb = root.addVerb("host", "What print jobs tell about this machine");
+  verb.requireVerb();
+  verb.footer(
       "PcName is the machine's name, PinNumber the four digits that open its confidential jobs at the\n"
       "printer, CodePage the number of its code page. One that was never set gets a default when it is "
       "read.\n\n"
@@ -93,15 +94,15 @@ void addHostCommand(CLI::App& app) {
       "  qvn host get PcName\n"
       "  qvn host set PinNumber 4711");
 
-  CLI::App* getVerb = verb->add_subcommand("get", "Print one of them, or all");
-  getVerb->add_option("KEY", options->name, "PcName, PinNumber or CodePage");
-  getVerb->add_flag("--json", options->json, "Print JSON");
-  getVerb->callback([options] { get(options->name, options->json); });
+  Verb getVerb = verb.addVerb("get", "Print one of them, or all");
+  getVerb.addOption("KEY", options->name, "PcName, PinNumber or CodePage");
+  getVerb.addFlag("--json", options->json, "Print JSON");
+  getVerb.callback([options] { get(options->name, options->json); });
 
-  CLI::App* setVerb = verb->add_subcommand("set", "Change one of them");
-  setVerb->add_option("KEY", options->name, "PcName, PinNumber or CodePage")->required();
-  setVerb->add_option("VALUE", options->value, "Its value")->required();
-  setVerb->callback([options] { set(options->name, options->value); });
+  Verb setVerb = verb.addVerb("set", "Change one of them");
+  setVerb.addOption("KEY", options->name, "PcName, PinNumber or CodePage").required();
+  setVerb.addOption("VALUE", options->value, "Its value").required();
+  setVerb.callback([options] { set(options->name, options->value); });
 }
 
 }  // namespace qvn::cli

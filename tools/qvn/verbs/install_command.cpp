@@ -1,5 +1,4 @@
 // qvn install: sets the library up on this machine.
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include "shared/client/session.h"
 #include "shared/registry-script/registry_script.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -48,16 +48,16 @@ void install() {
 
 }  // namespace
 
-void addInstallCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("install", "Set the library up: settings, transports");
-  verb->footer(
+void addInstallCommand(Verb& root) {
+  Verb verb = root.addVerb("install", "Set the library up: settings, transports");
+  verb.footer(
       "Imports the registry script qr__.loc and installs the transports that are registered then. The "
       "script\n"
       "is the one in the system directory below QVN_HOME, or the one that came with the library. Settings\n"
       "that are there already stay. A transport that could not be installed is in the log.\n\n"
       "Examples:\n"
       "  qvn install");
-  verb->callback([] { install(); });
+  verb.callback([] { install(); });
 }
 
 }  // namespace qvn::cli

@@ -1,5 +1,4 @@
 // qvn log: the library's log file.
-#include <CLI/CLI.hpp>
 #include <deque>
 #include <fstream>
 #include <iostream>
@@ -10,6 +9,7 @@
 #include "shared/client/failure.h"
 #include "shared/client/interrupt.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -84,10 +84,10 @@ void follow() {
 
 }  // namespace
 
-void addLogCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("log", "Turn the log on and off, show it and follow it");
-  verb->require_subcommand(1);
-  verb->footer(
+void addLogCommand(Verb& root) {
+  Verb verb = root.addVerb("log", "Turn the log on and off, show it and follow it");
+  verb.requireVerb();
+  verb.footer(
       "Errors are logged always; calls and details once the log is on, by every program that uses the\n"
       "library, within 10 s. The file only grows; delete it when it is too long.\n\n"
       "Examples:\n"
@@ -95,19 +95,17 @@ void addLogCommand(CLI::App& app) {
       "  qvn log show --lines 50\n"
       "  qvn log follow");
 
-  verb->add_subcommand("on", "Log calls and details")->callback([] { turn(true); });
-  verb->add_subcommand("off", "Log errors only")->callback([] { turn(false); });
+  verb.addVerb("on", "Log calls and details").callback([] { turn(true); });
+  verb.addVerb("off", "Log errors only").callback([] { turn(false); });
 
   const auto lines = std::make_shared<std::size_t>(0);
-  CLI::App* showVerb = verb->add_subcommand("show", "Print the log");
-  showVerb->add_option("--lines", *lines, "Only so many lines at its end");
-  showVerb->callback([lines] { show(*lines); });
+  Verb showVerb = verb.addVerb("show", "Print the log");
+  showVerb.addOption("--lines", *lines, "Only so many lines at its end");
+  showVerb.callback([lines] { show(*lines); });
 
-  verb->add_subcommand("follow", "Print the last lines and what is logged from then on, until Ctrl-C")
-      ->callback(follow);
-  verb->add_subcommand("path", "Print the log's file name")->callback([] {
-    std::cout << logFile().string() << '\n';
-  });
+  verb.addVerb("follow", "Print the last lines and what is logged from then on, until Ctrl-C")
+      .callback(follow);
+  verb.addVerb("path", "Print the log's file name").callback([] { std::cout << logFile().string() << '\n'; });
 }
 
 }  // namespace qvn::cli

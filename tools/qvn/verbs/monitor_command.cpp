@@ -1,5 +1,4 @@
 // qvn monitor: the print monitor.
-#include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "library_settings.h"
@@ -7,6 +6,7 @@
 #include "shared/client/failure.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -30,14 +30,14 @@ void add() {
 
 }  // namespace
 
-void addMonitorCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("monitor", "Register the print monitor");
-  verb->require_subcommand(1);
-  verb->footer(
+void addMonitorCommand(Verb& root) {
+  Verb verb = root.addVerb("monitor", "Register the print monitor");
+  verb.requireVerb();
+  verb.footer(
       "Examples:\n"
       "  qvn monitor add");
-  CLI::App* addVerb = verb->add_subcommand("add", "Register the print monitor with the spooler");
-  addVerb->callback([] { add(); });
+  Verb addVerb = verb.addVerb("add", "Register the print monitor with the spooler");
+  addVerb.callback([] { add(); });
 }
 
 }  // namespace qvn::cli

@@ -1,11 +1,11 @@
 // qvn npa: one NPA packet to a printer and its reply.
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "verbs/commands.h"
 #include "verbs/raw_exchange.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -33,19 +33,19 @@ void exchange(const RawExchangeOptions& options) {
 
 }  // namespace
 
-void addNpaCommand(CLI::App& app) {
+void addNpaCommand(Verb& root) {
   const auto options = std::make_shared<RawExchangeOptions>();
-  CLI::App* verb = app.add_subcommand("npa", "Send an NPA packet (IEEE 1284.1) and print the reply");
-  verb->add_option("HEX", options->hex, "The packet, two hexadecimal digits per byte")->required();
-  verb->add_option("--device", options->device,
-                   "The printer's handle or port name; not needed for the only printer");
-  verb->add_flag("--json", options->json, "Print JSON");
-  verb->footer(
+  Verb verb = root.addVerb("npa", "Send an NPA packet (IEEE 1284.1) and print the reply");
+  verb.addOption("HEX", options->hex, "The packet, two hexadecimal digits per byte").required();
+  verb.addOption("--device", options->device,
+                 "The printer's handle or port name; not needed for the only printer");
+  verb.addFlag("--json", options->json, "Print JSON");
+  verb.footer(
       "Packets that start or end jobs or register for alerts are refused: the library sends those.\n\n"
       "Examples:\n"
       "  qvn npa A5 00 03 50 01 00\n"
       "  qvn npa A5000550E08100FF --device 7 --json");
-  verb->callback([options] { exchange(*options); });
+  verb.callback([options] { exchange(*options); });
 }
 
 }  // namespace qvn::cli

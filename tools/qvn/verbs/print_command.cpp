@@ -1,5 +1,4 @@
 // qvn print: files to a printer, each as a job of its own.
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -14,6 +13,7 @@
 #include "shared/client/job_data.h"
 #include "shared/client/open_printer.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -123,16 +123,16 @@ void print(const Options& options) {
 
 }  // namespace
 
-void addPrintCommand(CLI::App& app) {
+void addPrintCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("print", "Print files, each as a job of its own");
-  verb->add_option("FILE", options->files, "The files, sent as they are; - is standard input")->required();
-  verb->add_option("--device", options->device,
-                   "The printer's handle or port name; not needed for the only printer");
-  verb->add_option("--user", options->user, "Whose job it is; otherwise the value of USER");
-  verb->add_option("--job", options->job, "The job's name; otherwise the file's");
-  verb->add_flag("--quiet", options->quiet, "Say nothing unless something fails");
-  verb->footer(
+  Verb verb = root.addVerb("print", "Print files, each as a job of its own");
+  verb.addOption("FILE", options->files, "The files, sent as they are; - is standard input").required();
+  verb.addOption("--device", options->device,
+                 "The printer's handle or port name; not needed for the only printer");
+  verb.addOption("--user", options->user, "Whose job it is; otherwise the value of USER");
+  verb.addOption("--job", options->job, "The job's name; otherwise the file's");
+  verb.addFlag("--quiet", options->quiet, "Say nothing unless something fails");
+  verb.footer(
       "Ctrl-C cancels the job on the printer and then ends; a second Ctrl-C ends at once and leaves the\n"
       "job to the printer. On a Cpd printer a file that does not end with the end-of-job marker\n"
       "(1B 2A 82 00 00 00 00 AC) gets it, without which the printer would drop the job.\n\n"
@@ -140,7 +140,7 @@ void addPrintCommand(CLI::App& app) {
       "  qvn print report.prn\n"
       "  qvn print --device LAB1 --user anna cover.pcl body.pcl\n"
       "  gs -sDEVICE=ljet4 -o - letter.pdf | qvn print --job letter -");
-  verb->callback([options] { print(*options); });
+  verb.callback([options] { print(*options); });
 }
 
 }  // namespace qvn::cli

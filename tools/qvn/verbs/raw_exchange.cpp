@@ -1,6 +1,7 @@
 #include "verbs/raw_exchange.h"
 
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "shared/client/failure.h"
 #include "shared/client/output.h"

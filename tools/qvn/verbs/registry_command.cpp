@@ -1,5 +1,4 @@
 // qvn registry: the registry as a script.
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +11,7 @@
 #include "shared/client/failure.h"
 #include "shared/registry-script/registry_script.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -76,7 +76,7 @@ void importScript(const std::string& file) {
 
 }  // namespace
 
-void addRegistryCommand(CLI::App& app) {
+void addRegistryCommand(Verb& root) {
   struct Options {
     std::string file = "-";
     std::string key;
@@ -84,23 +84,23 @@ void addRegistryCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   options->key = libraryKey("");
   options->key.pop_back();
-  CLI::App* verb = app.add_subcommand("registry", "Save the registry as a script, or carry a script out");
-  verb->require_subcommand(1);
-  verb->footer(
+  Verb verb = root.addVerb("registry", "Save the registry as a script, or carry a script out");
+  verb.requireVerb();
+  verb.footer(
       "An import is made whole or not at all; it changes what the script names and leaves the rest.\n\n"
       "Examples:\n"
       "  qvn registry export saved.qvnreg\n"
       "  qvn registry export --key 'Software\\Quorin Tools'\n"
       "  qvn registry import saved.qvnreg");
 
-  CLI::App* exportVerb = verb->add_subcommand("export", "Write a key and everything below it");
-  exportVerb->add_option("FILE", options->file, "Where to; - is standard output")->capture_default_str();
-  exportVerb->add_option("--key", options->key, "The key")->capture_default_str();
-  exportVerb->callback([options] { exportScript(options->file, options->key); });
+  Verb exportVerb = verb.addVerb("export", "Write a key and everything below it");
+  exportVerb.addOption("FILE", options->file, "Where to; - is standard output").showDefault();
+  exportVerb.addOption("--key", options->key, "The key").showDefault();
+  exportVerb.callback([options] { exportScript(options->file, options->key); });
 
-  CLI::App* importVerb = verb->add_subcommand("import", "Make the changes of a script");
-  importVerb->add_option("FILE", options->file, "The script; - is standard input")->required();
-  importVerb->callback([options] { importScript(options->file); });
+  Verb importVerb = verb.addVerb("import", "Make the changes of a script");
+  importVerb.addOption("FILE", options->file, "The script; - is standard input").required();
+  importVerb.callback([options] { importScript(options->file); });
 }
 
 }  // namespace qvn::cli

@@ -2,11 +2,11 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "progress_bar.h"
 #include "scan/output_file.h"
@@ -18,6 +18,7 @@
 #include "shared/client/text_values.h"
 #include "shared/scan/scanner_families.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -189,27 +190,25 @@ void scan(const Options& options) {
 
 }  // namespace
 
-void addScanCommand(CLI::App& app) {
+void addScanCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("scan", "Scan pages into PNG or TIFF files");
-  verb->add_option("-o,--output", options->output, "FILE.png, FILE.tif, or - for a PNG on standard output")
-      ->required();
-  verb->add_option("--device", options->device,
-                   "The scanner's handle or port name; not needed for the only scanner");
-  verb->add_option("--dpi", options->dpi, "Dots per inch; otherwise 300, or what comes nearest below");
-  verb->add_option("--mode", options->mode, "bw, gray or color; otherwise gray")
-      ->check(CLI::IsMember({"bw", "gray", "color"}));
-  verb->add_option("--area", options->area,
-                   "Left, top, width and height in millimetres, as in 10x20x105.5x148; otherwise all");
-  verb->add_option("--source", options->source, "flatbed or feeder; otherwise the flatbed")
-      ->check(CLI::IsMember({"flatbed", "feeder"}));
-  verb->add_option("--pages", options->pages, "How many pages from the feeder, or all")
-      ->capture_default_str();
-  verb->add_option("--timeout", options->timeout, "Give up after so many seconds without data")
-      ->check(CLI::Range(1, 3600))
-      ->capture_default_str();
-  verb->add_flag("--json", options->json, "Print a line of JSON for each page");
-  verb->footer(
+  Verb verb = root.addVerb("scan", "Scan pages into PNG or TIFF files");
+  verb.addOption("-o,--output", options->output, "FILE.png, FILE.tif, or - for a PNG on standard output")
+      .required();
+  verb.addOption("--device", options->device,
+                 "The scanner's handle or port name; not needed for the only scanner");
+  verb.addOption("--dpi", options->dpi, "Dots per inch; otherwise 300, or what comes nearest below");
+  verb.addOption("--mode", options->mode, "bw, gray or color; otherwise gray").oneOf({"bw", "gray", "color"});
+  verb.addOption("--area", options->area,
+                 "Left, top, width and height in millimetres, as in 10x20x105.5x148; otherwise all");
+  verb.addOption("--source", options->source, "flatbed or feeder; otherwise the flatbed")
+      .oneOf({"flatbed", "feeder"});
+  verb.addOption("--pages", options->pages, "How many pages from the feeder, or all").showDefault();
+  verb.addOption("--timeout", options->timeout, "Give up after so many seconds without data")
+      .between(1, 3600)
+      .showDefault();
+  verb.addFlag("--json", options->json, "Print a line of JSON for each page");
+  verb.footer(
       "A TIFF holds all pages; of several pages to page.png each becomes a file, page-1.png and so on.\n"
       "Ctrl-C aborts the page on the scanner and leaves no half file; a second one ends at once.\n\n"
       "Examples:\n"
@@ -217,7 +216,7 @@ void addScanCommand(CLI::App& app) {
       "  qvn scan --dpi 600 --mode color --area 0x0x105x148 -o photo.png\n"
       "  qvn scan --source feeder --pages all --mode bw -o letter.tif\n"
       "  qvn scan -o - | display -");
-  verb->callback([options] { scan(*options); });
+  verb.callback([options] { scan(*options); });
 }
 
 }  // namespace qvn::cli

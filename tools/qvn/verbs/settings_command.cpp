@@ -1,7 +1,7 @@
 // qvn settings: the values in the registry that the library reads.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "common/settings/setting_table.h"
@@ -10,6 +10,7 @@
 #include "shared/client/output.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -179,16 +180,16 @@ void set(const std::string& name, const std::string& text) {
 
 }  // namespace
 
-void addSettingsCommand(CLI::App& app) {
+void addSettingsCommand(Verb& root) {
   struct Options {
     std::string name;
     std::string value;
     bool json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("settings", "List, read and change the library's settings");
-  verb->require_subcommand(1);
-  verb->footer(
+  Verb verb = root.addVerb("settings", "List, read and change the library's settings");
+  verb.requireVerb();
+  verb.footer(
       "A running program sees most changes at its next use of the setting.\n\n"
       "Examples:\n"
       "  qvn settings list\n"
@@ -196,20 +197,19 @@ void addSettingsCommand(CLI::App& app) {
       "  qvn settings set CpdPrinterMwo 0\n"
       "  qvn settings set 'Par1\\Settings\\ReadTimeout' 5000");
 
-  CLI::App* listVerb = verb->add_subcommand("list", "List the settings with value, default and meaning");
-  listVerb->add_flag("--json", options->json, "Print JSON");
-  listVerb->callback([options] { list(options->json); });
+  Verb listVerb = verb.addVerb("list", "List the settings with value, default and meaning");
+  listVerb.addFlag("--json", options->json, "Print JSON");
+  listVerb.callback([options] { list(options->json); });
 
-  CLI::App* getVerb = verb->add_subcommand("get", "Print one setting's value, or its default");
-  getVerb->add_option("NAME", options->name, "The setting's name")->required();
-  getVerb->callback([options] { get(options->name); });
+  Verb getVerb = verb.addVerb("get", "Print one setting's value, or its default");
+  getVerb.addOption("NAME", options->name, "The setting's name").required();
+  getVerb.callback([options] { get(options->name); });
 
-  CLI::App* setVerb = verb->add_subcommand("set", "Change one setting");
-  setVerb->add_option("NAME", options->name, "The setting's name")->required();
-  setVerb
-      ->add_option("VALUE", options->value, "A number, decimal or with 0x, a text, or bytes in hexadecimal")
-      ->required();
-  setVerb->callback([options] { set(options->name, options->value); });
+  Verb setVerb = verb.addVerb("set", "Change one setting");
+  setVerb.addOption("NAME", options->name, "The setting's name").required();
+  setVerb.addOption("VALUE", options->value, "A number, decimal or with 0x, a text, or bytes in hexadecimal")
+      .required();
+  setVerb.callback([options] { set(options->name, options->value); });
 }
 
 }  // namespace qvn::cli

@@ -1,7 +1,7 @@
 // qvn status: whether printers answer, their state and their status cache.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "qvn/transport/attributes.h"
 #include "shared/alerts/alert_words.h"
@@ -10,6 +10,7 @@
 #include "shared/client/status_cache.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -91,17 +92,17 @@ void status(const std::string& name, bool json) {
 
 }  // namespace
 
-void addStatusCommand(CLI::App& app) {
+void addStatusCommand(Verb& root) {
   struct Options {
     std::string device;
     bool json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("status", "Ask printers whether they answer and what they report");
-  verb->add_option("--device", options->device, "A printer's handle or port name; without it all of them");
-  verb->add_flag("--json", options->json, "Print JSON");
-  verb->footer("Examples:\n  qvn status\n  qvn status --device LAB1 --json");
-  verb->callback([options] { status(options->device, options->json); });
+  Verb verb = root.addVerb("status", "Ask printers whether they answer and what they report");
+  verb.addOption("--device", options->device, "A printer's handle or port name; without it all of them");
+  verb.addFlag("--json", options->json, "Print JSON");
+  verb.footer("Examples:\n  qvn status\n  qvn status --device LAB1 --json");
+  verb.callback([options] { status(options->device, options->json); });
 }
 
 }  // namespace qvn::cli

@@ -1,7 +1,7 @@
 // qvn store: the objects in a Bpd scanner.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
@@ -9,6 +9,7 @@
 #include "shared/object-store/element_json.h"
 #include "shared/object-store/store_channel.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 #include "watch/event_queue.h"
 
 namespace qvn::cli {
@@ -114,10 +115,10 @@ constexpr char kDeviceHelp[] = "The scanner's handle or port name; not needed fo
 
 }  // namespace
 
-void addStoreCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("store", "Speak to the objects in a Bpd scanner");
-  verb->require_subcommand(1);
-  verb->footer(
+void addStoreCommand(Verb& root) {
+  Verb verb = root.addVerb("store", "Speak to the objects in a Bpd scanner");
+  verb.requireVerb();
+  verb.footer(
       "For people who debug devices; 'qvn scan' takes pages. Of JSON a whole number is an IntegerElem, "
       "another\n"
       "one a DoubleElem, {\"base64\": \"...\"} a BinaryElem, an object a MapElem, an array a ListElem.\n\n"
@@ -127,22 +128,20 @@ void addStoreCommand(CLI::App& app) {
       "  qvn store watch system systemUpdate");
 
   const auto callOptions = std::make_shared<CallOptions>();
-  CLI::App* callVerb =
-      verb->add_subcommand("call", "Call a method of an object and print its result as JSON");
-  callVerb->add_option("OBJECT", callOptions->object, "The object's name")->required();
-  callVerb->add_option("METHOD", callOptions->method, "The method's name")->required();
-  callVerb->add_option("PARAMS", callOptions->params, "Its parameters as JSON; otherwise an empty list");
-  callVerb->add_option("--device", callOptions->device, kDeviceHelp);
-  callVerb->callback([callOptions] { call(*callOptions); });
+  Verb callVerb = verb.addVerb("call", "Call a method of an object and print its result as JSON");
+  callVerb.addOption("OBJECT", callOptions->object, "The object's name").required();
+  callVerb.addOption("METHOD", callOptions->method, "The method's name").required();
+  callVerb.addOption("PARAMS", callOptions->params, "Its parameters as JSON; otherwise an empty list");
+  callVerb.addOption("--device", callOptions->device, kDeviceHelp);
+  callVerb.callback([callOptions] { call(*callOptions); });
 
   const auto watchOptions = std::make_shared<WatchOptions>();
-  CLI::App* watchVerb =
-      verb->add_subcommand("watch", "Print what the scanner sends, a line of JSON each, until Ctrl-C");
-  watchVerb->add_option("OBSERVED", watchOptions->observed,
-                        "Objects to observe, each followed by an event of it");
-  watchVerb->add_option("--device", watchOptions->device, kDeviceHelp);
-  watchVerb->add_option("--count", watchOptions->count, "End after so many lines");
-  watchVerb->callback([watchOptions] { watch(*watchOptions); });
+  Verb watchVerb = verb.addVerb("watch", "Print what the scanner sends, a line of JSON each, until Ctrl-C");
+  watchVerb.addOption("OBSERVED", watchOptions->observed,
+                      "Objects to observe, each followed by an event of it");
+  watchVerb.addOption("--device", watchOptions->device, kDeviceHelp);
+  watchVerb.addOption("--count", watchOptions->count, "End after so many lines");
+  watchVerb.callback([watchOptions] { watch(*watchOptions); });
 }
 
 }  // namespace qvn::cli

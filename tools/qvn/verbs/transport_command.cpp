@@ -1,7 +1,7 @@
 // qvn transport: the registered transport modules.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "library_settings.h"
 #include "qvn/qvn.h"
@@ -9,6 +9,7 @@
 #include "shared/client/output.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -73,31 +74,31 @@ void list(bool json) {
 
 }  // namespace
 
-void addTransportCommand(CLI::App& app) {
+void addTransportCommand(Verb& root) {
   struct Options {
     std::string name;
     bool json = false;
   };
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("transport", "Add, remove and list transport modules");
-  verb->require_subcommand(1);
-  verb->footer(
+  Verb verb = root.addVerb("transport", "Add, remove and list transport modules");
+  verb.requireVerb();
+  verb.footer(
       "Examples:\n"
       "  qvn transport add qvn_ipv4.so\n"
       "  qvn transport list --json\n"
       "  qvn transport remove IPv4");
 
-  CLI::App* addVerb = verb->add_subcommand("add", "Register a module, install it and discover its devices");
-  addVerb->add_option("MODULE", options->name, "The module's file name, or a path with a slash")->required();
-  addVerb->callback([options] { add(options->name); });
+  Verb addVerb = verb.addVerb("add", "Register a module, install it and discover its devices");
+  addVerb.addOption("MODULE", options->name, "The module's file name, or a path with a slash").required();
+  addVerb.callback([options] { add(options->name); });
 
-  CLI::App* removeVerb = verb->add_subcommand("remove", "Take a registration away; stored devices stay");
-  removeVerb->add_option("NAME", options->name, "The transport's name or its module's file name")->required();
-  removeVerb->callback([options] { remove(options->name); });
+  Verb removeVerb = verb.addVerb("remove", "Take a registration away; stored devices stay");
+  removeVerb.addOption("NAME", options->name, "The transport's name or its module's file name").required();
+  removeVerb.callback([options] { remove(options->name); });
 
-  CLI::App* listVerb = verb->add_subcommand("list", "List the registered transports");
-  listVerb->add_flag("--json", options->json, "Print JSON");
-  listVerb->callback([options] { list(options->json); });
+  Verb listVerb = verb.addVerb("list", "List the registered transports");
+  listVerb.addFlag("--json", options->json, "Print JSON");
+  listVerb.callback([options] { list(options->json); });
 }
 
 }  // namespace qvn::cli

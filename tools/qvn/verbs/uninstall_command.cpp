@@ -1,11 +1,11 @@
 // qvn uninstall: takes the library off this machine.
-#include <CLI/CLI.hpp>
 
 #include "library_settings.h"
 #include "qvn/qvn.h"
 #include "shared/client/failure.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 
 namespace qvn::cli {
 
@@ -26,16 +26,16 @@ void uninstall() {
 
 }  // namespace
 
-void addUninstallCommand(CLI::App& app) {
-  CLI::App* verb = app.add_subcommand("uninstall", "Take the library's settings and devices away");
-  verb->footer(
+void addUninstallCommand(Verb& root) {
+  Verb verb = root.addVerb("uninstall", "Take the library's settings and devices away");
+  verb.footer(
       "Uninstalls the registered transports and deletes the settings, the registered transports and the\n"
       "stored devices, without asking. What installations share stays, unless the setting\n"
       "DeleteStoreOnUninstall is 1 and no other installation is left. 'qvn registry export FILE' keeps a\n"
       "copy of it all.\n\n"
       "Examples:\n"
       "  qvn uninstall");
-  verb->callback([] { uninstall(); });
+  verb.callback([] { uninstall(); });
 }
 
 }  // namespace qvn::cli

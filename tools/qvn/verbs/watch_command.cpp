@@ -1,8 +1,8 @@
 // qvn watch: alerts and job notifications of printers as they come.
-#include <CLI/CLI.hpp>
 #include <array>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "qvn/transport/attributes.h"
 #include "shared/alerts/alert_words.h"
@@ -12,6 +12,7 @@
 #include "shared/client/open_printer.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/verb.h"
 #include "watch/event_queue.h"
 #include "watch/hear_all.h"
 
@@ -118,20 +119,20 @@ void watch(const Options& options) {
 
 }  // namespace
 
-void addWatchCommand(CLI::App& app) {
+void addWatchCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
-  CLI::App* verb = app.add_subcommand("watch", "Show printers' alerts and job notifications as they come");
-  verb->add_option("--device", options->devices,
-                   "A printer's handle or port name, may be repeated; without it all that can be opened");
-  verb->add_option("--count", options->count, "End after so many events");
-  verb->add_flag("--json", options->json, "Print a line of JSON for each event");
-  verb->add_flag("--raw", options->raw, "Print each alert's packet as well, in hexadecimal");
-  verb->footer(
+  Verb verb = root.addVerb("watch", "Show printers' alerts and job notifications as they come");
+  verb.addOption("--device", options->devices,
+                 "A printer's handle or port name, may be repeated; without it all that can be opened");
+  verb.addOption("--count", options->count, "End after so many events");
+  verb.addFlag("--json", options->json, "Print a line of JSON for each event");
+  verb.addFlag("--raw", options->raw, "Print each alert's packet as well, in hexadecimal");
+  verb.footer(
       "Ends on Ctrl-C. Jobs of other programs show in the printer's own status alerts.\n\n"
       "Examples:\n"
       "  qvn watch\n"
       "  qvn watch --device LAB1 --json --count 1");
-  verb->callback([options] { watch(*options); });
+  verb.callback([options] { watch(*options); });
 }
 
 }  // namespace qvn::cli

@@ -1,5 +1,7 @@
 #include "shared/client/devices.h"
 
+#include <nlohmann/json.hpp>
+
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "shared/client/attribute_table.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 namespace qvn::cli {
 

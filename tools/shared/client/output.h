@@ -1,7 +1,7 @@
 // What commands print on standard output: tables for people, JSON for programs.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 

@@ -1,6 +1,7 @@
 #include "shared/object-store/element_json.h"
 
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string_view>
 
