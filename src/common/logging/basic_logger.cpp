@@ -1,5 +1,4 @@
 #include "common/logging/basic_logger.h"
-#include "common/settings/setting_table.h"
 
 #include <array>
 #include <atomic>
@@ -7,6 +6,7 @@
 #include <mutex>
 
 #include "common/exception.h"
+#include "common/settings/setting_table.h"
 #include "common/threads/inter_process_lock.h"
 #include "platform/base/clock.h"
 #include "platform/files/file.h"

@@ -25,8 +25,7 @@ struct LongSetting {
 
 // Milliseconds, unless it says otherwise; what is 0 by default is turned on by any other value.
 namespace setting {
-inline constexpr LongSetting kCpdPrinterMwo{setting_key::kSettings, "CpdPrinterMwo",
-                                            1};  // not 0: buffered writer
+inline constexpr LongSetting kCpdPrinterMwo{setting_key::kSettings, "CpdPrinterMwo", 1};
 inline constexpr LongSetting kMwoBufferHwm{setting_key::kSettings, "MwoBufferHwm", 10};  // buffers
 inline constexpr LongSetting kMwoBufferLwm{setting_key::kSettings, "MwoBufferLwm", 5};   // buffers
 inline constexpr LongSetting kAioLockEnabled{setting_key::kSettings, "AIOLockEnabled", 0};
