@@ -1,8 +1,8 @@
 #include "scanner/bpd/job/job_parameter_store.h"
 
 #include "bidi/xml/parser_simple.h"
-#include "qvn/result_codes.h"
 #include "common/leading_number.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 namespace {

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "bidi/element/integer_elem.h"
-#include "scanner/bpd/job/job_parameter_store.h"
 #include "common/leading_number.h"
+#include "scanner/bpd/job/job_parameter_store.h"
 
 namespace qvn {
 namespace {
