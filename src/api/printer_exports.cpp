@@ -37,8 +37,7 @@ uint32_t QvnStartJobPrinter(uint32_t clientId, uint32_t handle, uint32_t spooler
                             const char* userName) {
   return deviceCall("QvnStartJobPrinter", clientId, handle, [&](ExitDetail& exit) -> std::uint32_t {
     if (printObject == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-    JobRequest job{spoolerJobId, printObject, orEmpty(hostName), orEmpty(jobName), orEmpty(userName)};
-    if (job.userName.empty()) job.userName = " ";
+    const JobRequest job{spoolerJobId, printObject, orEmpty(hostName), orEmpty(jobName), orEmpty(userName)};
     const std::uint32_t rc = System::qvnStartJobPrinter(clientId, handle, job);
     exit.set([&] { return LogText() << " printObject=" << printObject << " spoolerJobId=" << spoolerJobId; });
     return rc;
