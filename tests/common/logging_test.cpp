@@ -93,6 +93,7 @@ TEST_F(LoggingTest, AMaskBitOfAllOrOfTheComponentWantsTheLevel) {
 TEST_F(LoggingTest, WithoutTheLibrarysKeyOrOnceStoppedNothingIsWritten) {
   const std::function<void()> cases[] = {[this] { settings.deleteKey("", 0); }, [] { BasicLogger::stop(); }};
   for (const auto& silence : cases) {
+    settings.create();
     test::inOwnProcess([&] {
       silence();
       logError(server, [] { return LogText() << "lost"; });
