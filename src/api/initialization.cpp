@@ -7,6 +7,7 @@
 #include "common/clients/client_callback.h"
 #include "common/exception.h"
 #include "common/logging/basic_logger.h"
+#include "platform/threads/all_signals_blocked.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/critical_section.h"
 
@@ -83,6 +84,7 @@ std::uint32_t Initialization::uninitialize() {
     } else if (ClientCallback::isRunning()) {
       // On a transport's thread, which would have to end itself. Nobody can wait for it but the process's
       // end.
+      const platform::AllSignalsBlocked blocked;
       std::thread(destroySystem).detach();
     } else {
       destroySystem();

@@ -66,24 +66,4 @@ std::vector<std::pair<std::string, registry::Value>> listLibraryValues(std::stri
   return values;
 }
 
-registry::Value dwordValue(std::uint32_t number) {
-  registry::Value value{registry::ValueType::Dword, std::string(4, '\0')};
-  for (char& byte : value.data) {
-    byte = static_cast<char>(number & 0xFF);
-    number >>= 8;
-  }
-  return value;
-}
-
-std::optional<std::uint32_t> numberOf(const registry::Value& value) {
-  if (value.type != registry::ValueType::Dword || value.data.size() != 4) {
-    return std::nullopt;
-  }
-  std::uint32_t number = 0;
-  for (auto byte = value.data.rbegin(); byte != value.data.rend(); ++byte) {
-    number = number << 8 | static_cast<unsigned char>(*byte);
-  }
-  return number;
-}
-
 }  // namespace qvn::cli

@@ -27,9 +27,4 @@ platform::registry::Key makeLibraryKey(std::string_view key);
 // All values of the key in the order they were first written; none when it does not exist.
 std::vector<std::pair<std::string, platform::registry::Value>> listLibraryValues(std::string_view key);
 
-platform::registry::Value dwordValue(std::uint32_t number);
-
-// None when the value is not a DWORD.
-std::optional<std::uint32_t> numberOf(const platform::registry::Value& value);
-
 }  // namespace qvn::cli

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 
+#include "common/settings/setting_table.h"
 #include "library_settings.h"
 #include "platform/files/paths.h"
 #include "shared/client/failure.h"
@@ -20,7 +21,11 @@ constexpr std::size_t kLinesBeforeFollowing = 10;
 
 std::filesystem::path logFile() { return platform::nativePath("c:\\qr__.log"); }
 
-void turn(bool on) { writeLibraryValue("Logger", "startLog", dwordValue(on ? 1 : 0)); }
+void turn(bool on) {
+  namespace registry = platform::registry;
+  writeLibraryValue(setting::kStartLog.key, setting::kStartLog.name,
+                    {registry::ValueType::Dword, registry::dwordBytes(on ? 1 : 0)});
+}
 
 // Prints the last `count` lines (all when 0) as they stand, less the carriage returns, and returns the offset
 // up to which the log was read.

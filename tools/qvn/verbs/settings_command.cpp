@@ -79,7 +79,7 @@ constexpr Setting kSettings[] = {
 };
 
 std::string shown(const registry::Value& value, Type type) {
-  if (const auto number = numberOf(value)) {
+  if (const auto number = registry::dwordOf(value.type, value.data)) {
     if (type != Type::Mask) {
       return std::to_string(*number);
     }
@@ -91,7 +91,9 @@ std::string shown(const registry::Value& value, Type type) {
 
 // "" when there is none.
 std::string defaultOf(const Setting& setting) {
-  return setting.byDefault ? shown(dwordValue(*setting.byDefault), setting.type) : "";
+  return setting.byDefault
+             ? shown({registry::ValueType::Dword, registry::dwordBytes(*setting.byDefault)}, setting.type)
+             : "";
 }
 
 // The setting of that name, or one for a path below the library's root such as Par1\Settings\ReadTimeout.
@@ -136,7 +138,7 @@ registry::Value parsed(const Named& setting, const std::string& text) {
   if (!number) {
     throw UsageError(setting.name + " is a number, '" + text + "' is none");
   }
-  return dwordValue(*number);
+  return {registry::ValueType::Dword, registry::dwordBytes(*number)};
 }
 
 // A number where it is one, for programs.
