@@ -2,6 +2,8 @@
 
 #include "common/logging/trace_scope.h"
 #include "npa/npa_packet.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

@@ -2,6 +2,10 @@
 #pragma once
 
 #include "bidi/exchange_task.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 

@@ -1,6 +1,8 @@
 #include "bidi/exchange_task.h"
 
+#include "common/threads/runnable.h"
 #include "common/threads/thread.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 

@@ -8,6 +8,7 @@
 #include "common/tasks/task.h"
 #include "device/visitor_run.h"
 #include "qvn/transport/device.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 

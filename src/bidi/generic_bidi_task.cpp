@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "common/logging/trace_scope.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 

@@ -4,6 +4,9 @@
 #include <string>
 
 #include "bidi/exchange_task.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
 
 namespace qvn {
 

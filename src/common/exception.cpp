@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/base/error.h"
 #include "platform/process/system_information.h"
 
 namespace qvn {

@@ -1,6 +1,9 @@
 #include "device/connected_device.h"
 
 #include "common/exception.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connection_manager.h"
+#include "transport/transport_dll.h"
 #include "transport/transports.h"
 
 namespace qvn {

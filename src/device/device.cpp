@@ -1,8 +1,10 @@
 #include "qvn/transport/device.h"
 
 #include "common/logging/basic_logger.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/critical_section.h"
 
 namespace qvn {
 namespace {

@@ -4,7 +4,9 @@
 #include "device/configuration_task.h"
 #include "device/connection_use.h"
 #include "device/store/printer_store.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 

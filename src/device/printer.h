@@ -8,6 +8,8 @@
 #include "device/connected_device.h"
 #include "device/job_description.h"
 #include "device/notification.h"
+#include "qvn/transport/critical_section.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

@@ -2,6 +2,7 @@
 
 #include "common/logging/basic_logger.h"
 #include "device/store/scanner_store.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 

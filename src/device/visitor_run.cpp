@@ -1,5 +1,8 @@
 #include "device/visitor_run.h"
 
+#include "common/exception.h"
+#include "qvn/result_codes.h"
+#include "transport/transport_dll.h"
 #include "transport/transports.h"
 
 namespace qvn {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "qvn/transport/device.h"
+#include "qvn/transport/visitor.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn {

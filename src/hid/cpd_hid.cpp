@@ -4,6 +4,7 @@
 #include "hid/cpd_hid_closed.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_report_manager.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 

@@ -4,9 +4,11 @@
 #include <atomic>
 #include <cstdint>
 
+#include "device/client_registration.h"
 #include "device/hid.h"
 #include "device/state_machine.h"
 #include "hid/cpd_hid_state.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

@@ -4,6 +4,9 @@
 #include "device/connection_use.h"
 #include "hid/cpd_hid.h"
 #include "hid/cpd_hid_open.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 

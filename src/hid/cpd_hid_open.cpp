@@ -5,6 +5,10 @@
 #include "device/visitor_run.h"
 #include "hid/cpd_hid.h"
 #include "hid/cpd_hid_closed.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

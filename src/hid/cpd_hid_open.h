@@ -1,6 +1,7 @@
 // CpdHidOpen: a HID whose connection brings reports and events.
 #pragma once
 
+#include "device/client_registration.h"
 #include "hid/cpd_hid_state.h"
 
 namespace qvn {

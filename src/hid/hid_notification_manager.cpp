@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 

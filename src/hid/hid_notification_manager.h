@@ -7,6 +7,7 @@
 #include "device/client_registration.h"
 #include "device/notification.h"
 #include "hid/hid_registrations.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 

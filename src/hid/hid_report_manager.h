@@ -6,6 +6,7 @@
 #include "common/process_service.h"
 #include "device/client_registration.h"
 #include "hid/hid_registrations.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

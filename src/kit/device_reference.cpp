@@ -1,4 +1,6 @@
 #include "qvn/transport/device.h"
+#include "qvn/transport/notification.h"
+#include "qvn/transport/subject.h"
 
 namespace qvn {
 

@@ -1,4 +1,5 @@
 #include "kit/setting.h"
+#include "platform/base/error.h"
 
 namespace qvn {
 

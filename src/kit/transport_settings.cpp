@@ -1,6 +1,7 @@
 #include <string>
 
 #include "kit/setting.h"
+#include "platform/registry/registry.h"
 #include "qvn/transport/settings.h"
 
 namespace qvn {

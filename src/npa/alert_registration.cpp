@@ -4,6 +4,7 @@
 
 #include "common/logging/basic_logger.h"
 #include "npa/npa_templates.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 namespace {

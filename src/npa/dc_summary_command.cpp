@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/byte_reader.h"
 #include "common/logging/trace_scope.h"
 
 namespace qvn {

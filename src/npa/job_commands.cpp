@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "common/byte_reader.h"
 #include "common/logging/basic_logger.h"
+#include "npa/npa_packet.h"
 
 namespace qvn {
 namespace {

@@ -7,6 +7,7 @@
 
 #include "npa/npa_command.h"
 #include "npa/npa_templates.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

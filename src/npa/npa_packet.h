@@ -12,6 +12,7 @@
 #include <cstdint>
 
 #include "common/byte_reader.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "common/logging/basic_logger.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

@@ -7,9 +7,12 @@
 #include <memory>
 #include <thread>
 
+#include "device/client_registration.h"
 #include "device/printer.h"
 #include "printer/clients/notification_task.h"
 #include "printer/clients/printer_alert_task.h"
+#include "qvn/transport/critical_section.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

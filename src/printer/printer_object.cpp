@@ -1,4 +1,5 @@
 #include "printer/printer_object.h"
+#include "qvn/result_codes.h"
 
 #include <utility>
 

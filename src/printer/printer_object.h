@@ -6,7 +6,11 @@
 #include <map>
 #include <memory>
 
+#include "device/client_registration.h"
+#include "device/job_description.h"
 #include "device/printer.h"
+#include "qvn/transport/critical_section.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

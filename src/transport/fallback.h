@@ -3,8 +3,11 @@
 
 #include <memory>
 
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/discoverer.h"
+#include "qvn/transport/visitor.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn {

@@ -1,5 +1,6 @@
 #include <map>
 
+#include "qvn/transport/critical_section.h"
 #include "transport/basic_dll.h"
 
 namespace qvn {

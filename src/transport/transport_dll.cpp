@@ -1,4 +1,5 @@
 #include "transport/transport_dll.h"
+#include "platform/base/error.h"
 
 namespace qvn {
 namespace {

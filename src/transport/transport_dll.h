@@ -1,6 +1,8 @@
 // TransportDll: a loaded transport module, initialised when it is loaded and uninitialised before it goes.
 #pragma once
 
+#include "common/exception.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/plugin.h"
 #include "transport/basic_dll.h"
 

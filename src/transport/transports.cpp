@@ -3,10 +3,15 @@
 #include <algorithm>
 #include <array>
 
+#include "common/exception.h"
 #include "common/logging/trace_scope.h"
 #include "common/process/os_version.h"
+#include "common/settings/setting_table.h"
+#include "common/settings/settings_store.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/plugin.h"
 #include "transport/transport_names.h"
 
 namespace qvn {

@@ -11,6 +11,9 @@
 
 #include "common/process_service.h"
 #include "common/settings/application_settings.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/discoverer.h"
+#include "qvn/transport/visitor_manager.h"
 #include "transport/fallback.h"
 #include "transport/transport_dll.h"
 

@@ -6,8 +6,10 @@
 #include <string>
 
 #include "qvn/transport/connectable.h"
+#include "qvn/transport/data.h"
 #include "qvn/transport/notification.h"
 #include "qvn/transport/subject.h"
+#include "qvn/transport/visitor.h"
 
 namespace qvn {
 

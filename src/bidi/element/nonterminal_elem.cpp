@@ -1,6 +1,7 @@
 #include "bidi/element/nonterminal_elem.h"
 
 #include "bidi/element/element_failure.h"
+#include "common/exception.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

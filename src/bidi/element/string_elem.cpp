@@ -4,6 +4,7 @@
 #include "bidi/element/element_failure.h"
 #include "bidi/element/element_visitor.h"
 #include "bidi/element/string_to_i.h"
+#include "common/exception.h"
 #include "common/text.h"
 
 namespace qvn {

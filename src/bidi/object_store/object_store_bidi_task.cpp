@@ -7,6 +7,7 @@
 #include "bidi/object_store/reply_frame.h"
 #include "common/logging/trace_scope.h"
 #include "common/tasks/observation.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn {

@@ -13,6 +13,7 @@
 #include "common/threads/thread.h"
 #include "device/visitor_run.h"
 #include "qvn/transport/device.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 

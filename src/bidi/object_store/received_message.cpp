@@ -1,6 +1,7 @@
 #include "bidi/object_store/received_message.h"
 
 #include "bidi/element/element_text.h"
+#include "bidi/element/map_elem.h"
 #include "bidi/xml/xml_message_parser.h"
 #include "common/exception.h"
 #include "common/leading_number.h"

@@ -12,8 +12,10 @@
 #include "bidi/element/integer_elem.h"
 #include "bidi/element/list_elem.h"
 #include "bidi/element/map_elem.h"
+#include "bidi/element/nonterminal_elem.h"
 #include "bidi/element/null_elem.h"
 #include "bidi/element/string_elem.h"
+#include "common/exception.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

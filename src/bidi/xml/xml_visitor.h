@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bidi/element/element.h"
 #include "bidi/element/element_visitor.h"
 
 namespace qvn {

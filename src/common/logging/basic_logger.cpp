@@ -9,6 +9,7 @@
 #include "common/settings/setting_table.h"
 #include "common/threads/inter_process_lock.h"
 #include "platform/base/clock.h"
+#include "platform/base/error.h"
 #include "platform/files/file.h"
 #include "platform/files/paths.h"
 #include "platform/threads/thread.h"

@@ -1,6 +1,8 @@
 #include "common/logging/library_logger.h"
 
 #include "common/settings/localize.h"
+#include "common/settings/setting_table.h"
+#include "common/settings/settings_store.h"
 
 namespace qvn {
 

@@ -4,6 +4,9 @@
 
 #include "common/exception.h"
 #include "platform/base/clock.h"
+#include "platform/base/error.h"
+#include "platform/threads/event.h"
+#include "platform/threads/thread.h"
 
 namespace qvn {
 namespace {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/base/clock.h"
 #include "platform/process/child_process.h"
 
 namespace qvn {

@@ -1,6 +1,7 @@
 #include "common/process/os_version.h"
 
 #include "common/exception.h"
+#include "platform/base/error.h"
 
 namespace qvn {
 

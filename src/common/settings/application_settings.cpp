@@ -4,6 +4,7 @@
 #include "common/settings/localize.h"
 #include "common/settings/registry_key.h"
 #include "common/text.h"
+#include "platform/base/error.h"
 #include "platform/registry/registry.h"
 #include "qvn/result_codes.h"
 

@@ -1,6 +1,7 @@
 #include "common/settings/cached_registry_value.h"
 
 #include "common/settings/application_settings.h"
+#include "common/settings/settings_store.h"
 #include "platform/base/clock.h"
 
 namespace qvn {

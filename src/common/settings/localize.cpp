@@ -8,6 +8,7 @@
 #include "common/settings/brand_table.h"
 #include "common/settings/registry_key.h"
 #include "common/text.h"
+#include "platform/base/error.h"
 #include "platform/process/module.h"
 
 namespace qvn {

@@ -5,6 +5,7 @@
 #include "common/exception.h"
 #include "common/settings/stored_value.h"
 #include "common/text.h"
+#include "platform/base/error.h"
 
 namespace qvn {
 

@@ -1,6 +1,7 @@
 #include "common/threads/event.h"
 
 #include "common/exception.h"
+#include "platform/base/error.h"
 
 namespace qvn {
 

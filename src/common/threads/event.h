@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/base/access.h"
+#include "platform/base/clock.h"
 #include "platform/threads/event.h"
 
 namespace qvn {

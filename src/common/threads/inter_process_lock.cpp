@@ -1,6 +1,7 @@
 #include "common/threads/inter_process_lock.h"
 
 #include "common/exception.h"
+#include "platform/base/clock.h"
 
 namespace qvn {
 

@@ -1,6 +1,8 @@
 #include "common/threads/mutex.h"
 
 #include "common/exception.h"
+#include "platform/base/error.h"
+#include "platform/threads/event.h"
 #include "platform/threads/thread.h"
 
 namespace qvn {

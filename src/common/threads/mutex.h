@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/base/access.h"
+#include "platform/base/clock.h"
 #include "platform/threads/mutex.h"
 
 namespace qvn {

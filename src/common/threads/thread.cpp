@@ -1,6 +1,8 @@
 #include "common/threads/thread.h"
 
 #include "common/exception.h"
+#include "platform/base/error.h"
+#include "platform/threads/event.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

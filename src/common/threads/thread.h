@@ -6,6 +6,7 @@
 
 #include "common/threads/event.h"
 #include "common/threads/runnable.h"
+#include "platform/base/clock.h"
 #include "platform/threads/thread.h"
 
 namespace qvn {

@@ -1,6 +1,7 @@
 #include "device/factories/device_factories.h"
 
 #include "common/logging/basic_logger.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

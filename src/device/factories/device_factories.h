@@ -8,6 +8,7 @@
 #include "common/process_service.h"
 #include "device/factories/factory.h"
 #include "qvn/transport/critical_section.h"
+#include "qvn/transport/device.h"
 
 namespace qvn {
 

@@ -5,6 +5,7 @@
 #include "common/text.h"
 #include "common/threads/inter_process_lock.h"
 #include "platform/base/error.h"
+#include "platform/registry/registry.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"

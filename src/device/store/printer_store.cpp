@@ -1,6 +1,7 @@
 #include "device/store/printer_store.h"
 
 #include "device/factories/device_factories.h"
+#include "device/factories/factory.h"
 #include "device/store/printer_table.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"

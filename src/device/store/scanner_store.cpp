@@ -1,6 +1,7 @@
 #include "device/store/scanner_store.h"
 
 #include "device/factories/device_factories.h"
+#include "device/factories/factory.h"
 #include "device/store/scanner_table.h"
 
 namespace qvn {

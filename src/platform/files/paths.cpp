@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "platform/base/access.h"
 #include "platform/base/failure.h"
 #include "platform/files/state_directory.h"
 

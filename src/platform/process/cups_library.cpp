@@ -1,4 +1,5 @@
 #include "platform/process/cups_library.h"
+#include "platform/base/error.h"
 
 #include <mutex>
 

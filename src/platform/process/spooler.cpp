@@ -12,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/base/access.h"
 #include "platform/base/clock.h"
 #include "platform/base/failure.h"
 #include "platform/process/cups_library.h"

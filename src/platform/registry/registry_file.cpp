@@ -16,6 +16,7 @@
 #include "platform/base/unique_descriptor.h"
 #include "platform/files/file_lock.h"
 #include "platform/files/file_size_signal.h"
+#include "platform/registry/registry.h"
 #include "platform/registry/registry_check.h"
 #include "platform/registry/registry_path.h"
 #include "platform/registry/registry_record.h"

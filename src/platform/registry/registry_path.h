@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/base/error.h"
 #include "platform/registry/registry.h"
 
 namespace qvn::platform::registry {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/base/access.h"
+#include "platform/base/error.h"
 #include "platform/registry/registry.h"
 
 namespace qvn::platform::registry {

@@ -4,8 +4,10 @@
 
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/setting_table.h"
 #include "device/store/printer_store.h"
 #include "printer/bpd/states/bpd_printer_closed.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 

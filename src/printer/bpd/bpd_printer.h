@@ -8,9 +8,12 @@
 #include <optional>
 #include <string>
 
+#include "device/job_description.h"
 #include "printer/bpd/job/account_number_search.h"
 #include "printer/bpd/states/bpd_printer_state.h"
+#include "printer/clients/printer_alert_task.h"
 #include "printer/state_printer.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

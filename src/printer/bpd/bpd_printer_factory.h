@@ -6,6 +6,7 @@
 #include "common/process_service.h"
 #include "device/factories/factory.h"
 #include "printer/bpd/bpd_printer.h"
+#include "qvn/transport/device.h"
 
 namespace qvn {
 

@@ -1,9 +1,12 @@
 #include "printer/bpd/dc_summary_task.h"
 
 #include "common/logging/trace_scope.h"
+#include "device/visitor_run.h"
 #include "npa/npa_packet.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

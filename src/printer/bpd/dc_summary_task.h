@@ -4,6 +4,7 @@
 #include "bidi/exchange_task.h"
 #include "device/printer.h"
 #include "npa/dc_summary_command.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 

@@ -2,6 +2,8 @@
 
 #include "device/visitor_run.h"
 #include "npa/npa_templates.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

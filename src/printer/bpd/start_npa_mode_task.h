@@ -1,7 +1,9 @@
 // StartNpaModeTask: puts a print channel into NPA mode.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

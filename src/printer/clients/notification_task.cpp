@@ -2,6 +2,7 @@
 
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

@@ -6,6 +6,7 @@
 #include "common/clients/callback_registry.h"
 #include "device/client_registration.h"
 #include "device/notification.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

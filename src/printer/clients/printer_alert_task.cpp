@@ -6,6 +6,8 @@
 #include "device/connection_use.h"
 #include "npa/npa_packet.h"
 #include "printer/clients/printer_alert_type.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 

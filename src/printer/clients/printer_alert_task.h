@@ -12,6 +12,8 @@
 #include "device/client_registration.h"
 #include "device/printer.h"
 #include "npa/alert_registration.h"
+#include "qvn/transport/critical_section.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 

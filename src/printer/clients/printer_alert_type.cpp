@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <span>
 
+#include "common/byte_reader.h"
 #include "common/logging/basic_logger.h"
 #include "npa/alert_layouts.h"
+#include "npa/npa_packet.h"
 
 namespace qvn {
 namespace {

@@ -5,6 +5,8 @@
 #include "device/visitor_run.h"
 #include "npa/job_commands.h"
 #include "printer/cpd/cpd_printer_cache.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

@@ -2,12 +2,17 @@
 
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/setting_table.h"
 #include "device/connection_use.h"
+#include "device/notification.h"
 #include "npa/job_commands.h"
 #include "printer/cpd/cache_task.h"
 #include "printer/cpd/cpd_printer_alert_task.h"
 #include "printer/cpd/cpd_printer_cache.h"
 #include "printer/cpd/states/cpd_printer_closed.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 

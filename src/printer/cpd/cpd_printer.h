@@ -6,9 +6,13 @@
 #include <memory>
 #include <span>
 
+#include "device/job_description.h"
+#include "printer/clients/printer_alert_task.h"
 #include "printer/cpd/mwo.h"
 #include "printer/cpd/states/cpd_printer_state.h"
 #include "printer/state_printer.h"
+#include "qvn/transport/critical_section.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

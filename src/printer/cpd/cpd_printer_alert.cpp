@@ -1,5 +1,6 @@
 #include "printer/cpd/cpd_printer_alert.h"
 
+#include "common/byte_reader.h"
 #include "common/exception.h"
 #include "npa/alert_layouts.h"
 #include "qvn/result_codes.h"

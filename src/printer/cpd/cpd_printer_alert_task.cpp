@@ -1,7 +1,9 @@
 #include "printer/cpd/cpd_printer_alert_task.h"
 
 #include "common/logging/trace_scope.h"
+#include "device/printer.h"
 #include "npa/alert_layouts.h"
+#include "npa/npa_packet.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/cpd_printer_alert.h"
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "printer/clients/printer_alert_task.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "common/byte_reader.h"
 #include "common/exception.h"
 #include "npa/alert_layouts.h"
+#include "npa/npa_packet.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {

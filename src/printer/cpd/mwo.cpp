@@ -5,8 +5,10 @@
 #include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/settings_store.h"
 #include "device/printer.h"
 #include "platform/base/clock.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 namespace {

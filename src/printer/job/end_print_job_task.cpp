@@ -1,6 +1,9 @@
 #include "printer/job/end_print_job_task.h"
 
+#include "device/job_description.h"
 #include "npa/job_commands.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

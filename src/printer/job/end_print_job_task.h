@@ -1,7 +1,9 @@
 // EndPrintJobTask: tells a printer that its job has ended.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

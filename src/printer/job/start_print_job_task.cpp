@@ -1,7 +1,10 @@
 #include "printer/job/start_print_job_task.h"
 
 #include "common/logging/trace_scope.h"
+#include "device/job_description.h"
 #include "npa/job_commands.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 namespace {

@@ -1,7 +1,9 @@
 // StartPrintJobTask: tells a printer that a job begins and takes the job's id from its reply.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

@@ -10,7 +10,9 @@
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/job/bpd_scan_job.h"
 #include "scanner/bpd/job/bpd_scan_task.h"
+#include "scanner/bpd/job/scan_job_watchdog.h"
 
 namespace qvn {
 namespace {

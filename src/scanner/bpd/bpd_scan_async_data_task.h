@@ -10,7 +10,9 @@
 
 #include "common/tasks/task.h"
 #include "device/client_registration.h"
+#include "qvn/qvn.h"
 #include "qvn/transport/critical_section.h"
+#include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 #include "scanner/bpd/scan_block.h"
 

@@ -2,8 +2,14 @@
 
 #include <utility>
 
+#include "bidi/object_store/store_messages.h"
 #include "bidi/xml/xml_visitor.h"
+#include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/setting_table.h"
+#include "common/settings/settings_store.h"
+#include "platform/base/clock.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/connection_manager.h"
 #include "scanner/bpd/job/job_parameter_store.h"
 #include "scanner/bpd/states/bpd_scanner_closed.h"

@@ -3,6 +3,7 @@
 
 #include "common/process_service.h"
 #include "device/factories/factory.h"
+#include "qvn/transport/device.h"
 
 namespace qvn {
 

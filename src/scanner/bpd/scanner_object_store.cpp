@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/job/bpd_scan_job.h"
 
 namespace qvn {
 namespace {

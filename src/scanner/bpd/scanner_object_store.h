@@ -10,6 +10,7 @@
 
 #include "bidi/object_store/object_store_bidi_task.h"
 #include "bidi/object_store/store_messages.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

@@ -4,6 +4,10 @@
 #include <memory>
 
 #include "bidi/generic_bidi_task.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/device.h"
+#include "qvn/transport/observer.h"
 #include "scanner/esc/esc_command.h"
 
 namespace qvn {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "common/threads/event.h"
+#include "device/client_registration.h"
 #include "device/notification.h"
 #include "device/scanner.h"
 #include "device/state_machine.h"

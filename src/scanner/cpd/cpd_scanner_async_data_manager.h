@@ -9,6 +9,7 @@
 #include "common/clients/running_calls.h"
 #include "common/process_service.h"
 #include "device/client_registration.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

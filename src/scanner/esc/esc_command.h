@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "qvn/transport/data.h"
 #include "qvn/transport/esc_command_table.h"
 #include "scanner/esc/comparable_data.h"
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/exception.h"
+#include "qvn/transport/esc_command_table.h"
 #include "scanner/esc/esc_commands.h"
 #include "scanner/esc/standard_esc_command.h"
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "qvn/transport/critical_section.h"
+#include "qvn/transport/data.h"
 #include "scanner/esc/esc_command.h"
 #include "scanner/esc/null_esc_command.h"
 

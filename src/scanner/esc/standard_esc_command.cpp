@@ -1,4 +1,5 @@
 #include "scanner/esc/standard_esc_command.h"
+#include "qvn/transport/esc_command_table.h"
 
 #include <algorithm>
 

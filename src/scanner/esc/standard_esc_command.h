@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "qvn/transport/data.h"
 #include "scanner/esc/esc_command.h"
 
 namespace qvn {

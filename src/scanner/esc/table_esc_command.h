@@ -1,6 +1,8 @@
 // TableEscCommand: a command whose class is a row of the table of ESC commands.
 #pragma once
 
+#include "qvn/transport/data.h"
+#include "qvn/transport/esc_command_table.h"
 #include "scanner/esc/esc_command.h"
 
 namespace qvn {

@@ -1,7 +1,9 @@
 // BpdEndPrintJobTask: tells a Bpd printer that its job has ended.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/end_print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

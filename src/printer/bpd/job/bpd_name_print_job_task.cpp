@@ -1,8 +1,11 @@
 #include "printer/bpd/job/bpd_name_print_job_task.h"
 
 #include "common/logging/trace_scope.h"
+#include "device/job_description.h"
 #include "device/visitor_run.h"
 #include "npa/job_commands.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 namespace {

@@ -1,7 +1,9 @@
 // BpdNamePrintJobTask: tells a Bpd printer whose job it prints.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

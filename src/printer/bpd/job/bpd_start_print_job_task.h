@@ -1,7 +1,9 @@
 // BpdStartPrintJobTask: starts a job on a Bpd printer.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/start_print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

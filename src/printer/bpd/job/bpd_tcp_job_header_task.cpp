@@ -3,9 +3,13 @@
 #include <string>
 
 #include "common/logging/trace_scope.h"
+#include "device/job_description.h"
 #include "device/visitor_run.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 namespace {

@@ -1,7 +1,9 @@
 // BpdTcpJobHeaderTask: hands the transport what the spooler said of a job.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

@@ -9,6 +9,11 @@
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/dc_summary_task.h"
 #include "printer/bpd/states/bpd_printer_open.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 namespace {

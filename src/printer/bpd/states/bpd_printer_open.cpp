@@ -8,6 +8,10 @@
 #include "printer/bpd/start_npa_mode_task.h"
 #include "printer/bpd/states/bpd_printer_closed.h"
 #include "printer/bpd/states/bpd_printer_printing.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 namespace {

@@ -1,7 +1,9 @@
 // BpdPrinterOpen: clients have the printer open; no job is open.
 #pragma once
 
+#include "device/job_description.h"
 #include "printer/bpd/states/bpd_printer_state.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

@@ -1,10 +1,13 @@
 #include "printer/bpd/states/bpd_printer_printing.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/job_description.h"
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/job/bpd_name_print_job_task.h"
 #include "printer/bpd/states/bpd_printer_open.h"
 #include "printer/bpd/states/bpd_printer_printing_error.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 namespace {

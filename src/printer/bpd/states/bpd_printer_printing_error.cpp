@@ -5,6 +5,8 @@
 #include "printer/bpd/states/bpd_printer_open.h"
 #include "printer/bpd/states/bpd_printer_print_canceled.h"
 #include "printer/bpd/states/bpd_printer_printing.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

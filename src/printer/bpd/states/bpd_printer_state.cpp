@@ -3,9 +3,13 @@
 #include "bidi/bidi_task.h"
 #include "common/logging/basic_logger.h"
 #include "device/connection_use.h"
+#include "device/notification.h"
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/job/bpd_end_print_job_task.h"
 #include "printer/bpd/states/bpd_printer_closed.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 namespace {

@@ -4,6 +4,7 @@
 #include "common/tasks/observation.h"
 #include "platform/base/clock.h"
 #include "printer/cpd/cpd_printer_alert.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 namespace {

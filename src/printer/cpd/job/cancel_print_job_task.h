@@ -4,7 +4,11 @@
 
 #include <atomic>
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 

@@ -2,11 +2,16 @@
 
 #include "common/logging/trace_scope.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/setting_table.h"
+#include "device/job_description.h"
+#include "device/printer.h"
 #include "npa/job_commands.h"
 #include "platform/base/clock.h"
 #include "printer/cpd/job/cancel_print_job_task.h"
 #include "printer/cpd/job/cpd_true_end_of_job_print_task.h"
 #include "printer/cpd/job/job_cache_entry.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 namespace {

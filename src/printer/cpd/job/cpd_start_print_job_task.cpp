@@ -7,9 +7,14 @@
 
 #include "common/logging/trace_scope.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/setting_table.h"
+#include "common/settings/settings_store.h"
+#include "device/printer.h"
 #include "npa/job_commands.h"
 #include "platform/base/clock.h"
 #include "printer/cpd/job/job_cache_entry.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 namespace {

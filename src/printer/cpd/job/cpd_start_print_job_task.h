@@ -3,6 +3,7 @@
 
 #include "printer/cpd/cpd_printer.h"
 #include "printer/job/start_print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

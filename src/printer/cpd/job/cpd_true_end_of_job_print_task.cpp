@@ -2,8 +2,13 @@
 
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
+#include "common/settings/setting_table.h"
+#include "device/notification.h"
 #include "npa/job_commands.h"
 #include "platform/base/clock.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
+#include "qvn/transport/notification.h"
 
 namespace qvn {
 namespace {

@@ -1,7 +1,9 @@
 // CpdTrueEndOfJobPrintTask: waits until the printer reports that it has finished the job.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

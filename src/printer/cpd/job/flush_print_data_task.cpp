@@ -2,6 +2,7 @@
 
 #include "common/logging/trace_scope.h"
 #include "device/visitor_run.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

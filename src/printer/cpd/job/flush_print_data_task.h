@@ -1,7 +1,9 @@
 // FlushPrintDataTask: makes the transport throw away the print data that it still holds.
 #pragma once
 
+#include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

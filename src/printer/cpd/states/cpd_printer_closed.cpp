@@ -1,8 +1,12 @@
 #include "printer/cpd/states/cpd_printer_closed.h"
 
 #include "device/connection_use.h"
+#include "device/notification.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/states/cpd_printer_open.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 

@@ -3,12 +3,17 @@
 #include "bidi/bidi_task.h"
 #include "common/logging/basic_logger.h"
 #include "device/connection_use.h"
+#include "device/notification.h"
 #include "device/visitor_run.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/job/cpd_start_print_job_task.h"
 #include "printer/cpd/states/cpd_printer_closed.h"
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 #include "printer/cpd/states/cpd_printer_printing.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
+#include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 

@@ -1,7 +1,9 @@
 // CpdPrinterOpen: the printer is open on its "bidi" connection and works on no job.
 #pragma once
 
+#include "device/job_description.h"
 #include "printer/cpd/states/cpd_printer_state.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

@@ -1,8 +1,11 @@
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/notification.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/job/flush_print_data_task.h"
+#include "printer/cpd/mwo.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "printer/cpd/states/cpd_printer_state.h"
+#include "qvn/transport/data.h"
 
 namespace qvn {
 

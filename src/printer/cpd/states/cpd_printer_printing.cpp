@@ -1,11 +1,15 @@
 #include "printer/cpd/states/cpd_printer_printing.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/job_description.h"
+#include "device/notification.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/job/end_of_job_marker.h"
 #include "printer/cpd/states/cpd_printer_open.h"
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 #include "printer/cpd/states/cpd_printer_printing_error.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 

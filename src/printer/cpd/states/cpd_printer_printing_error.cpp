@@ -1,9 +1,13 @@
 #include "printer/cpd/states/cpd_printer_printing_error.h"
 
+#include "device/job_description.h"
+#include "device/notification.h"
 #include "platform/base/clock.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 #include "printer/cpd/states/cpd_printer_printing.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 namespace {

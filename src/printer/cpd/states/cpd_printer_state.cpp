@@ -5,6 +5,8 @@
 #include "printer/cpd/job/cpd_end_print_job_task.h"
 #include "printer/cpd/states/cpd_printer_closed.h"
 #include "printer/cpd/states/cpd_printer_open.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
 
 namespace qvn {
 namespace {

@@ -3,8 +3,13 @@
 #include "bidi/object_store/store_messages.h"
 #include "common/logging/basic_logger.h"
 #include "common/tasks/observation.h"
+#include "common/threads/event.h"
+#include "platform/base/clock.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/job/bpd_scan_job.h"
+#include "scanner/bpd/job/scan_job_watchdog.h"
+#include "scanner/bpd/scanner_object_store.h"
 
 namespace qvn {
 namespace {

@@ -3,15 +3,20 @@
 #include <memory>
 
 #include "bidi/element/list_elem.h"
+#include "bidi/element/map_elem.h"
 #include "bidi/element/string_elem.h"
 #include "bidi/object_store/received_message.h"
 #include "bidi/object_store/store_messages.h"
 #include "bidi/xml/xml_visitor.h"
 #include "common/logging/basic_logger.h"
 #include "common/tasks/observation.h"
+#include "common/threads/event.h"
+#include "platform/base/clock.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
+#include "scanner/bpd/job/bpd_scan_job.h"
 #include "scanner/bpd/job/scan_parameter_tree.h"
+#include "scanner/bpd/scanner_object_store.h"
 
 namespace qvn {
 namespace {

@@ -5,6 +5,7 @@
 #include "bidi/object_store/store_messages.h"
 #include "scanner/bpd/bpd_scanner.h"
 #include "scanner/bpd/scan_block.h"
+#include "scanner/bpd/scanner_object_store.h"
 
 namespace qvn {
 

@@ -7,6 +7,7 @@
 #include "common/tasks/task.h"
 #include "common/threads/event.h"
 #include "platform/base/clock.h"
+#include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 
 namespace qvn {

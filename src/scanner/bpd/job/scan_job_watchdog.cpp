@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
 
 namespace qvn {

@@ -1,6 +1,7 @@
 // BpdScannerOpen: a scanner that is open and has no job: parameters are set, and a job is started.
 #pragma once
 
+#include "qvn/transport/data.h"
 #include "scanner/bpd/states/bpd_scanner_state.h"
 
 namespace qvn {

@@ -4,7 +4,9 @@
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
 #include "scanner/bpd/job/bpd_scan_end_job_task.h"
+#include "scanner/bpd/job/bpd_scan_job.h"
 #include "scanner/bpd/job/job_parameter_store.h"
+#include "scanner/bpd/job/scan_job_watchdog.h"
 #include "scanner/bpd/states/bpd_scanner_open.h"
 
 namespace qvn {

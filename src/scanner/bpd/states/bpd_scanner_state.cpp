@@ -1,6 +1,8 @@
 #include "scanner/bpd/states/bpd_scanner_state.h"
 
 #include "common/logging/basic_logger.h"
+#include "qvn/result_codes.h"
+#include "scanner/bpd/bpd_scan_async_data_task.h"
 #include "scanner/bpd/bpd_scanner.h"
 #include "scanner/bpd/states/bpd_scanner_closed.h"
 

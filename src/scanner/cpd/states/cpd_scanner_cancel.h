@@ -1,6 +1,7 @@
 // CpdScannerCancel: a scanner that was told to abort; its last status is awaited.
 #pragma once
 
+#include "qvn/transport/data.h"
 #include "scanner/cpd/states/cpd_scanner_state.h"
 
 namespace qvn {

@@ -1,6 +1,9 @@
 #include "scanner/cpd/states/cpd_scanner_closed.h"
 
 #include "device/connection_use.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connectable.h"
+#include "qvn/transport/connection_manager.h"
 #include "scanner/cpd/cpd_scanner.h"
 #include "scanner/cpd/states/cpd_scanner_open.h"
 

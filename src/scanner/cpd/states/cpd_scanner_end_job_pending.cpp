@@ -1,5 +1,7 @@
 #include "scanner/cpd/states/cpd_scanner_end_job_pending.h"
 
+#include "device/notification.h"
+#include "qvn/result_codes.h"
 #include "scanner/cpd/cpd_scanner.h"
 #include "scanner/cpd/states/cpd_scanner_open.h"
 

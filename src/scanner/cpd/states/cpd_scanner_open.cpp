@@ -1,6 +1,8 @@
 #include "scanner/cpd/states/cpd_scanner_open.h"
 
 #include "device/connection_use.h"
+#include "qvn/result_codes.h"
+#include "qvn/transport/connection_manager.h"
 #include "scanner/cpd/cpd_scan_bidi_task.h"
 #include "scanner/cpd/cpd_scanner.h"
 #include "scanner/cpd/states/cpd_scanner_scanning.h"

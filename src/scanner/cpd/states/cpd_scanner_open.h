@@ -1,6 +1,7 @@
 // CpdScannerOpen: a scanner that is open and does not scan: commands are exchanged.
 #pragma once
 
+#include "qvn/transport/data.h"
 #include "scanner/cpd/states/cpd_scanner_state.h"
 
 namespace qvn {

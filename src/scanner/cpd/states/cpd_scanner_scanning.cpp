@@ -1,5 +1,7 @@
 #include "scanner/cpd/states/cpd_scanner_scanning.h"
 
+#include "device/notification.h"
+#include "qvn/result_codes.h"
 #include "scanner/cpd/cpd_scanner.h"
 #include "scanner/cpd/cpd_scanner_async_data_manager.h"
 #include "scanner/cpd/states/cpd_scanner_cancel.h"

@@ -1,6 +1,7 @@
 // CpdScannerScanning: a scanner whose data goes to the clients until a status ends it.
 #pragma once
 
+#include "qvn/transport/data.h"
 #include "scanner/cpd/states/cpd_scanner_state.h"
 
 namespace qvn {
