@@ -4,8 +4,9 @@
 
 #include <cerrno>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "base/json_line.h"
 
 namespace sim {
 namespace {
@@ -38,8 +39,7 @@ void Console::readInput() {
       commands_.run(line);
       printLine(R"({"ok":true})");
     } catch (const std::invalid_argument& error) {
-      printLine(nlohmann::json{{"error", error.what()}}.dump(-1, ' ', false,
-                                                             nlohmann::json::error_handler_t::replace));
+      printLine(jsonLine({{"error", std::string(error.what())}}));
     }
   }
   if (pending_.size() > kLongestLine) pending_.clear();

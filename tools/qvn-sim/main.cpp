@@ -6,9 +6,9 @@
 #include <exception>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "base/bytes.h"
+#include "base/json_line.h"
 #include "base/trace.h"
 #include "command_interpreter.h"
 #include "command_line.h"
@@ -108,18 +108,16 @@ void simulate(sim::Options options) {
   sim::Script script(loop, commands, options.script);
   loop.watch(signals.get(), [&] { loop.stop(); });
 
-  sim::printLine(nlohmann::ordered_json{
-      {"address", options.address},
-      {"discovery", discovery.port()},
-      {"bidi", ports.bidi},
-      {"print", ports.print},
-      {"scan", ports.scan},
-      {"hid", ports.hid},
-      {"family", options.identity.family},
-      {"model", options.identity.model},
-      {"serial", options.identity.serial},
-      {"pid",
-       getpid()}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  sim::printLine(sim::jsonLine({{"address", options.address},
+                                {"discovery", discovery.port()},
+                                {"bidi", ports.bidi},
+                                {"print", ports.print},
+                                {"scan", ports.scan},
+                                {"hid", ports.hid},
+                                {"family", options.identity.family},
+                                {"model", options.identity.model},
+                                {"serial", options.identity.serial},
+                                {"pid", static_cast<std::uint64_t>(getpid())}}));
   script.run();
   loop.run();
   jobs.closeAll();

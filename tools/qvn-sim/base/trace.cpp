@@ -1,7 +1,10 @@
 #include "base/trace.h"
 
-#include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "base/json_line.h"
 
 namespace sim {
 
@@ -13,11 +16,11 @@ Trace::Trace(const std::filesystem::path& file) {
 
 void Trace::write(std::uint64_t connection, const char* direction, std::string_view what,
                   std::string_view port) {
-  nlohmann::ordered_json line;
-  if (!port.empty()) line["port"] = port;
-  line["connection"] = connection;
-  line[direction] = what;
-  out_ << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n' << std::flush;
+  std::vector<JsonField> line;
+  if (!port.empty()) line.emplace_back("port", std::string(port));
+  line.emplace_back("connection", connection);
+  line.emplace_back(direction, std::string(what));
+  out_ << jsonLine(line) << '\n' << std::flush;
 }
 
 }  // namespace sim

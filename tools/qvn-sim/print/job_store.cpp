@@ -3,9 +3,10 @@
 #include <time.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <utility>
+#include <vector>
 
+#include "base/json_line.h"
 #include "base/numbered_files.h"
 
 namespace sim {
@@ -38,14 +39,14 @@ const char* toText(JobOutcome outcome) {
 }  // namespace
 
 std::string toJson(const JobRecord& record) {
-  nlohmann::ordered_json json = {{"id", record.id},
-                                 {"started", iso8601(record.started)},
-                                 {"ended", iso8601(record.ended)},
-                                 {"bytes", record.bytes},
-                                 {"outcome", toText(record.outcome)}};
-  if (!record.name.empty()) json["name"] = record.name;
-  if (!record.error.empty()) json["error"] = record.error;
-  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  std::vector<JsonField> fields = {{"id", record.id},
+                                   {"started", iso8601(record.started)},
+                                   {"ended", iso8601(record.ended)},
+                                   {"bytes", record.bytes},
+                                   {"outcome", std::string(toText(record.outcome))}};
+  if (!record.name.empty()) fields.emplace_back("name", record.name);
+  if (!record.error.empty()) fields.emplace_back("error", record.error);
+  return jsonLine(fields);
 }
 
 JobStore::JobStore(std::filesystem::path directory, bool keepData)
