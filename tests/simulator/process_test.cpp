@@ -3,8 +3,9 @@
 #include <signal.h>
 
 #include <filesystem>
-#include <fstream>
 
+#include "support/content_of.h"
+#include "support/simulator/scan_host.h"
 #include "support/simulator/simulator_process.h"
 #include "support/simulator/test_sockets.h"
 
@@ -56,13 +57,13 @@ TEST(SimulatorProcessTest, TracesPackets) {
   {
     const SimulatorProcess device({"--trace", file.string()});
     Stream::connect(device.address(), device.bidiPort()).ask("A5 00 05 50 E0 82 02 02");
+    ScanHost(device).ask("1B 53 46 00 00 00 00 00");
   }
-  std::ifstream in(file);
-  std::string line;
-  std::getline(in, line);
-  EXPECT_EQ(line, R"({"connection":1,"received":"A5000550E0820202"})");
-  std::getline(in, line);
-  EXPECT_EQ(line, R"({"connection":1,"sent":"A5000520E0820202"})");
+  EXPECT_EQ(contentOf(file),
+            "{\"connection\":1,\"received\":\"A5000550E0820202\"}\n"
+            "{\"connection\":1,\"sent\":\"A5000520E0820202\"}\n"
+            "{\"port\":\"scan\",\"connection\":1,\"received\":\"1B53460000000000\"}\n"
+            "{\"port\":\"scan\",\"connection\":1,\"sent\":\"1B53530000000000\"}\n");
 }
 
 }  // namespace

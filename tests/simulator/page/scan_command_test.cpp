@@ -1,8 +1,6 @@
 // What the simulated scanner answers to each ESC command, and to what is none.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 #include "support/simulator/scan_host.h"
@@ -186,28 +184,6 @@ TEST(SimulatedScanner, IsNotThereWhenTheDeviceOnlyPrints) {
     EXPECT_EQ(answer.find("scan="), std::string::npos) << answer;
     EXPECT_EQ(answer.find("hid="), std::string::npos) << answer;
   }
-}
-
-TEST(SimulatedScanner, TracesCommandsAndTheHeadersOfBlocks) {
-  const std::filesystem::path file = std::filesystem::path(std::getenv("QVN_HOME")) / "trace";
-  {
-    const SimulatorProcess device({"--trace", file.string(), "--block", "40"});
-    ScanHost host(device);
-    host.set(75, ScanFormat::Gray, {0, 0, 160, 80});  // 10 dots, 5 lines
-    host.scan();
-  }
-  std::ifstream in(file);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  ASSERT_GE(lines.size(), 4u);
-  EXPECT_EQ(lines.front(), R"({"port":"scan","connection":1,"received":"1B53444B004B0000"})");
-  const std::vector<std::string> kPage = {
-      R"({"port":"scan","connection":1,"received":"1B53470000000000"})",
-      R"({"port":"scan","connection":1,"sent":"1B73642800010000"})",
-      R"({"port":"scan","connection":1,"sent":"1B73640A00010100"})",
-      R"({"port":"scan","connection":1,"sent":"1B53530000000000"})",
-  };
-  EXPECT_EQ(std::vector<std::string>(lines.end() - 4, lines.end()), kPage);
 }
 
 }  // namespace

@@ -53,10 +53,6 @@ TEST_F(SimulatedScanFaults, SpoilRepliesAsOftenAsAsked) {
     EXPECT_EQ(host.ask(kFeederStatus), kPageStatus) << "once only";
     device.command("clear-faults");
   }
-  for (const char* bad :
-       {"late-reply=1:version", "corrupt-reply=go", "reject=size", "misframe-reply=other"}) {
-    EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
-  }
   fault("close-bidi=feeder-status:1");
   host.send(kFeederStatus);
   EXPECT_TRUE(host.stream().isEnded());
@@ -131,42 +127,6 @@ TEST_F(SimulatedScanFaults, PromiseMoreThanABlockHas) {
   expectWholePage(host);
 }
 
-TEST_F(SimulatedScanFaults, StopInTheMiddleOfAPage) {
-  fault("stop-page=1500:1");
-  host.send(kScanGo);
-  EXPECT_EQ(host.receive().size(), 1008u);
-  EXPECT_EQ(host.stream().receive(508).size(), 508u);
-  EXPECT_EQ(ScanHost(device).ask(kScanStatus), kSending);
-  EXPECT_TRUE(host.stream().isSilent());
-  host.send(kScanAbort);
-  EXPECT_EQ(host.stream().receive(500).size(), 500u) << "the block is completed";
-  EXPECT_EQ(toHex(host.receive()), kScanAborted);
-  expectWholePage(host);
-}
-
-TEST_F(SimulatedScanFaults, ResetTheConnectionInTheMiddleOfAPage) {
-  fault("close-mid-page=1500:1");
-  host.send(kScanGo);
-  EXPECT_TRUE(host.stream().isEnded());
-  ScanHost again(device);
-  again.set(75, ScanFormat::Gray, kArea);
-  expectWholePage(again);
-}
-
-TEST_F(SimulatedScanFaults, SendAPageSlowlyOrNotAtAll) {
-  fault("slow-scan=0");
-  host.send(kScanGo);
-  EXPECT_EQ(host.ask(kScanStatus), kSending);
-  EXPECT_TRUE(host.stream().isSilent());
-  fault("slow-scan=50000");
-  const ScannedPage page = host.receivePage();
-  EXPECT_EQ(page.data.size(), kPageLength);
-  host.send(kScanGo);
-  fault("slow-scan=10");  // in the middle, the rest would take minutes
-  host.send(kScanAbort);
-  EXPECT_EQ(host.receivePage().status, kScanAborted);
-}
-
 TEST_F(SimulatedScanFaults, IgnoreAnAbort) {
   fault("slow-scan=0");
   fault("ignore-abort:1");
@@ -174,14 +134,6 @@ TEST_F(SimulatedScanFaults, IgnoreAnAbort) {
   host.send(kScanAbort);
   EXPECT_EQ(host.ask(kScanStatus), kSending);
   EXPECT_EQ(host.ask(kScanAbort), kScanAborted) << "once only";
-}
-
-TEST_F(SimulatedScanFaults, RefuseWhatTheyDoNotKnow) {
-  for (const char* bad : {"status-early", "status-early=x", "status-early:1", "status-late=1:2:3",
-                          "status-twice=1", "status-never:x", "wrong-length=-1", "stop-page=99999999999999",
-                          "slow-scan", "slow-scan=1:1", "ignore-abort=1:1", "busy:1", "drop-reply:go"}) {
-    EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
-  }
 }
 
 }  // namespace

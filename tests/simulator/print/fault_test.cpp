@@ -1,4 +1,4 @@
-// Each fault that the simulated printer can be told to have.
+// The faults that the simulated printer can be told to have, and what is none of any device.
 #include <gtest/gtest.h>
 
 #include "support/simulator/simulator_process.h"
@@ -56,33 +56,6 @@ TEST_F(SimulatedFaults, SpoilRepliesAsOftenAsAsked) {
   }
 }
 
-TEST_F(SimulatedFaults, CloseTheBidiConnection) {
-  fault("close-bidi=lock:1");
-  bidi.send(hex(kLock));
-  EXPECT_TRUE(bidi.isEnded());
-  EXPECT_EQ(Stream::connect(device.address(), device.bidiPort()).ask(kLock), kGranted);
-}
-
-TEST_F(SimulatedFaults, AnswerBusyUntilCleared) {
-  fault("busy");
-  EXPECT_EQ(bidi.ask(kLock), "A5 00 06 20 E0 82 02 01 01");
-  device.command("clear-faults");
-  EXPECT_EQ(bidi.ask(kLock), kGranted);
-}
-
-TEST_F(SimulatedFaults, CloseInTheMiddleOfAJob) {
-  fault("close-mid-job=1000:1");
-  Stream host = print();
-  host.send(repeated(999, 'x'));
-  bidi.ask(kQueryJobs);
-  EXPECT_TRUE(host.isSilent());
-  host.send(repeated(1, 'x'));
-  EXPECT_TRUE(host.isEnded());
-  EXPECT_EQ(device.nextJob().at("outcome"), "lost");
-  print().send(repeated(2000, 'x') + kMarker);
-  EXPECT_EQ(device.nextJob().at("outcome"), "complete") << "once only";
-}
-
 TEST_F(SimulatedFaults, NeverFinishAJob) {
   fault("never-finish");
   print().send(bytesOf("page") + kMarker);
@@ -93,23 +66,21 @@ TEST_F(SimulatedFaults, NeverFinishAJob) {
   EXPECT_EQ(bidi.receivePacket().size(), 26u);
 }
 
-TEST_F(SimulatedFaults, TakePrintDataSlowlyOrNotAtAll) {
-  fault("slow-print=0");
-  Stream host = print();
-  host.send(repeated(1000, 'x') + kMarker);
-  EXPECT_EQ(bidi.ask(kQueryJobs).substr(0, 5), "A5 00");
-  device.command("clear-faults");
-  fault("slow-print=20000");
-  const nlohmann::json record = device.nextJob();
-  EXPECT_EQ(record.at("bytes"), 1000);
-  EXPECT_NE(record.at("started"), record.at("ended"));
-}
-
 TEST(SimulatorFaultSwitches, RefuseWhatTheyDoNotKnow) {
   SimulatorProcess device;
-  for (const char* bad : {"", "dance", "drop-reply=dance", "drop-reply=lock:x", "drop-reply=lock:1:2",
-                          "delay-reply", "delay-reply=soon", "busy=1", "slow-print", "slow-print=1:1",
-                          "close-mid-job=-1", "late-reply=1:lock:1:1"}) {
+  const char* const kBad[] = {
+      "", "dance",
+      // Replies: what they are to, how late they come and how often that happens.
+      "drop-reply=dance", "drop-reply=lock:x", "drop-reply=lock:1:2", "drop-reply:go", "delay-reply",
+      "delay-reply=soon", "late-reply=1:lock:1:1", "late-reply=1:version", "corrupt-reply=go", "reject=size",
+      "reject=stateChanged", "misframe-reply=other", "misframe-reply=pageScanned", "wrong-id=systemUpdate",
+      "wrong-id=summary", "wrong-id=enter", "close-bidi=systemUpdate", "oversize-reply=version",
+      // Jobs and pages.
+      "busy=1", "busy:1", "slow-print", "slow-print=1:1", "close-mid-job=-1", "status-early",
+      "status-early=x", "status-early:1", "status-late=1:2:3", "status-twice=1", "status-never:x",
+      "wrong-length=-1", "stop-page=99999999999999", "slow-scan", "slow-scan=1:1", "ignore-abort=1:1",
+      "read-error", "read-error=x", "no-data=1", "host-mode-fail=1"};
+  for (const char* const bad : kBad) {
     EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
   }
 }
