@@ -162,15 +162,6 @@ TEST_F(CommandLine, StoresShowsAndForgetsDevices) {
   EXPECT_EQ(json::parse(ok({"device", "list", "--transport", "IPv4", "--json"})).size(), 2u);
 }
 
-TEST_F(CommandLine, StoresTheAttributesSortedUnderTheHandle) {
-  addPrinter("7", "LAB1");
-  EXPECT_EQ(ok({"registry", "export", "--key", "Software\\Quorin Tools\\Qvn\\Local\\qr__\\PrinterStore"}),
-            "[Software\\Quorin Tools\\Qvn\\Local\\qr__\\PrinterStore]\n"
-            "\"7\"=\"<Address>127.0.0.1</Address><Device>CpdPrinter</Device><Handle>7</Handle>"
-            "<NpaRevisionLevel>010203</NpaRevisionLevel><Portname>LAB1</Portname>"
-            "<Transport>IPv4</Transport><Vid>1085</Vid>\"\n");
-}
-
 TEST_F(CommandLine, RefusesASecondDeviceOfAHandleOrAPortName) {
   addPrinter("7", "LAB1");
   for (const char* handle : {"7", "8"}) {
@@ -264,13 +255,6 @@ TEST_F(CommandLine, ImportsWhatItExported) {
   ok({"registry", "import", file.string()});
   EXPECT_EQ(ok({"registry", "export"}), saved);
   EXPECT_FALSE(std::filesystem::exists(file.string() + ".part"));
-}
-
-TEST_F(CommandLine, ImportsNothingOfAScriptWithAWrongLine) {
-  const Result result = qvn({"registry", "import", "-"}, "[Software\\New]\n\"a\"=\"b\"\n\"c\"=dword:xyz\n");
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, AllOf(HasSubstr("line 3: dword:"), HasSubstr("nothing was imported")));
-  EXPECT_EQ(qvn({"registry", "export", "--key", "Software\\New"}).exitCode, 1);
 }
 
 }  // namespace

@@ -8,20 +8,17 @@
 
 #include "progress_bar.h"
 #include "scan/scan_area.h"
-#include "shared/client/text_values.h"
 #include "shared/scan/capabilities.h"
 #include "shared/scan/error.h"
 #include "shared/scan/esc_page.h"
-#include "shared/scan/esc_requests.h"
+#include "shared/scan/esc_replies.h"
 #include "shared/scan/host_send_job.h"
 
 namespace qvn::scan {
 namespace {
 
-using cli::formatHex;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr char kDescription[] =
     "model=Simulated "
@@ -36,21 +33,6 @@ std::pair<std::optional<Problem>, std::string> failureOf(const std::function<voi
     return {error.problem(), error.what()};
   }
   return {std::nullopt, "none"};
-}
-
-TEST(EscRequests, AreTheDevicesCommands) {
-  const Area area{0x0102, 0x0304, 0x2710, 0x36D8};
-  const std::pair<Request, const char*> cases[] = {
-      {versionRequest(), "1B 53 56 00 00 00 00 00"},
-      {lockRequest(), "1B 44 53 4C 00 00 00 00"},
-      {unlockRequest(), "1B 44 53 55 00 00 00 00"},
-      {resolutionRequest(1200), "1B 53 44 B0 04 B0 04 00"},
-      {colorFormatRequest(ColorMode::Color), "1B 53 43 02 00 00 00 00"},
-      {clippingRequest(area), "1B 53 4D 02 01 04 03 00"},
-      {sizeRequest(area), "1B 53 5A 10 27 D8 36 00"},
-      {sourceRequest(Source::Feeder), "1B 44 50 53 00 00 0E 00 73 6F 75 72 63 65 3D 66 65 65 64 65 72 0A"},
-  };
-  for (const auto& [request, bytes] : cases) EXPECT_EQ(formatHex(request, " "), bytes);
 }
 
 TEST(Capabilities, AreReadFromTheDevicesText) {
@@ -109,28 +91,6 @@ TEST(Capabilities, RefuseWhatTheScannerCannot) {
   };
   for (const auto& one : cases) {
     EXPECT_THAT(failureOf([&] { one.scanner.check(one.settings); }).second, HasSubstr(one.sentence));
-  }
-}
-
-TEST(PageSize, RoundsDown) {
-  const struct {
-    Settings settings;
-    std::uint64_t dots, bytesPerLine, lines;
-  } cases[] = {
-      {{100, ColorMode::Gray, {0, 0, 10200, 14040}, {}}, 850, 850, 1170},
-      {{100, ColorMode::BlackAndWhite, {5, 5, 10200, 14040}, {}}, 850, 107, 1170},
-      {{1200, ColorMode::Color, {0, 0, 10200, 14040}, {}}, 10200, 30600, 14040},
-      {{75, ColorMode::Color, {0, 0, 31, 15}, {}}, 1, 3, 0},
-      {{300, ColorMode::BlackAndWhite, {0, 0, 32, 35}, {}}, 8, 1, 8},
-      {{300, ColorMode::BlackAndWhite, {0, 0, 36, 3}, {}}, 9, 2, 0},
-      {{1200, ColorMode::Color, {0, 0, 65535, 65535}, {}}, 65535, 196605, 65535},
-  };
-  for (const auto& [settings, dots, bytesPerLine, lines] : cases) {
-    const PageSize size = pageSize(settings);
-    EXPECT_EQ(size.dots, dots);
-    EXPECT_EQ(size.bytesPerLine, bytesPerLine);
-    EXPECT_EQ(size.lines, lines);
-    EXPECT_EQ(size.bytes(), bytesPerLine * lines);
   }
 }
 
@@ -215,26 +175,6 @@ void deliverAll(EscPage& page) {
   for (unsigned number = 0; number < kBlocks; ++number)
     page.receive(kScanData, block(1, number, kBlockLength));
   page.receive(kScanData, status(0));
-}
-
-TEST(EscPage, ReachesItsReaderWhole) {
-  const CancelSignal cancel;
-  EscPage page(kBlocks * kBlockLength, cancel);
-  std::thread device([&] { deliverAll(page); });
-  std::vector<std::uint8_t> read(kBlocks * kBlockLength + 1);
-  std::size_t at = 0;
-  for (;;) {
-    const auto [state, count] = page.pipe().take(std::span(read).subspan(at));
-    at += count;
-    if (state == PagePipe::State::End) break;
-    if (state == PagePipe::State::Nothing) {
-      ASSERT_TRUE(page.pipe().wait(std::chrono::seconds(30)));
-    }
-  }
-  device.join();
-  EXPECT_EQ(page.error(), std::nullopt);
-  ASSERT_EQ(at, kBlocks * kBlockLength);
-  for (std::size_t i = 0; i < at; ++i) ASSERT_EQ(read[i], i / kBlockLength) << i;
 }
 
 // The device's thread is in the middle of the page when nobody reads on.
@@ -357,32 +297,6 @@ TEST(HostSendJob, TakesAPageAndNothingElse) {
   }
 }
 
-TEST(HostSendJob, KeepsTheScannerWaitingUntilTheNextPageIsWanted) {
-  const CancelSignal cancel;
-  Settings settings = kSmallPage;
-  settings.source = Source::Feeder;
-  HostSendJob job(settings, std::chrono::seconds(30));
-  std::thread device([&] {
-    for (const char content : {'1', '2', '3'}) {
-      deliver(job, "Page.Start,100,Page.End", content);
-    }
-    deliver(job, "Job.End");
-  });
-  for (const char content : {'1', '2', '3'}) {
-    job.waitForLastPage(std::chrono::seconds(30));
-    const auto page = std::make_shared<Page>(cancel);
-    job.offer(page);
-    EXPECT_EQ(readPage(*page, static_cast<std::uint8_t>(content)), 100u);
-    EXPECT_EQ(page->error(), std::nullopt);
-  }
-  const auto none = std::make_shared<Page>(cancel);
-  job.offer(none);
-  EXPECT_EQ(readPage(*none, 0), 0u);
-  device.join();
-  ASSERT_TRUE(none->error());
-  EXPECT_EQ(none->error()->problem(), Problem::NoSheet);
-}
-
 TEST(HostSendJob, EndsWhenNobodyWantsTheNextPageInTime) {
   const CancelSignal cancel;
   HostSendJob job(kSmallPage, std::chrono::milliseconds(0));
@@ -413,18 +327,6 @@ TEST(HostSendJob, LetsTheScannerGoOnWhenItIsDropped) {
     job.drop();
     device.join();
   }
-}
-
-TEST(CancelSignal, IsReadableAsLongAsItIsRaised) {
-  CancelSignal cancel;
-  EscPage page(100, cancel);
-  EXPECT_FALSE(page.pipe().wait(std::chrono::milliseconds(0)));
-  cancel.raise();
-  cancel.raise();
-  EXPECT_TRUE(page.pipe().wait(std::chrono::milliseconds(0)));
-  cancel.clear();
-  EXPECT_FALSE(cancel.raised());
-  EXPECT_FALSE(page.pipe().wait(std::chrono::milliseconds(0)));
 }
 
 TEST(Area, IsReadInMillimetres) {

@@ -69,14 +69,6 @@ TEST(AttributeCodec, ByteArraysAreTwoDigitsAByte) {
   EXPECT_EQ(length, 1u);
 }
 
-TEST(AttributeCodec, AccessIsInTheDescriptorAndNotChecked) {
-  EXPECT_TRUE(AttributeCodec::isWriteable(attribute::kPortname));
-  EXPECT_FALSE(AttributeCodec::isWriteable(attribute::kHandle));
-  EXPECT_TRUE(AttributeCodec::isLong(attribute::kHandle));
-  EXPECT_TRUE(AttributeCodec::isString(attribute::kDevice));
-  EXPECT_TRUE(AttributeCodec::isByteArray(attribute::kMacAddress));
-}
-
 TEST(AttributeCodec, TextsItNeverWroteAreReadAsFarAsTheyGo) {
   const struct {
     const char* text;
