@@ -78,7 +78,9 @@ void Child::write(const std::string& text) {
 
 void Child::closeInput() { closeOnce(input_); }
 
-void Child::signal(int number) const { kill(id_, number); }
+void Child::signal(int number) const {
+  if (id_ > 0) kill(id_, number);
+}
 
 bool Child::readSome() {
   pollfd entries[] = {{outputPipe_, POLLIN, 0}, {errorPipe_, POLLIN, 0}};
@@ -120,7 +122,7 @@ int Child::wait() {
     if (!readSome() || std::chrono::steady_clock::now() > deadline) return 999;
   }
   int status = 0;
-  if (waitpid(id_, &status, 0) != id_) return 999;
+  if (id_ < 0 || waitpid(id_, &status, 0) != id_) return 999;
   id_ = -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }

@@ -20,6 +20,7 @@ class Child {
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
 
+  pid_t id() const { return id_; }
   void write(const std::string& text);
   void closeInput();
   void signal(int number) const;
@@ -30,7 +31,8 @@ class Child {
   // The same of standard error.
   std::optional<std::string> readErrorLine();
 
-  // Waits for the end and returns the exit code, 128 + n when ended by signal n; 999 when the limit passed.
+  // Waits for the end and returns the exit code, 128 + n when ended by signal n; 999 when the limit passed or
+  // the end was waited for before.
   int wait();
 
   // What has come so far, lines that were read excepted.

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/process/child.h"
+
 namespace qvn::test {
 
 class SimulatorProcess {
@@ -19,7 +21,7 @@ class SimulatorProcess {
   SimulatorProcess(const SimulatorProcess&) = delete;
   SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
-  pid_t pid() const { return pid_; }
+  pid_t pid() const { return child_.id(); }
   std::string address() const { return ready_.at("address"); }
   std::uint16_t discoveryPort() const { return ready_.at("discovery"); }
   std::uint16_t bidiPort() const { return ready_.at("bidi"); }
@@ -30,21 +32,18 @@ class SimulatorProcess {
 
   // Has the device carry out one line of its standard input and gives its answer.
   nlohmann::json command(const std::string& line);
-  // The next line the device prints, within 10 s.
+  // The next line the device prints; throws std::runtime_error when none comes.
   nlohmann::json nextLine();
   // The record of the next job that ends; the device needs "--events".
   nlohmann::json nextJob() { return nextLine().at("job"); }
 
-  void closeInput();
-  void signal(int number);
-  // Waits for its end and gives its exit code, or minus the signal that ended it.
-  int wait();
+  void closeInput() { child_.closeInput(); }
+  void signal(int number) { child_.signal(number); }
+  // Waits for its end and gives its exit code.
+  int wait() { return child_.wait(); }
 
  private:
-  pid_t pid_ = -1;
-  int input_ = -1;
-  int output_ = -1;
-  std::string pending_;
+  Child child_;
   nlohmann::json ready_;
 };
 
