@@ -109,9 +109,6 @@ TEST_F(EnumerationTest, HostInformationHasDefaultsThatStay) {
   EXPECT_EQ(QvnGetHostInfo(1, attribute::kCodePage, buffer, 5, &required), 0u);
   EXPECT_EQ(QvnGetHostInfo(1, attribute::kPortname, buffer, 32, &required), 1168u);
   EXPECT_EQ(QvnSetHostInfo(1, attribute::kPortname, "x", 1), 87u);
-  EXPECT_EQ(QvnSetHostInfo(1, attribute::kPinNumber, "9876", 1), 0u);
-  EXPECT_EQ(QvnGetHostInfo(1, attribute::kPinNumber, buffer, 32, &required), 0u);
-  EXPECT_STREQ(buffer, "9876");
 }
 
 }  // namespace

@@ -1,17 +1,18 @@
 // Several processes that store, read and log at once while one of them is killed again and again.
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <fstream>
-#include <iterator>
+#include <functional>
+#include <string>
+#include <vector>
 
 #include "common/logging/basic_logger.h"
 #include "device/store/printer_store.h"
 #include "platform/files/paths.h"
 #include "support/library_fixture.h"
+#include "support/process/forked.h"
 
 namespace qvn::test {
 namespace {
@@ -19,13 +20,13 @@ namespace {
 constexpr int kKills = 12;
 constexpr std::uint32_t kPerProcess = 40;
 
-// Runs `work` in a child process that initialises the library itself and tells of its progress on a pipe.
-pid_t runChild(int progress, const std::function<void(int progress)>& work) {
-  const pid_t pid = fork();
-  if (pid != 0) return pid;
-  QvnInitialize();
-  work(progress);
-  _exit(0);
+// For a child process, which initialises the library itself.
+std::function<int()> initialized(const std::function<void()>& work) {
+  return [=] {
+    QvnInitialize();
+    work();
+    return 0;
+  };
 }
 
 // Stores printers and says on the pipe which handles were acknowledged.
@@ -44,43 +45,36 @@ void storeAndLog(std::uint32_t firstHandle, std::uint32_t count, int progress) {
 TEST(Processes, NothingAcknowledgedIsLostWhenOneIsKilledInALoop) {
   int pipes[2];
   ASSERT_EQ(pipe(pipes), 0);
-  const pid_t first = runChild(pipes[1], [](int progress) {
-    FakeTransport::registerModule();
-    storeAndLog(1000, kPerProcess, progress);
-  });
-  const pid_t second = runChild(pipes[1], [](int progress) {
-    FakeTransport::registerModule();
-    storeAndLog(2000, kPerProcess, progress);
-  });
+  const auto storesAll = [&](std::uint32_t firstHandle) {
+    return initialized([=] {
+      FakeTransport::registerModule();
+      storeAndLog(firstHandle, kPerProcess, pipes[1]);
+    });
+  };
+  Forked first(storesAll(1000));
+  Forked second(storesAll(2000));
   std::vector<std::uint32_t> acknowledged;
   for (int kill = 0; kill < kKills; ++kill) {
     int victimPipes[2];
     ASSERT_EQ(pipe(victimPipes), 0);
-    const pid_t victim = runChild(victimPipes[1], [&](int progress) {
-      storeAndLog(10000 + 1000 * static_cast<std::uint32_t>(kill), 1000, progress);
-    });
+    Forked victim(initialized(
+        [&] { storeAndLog(10000 + 1000 * static_cast<std::uint32_t>(kill), 1000, victimPipes[1]); }));
     close(victimPipes[1]);
     // Killed at an arbitrary moment after its first few writes.
     std::uint32_t handle = 0;
     for (int i = 0; i <= kill % 4; ++i) {
       if (read(victimPipes[0], &handle, sizeof handle) == sizeof handle) acknowledged.push_back(handle);
     }
-    ASSERT_EQ(::kill(victim, SIGKILL), 0);
+    EXPECT_EQ(victim.kill(), 128 + SIGKILL);
     while (read(victimPipes[0], &handle, sizeof handle) == sizeof handle) acknowledged.push_back(handle);
     close(victimPipes[0]);
-    int status = 0;
-    waitpid(victim, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status)) << "exit code " << WEXITSTATUS(status);
   }
   close(pipes[1]);
   std::uint32_t handle = 0;
   while (read(pipes[0], &handle, sizeof handle) == sizeof handle) acknowledged.push_back(handle);
   close(pipes[0]);
-  for (const pid_t child : {first, second}) {
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-  }
+  EXPECT_EQ(first.wait(), 0);
+  EXPECT_EQ(second.wait(), 0);
 
   ASSERT_EQ(QvnInitialize(), 0u);
   EXPECT_GE(acknowledged.size(), 2 * kPerProcess + kKills);

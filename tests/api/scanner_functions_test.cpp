@@ -176,17 +176,5 @@ TEST_F(HidFunctionsTest, ADeviceThatSomebodyElseHasIsNotLookedFor) {
   EXPECT_THAT(fake.calls("discoverSpecific"), IsEmpty());
 }
 
-TEST_F(HidFunctionsTest, DiscoveredScannersAndHidsAreStored) {
-  fake.onDiscover = [](const std::string&) {
-    return std::vector<std::string>{FakeTransport::deviceText("CpdScanner", 408),
-                                    FakeTransport::deviceText("CpdHid", 808)};
-  };
-  EXPECT_EQ(QvnDiscovery(1, FakeTransport::kName, nullptr), 0u);
-  EXPECT_EQ(QvnOpenScanner(1, 408), 0u);
-  EXPECT_EQ(QvnOpenHid(1, 808), 0u);
-  QvnCloseScanner(1, 408);
-  QvnCloseHid(1, 808);
-}
-
 }  // namespace
 }  // namespace qvn::test

@@ -30,10 +30,10 @@ class Forked {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
   }
 
-  // Ends it without giving it a chance.
-  void kill() {
+  // Ends it without giving it a chance, and gives what wait() does.
+  int kill() {
     ::kill(pid_, SIGKILL);
-    wait();
+    return wait();
   }
 
  private:

@@ -69,16 +69,9 @@ std::string createParameters(const std::string& tree) {
 }
 
 Bytes blockOf(const Bytes& payload) {
-  const std::size_t length = payload.size();
-  return Bytes{0x42,
-               0x4B,
-               1,
-               0,
-               static_cast<std::uint8_t>(length >> 24),
-               static_cast<std::uint8_t>(length >> 16 & 0xFF),
-               static_cast<std::uint8_t>(length >> 8 & 0xFF),
-               static_cast<std::uint8_t>(length & 0xFF)} +
-         payload;
+  Bytes header = {0x42, 0x4B, 1, 0};
+  for (const int shift : {24, 16, 8, 0}) header.push_back(payload.size() >> shift & 0xFF);
+  return header + payload;
 }
 
 void ObjectHost::call(std::string_view object, std::string_view method, std::string_view params) {
