@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
+#include "ipv4/connections/logging_device.h"
+#include "ipv4/discovery/discovery_log.h"
 #include "ipv4/transport_module.h"
-#include "qvn/transport/attribute_codec.h"
-#include "qvn/transport/attributes.h"
 #include "support/content_of.h"
 
 namespace qvn::test {
@@ -26,14 +26,7 @@ TEST(ExampleTransport, IsTheOneThatThePageShows) {
 
 TEST(ExampleTransport, PrintsIntoAFileAndAnswersTheJobsPackets) {
   const std::filesystem::path file = std::filesystem::path(std::getenv("QVN_HOME")) / "out.prn";
-  class Texts : public Observer {
-   public:
-    std::vector<std::string> texts;
-
-   protected:
-    using Observer::doUpdate;
-    void doUpdate(const std::string& text) override { texts.push_back(text); }
-  } found;
+  DiscoveryLog found;
   TransportModule module(QVN_EXAMPLE_MODULE);
   found.attachTo(module.discoverer);
   EXPECT_EQ(module.discoverer.discover(""), 0u);
@@ -41,9 +34,7 @@ TEST(ExampleTransport, PrintsIntoAFileAndAnswersTheJobsPackets) {
   found.detachFrom(module.discoverer);
   ASSERT_EQ(found.texts.size(), 1u);
 
-  Device device;
-  PacketLog log;
-  log.attachTo(device);
+  LoggingDevice device;
   const OpenConnection bidi(module, found.texts[0], "bidi");
   {
     const OpenConnection print(module, found.texts[0], "print");
@@ -57,10 +48,10 @@ TEST(ExampleTransport, PrintsIntoAFileAndAnswersTheJobsPackets) {
     EXPECT_EQ(exchange(module, *bidi, device, "A5 00 05 50 E0 81 00 FF"), (ExchangeResult{0, 1460}));
     EXPECT_EQ(exchange(module, *bidi, device, ""), (ExchangeResult{0, 1460}));
   }
-  log.detachFrom(device);
-  ASSERT_EQ(log.entries().size(), 2u);
-  EXPECT_EQ(log.entries()[0].packet, "A5 00 06 20 05 00 00 00 01");
-  EXPECT_EQ(hex(log.entries()[1].packet).size(), 26u);
+  const std::vector<std::string> packets = device.deliveries();
+  ASSERT_EQ(packets.size(), 2u);
+  EXPECT_EQ(packets[0], "A5 00 06 20 05 00 00 00 01");
+  EXPECT_EQ(hex(packets[1]).size(), 26u);
   EXPECT_EQ(contentOf(file), "page");
 }
 

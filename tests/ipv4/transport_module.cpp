@@ -71,25 +71,6 @@ void* TransportModule::entryPoint(const char* name) const {
   return module_->find(name, error);
 }
 
-std::vector<PacketLog::Entry> PacketLog::waitFor(std::size_t count) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  added_.wait_for(lock, std::chrono::seconds(10), [&] { return entries_.size() >= count; });
-  return entries_;
-}
-
-std::vector<PacketLog::Entry> PacketLog::entries() {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return entries_;
-}
-
-void PacketLog::doUpdate(Data& data) {
-  const std::string packet = toHex(Bytes(data.getBuffer(), data.getBuffer() + data.getLength()));
-  if (onPacket) onPacket(packet);
-  const std::lock_guard<std::mutex> lock(mutex_);
-  entries_.push_back({packet, std::this_thread::get_id()});
-  added_.notify_all();
-}
-
 std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort, const std::string& address,
                           std::uint32_t handle) {
   std::string text;

@@ -1,22 +1,16 @@
 // The transport as the library sees it: loaded as a module, used through its managers.
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
-#include <functional>
 #include <iosfwd>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/process/module.h"
 #include "qvn/transport/connection_manager.h"
-#include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/discoverer.h"
-#include "qvn/transport/observer.h"
 #include "qvn/transport/visitor_manager.h"
 #include "support/simulator/test_sockets.h"
 
@@ -43,30 +37,6 @@ class TransportModule {
  private:
   explicit TransportModule(std::unique_ptr<platform::Module> module);
   std::unique_ptr<platform::Module> module_;
-};
-
-// What a device told its observers, packet by packet.
-class PacketLog : public Observer {
- public:
-  struct Entry {
-    std::string packet;
-    std::thread::id thread;
-  };
-  // Waits for that many packets, at most 10 s.
-  std::vector<Entry> waitFor(std::size_t count);
-  std::vector<Entry> entries();
-
-  // Called for each packet, on the delivering thread, before it is logged.
-  std::function<void(const std::string&)> onPacket;
-
- protected:
-  using Observer::doUpdate;
-  void doUpdate(Data& data) override;
-
- private:
-  std::mutex mutex_;
-  std::condition_variable added_;
-  std::vector<Entry> entries_;
 };
 
 std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort,

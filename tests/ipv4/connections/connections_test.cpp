@@ -92,14 +92,6 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReach) {
   }
 }
 
-TEST_F(Ipv4Transport, GivesUpConnectingInTime) {
-  setSetting("NpaTimeout", 50);
-  TransportModule module;
-  const Listener listener(0);
-  const Stream filling = Stream::connect("127.0.0.1", listener.port());  // the queue takes no other one
-  EXPECT_EQ(OpenConnection(module, attributeText(listener.port(), 1), "print").openCode(), 1460u);
-}
-
 TEST_F(Ipv4Transport, AnswersEachVisitorByName) {
   TransportModule module;
   const std::string good = attributeText(1, 2);

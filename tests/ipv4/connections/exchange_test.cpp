@@ -1,15 +1,20 @@
 // Packet exchanges and alerts on the "bidi" connection, against the simulated printer with each of its faults
 // and against a peer that sends what it likes.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <optional>
+#include <thread>
 
+#include "ipv4/connections/logging_device.h"
 #include "ipv4/transport_module.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
 namespace {
+
+using testing::ElementsAre;
 
 constexpr char kLock[] = "A5 00 05 50 E0 82 02 01";
 constexpr char kLocked[] = "A5 00 06 20 E0 82 02 01 00";
@@ -28,25 +33,20 @@ constexpr ExchangeResult kReplied{0, 0};
 constexpr ExchangeResult kNoReply{0, 1460};
 constexpr ExchangeResult kLost{64, 64};
 
-// A device with an observer, and the module it is reached through.
+// A device and the module it is reached through.
 class ExchangeTest : public testing::Test {
  protected:
   ExchangeTest() {
     installSettings();
     module.emplace();
-    log.attachTo(device);
   }
-  ~ExchangeTest() override {
-    module.reset();
-    log.detachFrom(device);
-  }
+  ~ExchangeTest() override { module.reset(); }
 
   ExchangeResult ask(const OpenConnection& bidi, const char* request) {
     return exchange(*module, *bidi, device, request);
   }
 
-  Device device;
-  PacketLog log;
+  LoggingDevice device;
   std::optional<TransportModule> module;
 };
 
@@ -71,9 +71,8 @@ TEST_F(Exchange, DeliversTheReplyOnTheReadersThreadBeforeItReturns) {
   EXPECT_EQ(data.getCount(), 8u);
   EXPECT_EQ(data.getLength(), 8u) << "the request stays to compare replies with";
   module->visitors.releaseVisitor(visitor);
-  ASSERT_EQ(log.entries().size(), 1u);
-  EXPECT_EQ(log.entries()[0].packet, kLocked);
-  EXPECT_NE(log.entries()[0].thread, std::this_thread::get_id());
+  EXPECT_THAT(device.deliveries(), ElementsAre(kLocked));
+  EXPECT_NE(device.deliveringThread(), std::this_thread::get_id());
 }
 
 TEST_F(Exchange, CarriesThePacketsOfAPrintConnectionOnTheBidiOne) {
@@ -82,7 +81,7 @@ TEST_F(Exchange, CarriesThePacketsOfAPrintConnectionOnTheBidiOne) {
   EXPECT_EQ(ask(print, kStartJob), (ExchangeResult{1229, 1229})) << "the printer is not open";
   const OpenConnection bidi(*module, attributes(), "bidi");
   EXPECT_EQ(ask(print, kStartJob), kReplied);
-  ASSERT_EQ(log.entries().size(), 1u);
+  EXPECT_EQ(device.deliveries().size(), 1u);
 }
 
 TEST_F(Exchange, RefusesWhatIsNoPacket) {
@@ -118,9 +117,7 @@ TEST_F(Exchange, MeetsEachFaultWithACodeAndGoesOn) {
     EXPECT_EQ(ask(bidi, kUnlock), kReplied) << "after " << c.fault;
     expected.push_back(kUnlocked);
   }
-  std::vector<std::string> packets;
-  for (const PacketLog::Entry& entry : log.entries()) packets.push_back(entry.packet);
-  EXPECT_EQ(packets, expected);
+  EXPECT_EQ(device.deliveries(), expected);
 }
 
 TEST_F(Exchange, NeverTakesAnotherRequestsReply) {
@@ -134,11 +131,8 @@ TEST_F(Exchange, NeverTakesAnotherRequestsReply) {
   simulator.command("fault double-reply=start-job:1");
   EXPECT_EQ(ask(bidi, kStartJob), kReplied);
   EXPECT_EQ(ask(bidi, kStartJob), kReplied);
-  const auto packets = log.entries();
-  ASSERT_EQ(packets.size(), 3u);
-  for (std::size_t i = 0; i < packets.size(); ++i) {
-    EXPECT_EQ(packets[i].packet, "A5 00 06 20 05 00 00 00 0" + std::to_string(i + 2));
-  }
+  const std::string started = "A5 00 06 20 05 00 00 00 0";
+  EXPECT_THAT(device.deliveries(), ElementsAre(started + "2", started + "3", started + "4"));
 }
 
 TEST_F(Exchange, DropsALateReplyWithoutLosingTheConnection) {
@@ -149,23 +143,23 @@ TEST_F(Exchange, DropsALateReplyWithoutLosingTheConnection) {
   EXPECT_EQ(ask(bidi, "A5 00 06 50 05 01 00 00 01"), kReplied);
   EXPECT_EQ(ask(bidi, kUnlock), kNoReply);
   EXPECT_EQ(ask(bidi, kCache), kReplied) << "behind the late one";
-  EXPECT_EQ(log.entries().size(), 3u);
-  EXPECT_EQ(log.entries().back().packet.substr(0, 20), "A5 00 15 20 E0 81 00");
+  EXPECT_EQ(device.deliveries().size(), 3u);
+  EXPECT_THAT(device.deliveries().back(), testing::StartsWith("A5 00 15 20 E0 81 00"));
 }
 
 TEST_F(Exchange, LetsAnAlertsReceiverExchangePackets) {
   const OpenConnection bidi(*module, attributes(), "bidi");
   std::atomic<int> replies{0};
-  log.onPacket = [&](const std::string& packet) {
+  device.onDelivery = [&](const std::string& packet) {
     if (packet == kReset && ask(bidi, kCache) == kReplied) ++replies;
   };
   EXPECT_EQ(ask(bidi, kLock), kReplied);
+  const std::thread::id replying = device.deliveringThread();
   for (int i = 0; i < 3; ++i) simulator.command("power-on-reset");
-  const auto packets = log.waitFor(7);  // one lock, three times cache and alert
-  ASSERT_EQ(packets.size(), 7u);
+  EXPECT_EQ(device.waitFor(7).size(), 7u);  // one lock, three times cache and alert
   EXPECT_EQ(replies, 3);
-  EXPECT_EQ(packets[6].packet, kReset);
-  EXPECT_NE(packets[6].thread, packets[0].thread);
+  EXPECT_EQ(device.deliveries().back(), kReset);
+  EXPECT_NE(device.deliveringThread(), replying);
 }
 
 TEST_F(Exchange, BringsAlertsAsLongAsTheConnectionIsTagged) {
@@ -175,7 +169,7 @@ TEST_F(Exchange, BringsAlertsAsLongAsTheConnectionIsTagged) {
   bidi->setTag(1);
   bidi->close();
   simulator.command("power-on-reset");
-  EXPECT_EQ(log.waitFor(2).size(), 2u);
+  EXPECT_EQ(device.waitFor(2).size(), 2u);
   EXPECT_EQ(bidi->open(), 0u) << "on the same session";
   EXPECT_EQ(exchange(*module, *bidi, device, kUnlock), kReplied);
   bidi->close();
@@ -186,7 +180,7 @@ TEST_F(Exchange, BringsAlertsAsLongAsTheConnectionIsTagged) {
   EXPECT_EQ(host.ask(kLock), kLocked);
   simulator.command("power-on-reset");
   EXPECT_EQ(toHex(host.receivePacket()), kReset);
-  EXPECT_EQ(log.entries().size(), 3u);
+  EXPECT_EQ(device.deliveries().size(), 3u);
 }
 
 TEST_F(Exchange, RegistersForAlertsAgainWhenItConnectsAgain) {
@@ -196,14 +190,14 @@ TEST_F(Exchange, RegistersForAlertsAgainWhenItConnectsAgain) {
   EXPECT_EQ(ask(bidi, kLock), kLost);
   EXPECT_EQ(ask(bidi, kLock), kReplied);
   simulator.command(std::string("alert ") + kPanelAlert);
-  EXPECT_EQ(log.waitFor(3).back().packet, kPanelAlert);
+  EXPECT_EQ(device.waitFor(3).back(), kPanelAlert);
 }
 
 TEST_F(Exchange, MayBeClosedFromInsideAnAlert) {
   Connectable* bidi = module->connections.getConnection(attributes(), "bidi");
   ASSERT_EQ(bidi->open(), 0u);
   std::atomic<bool> exchanged{false};
-  log.onPacket = [&](const std::string& packet) {
+  device.onDelivery = [&](const std::string& packet) {
     if (packet != kReset || !exchanged) return;
     bidi->close();
     module->connections.releaseConnection(bidi);
@@ -211,7 +205,7 @@ TEST_F(Exchange, MayBeClosedFromInsideAnAlert) {
   EXPECT_EQ(exchange(*module, *bidi, device, kLock), kReplied);
   exchanged = true;
   simulator.command("power-on-reset");
-  EXPECT_EQ(log.waitFor(2).size(), 2u);
+  EXPECT_EQ(device.waitFor(2).size(), 2u);
 }
 
 TEST_F(Exchange, ServesSeveralThreadsInTurn) {
@@ -227,7 +221,7 @@ TEST_F(Exchange, ServesSeveralThreadsInTurn) {
   }
   for (std::thread& client : clients) client.join();
   EXPECT_EQ(replies, 200);
-  EXPECT_EQ(log.entries().size(), 200u);
+  EXPECT_EQ(device.deliveries().size(), 200u);
 }
 
 // A peer of the test's own in place of the printer.
@@ -245,6 +239,8 @@ TEST_F(HostilePeer, GetsACodeWithinTheTimeoutWhateverItSends) {
     ExchangeResult result;
   };
   const Bytes reply = hex(kUnlocked);
+  Bytes flood;
+  for (int i = 0; i < 20000; ++i) flood = std::move(flood) + hex("A5 00 02 20 77");
   const Case kCases[] = {
       {"nothing", {}, kNoReply},
       {"noise, then the reply", repeated(5000, 0x5A) + reply, kReplied},
@@ -253,14 +249,7 @@ TEST_F(HostilePeer, GetsACodeWithinTheTimeoutWhateverItSends) {
       {"the longest length", hex("A5 FF FF 20 E0 82 02 02"), kNoReply},
       {"another reply", hex("A5 00 03 20 01 00"), kNoReply},
       {"alerts only", hex(kPanelAlert) + hex(kReset), kNoReply},
-      {"a flood of short packets, then the reply",
-       [&] {
-         Bytes flood;
-         const Bytes packet = hex("A5 00 02 20 77");
-         for (int i = 0; i < 20000; ++i) flood = std::move(flood) + packet;
-         return flood + reply;
-       }(),
-       kReplied},
+      {"a flood of short packets, then the reply", flood + reply, kReplied},
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.name);
@@ -282,11 +271,7 @@ TEST_F(HostilePeer, IsNotMissedWhenItEndsTheConnection) {
     Stream peer = listener.accept();
     std::thread ending([&] {
       peer.receivePacket();
-      if (reset) {
-        peer.reset();
-      } else {
-        peer.close();
-      }
+      reset ? peer.reset() : peer.close();
     });
     EXPECT_EQ(ask(bidi, kUnlock), kLost) << "reset " << reset;
     ending.join();
@@ -311,7 +296,7 @@ TEST_F(HostilePeer, CannotAnswerBeforeItIsAsked) {
   });
   EXPECT_EQ(ask(bidi, kStartJob), kReplied);
   answering.join();
-  EXPECT_EQ(log.entries().at(0).packet, "A5 00 06 20 05 00 00 00 01");
+  EXPECT_EQ(device.deliveries().at(0), "A5 00 06 20 05 00 00 00 01");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "ipv4/connections/logging_device.h"
+#include "ipv4/connections/open_part.h"
 #include "ipv4/transport_module.h"
 
 namespace qvn::test {
@@ -16,29 +17,24 @@ using testing::ElementsAre;
 
 constexpr char kReport[] = "01 01 03 00 00 00 00 00";
 constexpr char kReportFrame[] = "01 08 00 01 01 03 00 00 00 00 00";
-constexpr char kEventFrame[] = "02 08 00 05 00 00 00 02 00 00 00";
+constexpr char kEventFrame[] = "02 08 00 04 03 02 81 02 00 00 00";
 
 class Hid : public testing::Test {
  protected:
   Hid() {
     installSettings();
     module.emplace();
-    alert = module->connections.getConnection(partText("CpdHid", listener->port()), "alert");
-    alert->setChild(0, &device);
-    EXPECT_EQ(alert->open(), 0u);
-    peer.emplace(listener->accept());
+    alert.emplace(*module, partText("CpdHid", listener->port()), *listener, device, "alert");
   }
   ~Hid() override {
-    alert->close();
-    alert->setChild(0, nullptr);
-    module->connections.releaseConnection(alert);
+    alert.reset();
     module.reset();
   }
 
   std::uint32_t openAgain() {
     Visitor* visitor = module->visitors.getVisitor(visitor_name::kOpenHid);
     visitor->setDevice(device);
-    alert->accept(*visitor);
+    (*alert)->accept(*visitor);
     const std::uint32_t result = visitor->getResult();
     module->visitors.releaseVisitor(visitor);
     return result;
@@ -47,16 +43,15 @@ class Hid : public testing::Test {
   std::optional<Listener> listener{std::in_place};
   LoggingDevice device;
   std::optional<TransportModule> module;
-  Connectable* alert = nullptr;
-  std::optional<Stream> peer;
+  std::optional<OpenPart> alert;
 };
 
 TEST_F(Hid, GetsReportsAndEventsHoweverTheyArrive) {
   const Bytes frames = hex(kReportFrame) + hex("07 03 00 01 02 03") + hex(kEventFrame) +
                        hex("02 07 00 05 00 00 00 02 00 00 01 00 00") + hex(kReportFrame) + hex("00 00 00");
-  for (const std::uint8_t byte : frames) peer->send({byte});
-  peer->send(frames);
-  const std::string event = "event 5 2";
+  for (const std::uint8_t byte : frames) alert->peer->send({byte});
+  alert->peer->send(frames);
+  const std::string event = "event 2164392708 2";
   EXPECT_THAT(device.waitFor(8), ElementsAre(kReport, event, "", kReport, kReport, event, "", kReport));
   EXPECT_NE(device.deliveringThread(), std::this_thread::get_id());
 }
@@ -65,18 +60,16 @@ TEST_F(Hid, GetsEveryReportInOrder) {
   constexpr std::uint32_t kReports = 100000;
   std::atomic<bool> inOrder{true};
   std::uint32_t next = 0;
+  const auto numbered = [](std::uint32_t number) {
+    const auto byte = [number](int shift) { return static_cast<std::uint8_t>(number >> shift); };
+    return Bytes{2, 1, byte(0), byte(8), byte(16), 0, 0, 0};
+  };
   device.onDelivery = [&](const std::string& report) {
-    const auto byte = [&](int shift) { return static_cast<std::uint8_t>(next >> shift); };
-    inOrder = inOrder && report == toHex({2, 1, byte(0), byte(8), byte(16), 0, 0, 0});
-    ++next;
+    inOrder = inOrder && report == toHex(numbered(next++));
   };
   Bytes all;
-  for (std::uint32_t i = 0; i < kReports; ++i) {
-    const auto byte = [&](int shift) { return static_cast<std::uint8_t>(i >> shift); };
-    const Bytes frame = {1, 8, 0, 2, 1, byte(0), byte(8), byte(16), 0, 0, 0};
-    all.insert(all.end(), frame.begin(), frame.end());
-  }
-  auto sent = std::async(std::launch::async, [&] { peer->send(all); });
+  for (std::uint32_t i = 0; i < kReports; ++i) all = std::move(all) + hex("01 08 00") + numbered(i);
+  auto sent = std::async(std::launch::async, [&] { alert->peer->send(all); });
   EXPECT_EQ(device.waitFor(kReports).size(), kReports);
   sent.get();
   EXPECT_TRUE(inOrder);
@@ -85,17 +78,17 @@ TEST_F(Hid, GetsEveryReportInOrder) {
 TEST_F(Hid, IsConnectedAnewWhenOneMoreClientCountsOnIt) {
   EXPECT_EQ(openAgain(), 0u);
   EXPECT_FALSE(listener->isWaiting()) << "it still was";
-  peer->close();
+  alert->peer->close();
   EXPECT_THAT(device.waitFor(1), ElementsAre("lost"));
   EXPECT_EQ(openAgain(), 0u);
-  peer.emplace(listener->accept());
-  peer->send(hex(kReportFrame));
+  alert->peer.emplace(listener->accept());
+  alert->peer->send(hex(kReportFrame));
   EXPECT_THAT(device.waitFor(2), ElementsAre("lost", kReport));
-  peer->reset();
+  alert->peer->reset();
   device.waitFor(3);
   listener.reset();
   EXPECT_EQ(openAgain(), 1225u);
-  alert->close();
+  (*alert)->close();
   EXPECT_EQ(openAgain(), 1229u);
   EXPECT_THAT(device.deliveries(), ElementsAre("lost", kReport, "lost"));
 }

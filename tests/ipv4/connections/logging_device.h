@@ -1,4 +1,4 @@
-// A scanner or a HID that notes what a transport delivers to it.
+// A device that notes what a transport delivers to it.
 #pragma once
 
 #include <chrono>
@@ -9,21 +9,26 @@
 #include <thread>
 #include <vector>
 
+#include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
+#include "qvn/transport/observer.h"
 #include "support/simulator/test_sockets.h"
 
 namespace qvn::test {
 
 class LoggingDevice : public Device {
  public:
-  ~LoggingDevice() override { endReferences(); }
+  LoggingDevice() { replies_.attachTo(*this); }
+  ~LoggingDevice() override {
+    replies_.detachFrom(*this);
+    endReferences();
+  }
 
   // Called on the delivering thread before each delivery is noted.
   std::function<void(const std::string&)> onDelivery;
 
-  // What came, in order: bytes in hexadecimal, "code <code>" for what failed, "event <id>
-  // <category>", "lost". Waits until that many have
-  // come, at most 10 s.
+  // What came, in order: bytes in hexadecimal, "code <code>" for what failed, "event <id> <category>",
+  // "lost". Waits until that many have come, at most 10 s.
   std::vector<std::string> waitFor(std::size_t count) {
     std::unique_lock<std::mutex> lock(mutex_);
     added_.wait_for(lock, std::chrono::seconds(10), [&] { return deliveries_.size() >= count; });
@@ -57,6 +62,15 @@ class LoggingDevice : public Device {
     added_.notify_all();
   }
 
+  // A printer's replies come by notify.
+  struct Replies : Observer {
+    explicit Replies(LoggingDevice& owner) : device(owner) {}
+    void doUpdate(Data& data) override { device.doAccept(data); }
+    using Observer::doUpdate;
+    LoggingDevice& device;
+  };
+
+  Replies replies_{*this};
   std::mutex mutex_;
   std::condition_variable added_;
   std::vector<std::string> deliveries_;

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "ipv4/connections/logging_device.h"
-#include "ipv4/connections/open_scanner.h"
+#include "ipv4/connections/open_part.h"
 #include "ipv4/transport_module.h"
 
 namespace qvn::test {
@@ -100,16 +100,7 @@ class ObjectStore : public testing::Test {
   std::optional<TransportModule> module;
 };
 
-TEST_F(ObjectStore, DeliversTheReplyOnTheReadersThreadBeforeTheExchangeReturns) {
-  OpenScanner bidi(*module, attributes(), listener, device);
-  auto answered = answering(*bidi.peer, 1000, block(reply(1000)));
-  EXPECT_EQ(ask(*bidi, request(1000)), kReplied);
-  EXPECT_THAT(device.deliveries(), ElementsAre(noted(reply(1000))));
-  EXPECT_NE(device.deliveringThread(), std::this_thread::get_id());
-  answered.get();
-}
-
-TEST_F(ObjectStore, TellsAReplyFromWhatElseComes) {
+TEST_F(ObjectStore, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
   setSetting("ReadTimeout", kShortTimeout);
   const std::string framed = std::string("\xAA\0\0\0\0\0\0\xFF", 8) + reply(7);
   const std::string page = "<Scan.Data>" + reply(7);
@@ -135,17 +126,18 @@ TEST_F(ObjectStore, TellsAReplyFromWhatElseComes) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(testing::PrintToString(c.deliveries));
     LoggingDevice scanner;
-    OpenScanner bidi(*module, attributes(), listener, scanner);
+    OpenPart bidi(*module, attributes(), listener, scanner);
     auto answered = answering(*bidi.peer, 7, c.answer);
     EXPECT_EQ(Exchange(*module, scanner, request(7)).run(*bidi), c.result);
     EXPECT_EQ(scanner.deliveries(), c.deliveries);
+    EXPECT_NE(scanner.deliveringThread(), std::this_thread::get_id());
     answered.get();
   }
 }
 
 TEST_F(ObjectStore, LetsManyExchangesWaitAtTheSameTime) {
   constexpr int kCount = 8;
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   std::vector<std::future<ExchangeResult>> results;
   for (int id = 0; id < kCount; ++id) {
     results.push_back(std::async(std::launch::async, [&, id] { return ask(*bidi, request(id)); }));
@@ -160,7 +152,7 @@ TEST_F(ObjectStore, LetsManyExchangesWaitAtTheSameTime) {
 
 TEST_F(ObjectStore, DeliversALateReplyAndGoesOn) {
   setSetting("ReadTimeout", kShortTimeout);
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   EXPECT_EQ(ask(*bidi, request(1)), kNoReply);
   bidi.peer->receive(block(request(1)).size());
   auto answered = answering(*bidi.peer, 2, block(reply(1)) + block(reply(2)));
@@ -171,7 +163,7 @@ TEST_F(ObjectStore, DeliversALateReplyAndGoesOn) {
 
 TEST_F(ObjectStore, WaitsForTheEndOfADeliveryAsLongAsItTakes) {
   setSetting("ReadTimeout", kShortTimeout);
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   Exchange asking(*module, device, request(1));
   auto result = asking.start(*bidi);
   device.onDelivery = [&](const std::string&) {
@@ -183,7 +175,7 @@ TEST_F(ObjectStore, WaitsForTheEndOfADeliveryAsLongAsItTakes) {
 
 TEST_F(ObjectStore, WaitsForTheRestOfABlockAsLongAsItTakes) {
   setSetting("ReadTimeout", 600);  // longer than other channels wait
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   const Bytes page = block("<Scan.Data>line");
   bidi.peer->send(Bytes(page.begin(), page.end() - 4));
   EXPECT_EQ(ask(*bidi, request(1)), kNoReply);
@@ -192,7 +184,7 @@ TEST_F(ObjectStore, WaitsForTheRestOfABlockAsLongAsItTakes) {
 }
 
 TEST_F(ObjectStore, DeliversBlocksOfEveryLengthWhole) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   std::vector<std::string> pages;
   for (const std::size_t length : {0u, 1u, 4096u, 65535u, 65536u, 131071u, 131072u}) {
     pages.emplace_back(length, static_cast<char>('A' + pages.size()));
@@ -209,7 +201,7 @@ TEST_F(ObjectStore, DeliversBlocksOfEveryLengthWhole) {
 }
 
 TEST_F(ObjectStore, CanBeCancelledAtAnyTime) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   // Before it is sent.
   Exchange early(*module, device, request(1));
   early.cancel();
@@ -263,7 +255,7 @@ TEST_F(ObjectStore, EndsAllExchangesWithTheirConnection) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.code);
     LoggingDevice scanner;
-    std::optional<OpenScanner> bidi(std::in_place, *module, attributes(), listener, scanner);
+    std::optional<OpenPart> bidi(std::in_place, *module, attributes(), listener, scanner);
     Exchange first(*module, scanner, request(1));
     Exchange second(*module, scanner, request(2));
     std::future<ExchangeResult> results[] = {first.start(**bidi), second.start(**bidi)};
@@ -289,7 +281,7 @@ TEST_F(ObjectStore, EndsAllExchangesWithTheirConnection) {
 
 TEST_F(ObjectStore, IsNotToldOfALossBehindItsClose) {
   {
-    OpenScanner bidi(*module, attributes(), listener, device);
+    OpenPart bidi(*module, attributes(), listener, device);
     device.onDelivery = [&](const std::string& delivery) {
       if (delivery == "code 64") bidi->close();
     };
@@ -303,7 +295,7 @@ TEST_F(ObjectStore, IsNotToldOfALossBehindItsClose) {
 
 TEST_F(ObjectStore, SendsNothingButDocumentsThatCanBeAnswered) {
   const std::string tooLong = request(1) + std::string(131072, ' ');
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   for (const std::string& document :
        {std::string(), std::string("<method name=\"event\"/>"), reply(1), std::string("1"), tooLong}) {
     EXPECT_EQ(ask(*bidi, document), (ExchangeResult{87, 87})) << document.substr(0, 80);
@@ -326,7 +318,7 @@ TEST_F(ObjectStore, SendsNothingButDocumentsThatCanBeAnswered) {
 TEST_F(ObjectStore, GivesUpADeviceThatTakesNothing) {
   setSetting("NpaWriteTimeout", 50);
   setSetting("ReadTimeout", 0);
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   const std::string longest = request(1) + std::string(131072 - request(1).size(), ' ');
   ExchangeResult result = kNoReply;
   for (int i = 0; i < 1000 && result == kNoReply; ++i) result = ask(*bidi, longest);

@@ -1,13 +1,9 @@
-// The "print" connection, against the simulated printer and against peers that misbehave.
+// The "print" connection, against peers that misbehave.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "ipv4/transport_module.h"
-#include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
 namespace {
@@ -20,30 +16,6 @@ class PrintStream : public testing::Test {
   PrintStream() { installSettings(); }
   TransportModule module;
 };
-
-TEST_F(PrintStream, CarriesAJobUnchanged) {
-  const std::filesystem::path jobs = std::filesystem::path(std::getenv("QVN_HOME")) / "jobs";
-  SimulatorProcess simulator({"--events", "--jobs", jobs.string()});
-  Bytes sent;
-  {
-    const OpenConnection print(module, attributeText(simulator.printPort(), 1), "print");
-    ASSERT_EQ(print.openCode(), 0u);
-    for (const std::uint32_t size : {1u, 0u, 65536u, kMebibyte + 17}) {
-      Data block(size, static_cast<std::uint8_t>(size + 7));
-      sent.insert(sent.end(), block.getBuffer(), block.getBuffer() + size);
-      print->write(block);
-      EXPECT_EQ(block.getRc(), 0u);
-      EXPECT_EQ(block.getCount(), size);
-      EXPECT_EQ(block.getLength(), 0u) << "what was sent is consumed";
-    }
-    const Bytes marker = hex("1B 2A 82 00 00 00 00 AC");
-    Data end(marker.data(), static_cast<std::uint32_t>(marker.size()));
-    print->write(end);
-  }
-  EXPECT_EQ(simulator.nextJob().at("outcome"), "complete");
-  std::ifstream in(jobs / "job-1.prn", std::ios::binary);
-  EXPECT_TRUE(Bytes(std::istreambuf_iterator<char>(in), {}) == sent);
-}
 
 TEST_F(PrintStream, TellsWhatWentOutWhenThePrinterStalls) {
   setSetting("PJLWriteTimeout", 50);

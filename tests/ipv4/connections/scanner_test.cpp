@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "ipv4/connections/logging_device.h"
-#include "ipv4/connections/open_scanner.h"
+#include "ipv4/connections/open_part.h"
 #include "ipv4/transport_module.h"
 
 namespace qvn::test {
@@ -76,16 +76,7 @@ class Scanner : public testing::Test {
   std::optional<TransportModule> module;
 };
 
-TEST_F(Scanner, GetsTheReplyOnTheReadersThreadBeforeTheExchangeReturns) {
-  OpenScanner bidi(*module, attributes(), listener, device);
-  auto request = answering(*bidi.peer, hex(kStatus));
-  EXPECT_EQ(ask(*bidi, kDpi), kReplied);
-  EXPECT_THAT(device.deliveries(), ElementsAre(kStatus));
-  EXPECT_NE(device.deliveringThread(), std::this_thread::get_id());
-  EXPECT_EQ(request.get(), kDpi);
-}
-
-TEST_F(Scanner, TellsAReplyFromWhatElseComes) {
+TEST_F(Scanner, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
   setSetting("ReadTimeout", kShortTimeout);
   struct Case {
     const char* request;
@@ -110,17 +101,18 @@ TEST_F(Scanner, TellsAReplyFromWhatElseComes) {
   for (const Case& c : kCases) {
     SCOPED_TRACE(std::string(c.request) + " answered by " + c.answer);
     LoggingDevice scanner;
-    OpenScanner bidi(*module, attributes(), listener, scanner);
+    OpenPart bidi(*module, attributes(), listener, scanner);
     auto request = answering(*bidi.peer, hex(c.answer));
     EXPECT_EQ(exchange(*module, *bidi, scanner, c.request, visitor_name::kEscCommand), c.result);
     EXPECT_EQ(scanner.deliveries(), c.deliveries);
-    request.get();
+    EXPECT_NE(scanner.deliveringThread(), std::this_thread::get_id());
+    EXPECT_EQ(request.get(), c.request);
   }
 }
 
 TEST_F(Scanner, DoesNotWaitForAReplyThatIsNotToCome) {
   setSetting("ReadTimeout", 3600000);  // the test's own limit is shorter
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   for (const char* request : {kAbort, "1B 58 59 5A 00 00 00 00", "41", ""}) {
     EXPECT_EQ(ask(*bidi, request), kReplied) << request;
     EXPECT_EQ(write(*bidi, request), 0u) << request;
@@ -134,7 +126,7 @@ TEST_F(Scanner, DoesNotWaitForAReplyThatIsNotToCome) {
 
 TEST_F(Scanner, NeverTakesAnotherRequestsReply) {
   setSetting("ReadTimeout", kShortTimeout);
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   EXPECT_EQ(ask(*bidi, kVersion), kNoReply);
   bidi.peer->receive(8);
   // A reply of another kind is told apart, however late.
@@ -167,7 +159,7 @@ TEST_F(Scanner, NeverTakesAnotherRequestsReply) {
 }
 
 TEST_F(Scanner, NeverTakesAPagesStatusForAReply) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   const auto onANewConnection = [&](const std::function<void()>& send) {
     auto accepted = std::async(std::launch::async, [&] {
       Stream peer = listener.accept();
@@ -197,7 +189,7 @@ TEST_F(Scanner, NeverTakesAPagesStatusForAReply) {
 }
 
 TEST_F(Scanner, TakesAReplyThatComesTooEarlyOrTwiceForNone) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   bidi.peer->send(hex(kBusy));  // unasked, if anything
   Deliveries replies;
   for (const char* request : {kDpi, kColor, kDpi, kColor}) {
@@ -212,7 +204,7 @@ TEST_F(Scanner, TakesAReplyThatComesTooEarlyOrTwiceForNone) {
 }
 
 TEST_F(Scanner, DeliversThePageItWasAskedFor) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   auto answered = answering(*bidi.peer, hex(kStatus) + hex(kStatus));
   EXPECT_EQ(ask(*bidi, kDpi), kReplied);
   answered.get();
@@ -232,7 +224,7 @@ TEST_F(Scanner, DeliversThePageItWasAskedFor) {
 }
 
 TEST_F(Scanner, DeliversBlocksOfEveryLengthWhole) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   std::size_t delivered = 0;
   std::atomic<bool> whole{true};
   device.onDelivery = [&](const std::string& block) {
@@ -254,24 +246,20 @@ TEST_F(Scanner, DeliversBlocksOfEveryLengthWhole) {
 }
 
 TEST_F(Scanner, GetsBehindABlockThatPromisesTooMuch) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   bidi.peer->send(hex("1B 73 64 FF 00 01 00 00 1B 41 42 43 00 00 00 00") + hex(kStatus));
   EXPECT_THAT(device.waitFor(1), ElementsAre(kStatus));
 }
 
 TEST_F(Scanner, HearsOfALostConnectionOnceAndBehindAllThatCame) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   for (const bool reset : {false, true}) {
     const std::size_t before = device.deliveries().size();
     EXPECT_EQ(write(*bidi, kGo), 0u);
     bidi.peer->receive(8);
     bidi.peer->send(hex(kBlock) + hex(kBlock) + hex("1B 73 64 FF FF 00"));
     device.waitFor(before + 2);
-    if (reset) {
-      bidi.peer->reset();
-    } else {
-      bidi.peer->close();
-    }
+    reset ? bidi.peer->reset() : bidi.peer->close();
     const Deliveries all = device.waitFor(before + 3);
     EXPECT_EQ(Deliveries(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
               (Deliveries{kBlock, kBlock, "lost"}));
@@ -293,7 +281,7 @@ TEST_F(Scanner, HearsOfALostConnectionOnceAndBehindAllThatCame) {
 
 TEST_F(Scanner, IsNotToldOfAConnectionThatIsClosedHere) {
   {
-    OpenScanner bidi(*module, attributes(), listener, device);
+    OpenPart bidi(*module, attributes(), listener, device);
     bidi.peer->send(hex(kBlock));
     device.waitFor(1);
   }
@@ -306,7 +294,7 @@ TEST_F(Scanner, CanBeClosedWhileItDelivers) {
     LoggingDevice scanner;
     std::promise<void> delivering;
     std::promise<void> closed;
-    std::optional<OpenScanner> bidi(std::in_place, *module, attributes(), listener, scanner);
+    std::optional<OpenPart> bidi(std::in_place, *module, attributes(), listener, scanner);
     scanner.onDelivery = [&](const std::string&) {
       if (fromInside) (*bidi)->close();
       delivering.set_value();
@@ -324,7 +312,7 @@ TEST_F(Scanner, CanBeClosedWhileItDelivers) {
 
 TEST_F(Scanner, MayGoBeforeItsConnection) {
   auto scanner = std::make_unique<LoggingDevice>();
-  OpenScanner bidi(*module, attributes(), listener, *scanner);
+  OpenPart bidi(*module, attributes(), listener, *scanner);
   scanner.reset();
   bidi.peer->send(hex(kStatus));
   // The next one gets what is its own.
@@ -352,7 +340,7 @@ TEST_F(Scanner, AnswersACodeWhenNothingCanBeSent) {
   module->connections.releaseConnection(unopened);
 
   // A device that never reads takes what the system holds for it.
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   const Bytes much = repeated(std::size_t{64} << 20, 0);
   Data data(much.data(), static_cast<std::uint32_t>(much.size()));
   bidi->write(data);
@@ -363,7 +351,7 @@ TEST_F(Scanner, AnswersACodeWhenNothingCanBeSent) {
 }
 
 TEST_F(Scanner, ServesSeveralThreadsInTurn) {
-  OpenScanner bidi(*module, attributes(), listener, device);
+  OpenPart bidi(*module, attributes(), listener, device);
   auto answering = std::async(std::launch::async, [&] {
     for (int i = 0; i < 200; ++i) {
       const std::string request = toHex(bidi.peer->receive(8));

@@ -45,7 +45,7 @@ class AnnouncedPrinters : public testing::Test {
 
 TEST_F(AnnouncedPrinters, AreFoundAndFoundAgain) {
   const SimulatorProcess answering({"--serial", "BOTH"});
-  const std::string place = placeOf(answering);
+  const std::string place = answering.place();
   std::optional<Announcement> hall(
       std::in_place, "Hall", 9100,
       std::vector<std::string>{"txtvers=1", "ty=Laser 5", "USB_SER=A-1", "ty=later"});
@@ -92,7 +92,7 @@ TEST_F(AnnouncedPrinters, AreNotWaitedForLongerThanIsSet) {
   setSetting("9200UnicastDiscoveryTimeout", 200);
   daemon->fallAsleep();
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(discover(placeOf(answering) + ",dns-sd").size(), 1u);
+  EXPECT_EQ(discover(answering.place() + ",dns-sd").size(), 1u);
   EXPECT_EQ(discover("dns-sd").size(), 0u);
   // A call over the bus waits 25 s for its reply.
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));

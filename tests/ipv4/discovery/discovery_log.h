@@ -8,7 +8,6 @@
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/observer.h"
-#include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
 
@@ -37,10 +36,5 @@ class DiscoveryLog : public Observer {
     (family == "CpdScanner" || family == "BpdScanner" || family == "CpdHid" ? parts : texts).push_back(text);
   }
 };
-
-// As a search text names it.
-inline std::string placeOf(const SimulatorProcess& device) {
-  return device.address() + ":" + std::to_string(device.discoveryPort());
-}
 
 }  // namespace qvn::test

@@ -28,6 +28,8 @@ class SimulatorProcess {
   std::uint16_t printPort() const { return ready_.at("print"); }
   std::uint16_t scanPort() const { return ready_.at("scan"); }
   std::uint16_t hidPort() const { return ready_.at("hid"); }
+  // As a search text names it.
+  std::string place() const { return address() + ":" + std::to_string(discoveryPort()); }
   const nlohmann::json& readyLine() const { return ready_; }
 
   // Has the device carry out one line of its standard input and gives its answer.

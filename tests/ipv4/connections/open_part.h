@@ -1,4 +1,4 @@
-// A scanner's "bidi" connection with the peer that plays the device.
+// The connection of a scanner or a HID with the peer that plays the device.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,15 +11,16 @@
 namespace qvn::test {
 
 // Open as the library opens it.
-class OpenScanner {
+class OpenPart {
  public:
-  OpenScanner(TransportModule& module, const std::string& attributes, Listener& listener, Device& device)
-      : module_(module), connection_(module.connections.getConnection(attributes, "bidi")) {
+  OpenPart(TransportModule& module, const std::string& attributes, Listener& listener, Device& device,
+           const char* name = "bidi")
+      : module_(module), connection_(module.connections.getConnection(attributes, name)) {
     connection_->setChild(0, &device);
     EXPECT_EQ(connection_->open(), 0u);
     peer.emplace(listener.accept());
   }
-  ~OpenScanner() {
+  ~OpenPart() {
     connection_->close();
     connection_->setChild(0, nullptr);
     module_.connections.releaseConnection(connection_);
