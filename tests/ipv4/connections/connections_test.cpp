@@ -59,8 +59,11 @@ TEST_F(Ipv4Transport, KeepsAConnectionWhileItIsHeldOrTagged) {
   manager.releaseConnection(bidi);
 }
 
-TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReach) {
+TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReachInTime) {
+  setSetting("NpaTimeout", 50);
   TransportModule module;
+  const Listener full(0);
+  const Stream filling = Stream::connect("127.0.0.1", full.port());  // the queue takes no other one
   std::uint16_t unused = 0;
   { unused = Listener().port(); }
   struct Case {
@@ -77,6 +80,7 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReach) {
       {"print", "<Address>nowhere</Address><IpPort>9</IpPort>", 87},
       {"print", "<Address>127.0.0.1</Address><IpPort>65545</IpPort>", 87},
       {"print", attributeText(unused, unused), 1225},
+      {"print", attributeText(full.port(), 1), 1460},
       {"bidi", attributeText(unused, unused), 1225},
       {"bidi", partText("CpdScanner", unused), 1225},
       {"bidi", partText("CpdScanner", 0), 87},
