@@ -31,6 +31,10 @@ class CommandLine : public testing::Test {
   }
 };
 
+std::vector<std::string> addHid(const std::string& attribute) {
+  return {"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "1", "--set", attribute};
+}
+
 TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
   const struct {
     std::vector<std::string> arguments;
@@ -46,25 +50,15 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"device", "remove", "7", "--kind", "scanner"}, 1, "there is no scanner 7"},
       {{"device", "add", "--family", "Fax", "--transport", "T", "--handle", "1"}, 2, "Fax"},
       {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "0"}, 2, "from 1 up"},
-      {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "1", "--set", "Vid=x"},
-       2,
-       "Vid is a number"},
-      {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "1", "--set",
-        "Nickname=</Nickname>"},
-       2,
-       "cannot contain"},
-      {{"transport", "add", "./no-such-module.so"},
-       1,
-       "cannot add the transport module './no-such-module.so': "},
+      {addHid("Vid=x"), 2, "Vid is a number"},
+      {addHid("Nickname=</Nickname>"), 2, "cannot contain"},
+      {{"transport", "add", "./none.so"}, 1, "cannot add the transport module './none.so': "},
       {{"transport", "remove", "IPv4"}, 1, "(result 1168, QRN_ERROR_NOT_FOUND)"},
       {{"print", "x.prn"}, 1, "no printer of a registered transport is stored"},
       {{"print"}, 2, "FILE is required"},
       {{"print", "x.prn", "--device", "LAB1"}, 1, "(result 1796, QRN_ERROR_UNKNOWN_PORT)"},
       {{"npa", "A5", "0"}, 2, "pairs of hexadecimal digits"},
-      {{"esc", "1B", "5"}, 2, "pairs of hexadecimal digits"},
       {{"esc", "1B53560000000000"}, 1, "no scanner of a registered transport is stored"},
-      {{"hid"}, 2, "A subcommand is required"},
-      {{"hid", "watch"}, 1, "there is no hid to watch"},
       {{"hid", "watch", "--device", "7"}, 1, "there is no hid 7"},
       {{"scan"}, 2, "--output is required"},
       {{"scan", "-o", "page.png"}, 1, "no scanner of a registered transport is stored"},
@@ -75,7 +69,6 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"scan", "-o", "page.png", "--pages", "2"}, 2, "several come from --source feeder"},
       {{"scan", "-o", "-", "--pages", "all", "--source", "feeder"}, 2, "standard output takes one page"},
       {{"scan", "-o", "-", "--json"}, 2, "not both"},
-      {{"scan", "-o", "page.png", "--device", "LAB1"}, 1, "(result 1796, QRN_ERROR_UNKNOWN_PORT)"},
       {{"get", "Colour"}, 2, "no attribute 'Colour'"},
       {{"set", "Vid", "x", "--device", "7"}, 1, "there is no printer 7"},
       {{"settings", "get", "Colour"}, 2, "no setting 'Colour'"},
@@ -135,7 +128,6 @@ TEST_F(CommandLine, StoresShowsAndForgetsDevices) {
   } filters[] = {{{"--portname", "lab2"}, 1},
                  {{"--address", "127.0.0.1"}, 2},
                  {{"--address", "127.0.0.1", "--portname", "LAB1"}, 1},
-                 {{"--address", "127.0.0.2"}, 0},
                  {{"--port-type", "TCP"}, 0}};
   for (const auto& [filter, found] : filters) {
     std::vector<std::string> arguments = {"device", "list", "--transport", "IPv4", "--json"};

@@ -54,21 +54,18 @@ TEST_F(InstallationCommands, InstallGivesEverySettingItsDefaultAndUninstallTakes
 }
 
 TEST_F(InstallationCommands, InstallSaysWhatIsWrongWithTheScript) {
+  const auto expectFailure = [](const testing::Matcher<std::string>& words) {
+    const Result result = qvn({"install"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.errors, words);
+    std::filesystem::remove(scriptFile());
+  };
   std::ofstream(scriptFile()) << "[Software\\Quorin Tools]\n\"a\"=b\n";
-  Result result = qvn({"install"});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors,
-              AllOf(HasSubstr("qr__.loc: line 2: a text in double"), HasSubstr("nothing was installed")));
-  std::filesystem::remove(scriptFile());
+  expectFailure(AllOf(HasSubstr("qr__.loc: line 2: a text in double"), HasSubstr("nothing was installed")));
   std::filesystem::create_directory(scriptFile());
-  result = qvn({"install"});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, HasSubstr("cannot read the registry script"));
-  std::filesystem::remove(scriptFile());
+  expectFailure(HasSubstr("cannot read the registry script"));
   std::ofstream(scriptFile()) << "# of no use\n";
-  result = qvn({"install"});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, HasSubstr("the registry script was not imported"));
+  expectFailure(HasSubstr("the registry script was not imported"));
   EXPECT_EQ(qvn({"registry", "export"}).exitCode, 1);
 }
 
@@ -98,7 +95,6 @@ TEST_F(InstallationCommands, HostInformationHasDefaultsAndCanBeOfAnyLength) {
     EXPECT_EQ(ok({"host", "get", "PcName"}), value + "\n");
   }
   EXPECT_EQ(ok({"host", "get", "PinNumber"}), "0000\n");
-  EXPECT_EQ(json::parse(ok({"host", "get", "CodePage", "--json"})), listed[2]);
 
   const std::vector<std::string> refused[] = {
       {"host"}, {"host", "get", "Vid"}, {"host", "set", "PcName"}, {"host", "set", "PcName", "a</PcName>"}};

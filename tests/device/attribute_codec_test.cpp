@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "kit/tag_map.h"
 #include "qvn/transport/attributes.h"
 
 namespace qvn {
@@ -37,17 +36,6 @@ TEST(AttributeCodec, ChecksTheTypeBeforeAnythingElse) {
   EXPECT_EQ(text, "<Handle>7</Handle>");
   EXPECT_EQ(value, 1u);
   EXPECT_EQ(string, "kept");
-}
-
-TEST(AttributeCodec, AbsentElementsGive1168) {
-  std::uint32_t value = 1;
-  std::string string = "kept";
-  std::uint8_t byte = 0;
-  std::uint32_t length = 5;
-  EXPECT_EQ(AttributeCodec::getLong("", attribute::kHandle, value), 1168u);
-  EXPECT_EQ(AttributeCodec::getString("<portname>x</portname>", attribute::kPortname, string), 1168u);
-  EXPECT_EQ(AttributeCodec::getByteArray("", attribute::kMacAddress, &byte, 1, length), 1168u);
-  EXPECT_EQ(length, 5u);
 }
 
 TEST(AttributeCodec, ByteArraysAreTwoDigitsAByte) {
@@ -102,16 +90,6 @@ TEST(AttributeCodec, ReadsMegabytesInOnePass) {
   text = "<Nickname>" + std::string(4 << 20, 'x') + "</Nickname><Portname>p</Portname>";
   EXPECT_EQ(AttributeCodec::getString(text, attribute::kPortname, value), 0u);
   EXPECT_EQ(value, "p");
-}
-
-TEST(TagMap, KeepsWhatItWasMadeOf) {
-  TagMap map("<B>2</B><A>1</A><B>3</B>");
-  EXPECT_EQ(map.text(), "<A>1</A><B>2</B>");
-  map.set("B", "4");
-  map.set("AA", "");
-  EXPECT_EQ(map.text(), "<A>1</A><AA></AA><B>4</B>");
-  EXPECT_EQ(*map.find("B"), "4");
-  EXPECT_EQ(map.find("C"), nullptr);
 }
 
 }  // namespace
