@@ -7,8 +7,9 @@
 #include <fstream>
 
 #include "cups/scheduler.h"
-#include "end_to_end/print/bpd_printer.h"
+#include "support/noise.h"
 #include "support/process/eventually.h"
+#include "support/process/successful_run.h"
 
 namespace qvn::test {
 namespace {
@@ -17,16 +18,13 @@ TEST(CupsToRawReceiver, DeliversEveryByteOfAJobAndItsCopiesAndNoOthers) {
   if (!Scheduler::isInstalled()) GTEST_SKIP() << "cupsd and lp are not installed (cups-daemon, cups-client)";
   const std::filesystem::path home = std::getenv("QVN_HOME");
   const std::unique_ptr<RawReceiver> receiver = RawReceiver::start();
-  ASSERT_EQ(qvn({"transport", "add", "qvn_ipv4.so"}).exitCode, 0);
-  ASSERT_EQ(
-      qvn({"device", "add", "--family", "BpdPrinter", "--transport", "IPv4", "--handle", "7", "--address",
-           "127.0.0.1", "--portname", "RAW", "--set", "IpPort=" + std::to_string(receiver->port())})
-          .exitCode,
-      0);
+  ok({"transport", "add", "qvn_ipv4.so"});
+  ok({"device", "add", "--family", "BpdPrinter", "--transport", "IPv4", "--handle", "7", "--address",
+      "127.0.0.1", "--portname", "RAW", "--set", "IpPort=" + std::to_string(receiver->port())});
   const Scheduler scheduler(home / "cups", home);
   ASSERT_EQ(scheduler.command({"lpadmin", "-p", "raw", "-v", "qvn://RAW", "-m", "raw", "-E"}).exitCode, 0);
 
-  const std::string page = printData(2500000);
+  const std::string page = noise(2500000);
   std::ofstream(home / "page", std::ios::binary) << page;
   const Result sent =
       scheduler.command({"lp", "-d", "raw", "-o", "raw", "-n", "2", (home / "page").string()});

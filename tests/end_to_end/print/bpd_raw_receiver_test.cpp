@@ -1,7 +1,8 @@
 // A print job on a plain printer, from the exported functions to a receiver that others wrote.
 #include "end_to_end/library_client.h"
-#include "end_to_end/print/bpd_printer.h"
 #include "raw_receivers/raw_receiver.h"
+#include "support/noise.h"
+#include "support/process/successful_run.h"
 
 namespace qvn::test {
 namespace {
@@ -10,14 +11,11 @@ using RawPrinting = LibraryClient;
 
 TEST_F(RawPrinting, GetsEveryByteOfAJobAndNoOthers) {
   const std::unique_ptr<RawReceiver> receiver = RawReceiver::start();
-  ASSERT_EQ(
-      qvn({"device", "add", "--family", "BpdPrinter", "--transport", "IPv4", "--handle", "7", "--address",
-           "127.0.0.1", "--portname", "RAW", "--set", "IpPort=" + std::to_string(receiver->port())})
-          .exitCode,
-      0);
-  const std::string job = printData(5000000);
+  ok({"device", "add", "--family", "BpdPrinter", "--transport", "IPv4", "--handle", "7", "--address",
+      "127.0.0.1", "--portname", "RAW", "--set", "IpPort=" + std::to_string(receiver->port())});
+  const std::string job = noise(5000000);
   ASSERT_EQ(QvnOpenPrinter(client, 7), 0u);
-  printJob(client, 7, "letter", job);
+  printJob(7, "letter", job);
   EXPECT_TRUE(receiver->receivedJob() == job);
   EXPECT_EQ(QvnClosePrinter(client, 7), 0u);
 }

@@ -9,6 +9,7 @@
 
 #include "support/content_of.h"
 #include "support/process/child.h"
+#include "support/process/successful_run.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
@@ -27,7 +28,7 @@ class PrintServer : public testing::Test {
     ok({"settings", "set", "TeojInterval", "20"});
     ok({"settings", "set", "TeojDuration", "500"});
     ok({"transport", "add", "qvn_ipv4.so"});
-    ok({"discover", "--transport", "IPv4", place()});
+    ok({"discover", "--transport", "IPv4", device_->place()});
   }
 
   void TearDown() override {
@@ -36,13 +37,6 @@ class PrintServer : public testing::Test {
   }
 
   SimulatorProcess& device() { return *device_; }
-  std::string place() const { return device_->address() + ":" + std::to_string(device_->discoveryPort()); }
-
-  std::string ok(const std::vector<std::string>& arguments, const std::string& input = "") {
-    const Result result = qvn(arguments, input);
-    EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << "\n" << result.errors;
-    return result.output;
-  }
 
   std::string file(const std::string& name, const std::string& content) const {
     const std::filesystem::path path = home_ / name;

@@ -10,9 +10,6 @@ namespace {
 
 using testing::HasSubstr;
 
-// Ends a job; the device takes it as that and does not store it.
-const std::string kMarker("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
-
 using Printing = PrintServer;
 
 TEST_F(Printing, DeliversEveryByteWithAndWithoutTheBufferedWriter) {
@@ -30,14 +27,6 @@ TEST_F(Printing, DeliversEveryByteWithAndWithoutTheBufferedWriter) {
       EXPECT_TRUE(stored(++job) == data);
     }
   }
-}
-
-TEST_F(Printing, SendsAFileThatEndsWithTheMarkerAsItIs) {
-  start();
-  const std::string data = noise(700000);
-  ok({"print", file("a.prn", data + kMarker)});
-  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
-  EXPECT_TRUE(stored(1) == data);
 }
 
 TEST_F(Printing, MakesAJobOfEachFileAndOfStandardInput) {
@@ -93,15 +82,6 @@ TEST_F(Printing, CanBeCancelledWhileTheBufferedWriterWaitsForALostDevice) {
   EXPECT_EQ(device().nextJob().at("outcome"), "lost");
   printing.signal(SIGINT);
   EXPECT_EQ(printing.wait(), 130);
-}
-
-TEST_F(Printing, FailsAtOnceWhenTheDeviceIsGone) {
-  start();
-  device().signal(SIGTERM);
-  device().wait();
-  const Result result = qvn({"print", file("a.prn", "x")});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, HasSubstr("cannot open printer"));
 }
 
 }  // namespace

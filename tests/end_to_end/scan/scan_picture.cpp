@@ -9,11 +9,6 @@
 
 namespace qvn::test {
 
-std::array<std::uint8_t, 3> Picture::at(std::uint32_t x, std::uint32_t y) const {
-  const std::size_t dot = 3 * (std::size_t{y} * width + x);
-  return {rgb.at(dot), rgb.at(dot + 1), rgb.at(dot + 2)};
-}
-
 Picture noise(std::uint32_t width, std::uint32_t height) {
   Picture picture{width, height, std::vector<std::uint8_t>(std::size_t{3} * width * height)};
   std::mt19937 random(1);

@@ -1,7 +1,6 @@
 // Pictures as tests compare them.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -15,7 +14,6 @@ struct Picture {
   std::vector<std::uint8_t> rgb;  // 3 bytes a dot, whatever the file has
 
   bool operator==(const Picture&) const = default;
-  std::array<std::uint8_t, 3> at(std::uint32_t x, std::uint32_t y) const;
 };
 
 // Something that no two lines or columns have alike.

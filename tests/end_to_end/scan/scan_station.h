@@ -14,6 +14,7 @@
 #include "support/content_of.h"
 #include "support/process/child.h"
 #include "support/process/eventually.h"
+#include "support/process/successful_run.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
@@ -40,20 +41,13 @@ class ScanStation : public testing::Test {
     device_ = std::make_unique<SimulatorProcess>(arguments);
     ok({"registry", "import", "-"}, "[-Software]");
     ok({"transport", "add", "qvn_ipv4.so"});
-    ok({"discover", "--transport", "IPv4",
-        device_->address() + ":" + std::to_string(device_->discoveryPort())});
+    ok({"discover", "--transport", "IPv4", device_->place()});
   }
 
   void TearDown() override {
     device_.reset();
     std::filesystem::remove_all(home_ / "out");
     std::filesystem::remove_all(scans());
-  }
-
-  std::string ok(const std::vector<std::string>& arguments, const std::string& input = "") {
-    const Result result = qvn(arguments, input);
-    EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << "\n" << result.errors;
-    return result.output;
   }
 
   SimulatorProcess& device() { return *device_; }
