@@ -84,15 +84,6 @@ TEST_F(Backend, PrintsFilesCopiesAndStandardInput) {
   }
 }
 
-TEST_F(Backend, TellsThePrinterWhoseJobItIs) {
-  start();
-  ok({"log", "on"});
-  std::vector<std::string> command = job();
-  command[5] = "job-originating-host-name=desk9";
-  EXPECT_EQ(run(command, "x", lab_).exitCode, CUPS_BACKEND_OK);
-  EXPECT_THAT(ok({"log", "show"}), HasSubstr("printObject=lab spoolerJobId=7"));
-}
-
 TEST_F(Backend, TellsTheSchedulerWhatToDoAboutAJobItCannotPrint) {
   start({"busy"});
   ok({"settings", "set", "AIOLockEnabled", "1"});
@@ -172,8 +163,9 @@ TEST_F(Backend, StopsWaitingForABusyPrinterWhenToldTo) {
   ok({"settings", "set", "AIOLockEnabled", "0"});
 }
 
-TEST_F(Backend, TellsHowThePrinterIsAndTakesItBack) {
+TEST_F(Backend, TellsThePrinterWhoseJobItIsAndHowThePrinterIs) {
   start();
+  ok({"log", "on"});
   device().command("status 0 18432");
   const Result result = run(job(), "x", lab_);
   EXPECT_EQ(result.exitCode, CUPS_BACKEND_OK);
@@ -181,6 +173,7 @@ TEST_F(Backend, TellsHowThePrinterIsAndTakesItBack) {
                                    HasSubstr("STATE: +media-empty-error\nSTATE: +cover-open-error\n"),
                                    HasSubstr("STATE: -media-low-warning,toner-low-warning,"),
                                    HasSubstr("STATE: -cover-open-error\nSTATE: -media-empty-error\n")));
+  EXPECT_THAT(ok({"log", "show"}), HasSubstr("printObject=lab spoolerJobId=7"));
 }
 
 TEST_F(Backend, PrintsAlthoughNobodyReadsWhatItTells) {

@@ -85,7 +85,7 @@ TEST(Job, IsReadFromArgumentsAndEnvironment) {
   EXPECT_THROW(jobOf({"1", "u", "t", "1", ""}), cli::UsageError);
 }
 
-TEST(Patience, WaitsLongerEachTimeUntilTheLimit) {
+TEST(Patience, WaitsLongerEachTimeUntilTheLimitOrAStop) {
   test::ManualClock clock;
   std::vector<platform::Milliseconds> waits;
   Patience patience(60000, [&](platform::Milliseconds duration) {
@@ -96,10 +96,6 @@ TEST(Patience, WaitsLongerEachTimeUntilTheLimit) {
   while (patience.again()) {
   }
   EXPECT_THAT(waits, testing::ElementsAre(500, 1000, 2000, 4000, 8000, 15000, 15000, 14500));
-}
-
-TEST(Patience, EndsWithAStopAndWithoutTime) {
-  test::ManualClock clock;
   Patience stopped(60000, [](platform::Milliseconds) { return false; });
   EXPECT_FALSE(stopped.again());
   Patience none(0, [](platform::Milliseconds) { return true; });
