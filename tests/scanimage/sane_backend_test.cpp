@@ -53,6 +53,13 @@ class SaneBackend : public ScanStation, public testing::WithParamInterface<const
     EXPECT_EQ(function<decltype(sane_open)>("open")(name, &handle), SANE_STATUS_GOOD);
     return handle;
   }
+  // With the settings that make a page of the picture on the glass.
+  SANE_Handle openForGlass() {
+    const SANE_Handle handle = open();
+    EXPECT_EQ(set(handle, "resolution", 100), SANE_STATUS_GOOD);
+    EXPECT_EQ(set(handle, "mode", "Color"), SANE_STATUS_GOOD);
+    return handle;
+  }
   void close(SANE_Handle handle) { function<decltype(sane_close)>("close")(handle); }
   SANE_Status start(SANE_Handle handle) { return function<decltype(sane_start)>("start")(handle); }
   SANE_Status read(SANE_Handle handle, SANE_Byte* data, SANE_Int size, SANE_Int* length) {
@@ -157,9 +164,7 @@ TEST_P(SaneBackend, OptionsKeepToWhatTheScannerHas) {
 TEST_P(SaneBackend, ReadsWithoutBlockingAndTellsWhenThereIsSomething) {
   ScanStation::start({"--fault", "slow-scan=4000000"});
   load();
-  const SANE_Handle handle = open();
-  EXPECT_EQ(set(handle, "resolution", 100), SANE_STATUS_GOOD);
-  EXPECT_EQ(set(handle, "mode", "Color"), SANE_STATUS_GOOD);
+  const SANE_Handle handle = openForGlass();
   SANE_Int descriptor = -1;
   EXPECT_EQ(setNonBlocking(handle, SANE_TRUE), SANE_STATUS_INVAL);
   EXPECT_EQ(selectDescriptor(handle, &descriptor), SANE_STATUS_INVAL);
@@ -195,9 +200,7 @@ TEST_P(SaneBackend, ReadsWithoutBlockingAndTellsWhenThereIsSomething) {
 TEST_P(SaneBackend, IsCancelledFromAnotherThreadAndScansAgain) {
   ScanStation::start({"--fault", "stop-page=200000:2"});
   load();
-  const SANE_Handle handle = open();
-  EXPECT_EQ(set(handle, "resolution", 100), SANE_STATUS_GOOD);
-  EXPECT_EQ(set(handle, "mode", "Color"), SANE_STATUS_GOOD);
+  const SANE_Handle handle = openForGlass();
   ASSERT_EQ(start(handle), SANE_STATUS_GOOD);
   std::vector<SANE_Byte> page;
   std::thread canceller([&] { cancel(handle); });
@@ -237,9 +240,8 @@ TEST_P(SaneBackend, LeavesTheScannerToOthersBetweenPages) {
 TEST_P(SaneBackend, TakesSheetsOneByOneAndAnewWhenItWasCancelled) {
   ScanStation::start({"--feeder", "3"});
   load();
-  const SANE_Handle handle = open();
+  const SANE_Handle handle = openForGlass();
   EXPECT_EQ(set(handle, "source", "ADF"), SANE_STATUS_GOOD);
-  EXPECT_EQ(set(handle, "mode", "Color"), SANE_STATUS_GOOD);
   const auto scanPage = [&](std::uint32_t width, std::uint32_t height) {
     EXPECT_EQ(start(handle), SANE_STATUS_GOOD);
     Picture picture{width, height, {}};

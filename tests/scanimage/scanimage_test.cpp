@@ -1,6 +1,4 @@
 // Debian's scanimage with the backend: the way most programs of this system scan.
-#include <signal.h>
-
 #include <fstream>
 
 #include "end_to_end/scan/scan_station.h"
@@ -9,9 +7,7 @@ namespace qvn::test {
 namespace {
 
 using testing::AllOf;
-using testing::Each;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 class Scanimage : public ScanStation, public testing::WithParamInterface<const char*> {
  protected:
@@ -24,20 +20,15 @@ class Scanimage : public ScanStation, public testing::WithParamInterface<const c
     std::ofstream(home() / "sane" / "dll.conf") << "qvn\n";
   }
 
-  std::vector<std::pair<std::string, std::string>> environment() const {
-    return {{"SANE_CONFIG_DIR", (home() / "sane").string()},
-            {"LD_LIBRARY_PATH", QVN_SANE_BACKEND_DIRECTORY},
-            {"LD_PRELOAD", QVN_SANITIZER_RUNTIME},
-            // What scanimage and the loader of the backends leave behind is theirs.
-            {"ASAN_OPTIONS", "detect_leaks=0"},
-            {"LC_ALL", "C"}};
-  }
-  static std::vector<std::string> command(std::vector<std::string> arguments) {
+  Result scanimage(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), kProgram);
-    return arguments;
-  }
-  Result scanimage(const std::vector<std::string>& arguments) const {
-    return run(command(arguments), "", environment());
+    return run(arguments, "",
+               {{"SANE_CONFIG_DIR", (home() / "sane").string()},
+                {"LD_LIBRARY_PATH", QVN_SANE_BACKEND_DIRECTORY},
+                {"LD_PRELOAD", QVN_SANITIZER_RUNTIME},
+                // What scanimage and the loader of the backends leave behind is theirs.
+                {"ASAN_OPTIONS", "detect_leaks=0"},
+                {"LC_ALL", "C"}});
   }
 
  private:
@@ -91,48 +82,12 @@ TEST_P(Scanimage, ScansWhatLiesOnTheGlass) {
   EXPECT_SAME_PICTURE(sent(1), glass());
 }
 
-TEST_P(Scanimage, TakesABatchFromTheFeeder) {
-  start({"--feeder", "3"});
-  const Result batch =
-      scanimage({"--source", "ADF", "--resolution", "75", "--format=png", "--batch=" + out("%d.png")});
-  EXPECT_EQ(batch.exitCode, 0) << batch.errors;
-  EXPECT_THAT(batch.errors, HasSubstr("Document feeder out of documents"));
-  EXPECT_THAT(filesLeft(), testing::ElementsAre("1.png", "2.png", "3.png"));
-  for (int page = 1; page <= 3; ++page) {
-    EXPECT_SAME_PICTURE(readPng(out(std::to_string(page) + ".png")), sent(page));
-  }
-}
-
-TEST_P(Scanimage, CancelsAPageOnCtrlC) {
-  start({"--fault", "slow-scan=50000"});
-  Child scan(command({"--resolution", "100", "--format=pnm"}), environment());
-  waitUntilPageIsSent();
-  scan.signal(SIGINT);
-  EXPECT_NE(scan.wait(), 999);
-  // The device has stopped.
-  if (family() == kCpd) {
-    EXPECT_EQ(qvn({"esc", "1B 53 4B 00 00 00 00 00"}).output, "1B 53 4B 00 00 00 00 00\n");
-  }
-  device().command("clear-faults");
-  const Result next =
-      scanimage({"--resolution", "100", "--mode", "Color", "--format=png", "-o", out("next.png")});
-  EXPECT_EQ(next.exitCode, 0) << next.errors;
-  EXPECT_SAME_PICTURE(readPng(out("next.png")), glass());
-}
-
 TEST_P(Scanimage, SaysWhatIsWrong) {
   start();
   // The program has no way to set how long a silent scanner is waited for.
-  const std::vector<std::pair<std::string, std::string>> cpdCases = {
-      {"busy", "sane_start: Device busy"},
-      {"close-mid-page=500000:1", "Error during device I/O"},
-      {"wrong-length=3:1", "Error during device I/O"},
-  };
-  const std::vector<std::pair<std::string, std::string>> bpdCases = {
-      {"busy", "sane_start: Device busy"},
-      {"close-mid-page=500000:1", "Error during device I/O"},
-  };
-  const auto& cases = family() == kBpd ? bpdCases : cpdCases;
+  std::vector<std::pair<std::string, std::string>> cases = {
+      {"busy", "sane_start: Device busy"}, {"close-mid-page=500000:1", "Error during device I/O"}};
+  if (family() == kCpd) cases.emplace_back("wrong-length=3:1", "Error during device I/O");
   for (const auto& [fault, sentence] : cases) {
     SCOPED_TRACE(fault);
     device().command("fault " + fault);
