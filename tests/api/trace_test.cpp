@@ -52,6 +52,11 @@ class TraceTest : public StartedLog, public LibraryTest {
     BasicLogger::getInstance().deleteLogFile();
     return found;
   }
+
+  // The call has written that it began, and its end with what came of it.
+  void expectTraced(const std::string& call, const std::string& result) {
+    EXPECT_THAT(lines(), ElementsAre("+" + call, "-" + call + result));
+  }
 };
 
 TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
@@ -59,34 +64,26 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
   char text[8];
   std::uint8_t bytesOut[8];
   QvnSuspend();
-  EXPECT_THAT(lines(), ElementsAre("+QvnSuspend()", "-QvnSuspend() rc=0"));
+  expectTraced("QvnSuspend()", " rc=0");
   QvnSetClientInfo(5, "k", "v");
-  EXPECT_THAT(lines(), ElementsAre("+QvnSetClientInfo() clientId=5",
-                                   "-QvnSetClientInfo() clientId=5 rc=0 key=k value=v"));
+  expectTraced("QvnSetClientInfo() clientId=5", " rc=0 key=k value=v");
   QvnOpenPrinter(5, 0);
-  EXPECT_THAT(lines(), ElementsAre("+QvnOpenPrinter(0) clientId=5", "-QvnOpenPrinter(0) clientId=5 rc=6"));
+  expectTraced("QvnOpenPrinter(0) clientId=5", " rc=6");
   QvnStartJobPrinter(5, 7, 3, "obj", nullptr, nullptr, nullptr);
-  EXPECT_THAT(lines(), ElementsAre("+QvnStartJobPrinter(7) clientId=5",
-                                   "-QvnStartJobPrinter(7) clientId=5 rc=6 printObject=obj spoolerJobId=3"));
+  expectTraced("QvnStartJobPrinter(7) clientId=5", " rc=6 printObject=obj spoolerJobId=3");
   QvnStartJobPrinter(5, 7, 3, nullptr, nullptr, nullptr, nullptr);
-  EXPECT_THAT(lines(),
-              ElementsAre("+QvnStartJobPrinter(7) clientId=5", "-QvnStartJobPrinter(7) clientId=5 rc=87"));
+  expectTraced("QvnStartJobPrinter(7) clientId=5", " rc=87");
   QvnWritePrinter(5, 7, bytes({1}).getBuffer(), 1, &number);
-  EXPECT_THAT(lines(), ElementsAre("+QvnWritePrinter(7) clientId=5 bufferSize=1",
-                                   "-QvnWritePrinter(7) clientId=5 bufferSize=1 rc=6 bytesWritten=0"));
+  expectTraced("QvnWritePrinter(7) clientId=5 bufferSize=1", " rc=6 bytesWritten=0");
   QvnExchangeNpaPrinter(5, 7, bytes({1}).getBuffer(), 1, bytesOut, 8, &number);
-  EXPECT_THAT(lines(),
-              ElementsAre("+QvnExchangeNpaPrinter(7) clientId=5", "-QvnExchangeNpaPrinter(7) clientId=5"));
+  expectTraced("QvnExchangeNpaPrinter(7) clientId=5", "");
   QvnRegisterForAlertsPrinter(5, 7, 0x100002, alert);
-  EXPECT_THAT(lines(), ElementsAre("+QvnRegisterForAlertsPrinter(7) clientId=5",
-                                   "-QvnRegisterForAlertsPrinter(7) clientId=5 rc=6 mask=02 00 10 00 "));
+  expectTraced("QvnRegisterForAlertsPrinter(7) clientId=5", " rc=6 mask=02 00 10 00 ");
   QvnGetWideStringPrinter(5, 7, attribute::kPortname, bytesOut, 2, &number);
-  EXPECT_THAT(lines(), ElementsAre("+QvnGetWideStringPrinter(7) clientId=5",
-                                   std::string("-QvnGetWideStringPrinter(7) clientId=5 rc=122 key=") +
-                                       attribute::kPortname + " value=0000"));
+  expectTraced("QvnGetWideStringPrinter(7) clientId=5",
+               std::string(" rc=122 key=") + attribute::kPortname + " value=0000");
   QvnEnumWindowsHids(5, "USB1", nullptr);
-  EXPECT_THAT(lines(), ElementsAre("+QvnEnumWindowsHids(clientId=5, transport=USB1)",
-                                   "-QvnEnumWindowsHids(clientId=5, transport=USB1) rc=87"));
+  expectTraced("QvnEnumWindowsHids(clientId=5, transport=USB1)", " rc=87");
   QvnGetLongPrinter(5, 7, attribute::kHandle, &number);
   QvnGetStringPrinter(5, 7, attribute::kPortname, text, 8, &number);
   EXPECT_THAT(lines(), ElementsAre()) << "these two are not traced";

@@ -256,6 +256,11 @@ namespace {
 
 using qvn::test::FakeTransport;
 
+std::uint32_t recorded(const char* call) {
+  FakeTransport::instance().record(call);
+  return QRN_ERROR_SUCCESS;
+}
+
 }  // namespace
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() { return QVN_TRANSPORT_ABI_VERSION; }
@@ -265,22 +270,10 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   *std::copy(info.begin(), info.end(), buffer) = '\0';
   return QRN_ERROR_SUCCESS;
 }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
-  FakeTransport::instance().record("initialize");
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
-  FakeTransport::instance().record("uninitialize");
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
-  FakeTransport::instance().record("install");
-  return QRN_ERROR_SUCCESS;
-}
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() {
-  FakeTransport::instance().record("uninstall");
-  return QRN_ERROR_SUCCESS;
-}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return recorded("initialize"); }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() { return recorded("uninitialize"); }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return recorded("install"); }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return recorded("uninstall"); }
 QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
   return FakeTransport::instance().connectionManager();
 }

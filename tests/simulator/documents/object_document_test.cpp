@@ -248,5 +248,15 @@ TEST_F(SimulatedDocuments, MayBeAnyBlockOnCommand) {
   EXPECT_TRUE(cpd.command("block 00").contains("error"));
 }
 
+TEST_F(SimulatedDocuments, EndAHostThatNeverReads) {
+  ObjectHost deaf(device);
+  deaf.addObserver("system", "systemUpdate");
+  EXPECT_EQ(deaf.receive(), "response 0");
+  const std::string large = "block " + std::string(std::size_t{2} * 131072, 'A');
+  for (int i = 0; i < 200; ++i) ASSERT_EQ(device.command(large).dump(), R"({"ok":true})");
+  EXPECT_TRUE(deaf.stream().isEnded());
+  expectService();
+}
+
 }  // namespace
 }  // namespace qvn::test

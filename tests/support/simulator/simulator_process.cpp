@@ -10,12 +10,8 @@
 namespace qvn::test {
 namespace {
 
-std::vector<std::string> commandOf(std::vector<std::string> arguments) {
+std::vector<std::string> commandOf(std::vector<std::string> arguments, bool endsWithTest = false) {
   arguments.insert(arguments.begin(), QVN_SIM_PATH);
-  return arguments;
-}
-
-std::vector<std::string> endingWithTest(std::vector<std::string> arguments, bool endsWithTest) {
   if (endsWithTest) arguments.emplace_back("--quit-on-eof");
   return arguments;
 }
@@ -23,7 +19,7 @@ std::vector<std::string> endingWithTest(std::vector<std::string> arguments, bool
 }  // namespace
 
 SimulatorProcess::SimulatorProcess(std::vector<std::string> arguments, bool endsWithTest)
-    : child_(commandOf(endingWithTest(std::move(arguments), endsWithTest))), ready_(nextLine()) {}
+    : child_(commandOf(std::move(arguments), endsWithTest)), ready_(nextLine()) {}
 
 SimulatorProcess::~SimulatorProcess() {
   child_.signal(SIGTERM);
