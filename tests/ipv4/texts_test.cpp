@@ -6,6 +6,9 @@
 #include "ipv4/discovery/device_answer.h"
 #include "ipv4/discovery/search_text.h"
 #include "ipv4/discovery/services.h"
+#include "ipv4/streams/block_stream.h"
+#include "ipv4/streams/esc_stream.h"
+#include "ipv4/streams/hid_stream.h"
 #include "ipv4/streams/npa_stream.h"
 #include "ipv4/streams/store_document.h"
 #include "support/simulator/test_sockets.h"
@@ -17,6 +20,34 @@ using test::hex;
 using test::toHex;
 
 const Packet kReply = hex("A5 00 05 20 E0 82 02 02");
+
+TEST(NpaStream, FindsPacketsHoweverTheyArrive) {
+  struct Case {
+    const char* bytes;
+    std::vector<const char*> packets;
+  };
+  const Case kCases[] = {
+      {"", {}},
+      {"A5 00 02 20 01", {"A5 00 02 20 01"}},
+      {"A5 00 02 20 01 A5 00 03 20 01 00", {"A5 00 02 20 01", "A5 00 03 20 01 00"}},
+      {"00 FF 11 A5 00 02 20 01 77", {"A5 00 02 20 01"}},
+      {"A5 00 00 A5 00 01 A5 00 02 20 01", {"A5 00 02 20 01"}},
+      {"A5 00 09 20 01 00", {}},
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (const std::size_t step : {bytes.size(), std::size_t{1}, std::size_t{4}}) {
+      NpaStream stream;
+      std::vector<std::string> packets;
+      for (std::size_t at = 0; at < bytes.size(); at += step) {
+        stream.add(PacketView(bytes).subspan(at, std::min(step, bytes.size() - at)));
+        while (const auto packet = stream.next()) packets.push_back(toHex(*packet));
+      }
+      EXPECT_EQ(packets, std::vector<std::string>(c.packets.begin(), c.packets.end()))
+          << c.bytes << " in steps of " << step;
+    }
+  }
+}
 
 TEST(NpaStream, GetsBehindGarbageOfEveryLength) {
   enum Kind { kNoise, kTakesThreeMore, kNeverEnds, kRightLength };
@@ -69,6 +100,145 @@ TEST(NpaPackets, ReplyMatchesItsRequestOnly) {
   };
   for (const Case& c : kCases) {
     EXPECT_EQ(answers(hex(c.reply), hex(c.request)), c.answers) << c.reply << " to " << c.request;
+  }
+}
+
+// What a stream gives when bytes come in steps of that length.
+template <typename Stream, typename Describe>
+std::vector<std::string> read(Stream& stream, const Packet& bytes, std::size_t step,
+                              const Describe& describe) {
+  std::vector<std::string> items;
+  for (std::size_t at = 0; at < bytes.size(); at += step) {
+    const std::size_t length = std::min(step, bytes.size() - at);
+    const auto room = stream.room();
+    EXPECT_GE(room.size(), length);
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), length, room.begin());
+    stream.add(length);
+    while (const auto item = stream.next()) items.push_back(describe(*item));
+  }
+  return items;
+}
+
+// With `givesUp`, after all have come, what has begun is given up until nothing has.
+template <typename Stream, typename Describe>
+std::vector<std::string> read(const Packet& bytes, std::size_t step, bool givesUp, const Describe& describe) {
+  Stream stream;
+  std::vector<std::string> items = read(stream, bytes, step, describe);
+  while (givesUp && stream.isPartial()) {
+    stream.giveUpPartial();
+    while (const auto item = stream.next()) items.push_back(describe(*item));
+  }
+  return items;
+}
+
+TEST(EscStream, FindsCommandsHoweverTheyArrive) {
+  const std::string status = "1B 53 53 00 00 00 00 00";
+  const std::string block = "1B 73 64 03 00 01 00 00 1B 53 53";
+  const std::string unknown = "1B 58 59 5A 02 00 00 00 41 42";
+  struct Case {
+    std::string bytes;
+    std::vector<std::string> commands;
+    std::vector<std::string> afterGivingUp;
+  };
+  const Case kCases[] = {
+      {"", {}, {}},
+      {status, {status}, {status}},
+      {status + block + unknown + status, {status, block, unknown, status}, {status, block, unknown, status}},
+      {"00 FF" + status, {status}, {status}},
+      {status + "00" + block, {status, block}, {status, block}},
+      {"00" + unknown + status, {status}, {status}},  // image data looks like a command too
+      {"00 1B 58 1B" + status, {status}, {status}},
+      {"1B 53 53", {}, {}},
+      {"1B 73 64 FF FF 01 00 00" + unknown + status, {}, {status}},
+      {"1B 73 64 0C 00 01 00 00" + status, {}, {status}},
+      {"1B 73 64 0C 00 01 00 00 1B 73 64 0C 00 01 00 00", {}, {}},
+  };
+  const auto describe = [](esc::Bytes command) { return toHex({command.begin(), command.end()}); };
+  const auto spaced = [](const std::vector<std::string>& commands) {
+    std::vector<std::string> all;
+    for (const std::string& command : commands) all.push_back(toHex(hex(command)));
+    return all;
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      EXPECT_EQ(read<EscStream>(bytes, step, false, describe), spaced(c.commands))
+          << c.bytes << " by " << step;
+      EXPECT_EQ(read<EscStream>(bytes, step, true, describe), spaced(c.afterGivingUp))
+          << c.bytes << " by " << step;
+    }
+  }
+}
+
+TEST(HidStream, FindsFramesHoweverTheyArrive) {
+  struct Case {
+    const char* bytes;
+    std::vector<std::string> frames;
+  };
+  const Case kCases[] = {
+      {"", {}},
+      {"01 02 00 41 42 02 00 00 07 01 00 43", {"1: 41 42", "2: ", "7: 43"}},
+      {"01 00 00 01 03 00 41 42", {"1: "}},
+      {"01 FF FF 01 01 00 41", {}},
+  };
+  const auto describe = [](const HidFrame& frame) {
+    return std::to_string(frame.type) + ": " + toHex({frame.content.begin(), frame.content.end()});
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      for (const bool givesUp : {false, true}) {
+        EXPECT_EQ(read<HidStream>(bytes, step, givesUp, describe), c.frames) << c.bytes << " by " << step;
+      }
+    }
+  }
+}
+
+TEST(HidStream, ReadsEvents) {
+  const auto event = parseHidEvent(hex("04 03 02 81 02 00 00 00"));
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->id, 0x81020304u);
+  EXPECT_EQ(event->category, 2u);
+  for (const char* bad : {"", "04 03 02 01 02 00 00", "04 03 02 01 02 00 00 00 00"}) {
+    EXPECT_FALSE(parseHidEvent(hex(bad))) << bad;
+  }
+}
+
+std::string describeBlock(const Block& block) {
+  return std::to_string(block.code) + ": " + toHex({block.bytes.begin(), block.bytes.end()});
+}
+
+TEST(BlockStream, FindsBlocksHoweverTheyArriveUntilAHeaderIsWrong) {
+  const std::string two = "42 4B 01 00 00 00 00 02 41 42";
+  const std::string failed = "42 4B 02 00 00 00 00 04 81 02 03 04";
+  struct Case {
+    std::string bytes;
+    std::vector<std::string> blocks;
+    bool isBroken = false;
+  };
+  const Case kCases[] = {
+      {"", {}},
+      {two + failed + two, {"0: 41 42", "2164392708: ", "0: 41 42"}},
+      {"42 4B 01 00 00 00 00 00" + two, {"0: ", "0: 41 42"}},
+      {two + "42 4B 01 00 00 02 00 00 41", {"0: 41 42"}},
+      {"42 4B 01 00 00 00 00", {}},
+      {two + "00" + two, {"0: 41 42"}, true},
+      {"4B 42 01 00 00 00 00 02" + two, {}, true},
+      {"42 4B 03 00 00 00 00 02" + two, {}, true},
+      {"42 4B 00 00 00 00 00 02" + two, {}, true},
+      {"42 4B 01 01 00 00 00 02" + two, {}, true},
+      {"42 4B 01 00 00 02 00 01" + two, {}, true},
+      {"42 4B 01 00 FF FF FF FF" + two, {}, true},
+      {"42 4B 02 00 00 00 00 03" + two, {}, true},
+      {"42 4B 02 00 00 00 00 05" + two, {}, true},
+  };
+  for (const Case& c : kCases) {
+    const Packet bytes = hex(c.bytes);
+    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
+      BlockStream stream;
+      EXPECT_EQ(read(stream, bytes, step, describeBlock), c.blocks) << c.bytes << " by " << step;
+      EXPECT_EQ(stream.isBroken(), c.isBroken) << c.bytes << " by " << step;
+    }
   }
 }
 
@@ -217,30 +387,40 @@ TEST(DeviceAnswer, TakesCompleteAnswersOnly) {
 }
 
 TEST(ServiceDescription, TakesWhatMayBeToldOfAnAnnouncedPrinter) {
+  using Texts = std::map<std::string, std::string>;
   const std::string tag = "</Nickname><Handle>1</Handle>";
-  const std::string office = "B\xC3\xBCro";
-  const struct {
+  struct Case {
     std::string name;
-    std::map<std::string, std::string> texts;
-    const char* told;  // serial number, model, nickname
-  } cases[] = {
-      {"Hall", {{"usb_ser", "X1"}, {"uuid", "u"}, {"ty", "L5"}, {"product", "(P)"}}, "X1, L5, Hall"},
-      {"Hall", {{"uuid", "u-1"}, {"product", "(Laser 6)"}}, "u-1, Laser 6, Hall"},
-      {"Hall", {{"product", "Laser 7"}}, "Hall, Laser 7, Hall"},
-      {"Hall", {}, "Hall, Hall, Hall"},
-      {office, {{"usb_ser", "X1"}, {"ty", "Laser 5"}}, "X1, Laser 5, Laser 5"},
-      {office, {{"usb_ser", "X1"}}, "X1, X1, X1"},
-      {office, {}, "nothing"},
-      {tag, {{"usb_ser", tag}, {"uuid", "\n"}, {"ty", tag}}, "nothing"},
-      {"Hall", {{"usb_ser", tag}, {"ty", std::string(64, 'x')}, {"product", "(>)"}}, "Hall, Hall, Hall"},
-      {"Hall", {{"usb_ser", ""}, {"ty", std::string("a\0b", 3)}}, "Hall, Hall, Hall"},
-      {std::string(64, 'x'), {{"usb_ser", "X1"}}, "X1, X1, X1"},
-      {"", {}, "nothing"},
+    Texts texts;
+    std::string serial;  // empty: nothing is told
+    std::string model;
+    std::string nickname;
   };
-  for (const auto& [name, texts, told] : cases) {
-    const auto device = describeService({name, {0x0A000001, 9100}, texts});
-    EXPECT_EQ(device ? device->serial + ", " + device->model + ", " + device->name : "nothing", told) << name;
+  const Case kCases[] = {
+      {"Hall",
+       {{"usb_ser", "X1"}, {"uuid", "u"}, {"ty", "Laser 5"}, {"product", "(P)"}},
+       "X1",
+       "Laser 5",
+       "Hall"},
+      {"Hall", {{"uuid", "u-1"}, {"product", "(Laser 6)"}}, "u-1", "Laser 6", "Hall"},
+      {"Hall", {{"product", "Laser 7"}}, "Hall", "Laser 7", "Hall"},
+      {"Hall", {}, "Hall", "Hall", "Hall"},
+      {"B\xC3\xBCro", {{"usb_ser", "X1"}, {"ty", "Laser 5"}}, "X1", "Laser 5", "Laser 5"},
+      {"B\xC3\xBCro", {{"usb_ser", "X1"}}, "X1", "X1", "X1"},
+      {"B\xC3\xBCro", {}, "", "", ""},
+      {tag, {{"usb_ser", tag}, {"uuid", "\n"}, {"ty", tag}}, "", "", ""},
+      {"Hall", {{"usb_ser", tag}, {"ty", std::string(64, 'x')}, {"product", "(>)"}}, "Hall", "Hall", "Hall"},
+      {"Hall", {{"usb_ser", ""}, {"ty", std::string("a\0b", 3)}}, "Hall", "Hall", "Hall"},
+      {std::string(64, 'x'), {{"usb_ser", "X1"}}, "X1", "X1", "X1"},
+      {"", {}, "", "", ""},
+  };
+  for (const Case& c : kCases) {
+    const auto device = describeService({c.name, {0x0A000001, 9100}, c.texts});
+    ASSERT_EQ(device.has_value(), !c.serial.empty()) << c.name;
     if (!device) continue;
+    EXPECT_EQ(device->serial, c.serial) << c.name;
+    EXPECT_EQ(device->model, c.model) << c.name;
+    EXPECT_EQ(device->name, c.nickname) << c.name;
     EXPECT_EQ(device->family, "BpdPrinter");
     EXPECT_EQ(device->printPort, 9100);
     EXPECT_EQ(device->bidiPort, 0);
