@@ -172,13 +172,16 @@ TEST(EscStream, FindsCommandsHoweverTheyArrive) {
 
 TEST(HidStream, FindsFramesHoweverTheyArrive) {
   struct Case {
-    const char* bytes;
+    std::string bytes;
     std::vector<std::string> frames;
   };
+  std::string content;  // of 258 bytes: 02 01
+  for (int i = 0; i < 258; ++i) content += " 41";
   const Case kCases[] = {
       {"", {}},
       {"01 02 00 41 42 02 00 00 07 01 00 43", {"1: 41 42", "2: ", "7: 43"}},
       {"01 00 00 01 03 00 41 42", {"1: "}},
+      {"03 02 01" + content + " 04 00 00", {"3:" + content, "4: "}},
       {"01 FF FF 01 01 00 41", {}},
   };
   const auto describe = [](const HidFrame& frame) {
