@@ -70,7 +70,10 @@ class BpdScannerTest : public LibraryTest {
   }
 
   // The value of the response; "exception" and "nothing" are no values.
-  void answerTo(const std::string& document, const std::string& value) { answers[document] = value; }
+  void answerTo(const std::string& document, const std::string& value) {
+    std::lock_guard<std::mutex> lock(mutex);
+    answers[document] = value;
+  }
 
   std::optional<Data> answer(const std::string& document) {
     const std::string what = summary(document);
@@ -80,11 +83,16 @@ class BpdScannerTest : public LibraryTest {
       documents_.push_back(document);
     }
     if (const auto act = before.find(what); act != before.end()) act->second();
-    const auto found = answers.find(what);
-    const std::string value = found == answers.end() ? number(0) : found->second;
+    const std::string value = answerOf(what);
     if (value == "nothing") return std::nullopt;
     if (value == "exception") return Data(exception(requestId(document)));
     return Data(response(requestId(document), value));
+  }
+
+  std::string answerOf(const std::string& what) {
+    std::lock_guard<std::mutex> lock(mutex);
+    const auto found = answers.find(what);
+    return found == answers.end() ? number(0) : found->second;
   }
 
   std::vector<std::string> takeSent() {
