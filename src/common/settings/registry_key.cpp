@@ -22,10 +22,10 @@ void check(ErrorCode code, const std::string& message, std::int32_t line) {
   if (code != platform::kSuccess) fail(message, code, line);
 }
 
-// Reads a value of one type: false when it is absent.
+// Reads a value of one type: false when it is absent. `failure` begins the message of what else goes wrong.
 template <typename Value>
-bool readTyped(const registry::Key& key, const std::string& name, Value& value, const std::string& message,
-               std::int32_t line) {
+bool readTyped(const registry::Key& key, const std::string& name, Value& value, const char* failure,
+               const std::string& failureName, std::int32_t line) {
   bool typeMatches = true;
   const ErrorCode code =
       registry::readValue(key, name, [&](registry::ValueType type, std::string_view bytes) {
@@ -33,7 +33,7 @@ bool readTyped(const registry::Key& key, const std::string& name, Value& value, 
       });
   if (code == platform::kFileNotFound) return false;
   if (code != platform::kSuccess || !typeMatches) {
-    fail(message + (typeMatches ? "" : " : incorrect value type"), code, line);
+    fail(failure + failureName + (typeMatches ? "" : " : incorrect value type"), code, line);
   }
   return true;
 }
@@ -63,15 +63,15 @@ void RegistryKey::createKey(const std::string& path, registry::Hive root) {
 }
 
 bool RegistryKey::getValue(const std::string& name, std::uint32_t& value) const {
-  return readTyped(key_, name, value, "RegistryKey::getValue(ulong)" + name, __LINE__);
+  return readTyped(key_, name, value, "RegistryKey::getValue(ulong)", name, __LINE__);
 }
 
 bool RegistryKey::getValue(const std::string& name, std::string& value) const {
-  return readTyped(key_, name, value, "RegistryKey::getValue(string) " + name, __LINE__);
+  return readTyped(key_, name, value, "RegistryKey::getValue(string) ", name, __LINE__);
 }
 
 bool RegistryKey::getValue(const std::string& name, Data& value) const {
-  return readTyped(key_, name, value, "RegistryKey::getValue(binary)", __LINE__);
+  return readTyped(key_, name, value, "RegistryKey::getValue(binary)", "", __LINE__);
 }
 
 void RegistryKey::setValue(const std::string& name, std::uint32_t value) {

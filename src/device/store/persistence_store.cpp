@@ -1,7 +1,6 @@
 #include "device/store/persistence_store.h"
 
 #include "common/exception.h"
-#include "common/settings/application_settings.h"
 #include "common/text.h"
 #include "common/threads/inter_process_lock.h"
 #include "platform/base/error.h"
@@ -28,17 +27,17 @@ PersistenceStore::PersistenceStore() : mutex_(false, kMutexName, true) {}
 std::uint32_t PersistenceStore::write(const std::string& store, std::uint32_t handle,
                                       const std::string& text) {
   InterProcessLock lock(mutex_);
-  return resultOf(ApplicationSettings().setString(store, std::to_string(handle), text, kLocal));
+  return resultOf(settings_.setString(store, std::to_string(handle), text, kLocal));
 }
 
 std::uint32_t PersistenceStore::remove(const std::string& store, std::uint32_t handle) {
   InterProcessLock lock(mutex_);
-  return resultOf(ApplicationSettings().deleteValue(store, std::to_string(handle), kLocal));
+  return resultOf(settings_.deleteValue(store, std::to_string(handle), kLocal));
 }
 
 std::uint32_t PersistenceStore::read(const std::string& store, std::uint32_t handle, std::string& text) {
   InterProcessLock lock(mutex_);
-  const bool found = ApplicationSettings().getString(store, std::to_string(handle), text, kLocal);
+  const bool found = settings_.getString(store, std::to_string(handle), text, kLocal);
   return found ? QRN_ERROR_SUCCESS : QRN_ERROR_NOT_FOUND;
 }
 
@@ -57,7 +56,7 @@ std::uint32_t PersistenceStore::findByPortname(const std::string& store, const s
       rc = QRN_ERROR_SUCCESS;
     }
   };
-  ApplicationSettings().forEachValue(store, compare, kLocal);
+  settings_.forEachValue(store, compare, kLocal);
   return rc;
 }
 
@@ -67,7 +66,7 @@ void PersistenceStore::forEach(const std::string& store,
   const auto readText = [&](std::string_view, ValueType type, std::string_view stored) {
     if (type == ValueType::String) reader(stored);
   };
-  ApplicationSettings().forEachValue(store, readText, kLocal);
+  settings_.forEachValue(store, readText, kLocal);
 }
 
 }  // namespace qvn

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "common/process_service.h"
-#include "common/settings/settings_store.h"
+#include "common/settings/application_settings.h"
 #include "common/threads/mutex.h"
 
 namespace qvn {
@@ -34,6 +34,8 @@ class PersistenceStore : public ProcessService<PersistenceStore> {
   ~PersistenceStore() = default;
 
   Mutex mutex_;
+  // Made once: making it looks the library's root up.
+  ApplicationSettings settings_;
 };
 
 }  // namespace qvn
