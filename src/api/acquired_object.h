@@ -5,8 +5,6 @@
 #include <memory>
 #include <utility>
 
-#include "api/let_go.h"
-
 namespace qvn {
 
 template <typename Table, typename Object>
@@ -15,8 +13,7 @@ class AcquiredObject {
   explicit AcquiredObject(std::uint32_t handle)
       : handle_(handle), object_(Table::getInstance().acquire(handle)), held_(object_ != nullptr) {}
   ~AcquiredObject() {
-    if (held_) letGo(Table::getInstance().release(handle_));
-    letGo(std::move(object_));
+    if (held_) Table::getInstance().release(handle_);
   }
   AcquiredObject(const AcquiredObject&) = delete;
   AcquiredObject& operator=(const AcquiredObject&) = delete;

@@ -1,5 +1,6 @@
 // The exported functions for installers and configuration tools.
 #include "api/exported_call.h"
+#include "api/initialization.h"
 #include "api/system.h"
 #include "qvn/qvn.h"
 
@@ -13,21 +14,19 @@ LogText plainEntry(const char* function) { return LogText() << function << "()";
 
 // These two work without the library being initialised. When it is, the pass keeps it so until they are done.
 uint32_t QvnInstall(void) {
-  const CallGate::Pass pass;
-  guardedCall([] {
+  return guardedCall([] {
+    const Initialization::Hold hold;
     System::qvnInstall();
     return QRN_ERROR_SUCCESS;
   });
-  return QRN_ERROR_SUCCESS;
 }
 
 uint32_t QvnUninstall(void) {
-  const CallGate::Pass pass;
-  guardedCall([] {
+  return guardedCall([] {
+    const Initialization::Hold hold;
     System::qvnUninstall();
     return QRN_ERROR_SUCCESS;
   });
-  return QRN_ERROR_SUCCESS;
 }
 
 uint32_t QvnAddMonitor(void) {

@@ -2,8 +2,6 @@
 
 #include <atomic>
 
-#include "api/initialization.h"
-
 namespace qvn {
 namespace {
 
@@ -13,8 +11,6 @@ std::atomic<std::uint32_t> gate{0};
 
 // How many of the calls in flight are the calling thread's: callbacks may call the library again.
 thread_local std::uint32_t ownCalls = 0;
-
-bool isDrained(std::uint32_t state) { return state <= ownCalls; }
 
 void leave() {
   const std::uint32_t before = gate.fetch_sub(1, std::memory_order_acq_rel);
@@ -36,26 +32,17 @@ CallGate::Pass::~Pass() {
   if (!entered_) return;
   --ownCalls;
   leave();
-  if (ownCalls == 0) Initialization::finishDeferred();
 }
 
-void CallGate::open() {
-  gate.fetch_or(kOpen, std::memory_order_acq_rel);
-  gate.notify_all();
-}
+void CallGate::open() { gate.fetch_or(kOpen, std::memory_order_acq_rel); }
 
-void CallGate::close() { gate.fetch_and(~kOpen, std::memory_order_acq_rel); }
-
-bool CallGate::isDrained() { return qvn::isDrained(gate.load(std::memory_order_acquire)); }
-
-void CallGate::drain() {
+void CallGate::close() {
+  gate.fetch_and(~kOpen, std::memory_order_acq_rel);
   std::uint32_t state = gate.load(std::memory_order_acquire);
-  while ((state & kOpen) == 0 && !qvn::isDrained(state)) {
+  while (state != 0) {
     gate.wait(state, std::memory_order_acquire);
     state = gate.load(std::memory_order_acquire);
   }
 }
-
-bool CallGate::isInsideCall() { return ownCalls > 0; }
 
 }  // namespace qvn

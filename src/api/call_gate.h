@@ -22,14 +22,8 @@ class CallGate {
   };
 
   static void open();
-  // Lets no new call in.
+  // Lets no new call in and returns when none is in flight. Not from inside a call.
   static void close();
-  // Waits until no call of any other thread is in flight, or the gate was opened again.
-  static void drain();
-  // Whether the gate is closed and no call of any other thread is in flight. Stays so until it is opened.
-  static bool isDrained();
-  // Whether the calling thread is inside a call (it is in a client's callback then).
-  static bool isInsideCall();
 };
 
 }  // namespace qvn

@@ -7,10 +7,9 @@
 #include <string>
 
 #include "api/acquired_object.h"
-#include "api/deferred_calls.h"
 #include "api/discovery_manager.h"
-#include "api/let_go.h"
-#include "common/clients/client_callback.h"
+#include "common/clients/client_call.h"
+#include "common/clients/reaper.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {
@@ -29,11 +28,8 @@ class DeviceCalls {
   // The same on an object that is live already: the device must be open in this process.
   template <typename Operation>
   static std::uint32_t withLive(std::uint32_t handle, Operation&& operation) {
-    auto object = Table::getInstance().find(handle);
-    if (!object) return QRN_ERROR_INVALID_HANDLE;
-    const std::uint32_t rc = operation(*object);
-    letGo(std::move(object));
-    return rc;
+    const auto object = Table::getInstance().find(handle);
+    return object ? operation(*object) : QRN_ERROR_INVALID_HANDLE;
   }
 
   // Opens the device for the client. When that fails, but for the codes of a device that is there and in
@@ -53,13 +49,13 @@ class DeviceCalls {
     return object ? openAcquired(clientId, object) : QRN_ERROR_INVALID_HANDLE;
   }
 
-  // Undoes one open. From inside a callback, which may run on that very device, it is done afterwards.
+  // Undoes one open. Inside a callback, which may run on that very device, the reaper does it.
   static std::uint32_t close(std::uint32_t clientId, std::uint32_t handle) {
-    if (!ClientCallback::isRunning()) return closeNow(clientId, handle);
+    if (!ClientCall::isRunning()) return closeNow(clientId, handle);
     const std::uint32_t rc = withLive(handle, [&](Object& object) {
       return object.isOpenBy(clientId) ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION;
     });
-    if (rc == QRN_ERROR_SUCCESS) DeferredCalls::getInstance().post([=] { closeNow(clientId, handle); });
+    if (rc == QRN_ERROR_SUCCESS) Reaper::getInstance().post([=] { closeNow(clientId, handle); });
     return rc;
   }
 
@@ -79,12 +75,15 @@ class DeviceCalls {
   }
 
   static std::uint32_t closeNow(std::uint32_t clientId, std::uint32_t handle) {
-    bool wasOpen = false;
-    const std::uint32_t rc =
-        withLive(handle, [&](Object& object) { return object.close(clientId, wasOpen); });
-    // The reference is the open's: a close without an open has none to give back.
-    if (wasOpen) letGo(Table::getInstance().release(handle));
-    return rc;
+    struct Close {
+      std::uint32_t handle;
+      bool wasOpen = false;
+      ~Close() {
+        // The reference is the open's: a close without an open has none to give back.
+        if (wasOpen) Table::getInstance().release(handle);
+      }
+    } close{handle};
+    return withLive(handle, [&](Object& object) { return object.close(clientId, close.wasOpen); });
   }
 };
 

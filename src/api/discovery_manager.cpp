@@ -9,7 +9,7 @@
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/discoverer.h"
-#include "transport/transport_dll.h"
+#include "transport/call_transport.h"
 #include "transport/transports.h"
 
 namespace qvn {
@@ -17,9 +17,11 @@ namespace qvn {
 std::uint32_t DiscoveryManager::discover(const std::string& transport, const std::string& options) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [] { return LogText() << "DiscoveryManager::discover()"; });
-  Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-  const Observation observation(*this, discoverer);
-  const std::uint32_t rc = callTransport("discover", [&] { return discoverer.discover(options); });
+  const auto discoverer = Transports::getInstance().getDiscoverer(transport);
+  const std::uint32_t rc = transportResult("discover", [&] {
+    const Observation observation(*this, *discoverer.service);
+    return discoverer.service->discover(options);
+  });
   trace.setRc(rc);
   return rc;
 }
@@ -30,9 +32,11 @@ std::uint32_t DiscoveryManager::discoverSpecific(const std::string& deviceAttrib
   std::string transport;
   std::uint32_t rc = AttributeCodec::getString(deviceAttributes, attribute::kTransport, transport);
   if (rc == QRN_ERROR_SUCCESS) {
-    Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-    const Observation observation(*this, discoverer);
-    rc = callTransport("discoverSpecific", [&] { return discoverer.discoverSpecific(deviceAttributes); });
+    const auto discoverer = Transports::getInstance().getDiscoverer(transport);
+    rc = transportResult("discoverSpecific", [&] {
+      const Observation observation(*this, *discoverer.service);
+      return discoverer.service->discoverSpecific(deviceAttributes);
+    });
   }
   trace.setRc(rc);
   return rc;

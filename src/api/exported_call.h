@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <new>
 #include <string>
 
 #include "api/call_gate.h"
@@ -39,12 +38,8 @@ template <typename Body>
 std::uint32_t guardedCall(Body&& body) noexcept {
   try {
     return body();
-  } catch (const Exception& exception) {
-    return exception.getCode();
-  } catch (const std::bad_alloc&) {
-    return platform::kNotEnoughMemory;
   } catch (...) {
-    return QRN_ERROR_INTERNAL_ERROR;
+    return codeOfCurrentException();
   }
 }
 

@@ -7,13 +7,20 @@ namespace qvn {
 
 class Initialization {
  public:
+  // Waits while System is being taken down; inside a callback it is refused then.
   static std::uint32_t initialize();
-  // From inside a client's callback the last one only closes the library; what is left to do is done when the
-  // exported call that the callback runs in returns.
+  // Inside a callback the last one is refused: it waits for the threads that callbacks run on.
   static std::uint32_t uninitialize();
 
-  // Called when a thread leaves its outermost exported call.
-  static void finishDeferred();
+  // For the functions that use the library's services whether it is initialised or not: they are not taken
+  // down for as long as this lives. Not inside a callback.
+  class [[nodiscard]] Hold {
+   public:
+    Hold();
+    ~Hold();
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+  };
 };
 
 }  // namespace qvn

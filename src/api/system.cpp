@@ -1,9 +1,10 @@
 #include "api/system.h"
 
-#include "api/deferred_calls.h"
 #include "api/discovery_manager.h"
 #include "api/job_tracker.h"
 #include "api/library_load.h"
+#include "common/clients/operation_lock.h"
+#include "common/clients/reaper.h"
 #include "common/logging/basic_logger.h"
 #include "common/logging/library_logger.h"
 #include "common/settings/localize.h"
@@ -24,6 +25,7 @@
 #include "printer/bpd/bpd_printer_factory.h"
 #include "printer/cpd/cpd_printer_factory.h"
 #include "printer/printer_object.h"
+#include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner_factory.h"
 #include "scanner/bpd/job/job_parameter_store.h"
 #include "scanner/cpd/cpd_scanner_async_data_manager.h"
@@ -68,19 +70,25 @@ void startServices() {
   BpdScannerFactory::getInstance();
 }
 
+// Ends what the live devices do, and then the devices.
+template <typename Table>
+void shutDown(Table& table) {
+  for (const auto& object : table.liveObjects()) {
+    resultOf([&] {
+      object->shutDown();
+      return QRN_ERROR_SUCCESS;
+    });
+  }
+  table.clear();
+}
+
 void stopServices() {
-  DeferredCalls::destroyInstance();
-  // A printer's writer may be writing through a transport that is about to be unloaded.
-  for (const auto& printer : PrinterTable::getInstance().liveObjects()) printer->shutDown();
-
-  // The transports' threads deliver what scanners and HIDs send to the clients that the managers know.
-  for (const auto& scanner : ScannerTable::getInstance().liveObjects()) {
-    if (scanner->hasDevice()) scanner->device().shutDown();
-  }
-  for (const auto& hid : HidTable::getInstance().liveObjects()) {
-    if (hid->hasDevice()) hid->device().shutDown();
-  }
-
+  // The transports' threads deliver what devices send to the clients that the managers know, and a printer's
+  // writer may be writing through a transport that is about to be unloaded.
+  shutDown(PrinterTable::getInstance());
+  shutDown(ScannerTable::getInstance());
+  shutDown(HidTable::getInstance());
+  Reaper::getInstance().flush();
   JobTracker::destroyInstance();
   CpdScannerAsyncDataManager::destroyInstance();
   JobParameterStore::destroyInstance();
@@ -101,6 +109,7 @@ void stopServices() {
   HidStore::destroyInstance();
   ScannerStore::destroyInstance();
   PrinterStore::destroyInstance();
+  Reaper::destroyInstance();
   BasicLogger::destroyInstance();
   Localize::destroyInstance();
 }

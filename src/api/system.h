@@ -3,10 +3,10 @@
 //
 // Birth: Localize, the logger, the stores, Transports, PrinterTable and ScannerTable, DiscoveryManager,
 // JobTracker, CpdScannerAsyncDataManager, DeviceFactories, the five device factories. HidTable, the managers
-// of the HIDs, JobParameterStore and DeferredCalls are made on first use. Death: DeferredCalls, what the live
-// devices' threads do, JobTracker, CpdScannerAsyncDataManager, JobParameterStore, the managers of the HIDs,
+// of the HIDs, JobParameterStore and Reaper are made on first use. Death: what the live devices do and they
+// themselves, JobTracker, CpdScannerAsyncDataManager, JobParameterStore, the managers of the HIDs,
 // DeviceFactories, the device factories, Transports (which unloads the plug-ins), the tables,
-// DiscoveryManager, PersistenceStore, the stores, the logger, Localize.
+// DiscoveryManager, PersistenceStore, the stores, Reaper, the logger, Localize.
 #pragma once
 
 #include <cstdint>

@@ -6,6 +6,7 @@
 
 #include "api/device_lookup.h"
 #include "api/discovery_manager.h"
+#include "api/enumeration_callback.h"
 #include "api/system.h"
 #include "common/exception.h"
 #include "common/logging/trace_scope.h"
@@ -19,7 +20,7 @@
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/discoverer.h"
-#include "transport/transport_dll.h"
+#include "transport/call_transport.h"
 #include "transport/transport_names.h"
 #include "transport/transports.h"
 
@@ -67,7 +68,7 @@ std::uint32_t enumerate(const char* function, const std::vector<std::string>& te
     });
     const DeviceIdentity device = DeviceIdentity::of(text);
     if (!device.handle || !device.transport || !contains(names, *device.transport)) continue;
-    callback(clientId, *device.handle);
+    tellFound(clientId, [&] { callback(clientId, *device.handle); });
     logDetail(log_component::server(), [&] {
       return LogText() << "System::" << function << ": enum device " << *device.handle << " of type "
                        << *device.transport;
@@ -120,7 +121,7 @@ std::uint32_t System::qvnEnumPrinters(std::uint32_t clientId, const std::string&
                          << " callback(" << clientId << "," << handle << ")";
       });
     }
-    callback(clientId, handle);
+    tellFound(clientId, [&] { callback(clientId, handle); });
   }
   return QRN_ERROR_SUCCESS;
 }
@@ -191,13 +192,14 @@ std::uint32_t System::qvnGetDiscoveryDefaults(const std::string& transport, char
                                               std::uint32_t bufferSize, std::uint32_t& required) {
   required = 0;
   buffer[0] = '\0';
-  Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-  return callTransport("getDefaults", [&] { return discoverer.getDefaults(buffer, bufferSize, &required); });
+  const auto discoverer = Transports::getInstance().getDiscoverer(transport);
+  return callTransport("getDefaults",
+                       [&] { return discoverer.service->getDefaults(buffer, bufferSize, &required); });
 }
 
 std::uint32_t System::qvnSetDiscoveryDefaults(const std::string& transport, const char* defaults) {
-  Discoverer& discoverer = Transports::getInstance().getDiscoverer(transport);
-  return callTransport("setDefaults", [&] { return discoverer.setDefaults(defaults); });
+  const auto discoverer = Transports::getInstance().getDiscoverer(transport);
+  return callTransport("setDefaults", [&] { return discoverer.service->setDefaults(defaults); });
 }
 
 }  // namespace qvn

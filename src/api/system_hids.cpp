@@ -2,6 +2,7 @@
 #include "api/device_calls.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
+#include "common/clients/operation_lock.h"
 #include "device/client_registration.h"
 #include "device/hid.h"
 #include "device/store/hid_store.h"
@@ -34,7 +35,7 @@ std::uint32_t System::qvnRegisterForReportsHid(std::uint32_t handle, const Repor
     HidReportManager& manager = HidReportManager::getInstance();
     std::uint32_t rc = manager.registerForReports(handle, registration);
     if (rc != QRN_ERROR_SUCCESS) return rc;
-    rc = object.device().doRegisterForReports(registration);
+    rc = resultOf([&] { return object.device().doRegisterForReports(registration); });
     if (rc != QRN_ERROR_SUCCESS) manager.unregisterForReports(handle, registration.clientId);
     return rc;
   });

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "api/device_lookup.h"
+#include "api/enumeration_callback.h"
 #include "api/stored_attributes.h"
 #include "api/system.h"
 #include "common/logging/trace_scope.h"
@@ -79,7 +80,7 @@ std::uint32_t enumerateQueues(const char* function, const char* handleName, std:
         return LogText() << " Found printerObject=" << queue.printerName << ", port=" << queue.portName
                          << ", handle=" << handle;
       });
-      callback(clientId, queue.printerName.c_str(), queue.portName.c_str());
+      tellFound(clientId, [&] { callback(clientId, queue.printerName.c_str(), queue.portName.c_str()); });
     }
   }
   return QRN_ERROR_SUCCESS;

@@ -7,7 +7,7 @@
 
 namespace qvn {
 
-BidiTask::BidiTask(Device& device, Connectable& connection, Data& request, Data& response)
+BidiTask::BidiTask(Device& device, const Connection& connection, Data& request, Data& response)
     : ExchangeTask(device, connection, request, response) {}
 
 std::uint32_t BidiTask::doExecute() {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bidi/exchange_task.h"
-#include "qvn/transport/connectable.h"
+#include "device/connection.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/observer.h"
@@ -13,7 +13,7 @@ namespace qvn {
 // refused the command; else the transport's code.
 class BidiTask : public ExchangeTask {
  public:
-  BidiTask(Device& device, Connectable& connection, Data& request, Data& response);
+  BidiTask(Device& device, const Connection& connection, Data& request, Data& response);
   ~BidiTask() override = default;
 
  protected:

@@ -6,7 +6,7 @@
 
 namespace qvn {
 
-ExchangeTask::ExchangeTask(Device& device, Connectable& connection, Data& request, Data& response)
+ExchangeTask::ExchangeTask(Device& device, const Connection& connection, Data& request, Data& response)
     : request_(request), response_(response), device_(device), connection_(connection) {}
 
 std::uint32_t ExchangeTask::runOnWorker() {

@@ -6,6 +6,7 @@
 
 #include "common/tasks/observation.h"
 #include "common/tasks/task.h"
+#include "device/connection.h"
 #include "device/visitor_run.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/observer.h"
@@ -17,7 +18,7 @@ namespace qvn {
 class ExchangeTask : public Task, public Observer {
  protected:
   // `request` and `response` are the caller's; the response is emptied first.
-  ExchangeTask(Device& device, Connectable& connection, Data& request, Data& response);
+  ExchangeTask(Device& device, const Connection& connection, Data& request, Data& response);
 
   // Runs runMethod on a worker thread and gives its result.
   std::uint32_t runOnWorker();
@@ -38,7 +39,7 @@ class ExchangeTask : public Task, public Observer {
   Data& request_;
   Data& response_;
   Device& device_;
-  Connectable& connection_;
+  const Connection& connection_;
 };
 
 }  // namespace qvn

@@ -7,7 +7,7 @@
 
 namespace qvn {
 
-GenericBidiTask::GenericBidiTask(Device& device, Connectable& connection, Data& request, Data& response,
+GenericBidiTask::GenericBidiTask(Device& device, const Connection& connection, Data& request, Data& response,
                                  std::string visitorName)
     : ExchangeTask(device, connection, request, response), visitorName_(std::move(visitorName)) {}
 

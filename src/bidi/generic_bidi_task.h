@@ -4,7 +4,7 @@
 #include <string>
 
 #include "bidi/exchange_task.h"
-#include "qvn/transport/connectable.h"
+#include "device/connection.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 
@@ -13,7 +13,7 @@ namespace qvn {
 // Takes no reply itself: a class derived from it recognises the reply in doUpdate. Result: the transport's.
 class GenericBidiTask : public ExchangeTask {
  public:
-  GenericBidiTask(Device& device, Connectable& connection, Data& request, Data& response,
+  GenericBidiTask(Device& device, const Connection& connection, Data& request, Data& response,
                   std::string visitorName);
   ~GenericBidiTask() override = default;
 

@@ -1,10 +1,12 @@
 #include "common/exception.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "platform/base/error.h"
 #include "platform/process/system_information.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 namespace {
@@ -42,6 +44,18 @@ std::string Exception::describe() const {
 
 std::string Win32Exception::getErrorText() const {
   return getCode() == 0 ? std::string() : "Win32(" + std::to_string(getCode()) + systemMessage(getCode());
+}
+
+std::uint32_t codeOfCurrentException() noexcept {
+  try {
+    throw;
+  } catch (const Exception& exception) {
+    return exception.getCode() != 0 ? exception.getCode() : QRN_ERROR_INTERNAL_ERROR;
+  } catch (const std::bad_alloc&) {
+    return platform::kNotEnoughMemory;
+  } catch (...) {
+    return QRN_ERROR_INTERNAL_ERROR;
+  }
 }
 
 }  // namespace qvn

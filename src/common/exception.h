@@ -39,4 +39,8 @@ class Win32Exception : public Exception {
   std::string getErrorText() const override;
 };
 
+// The code of the exception that is being handled: its own, 8 for a lack of memory, 1359 for what is not the
+// library's.
+std::uint32_t codeOfCurrentException() noexcept;
+
 }  // namespace qvn

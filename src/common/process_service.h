@@ -32,8 +32,13 @@ class ProcessService {
 
   // No thread may use the service any more. Does nothing when there is none.
   static void destroyInstance() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    delete instance_.exchange(nullptr);
+    Service* service = nullptr;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      service = instance_.exchange(nullptr);
+    }
+    // Its end may wait for a thread that asks for the service.
+    delete service;
   }
 
  protected:

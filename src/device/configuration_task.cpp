@@ -6,7 +6,7 @@
 
 namespace qvn {
 
-ConfigurationTask::ConfigurationTask(Device& device, Connectable& connection, std::string descriptor,
+ConfigurationTask::ConfigurationTask(Device& device, const Connection& connection, std::string descriptor,
                                      const std::string& attributes)
     : device_(device), connection_(connection), descriptor_(std::move(descriptor)), attributes_(attributes) {}
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "common/tasks/task.h"
+#include "device/connection.h"
 #include "qvn/transport/device.h"
 
 namespace qvn {
@@ -11,7 +12,7 @@ namespace qvn {
 class ConfigurationTask : public Task {
  public:
   // `attributes` is the attribute text with the change made; the descriptor names what was changed.
-  ConfigurationTask(Device& device, Connectable& connection, std::string descriptor,
+  ConfigurationTask(Device& device, const Connection& connection, std::string descriptor,
                     const std::string& attributes);
   ~ConfigurationTask() override = default;
 
@@ -20,7 +21,7 @@ class ConfigurationTask : public Task {
 
  private:
   Device& device_;
-  Connectable& connection_;
+  const Connection& connection_;
   std::string descriptor_;
   Data attributes_;
 };

@@ -2,41 +2,24 @@
 
 #include "common/exception.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connection_manager.h"
-#include "transport/transport_dll.h"
+#include "transport/call_transport.h"
 #include "transport/transports.h"
 
 namespace qvn {
 
-Connectable* ConnectedDevice::doGetConnection(const std::string& connectionName) {
+Connection ConnectedDevice::doGetConnection(const std::string& connectionName) {
   const std::string attributes = getAttributes();
-  ConnectionManager& manager = Transports::getInstance().getConnectionManager(attributes);
+  auto [module, manager] = Transports::getInstance().getConnectionManager(attributes);
+  ConnectionManager& from = *manager;
   Connectable* const connection =
-      callTransport("getConnection", [&] { return manager.getConnection(attributes, connectionName); });
+      callTransport("getConnection", [&] { return from.getConnection(attributes, connectionName); });
   if (connection == nullptr) {
     throw Win32Exception(std::string(kind_) + "::doGetConnection() no connection=" + connectionName,
                          QRN_ERROR_INTERNAL_ERROR, "", 0);
   }
-  return connection;
+  return {std::move(module), from, *connection};
 }
 
-void ConnectedDevice::doReleaseConnection(Connectable* connection) {
-  if (connection == nullptr) return;
-  try {
-    Transports::getInstance().getConnectionManager(getAttributes()).releaseConnection(connection);
-  } catch (...) {
-    // The connection is the transport's, whatever it makes of the release.
-  }
-}
-
-void ConnectedDevice::doPersistConnection(Connectable* connection, bool keep) {
-  if (connection == nullptr) return;
-  const std::uint32_t tag = connection->getTag();
-  if (keep) {
-    connection->setTag(tag + 1);
-  } else if (tag != 0) {
-    connection->setTag(tag - 1);
-  }
-}
+void ConnectedDevice::doPersistConnection(const Connection& connection, bool keep) { connection.keep(keep); }
 
 }  // namespace qvn

@@ -3,17 +3,19 @@
 
 #include <string>
 
+#include "device/connection.h"
 #include "qvn/transport/device.h"
 
 namespace qvn {
 
 class ConnectedDevice : public Device {
  public:
-  // The named connection of the device's transport; give it back with doReleaseConnection.
-  virtual Connectable* doGetConnection(const std::string& connectionName);
-  virtual void doReleaseConnection(Connectable* connection);
+  // The named connection of the device's transport; give it back (Connection::release). Throws Win32Exception
+  // when there is none.
+  virtual Connection doGetConnection(const std::string& connectionName);
+
   // Keeps a connection beyond the operation that got it, or ends that.
-  virtual void doPersistConnection(Connectable* connection, bool keep);
+  virtual void doPersistConnection(const Connection& connection, bool keep);
 
  protected:
   // `kind` is the name of the kind's class in the log.

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "device/connected_device.h"
+#include "device/connection.h"
 #include "qvn/transport/connection_manager.h"
 
 namespace qvn {
@@ -11,19 +12,18 @@ namespace qvn {
 // Gets the connection by name and gives it back when the scope ends.
 class ConnectionUse {
  public:
+  // Throws Win32Exception when the transport gives none.
   ConnectionUse(ConnectedDevice& device, const std::string& connectionName)
-      : device_(device), connection_(device.doGetConnection(connectionName)) {}
-  ~ConnectionUse() { device_.doReleaseConnection(connection_); }
+      : connection_(device.doGetConnection(connectionName)) {}
+  ~ConnectionUse() { connection_.release(); }
   ConnectionUse(const ConnectionUse&) = delete;
   ConnectionUse& operator=(const ConnectionUse&) = delete;
 
-  Connectable& operator*() const { return *connection_; }
-  Connectable* operator->() const { return connection_; }
-  Connectable* get() const { return connection_; }
+  const Connection& operator*() const { return connection_; }
+  const Connection* operator->() const { return &connection_; }
 
  private:
-  ConnectedDevice& device_;
-  Connectable* connection_;
+  const Connection connection_;
 };
 
 }  // namespace qvn

@@ -37,6 +37,11 @@ class DeviceObject {
     return rc;
   }
 
+  // Ends what the device does.
+  void shutDown() {
+    if (device_) device_->shutDown();
+  }
+
   // `wasOpen` tells whether there was an open to undo. Without a device 6.
   std::uint32_t close(std::uint32_t /*clientId*/, bool& wasOpen) {
     std::uint32_t count = openCount_;

@@ -18,7 +18,7 @@ std::uint32_t Hid::doSetCurrentState(std::uint32_t /*state*/) { return QRN_ERROR
 
 void Hid::shutDown() {}
 
-Connectable* Hid::doGetConnection(const std::string& connectionName) {
+Connection Hid::doGetConnection(const std::string& connectionName) {
   logDetail(log_component::server(), [&] { return LogText() << "Hid::doGetConnection()" << connectionName; });
   return ConnectedDevice::doGetConnection(connectionName);
 }

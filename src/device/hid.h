@@ -25,7 +25,7 @@ class Hid : public ConnectedDevice {
   // Ends what the transport's threads do with the HID. Before the services they use go.
   virtual void shutDown();
 
-  Connectable* doGetConnection(const std::string& connectionName) override;
+  Connection doGetConnection(const std::string& connectionName) override;
 
  protected:
   // Stores the attribute text.

@@ -40,7 +40,7 @@ void Printer::passNotification(const Notification& /*record*/) {}
 void Printer::setBidiAllowed(bool allowed) { bidiAllowed_ = allowed; }
 void Printer::shutDown() {}
 
-Connectable* Printer::doGetConnection(const std::string& connectionName) {
+Connection Printer::doGetConnection(const std::string& connectionName) {
   logDetail(log_component::server(), [&] {
     return LogText() << "Printer::doGetConnection() handle=" << getHandle() << ", connectionName=\""
                      << connectionName << "\"";
@@ -48,54 +48,61 @@ Connectable* Printer::doGetConnection(const std::string& connectionName) {
   return ConnectedDevice::doGetConnection(connectionName);
 }
 
-void Printer::doPersistConnection(Connectable* connection, bool keep) {
-  if (connection == nullptr) return;
-  ConnectedDevice::doPersistConnection(connection, keep);
+void Printer::doPersistConnection(const Connection& connection, bool keep) {
+  const std::uint32_t keepers = connection.keep(keep);
   logDetail(log_component::server(),
-            [&] { return LogText() << "Printer: doPersistConnection() refCount=" << connection->getTag(); });
+            [&] { return LogText() << "Printer: doPersistConnection() refCount=" << keepers; });
 }
 
-std::uint32_t Printer::configure(const std::string& descriptor, const std::string& attributes) {
-  std::uint32_t rc = QRN_ERROR_SUCCESS;
+std::uint32_t Printer::changeAttributes(const AttributeChange& change) {
+  CriticalSectionLock lock(lock_);
+  std::string attributes = getAttributes();
+  const std::uint32_t rc = change(attributes);
+  if (rc == QRN_ERROR_SUCCESS) setAttributes(attributes);
+  return rc;
+}
+
+std::uint32_t Printer::configure(const std::string& descriptor, const AttributeChange& change) {
+  const OperationLock::Turn turn(configurationLock_);
+  std::string attributes = getAttributes();
+  std::uint32_t rc = change(attributes);
+  if (rc != QRN_ERROR_SUCCESS) return rc;
   {
     const ConnectionUse connection(*this, connection_name::kConfiguration);
     rc = ConfigurationTask(*this, *connection, descriptor, attributes).execute();
   }
-  if (rc == QRN_ERROR_SUCCESS) {
-    setAttributes(attributes);
-    doPersist();
-  }
-  return rc;
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  // Not the copy from before: others may have changed other attributes meanwhile.
+  changeAttributes(change);
+  doPersist();
+  return QRN_ERROR_SUCCESS;
 }
 
 std::uint32_t Printer::doSetLong(const std::string& descriptor, std::uint32_t value) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [&] { return LogText() << "Printer::doSetLong(" << descriptor << ")"; });
   logDetail(log_component::server(), [&] { return LogText() << "Printer::doSetLong, value=" << value; });
-  CriticalSectionLock lock(configurationLock_);
-  std::string attributes = getAttributes();
-  const std::uint32_t rc = AttributeCodec::setLong(attributes, descriptor, value);
-  return rc != QRN_ERROR_SUCCESS ? rc : configure(descriptor, attributes);
+  return configure(descriptor, [&](std::string& attributes) {
+    return AttributeCodec::setLong(attributes, descriptor, value);
+  });
 }
 
 std::uint32_t Printer::doSetString(const std::string& descriptor, const std::string& value) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [&] { return LogText() << "Printer::doSetString(" << descriptor << ")"; });
   logDetail(log_component::server(), [&] { return LogText() << "Printer::doSetString, value=" << value; });
-  CriticalSectionLock lock(configurationLock_);
-  std::string attributes = getAttributes();
-  const std::uint32_t rc = AttributeCodec::setString(attributes, descriptor, value);
-  return rc != QRN_ERROR_SUCCESS ? rc : configure(descriptor, attributes);
+  return configure(descriptor, [&](std::string& attributes) {
+    return AttributeCodec::setString(attributes, descriptor, value);
+  });
 }
 
 std::uint32_t Printer::doSetByteArray(const std::string& descriptor, const std::uint8_t* bytes,
                                       std::uint32_t length) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [&] { return LogText() << "Printer::doSetByteArray(" << descriptor << ")"; });
-  CriticalSectionLock lock(configurationLock_);
-  std::string attributes = getAttributes();
-  const std::uint32_t rc = AttributeCodec::setByteArray(attributes, descriptor, bytes, length);
-  return rc != QRN_ERROR_SUCCESS ? rc : configure(descriptor, attributes);
+  return configure(descriptor, [&](std::string& attributes) {
+    return AttributeCodec::setByteArray(attributes, descriptor, bytes, length);
+  });
 }
 
 void Printer::doPersist() { PrinterStore::getInstance().persist(getAttributes()); }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
+#include "common/clients/operation_lock.h"
 #include "device/client_registration.h"
 #include "device/connected_device.h"
 #include "device/job_description.h"
@@ -40,8 +42,8 @@ class Printer : public ConnectedDevice {
   virtual void passNotification(const Notification& record);
   virtual void setBidiAllowed(bool allowed);
 
-  Connectable* doGetConnection(const std::string& connectionName) override;
-  void doPersistConnection(Connectable* connection, bool keep) override;
+  Connection doGetConnection(const std::string& connectionName) override;
+  void doPersistConnection(const Connection& connection, bool keep) override;
 
   // Ends the printer's own threads, throwing away what they still had to write. Before the transports go.
   virtual void shutDown();
@@ -52,7 +54,14 @@ class Printer : public ConnectedDevice {
 
   JobDescription& jobDescription() { return jobDescription_; }
 
+  // Changes the attribute text in one step; the change's result, and nothing changed unless that is 0.
+  using AttributeChange = std::function<std::uint32_t(std::string& attributes)>;
+  std::uint32_t changeAttributes(const AttributeChange& change);
+
  protected:
+  // Held while an attribute is changed and the transport told, and while the stored text takes the place of
+  // this one.
+  OperationLock& configurationLock() { return configurationLock_; }
   // A printer's attribute changes when its transport accepts the change, which is then written to the store.
   std::uint32_t doSetByteArray(const std::string& descriptor, const std::uint8_t* bytes,
                                std::uint32_t length) override;
@@ -62,12 +71,11 @@ class Printer : public ConnectedDevice {
   void doUpdate() override;
 
  private:
-  std::uint32_t configure(const std::string& descriptor, const std::string& attributes);
+  std::uint32_t configure(const std::string& descriptor, const AttributeChange& change);
 
   JobDescription jobDescription_;
   std::atomic<bool> alertsRegistered_{false};
-  // Held while an attribute is changed, so that of two changes at once none is lost.
-  CriticalSection configurationLock_;
+  OperationLock configurationLock_{LockRank::Configuration};
 };
 
 }  // namespace qvn

@@ -33,7 +33,7 @@ void Scanner::doAccept(Data& data) { data.setRc(QRN_ERROR_INVALID_FUNCTION); }
 
 void Scanner::shutDown() {}
 
-Connectable* Scanner::doGetConnection(const std::string& connectionName) {
+Connection Scanner::doGetConnection(const std::string& connectionName) {
   logDetail(log_component::server(),
             [&] { return LogText() << "Scanner::doGetConnection() " << connectionName; });
   return ConnectedDevice::doGetConnection(connectionName);

@@ -37,7 +37,7 @@ class Scanner : public ConnectedDevice {
   // Ends what the transport's threads do with the scanner. Before the services they use go.
   virtual void shutDown();
 
-  Connectable* doGetConnection(const std::string& connectionName) override;
+  Connection doGetConnection(const std::string& connectionName) override;
 
  protected:
   void doUpdate() override;

@@ -4,9 +4,10 @@
 #include <atomic>
 #include <cstdint>
 
+#include "common/clients/client_call.h"
+#include "common/clients/operation_lock.h"
+#include "common/exception.h"
 #include "common/logging/trace_scope.h"
-#include "qvn/result_codes.h"
-#include "qvn/transport/critical_section.h"
 
 namespace qvn {
 
@@ -20,7 +21,7 @@ class StateMachine {
 
   // The one way from state to state: stores the new one and enters it.
   void changeState(const State& state) {
-    CriticalSectionLock lock(stateLock_);
+    const OperationLock::Turn turn(stateLock_, OperationLock::Nested::Allowed);
     state_ = &state;
     state.doEnterState(static_cast<Owner&>(*this));
   }
@@ -29,23 +30,35 @@ class StateMachine {
   bool isIn(const State& state) const { return state_ == &state; }
 
  protected:
-  explicit StateMachine(const State& state) : state_(&state) {}
+  using Nested = OperationLock::Nested;
+
+  explicit StateMachine(const State& closed) : closed_(closed), state_(&closed) {}
   ~StateMachine() = default;
 
-  // Runs an operation of the current state under the state lock.
+  // Runs an operation of the current state under the state lock. Inside a callback it may be refused
+  // (CallbackRefusal); one that leaves the state as it is may be nested in another one.
   template <typename Operation>
-  auto withState(Operation&& operation) {
-    CriticalSectionLock lock(stateLock_);
+  auto withState(Operation&& operation, Nested nested = Nested::Refused) {
+    const OperationLock::Turn turn(stateLock_, nested);
     return operation(state());
   }
 
-  CriticalSection& stateLock() { return stateLock_; }
+  // The same for an open. A nested one only counts, so it must not be the first.
+  template <typename Operation>
+  auto withStateToOpen(Operation&& operation) {
+    const OperationLock::Turn turn(stateLock_, Nested::Allowed);
+    if (turn.isNested() && isIn(closed_)) throw CallbackRefusal("the close is not over");
+    return operation(state());
+  }
+
+  OperationLock& stateLock() { return stateLock_; }
   // Without the state lock it may be another one at once.
   const State& state() const { return *state_; }
 
  private:
+  const State& closed_;
   std::atomic<const State*> state_;
-  CriticalSection stateLock_;
+  OperationLock stateLock_{LockRank::DeviceState};
 };
 
 // What the lines of a traced operation say behind the handle.
@@ -57,35 +70,49 @@ inline auto ofClient(std::uint32_t clientId) {
 // One whose operations write an entry and an exit line.
 template <typename Owner, typename State>
 class TracedStateMachine : public StateMachine<Owner, State> {
- public:
-  // Whether this thread must not wait for the state lock: an operation that would have to is refused with
-  // 170. The owner may know better.
-  static bool mustNotWait() { return false; }
-
  protected:
+  using typename StateMachine<Owner, State>::Nested;
+
   // The lines begin with the name.
   TracedStateMachine(const State& state, const char* className, const Component& component)
       : StateMachine<Owner, State>(state), className_(className), component_(component) {}
   ~TracedStateMachine() = default;
 
-  // Runs an operation of the current state under the state lock, with its result in the exit line.
+  // Runs an operation of the current state, as withState or withStateToOpen does, with its result in the exit
+  // line.
   template <typename Details, typename Operation>
-  std::uint32_t traced(const char* operation, Details&& details, Operation&& run) {
-    TraceScope trace(BasicLogger::getInstance(), component_, [&] {
+  std::uint32_t traced(const char* operation, Details&& details, Operation&& run,
+                       Nested nested = Nested::Refused) {
+    return trace(operation, details, [&] { return this->withState(run, nested); });
+  }
+  template <typename Operation>
+  std::uint32_t tracedOpen(Operation&& run) {
+    return trace("doOpen", noDetails, [&] { return this->withStateToOpen(run); });
+  }
+
+  // Who is called back is changed without the state lock inside a callback, which must not wait for it:
+  // nobody is refused there.
+  template <typename Details, typename Operation>
+  std::uint32_t tracedRegistration(const char* operation, Details&& details, Operation&& run) {
+    if (!ClientCall::isRunning()) return traced(operation, details, run);
+    return trace(operation, details, [&] { return run(this->state()); });
+  }
+
+  // The lines around whatever `run` does.
+  template <typename Details, typename Run>
+  std::uint32_t trace(const char* operation, Details&& details, Run&& run) {
+    TraceScope scope(BasicLogger::getInstance(), component_, [&] {
       return LogText() << className_ << "::" << operation
                        << "() handle=" << static_cast<Owner&>(*this).getHandle() << details().str();
     });
-    std::uint32_t rc = QRN_ERROR_BUSY;
-    CriticalSection& stateLock = this->stateLock();
-    if (!Owner::mustNotWait()) {
-      rc = this->withState(run);
-    } else if (stateLock.tryEnter()) {
-      const CriticalSectionLock lock(stateLock);
-      stateLock.leave();
-      rc = this->withState(run);
+    try {
+      const std::uint32_t rc = run();
+      scope.setRc(rc);
+      return rc;
+    } catch (const Exception& exception) {
+      scope.setRc(exception.getCode());
+      throw;
     }
-    trace.setRc(rc);
-    return rc;
   }
 
  private:

@@ -5,6 +5,7 @@
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_report_manager.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 
@@ -13,12 +14,23 @@ CpdHid::CpdHid() : TracedStateMachine(CpdHidClosed::getInstance(), "CpdHid", log
 }
 
 // The transport's threads call this object.
-CpdHid::~CpdHid() { endReferences(); }
+CpdHid::~CpdHid() { CpdHid::shutDown(); }
 
-void CpdHid::shutDown() { endReferences(); }
+void CpdHid::shutDown() {
+  endReferences();
+  withState([this](const CpdHidState&) { return closeAlert(); });
+}
+
+std::uint32_t CpdHid::openAlert(const Connection& connection) {
+  const std::uint32_t rc = alert_.openReceiving(*this, connection);
+  if (rc == QRN_ERROR_SUCCESS) alert_.keep();
+  return rc;
+}
+
+std::uint32_t CpdHid::closeAlert() { return alert_.close(connection_name::kAlert); }
 
 std::uint32_t CpdHid::doOpen() {
-  return traced("doOpen", noDetails, [this](const CpdHidState& state) { return state.doOpen(*this); });
+  return tracedOpen([this](const CpdHidState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t CpdHid::doClose() {
@@ -26,16 +38,15 @@ std::uint32_t CpdHid::doClose() {
 }
 
 std::uint32_t CpdHid::doRegisterForReports(const ReportRegistration& registration) {
-  TraceScope trace(BasicLogger::getInstance(), log_component::serverHid(), [&] {
-    return LogText() << "CpdHid::doRegisterForReports() handle=" << getHandle()
-                     << " clientId=" << registration.clientId;
-  });
-  return withState([&](const CpdHidState& state) { return state.doRegisterForReports(*this, registration); });
+  return tracedRegistration(
+      "doRegisterForReports", ofClient(registration.clientId),
+      [&](const CpdHidState& state) { return state.doRegisterForReports(*this, registration); });
 }
 
 std::uint32_t CpdHid::doUnregisterForReports(std::uint32_t clientId) {
-  return traced("doUnregisterForReports", noDetails,
-                [&](const CpdHidState& state) { return state.doUnregisterForReports(*this, clientId); });
+  return tracedRegistration("doUnregisterForReports", noDetails, [&](const CpdHidState& state) {
+    return state.doUnregisterForReports(*this, clientId);
+  });
 }
 
 std::uint32_t CpdHid::doGetCurrentState(std::uint32_t& state) {

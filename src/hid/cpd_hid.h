@@ -6,6 +6,7 @@
 
 #include "device/client_registration.h"
 #include "device/hid.h"
+#include "device/open_connection.h"
 #include "device/state_machine.h"
 #include "hid/cpd_hid_state.h"
 #include "qvn/transport/notification.h"
@@ -32,8 +33,12 @@ class CpdHid : public Hid, public TracedStateMachine<CpdHid, CpdHidState> {
   // For the states, which are called with the state lock held.
   std::uint32_t openCount() const { return openCount_; }
   void setOpenCount(std::uint32_t count) { openCount_ = count; }
+  // 0 once the "alert" connection is open, and kept until it is closed.
+  std::uint32_t openAlert(const Connection& connection);
+  std::uint32_t closeAlert();
 
  private:
+  OpenConnection alert_;
   std::uint32_t openCount_ = 0;
   std::atomic<std::uint32_t> stateValue_{0};
 };

@@ -1,11 +1,11 @@
 #include "hid/cpd_hid_closed.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/connection_use.h"
 #include "hid/cpd_hid.h"
 #include "hid/cpd_hid_open.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 
 namespace qvn {
@@ -17,14 +17,10 @@ const CpdHidClosed& CpdHidClosed::getInstance() {
 
 std::uint32_t CpdHidClosed::doOpen(CpdHid& hid) const {
   const ConnectionUse connection(hid, connection_name::kAlert);
-  connection->setChild(0, &hid);
-  const std::uint32_t rc = connection->open();
+  const std::uint32_t rc = hid.openAlert(*connection);
   if (rc == QRN_ERROR_SUCCESS) {
     hid.changeState(CpdHidOpen::getInstance());
-    hid.doPersistConnection(connection.get(), true);
     hid.setOpenCount(1);
-  } else {
-    connection->setChild(0, nullptr);
   }
   logDetail(log_component::serverHid(), [&] { return LogText() << " openCount=" << hid.openCount(); });
   return rc;

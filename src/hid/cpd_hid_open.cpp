@@ -1,12 +1,12 @@
 #include "hid/cpd_hid_open.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/connection_use.h"
 #include "device/visitor_run.h"
 #include "hid/cpd_hid.h"
 #include "hid/cpd_hid_closed.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/visitor_manager.h"
 
@@ -33,10 +33,7 @@ std::uint32_t CpdHidOpen::doClose(CpdHid& hid) const {
   if (hid.openCount() == 0) {
     logDetail(log_component::serverHid(),
               [&] { return LogText() << "CpdHid::doClose(handle=" << hid.getHandle() << ") opencount=0"; });
-    const ConnectionUse connection(hid, connection_name::kAlert);
-    rc = connection->close();
-    connection->setChild(0, nullptr);
-    hid.doPersistConnection(connection.get(), false);
+    rc = hid.closeAlert();
     hid.changeState(CpdHidClosed::getInstance());
   }
   logDetail(log_component::serverHid(), [&] {

@@ -1,8 +1,8 @@
 #include "hid/hid_notification_manager.h"
 
 #include <string>
+#include <utility>
 
-#include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 
@@ -18,6 +18,7 @@ std::uint32_t HidNotificationManager::registerClient(std::uint32_t handle,
 std::uint32_t HidNotificationManager::unregisterClient(std::uint32_t clientId, std::uint32_t handle) {
   logDetail(log_component::server(), [] { return LogText() << "HidNotificationManager::unregister: "; });
   registrations_.remove(handle, clientId);
+  registrations_.waitForCalls(handle, clientId);
   return QRN_ERROR_SUCCESS;
 }
 
@@ -30,10 +31,12 @@ void HidNotificationManager::acceptNotification(const Notification& notification
   registrations_.callEach(
       notification.handle,
       [&](Registration& client) {
-        if (client.category != notification.category || client.lastId == notification.id) return;
+        return client.category == notification.category &&
+               std::exchange(client.lastId, notification.id) != notification.id;
+      },
+      [&](const Registration& client) {
         client.callback(notification.handle, hid_event::kCategory, notification.id, nullptr, 0,
                         client.clientId);
-        client.lastId = notification.id;
         logDetail(log_component::server(), [&] {
           return LogText() << "Callback client handle=" << notification.handle
                            << " clientID=" << client.clientId;

@@ -3,10 +3,10 @@
 
 #include <cstdint>
 
+#include "common/clients/callback_registry.h"
 #include "common/process_service.h"
 #include "device/client_registration.h"
 #include "device/notification.h"
-#include "hid/hid_registrations.h"
 #include "qvn/transport/notification.h"
 
 namespace qvn {
@@ -19,8 +19,8 @@ class HidNotificationManager : public ProcessService<HidNotificationManager> {
   std::uint32_t unregisterClient(std::uint32_t clientId, std::uint32_t handle);
 
   // Calls the HID's clients of the notification's category, each unless the id is the one it was told last (0
-  // at first), in the order of their registration, on this thread, with the manager's lock held. A client
-  // whose callback throws is registered no more.
+  // at first), in the order of their registration, on this thread, without a lock held. A client whose
+  // callback throws is registered no more.
   void acceptNotification(const Notification& notification);
 
  private:
@@ -32,7 +32,8 @@ class HidNotificationManager : public ProcessService<HidNotificationManager> {
     std::uint32_t lastId = 0;
   };
 
-  HidRegistrations<Registration> registrations_;
+  CallbackRegistry<Registration> registrations_{
+      {.order = CallbackRules::Order::AsAdded, .throwingIsRemoved = true}};
 };
 
 }  // namespace qvn

@@ -4,7 +4,6 @@
 #include <array>
 #include <string>
 
-#include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 
@@ -37,6 +36,7 @@ std::uint32_t HidReportManager::unregisterForReports(std::uint32_t handle, std::
                      << ", clientId=" << clientId;
   });
   registrations_.remove(handle, clientId);
+  registrations_.waitForCalls(handle, clientId);
   return QRN_ERROR_SUCCESS;
 }
 
@@ -52,7 +52,7 @@ void HidReportManager::accept(std::uint32_t handle, Data& report) {
     return trace([] { return LogText() << "Null HID report (01 01 00 00 00 00 00 00)."; });
   }
   registrations_.callEach(
-      handle,
+      handle, [](const ReportRegistration&) { return true; },
       [&](const ReportRegistration& client) {
         client.callback(client.clientId, handle, report.getBuffer(), report.getLength());
         trace([&] { return LogText() << "Callback clientId=" << client.clientId; });

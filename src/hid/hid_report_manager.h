@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
+#include "common/clients/callback_registry.h"
 #include "common/process_service.h"
 #include "device/client_registration.h"
-#include "hid/hid_registrations.h"
 #include "qvn/transport/data.h"
 
 namespace qvn {
@@ -17,8 +17,8 @@ class HidReportManager : public ProcessService<HidReportManager> {
   // Always 0. Returns when the client is in no callback any more, unless called from one.
   std::uint32_t unregisterForReports(std::uint32_t handle, std::uint32_t clientId);
 
-  // Calls the HID's clients in the order of their registration, on this thread, with the manager's lock held:
-  // all but for an empty report and for the null report. A client whose callback throws is registered no
+  // Calls the HID's clients in the order of their registration, on this thread, without a lock held: all
+  // but for an empty report and for the null report. A client whose callback throws is registered no
   // more.
   void accept(std::uint32_t handle, Data& report);
 
@@ -27,7 +27,8 @@ class HidReportManager : public ProcessService<HidReportManager> {
   HidReportManager() = default;
   ~HidReportManager() = default;
 
-  HidRegistrations<ReportRegistration> registrations_;
+  CallbackRegistry<ReportRegistration> registrations_{
+      {.order = CallbackRules::Order::AsAdded, .throwingIsRemoved = true}};
 };
 
 }  // namespace qvn

@@ -64,20 +64,15 @@ void Subject::attach(Observer& observer) {
 }
 
 void Subject::detach(Observer& observer) {
-  std::unique_lock<std::mutex> lock(mutex_);
+  const std::lock_guard<std::mutex> lock(mutex_);
   const auto found = std::find(observers_.begin(), observers_.end(), &observer);
   if (found == observers_.end()) return;
   observers_.erase(found);
   ++version_;
-  waitForUpdates(observer, lock);
 }
 
 void Subject::waitForUpdates(const Observer& observer) {
   std::unique_lock<std::mutex> lock(mutex_);
-  waitForUpdates(observer, lock);
-}
-
-void Subject::waitForUpdates(const Observer& observer, std::unique_lock<std::mutex>& lock) {
   const std::thread::id self = std::this_thread::get_id();
   // Two threads in updates of one observer that both detach it must not wait for each other.
   const bool insideUpdate = std::any_of(running_.begin(), running_.end(), [&](const RunningUpdate& update) {

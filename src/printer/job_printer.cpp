@@ -7,21 +7,42 @@
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/connection_manager.h"
 
 namespace qvn {
 
-void JobPrinter::keepPrintConnection(Connectable* connection) {
-  printConnection_ = connection;
-  doPersistConnection(connection, true);
+void JobPrinter::keepBidi(OpenConnection bidi) {
+  bidi.keep();
+  bidi_ = std::move(bidi);
 }
 
-void JobPrinter::releasePrintConnection() {
-  Connectable* const connection = std::exchange(printConnection_, nullptr);
-  doPersistConnection(connection, false);
-  doReleaseConnection(connection);
+void JobPrinter::keepPrintConnection(OpenConnection connection) {
+  connection.keep();
+  printConnection_ = std::move(connection);
+}
+
+std::uint32_t JobPrinter::closeConnections() {
+  if (PrinterAlertTask* const task = alertTask()) task->unregisterAll();
+  printConnection_.close();
+  const std::uint32_t rc = bidi_.close(connection_name::kBidi);
+  setBidiAllowed(false);
+  return rc;
+}
+
+void JobPrinter::endRegistrations() {
+  if (PrinterAlertTask* const task = alertTask()) {
+    task->unregisterAll();
+    task->waitForCalls(0);
+  }
+  if (NotificationTask* const task = notificationTask()) task->unregisterAll();
 }
 
 PrinterAlertTask* JobPrinter::alertTask() {
+  CriticalSectionLock lock(taskLock_);
+  return alertTask_.get();
+}
+
+PrinterAlertTask* JobPrinter::makeAlertTask() {
   CriticalSectionLock lock(taskLock_);
   try {
     if (!alertTask_) alertTask_ = newAlertTask();
@@ -32,13 +53,13 @@ PrinterAlertTask* JobPrinter::alertTask() {
 }
 
 std::uint32_t JobPrinter::doRegisterForAlerts(const AlertRegistration& registration) {
-  if (PrinterAlertTask* const task = alertTask()) return task->registerClient(registration);
+  if (PrinterAlertTask* const task = makeAlertTask()) return task->registerClient(registration);
   logNoAlertTask("doRegisterForAlerts");
   return QRN_ERROR_INTERNAL_ERROR;
 }
 
 std::uint32_t JobPrinter::doUnregisterForAlerts(std::uint32_t clientId) {
-  if (PrinterAlertTask* const task = alertTask()) return task->unregisterClient(clientId);
+  if (PrinterAlertTask* const task = makeAlertTask()) return task->unregisterClient(clientId);
   logNoAlertTask("doUnregisterForAlerts");
   return QRN_ERROR_INTERNAL_ERROR;
 }
@@ -81,12 +102,7 @@ std::uint32_t JobPrinter::doUnregisterForNotifications(std::uint32_t clientId) {
 }
 
 void JobPrinter::notifyJobStatus(const Notification& record) {
-  NotificationTask* const task = notificationTask();
-  if (task == nullptr) return;
-  // Called with the state lock held, so there is one such thread at a time.
-  const std::thread::id outer = reportingThread_.exchange(std::this_thread::get_id());
-  task->notify(record);
-  reportingThread_ = outer;
+  if (NotificationTask* const task = notificationTask()) task->notify(record);
 }
 
 void JobPrinter::passNotification(const Notification& record) {

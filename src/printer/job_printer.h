@@ -2,12 +2,11 @@
 // the connection of the open job and the number of opens.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
-#include <thread>
 
 #include "device/client_registration.h"
+#include "device/open_connection.h"
 #include "device/printer.h"
 #include "printer/clients/notification_task.h"
 #include "printer/clients/printer_alert_task.h"
@@ -28,11 +27,14 @@ class JobPrinter : public Printer {
 
   // For the states, which are called with the state lock held.
 
-  Connectable* printConnection() const { return printConnection_; }
-  // Keeps the connection for the job.
-  void keepPrintConnection(Connectable* connection);
-  // Gives it back.
-  void releasePrintConnection();
+  // Kept while the printer is open, and for a job.
+  void keepBidi(OpenConnection bidi);
+  void keepPrintConnection(OpenConnection connection);
+  const Connection& printConnection() const { return printConnection_.connection(); }
+  void closePrintConnection() { printConnection_.close(); }
+  // Ends what an open printer keeps, the registrations for alerts among it: the transport's answer to the
+  // close of the "bidi" connection.
+  std::uint32_t closeConnections();
   std::uint32_t openCount() const { return openCount_; }
   void setOpenCount(std::uint32_t count) { openCount_ = count; }
 
@@ -43,23 +45,25 @@ class JobPrinter : public Printer {
   virtual std::unique_ptr<PrinterAlertTask> newAlertTask() = 0;
   virtual void logNoAlertTask(const char* operation) = 0;
 
-  // Whether the caller is inside a notification: the operation that it reports on is not over.
-  bool isReportingHere() const { return reportingThread_ == std::this_thread::get_id(); }
+  // Null while nobody has asked for alerts.
+  PrinterAlertTask* alertTask();
+  bool isConnected() const { return bidi_ || printConnection_; }
+  // Ends the registrations; the caller holds no lock.
+  void endRegistrations();
 
  private:
-  PrinterAlertTask* alertTask();
+  PrinterAlertTask* makeAlertTask();
   NotificationTask* notificationTask();
   NotificationTask* makeNotificationTask();
   void logNoNotificationTask(const char* operation) const;
 
   const char* const family_;
-  // The thread that tells the clients what it does to the state.
-  std::atomic<std::thread::id> reportingThread_{};
   // Held while a task is made.
   CriticalSection taskLock_;
   std::unique_ptr<NotificationTask> notificationTask_;
   std::unique_ptr<PrinterAlertTask> alertTask_;
-  Connectable* printConnection_ = nullptr;
+  OpenConnection bidi_;
+  OpenConnection printConnection_;
   std::uint32_t openCount_ = 0;
 };
 

@@ -1,7 +1,9 @@
 #include "printer/printer_object.h"
-#include "qvn/result_codes.h"
 
 #include <utility>
+
+#include "common/clients/operation_lock.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 
@@ -27,11 +29,15 @@ void PrinterObject::passNotification(const Notification& record) {
 std::uint32_t PrinterObject::open(std::uint32_t clientId) {
   if (!device_) return QRN_ERROR_INVALID_HANDLE;
   const std::uint32_t rc = device_->doOpen();
-  if (rc == QRN_ERROR_SUCCESS) {
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  try {
     CriticalSectionLock lock(openCountsLock_);
     ++openCounts_[clientId];
+  } catch (...) {
+    device_->doClose();
+    throw;
   }
-  return rc;
+  return QRN_ERROR_SUCCESS;
 }
 
 bool PrinterObject::isOpenBy(std::uint32_t clientId) {
@@ -63,10 +69,9 @@ std::uint32_t PrinterObject::close(std::uint32_t clientId, bool& wasOpen) {
       break;
     case Close::Last:
       // Outside the lock: ending a job takes as long as the printer needs.
-      if (clientId != 0 && jobOwner_ == clientId) {
-        device_->doCancelPrint();
-        device_->doEndJob();
-        jobOwner_.compare_exchange_strong(clientId, 0);
+      if (owns(clientId)) {
+        resultOf([&] { return device_->doCancelPrint(); });
+        endOwnedJob(clientId);
       }
       break;
   }
@@ -76,23 +81,33 @@ std::uint32_t PrinterObject::close(std::uint32_t clientId, bool& wasOpen) {
 std::uint32_t PrinterObject::startJob(std::uint32_t clientId, const JobRequest& job) {
   if (!device_) return QRN_ERROR_INTERNAL_ERROR;
   std::uint32_t nobody = 0;
-  if (!jobOwner_.compare_exchange_strong(nobody, clientId)) return QRN_ERROR_ACCESS_DENIED;
+  if (clientId == 0 || !jobOwner_.compare_exchange_strong(nobody, clientId)) return QRN_ERROR_ACCESS_DENIED;
+  struct Start {
+    std::atomic<std::uint32_t>& owner;
+    bool succeeded = false;
+    ~Start() {
+      if (!succeeded) owner = 0;
+    }
+  } start{jobOwner_};
   const std::uint32_t rc = device_->doStartJob(job);
-  if (rc != QRN_ERROR_SUCCESS) jobOwner_.compare_exchange_strong(clientId, 0);
+  start.succeeded = rc == QRN_ERROR_SUCCESS;
+  return rc;
+}
+
+std::uint32_t PrinterObject::endOwnedJob(std::uint32_t clientId) {
+  const std::uint32_t rc = resultOf([&] { return device_->doEndJob(); });
+  jobOwner_.compare_exchange_strong(clientId, 0);
   return rc;
 }
 
 std::uint32_t PrinterObject::print(std::uint32_t clientId, Data& request) {
   if (!device_) return QRN_ERROR_INTERNAL_ERROR;
-  return jobOwner_ != clientId ? QRN_ERROR_ACCESS_DENIED : device_->doPrint(request);
+  return owns(clientId) ? device_->doPrint(request) : QRN_ERROR_ACCESS_DENIED;
 }
 
 std::uint32_t PrinterObject::endJob(std::uint32_t clientId) {
   if (!device_) return QRN_ERROR_INTERNAL_ERROR;
-  if (jobOwner_ != clientId) return QRN_ERROR_ACCESS_DENIED;
-  const std::uint32_t rc = device_->doEndJob();
-  jobOwner_.compare_exchange_strong(clientId, 0);
-  return rc;
+  return owns(clientId) ? endOwnedJob(clientId) : QRN_ERROR_ACCESS_DENIED;
 }
 
 std::uint32_t PrinterObject::cancelPrint(std::uint32_t /*clientId*/) {

@@ -42,7 +42,7 @@ class PrinterObject {
   virtual std::uint32_t setLong(const std::string& descriptor, std::uint32_t value);
   virtual std::uint32_t setString(const std::string& descriptor, const std::string& value);
   virtual void setAttributes(const std::string& attributes);
-  // The client becomes the job's owner; 5 when there is one already.
+  // The client becomes the job's owner; 5 when there is one already, and for client 0.
   virtual std::uint32_t startJob(std::uint32_t clientId, const JobRequest& job);
   virtual std::uint32_t unregisterForAlerts(std::uint32_t clientId);
   virtual std::uint32_t unregisterForNotifications(std::uint32_t clientId);
@@ -58,6 +58,9 @@ class PrinterObject {
  private:
   enum class Close { NotOpen, StillOpen, Last };
   Close closeOnce(std::uint32_t clientId);
+  bool owns(std::uint32_t clientId) const { return clientId != 0 && jobOwner_ == clientId; }
+  // The job has no owner afterwards, whatever came of it; unless it was refused.
+  std::uint32_t endOwnedJob(std::uint32_t clientId);
 
   std::unique_ptr<Printer> device_;
   // 0 when no job is open. Taken by startJob before the device starts, so that of two clients one gets the

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
 #include "device/state_machine.h"
 #include "printer/job_printer.h"
+#include "qvn/result_codes.h"
 
 namespace qvn {
 
@@ -17,17 +20,37 @@ class StatePrinter : public JobPrinter, public StateMachine<Family, State> {
 
  public:
   std::uint32_t doOpen() override {
-    return withState([this](const State& state) { return state.doOpen(self()); });
+    return this->withStateToOpen([this](const State& state) { return state.doOpen(self()); });
   }
   std::uint32_t doClose() override {
-    return withState([this](const State& state) { return state.doClose(self()); });
+    const std::uint32_t rc = this->withState([this](const State& state) { return state.doClose(self()); });
+    // The last close has ended the registrations for alerts.
+    if (PrinterAlertTask* const task = this->alertTask()) task->waitForCalls(0);
+    return rc;
   }
   std::uint32_t doCancelPrint() override {
-    return withState([this](const State& state) { return state.doCancelPrint(self()); });
+    return this->withState([this](const State& state) { return state.doCancelPrint(self()); });
   }
-  // Also from inside a notification, whose operation has the state lock.
+  std::uint32_t doRegisterForAlerts(const AlertRegistration& registration) override {
+    return this->withState([&](const State&) { return JobPrinter::doRegisterForAlerts(registration); },
+                           Nested::Allowed);
+  }
+  // Inside a callback it never fails: when the printer is at work it is told later.
+  std::uint32_t doUnregisterForAlerts(std::uint32_t clientId) override {
+    std::uint32_t rc = QRN_ERROR_SUCCESS;
+    {
+      std::optional<OperationLock::Turn> turn;
+      try {
+        turn.emplace(this->stateLock(), Nested::Allowed);
+      } catch (const CallbackRefusal&) {
+      }
+      rc = JobPrinter::doUnregisterForAlerts(clientId);
+    }
+    if (PrinterAlertTask* const task = this->alertTask()) task->waitForCalls(clientId);
+    return rc;
+  }
+  // Does not wait for an operation: the state is what it is.
   std::uint32_t doGetCurrentState(std::uint32_t& code) override {
-    CriticalSectionLock lock(this->stateLock());
     code = this->state().stateCode();
     logDetail(log_component::server(), [&] {
       return LogText() << "doGetCurrentState()"
@@ -35,16 +58,16 @@ class StatePrinter : public JobPrinter, public StateMachine<Family, State> {
     });
     return QRN_ERROR_SUCCESS;
   }
+  void shutDown() override {
+    this->endReferences();
+    endRegistrations();
+    this->withState([this](const State&) { return isConnected() ? closeConnections() : QRN_ERROR_SUCCESS; });
+  }
 
  protected:
-  StatePrinter(const char* family, const State& state) : JobPrinter(family), Machine(state) {}
+  using typename Machine::Nested;
 
-  // Runs an operation of the current state under the state lock; 170 from inside a notification.
-  template <typename Operation>
-  std::uint32_t withState(Operation&& operation) {
-    if (isReportingHere()) return QRN_ERROR_BUSY;
-    return Machine::withState(operation);
-  }
+  StatePrinter(const char* family, const State& state) : JobPrinter(family), Machine(state) {}
 
  private:
   Family& self() { return static_cast<Family&>(*this); }

@@ -6,16 +6,16 @@
 #include <string>
 #include <utility>
 
+#include "common/clients/operation_lock.h"
 #include "common/exception.h"
 #include "platform/process/module.h"
-#include "qvn/transport/critical_section.h"
 
 namespace qvn {
 
 // Counts the owners of every module in the process. One lock serialises loading, unloading and counting.
 class ModuleOwners {
  public:
-  static CriticalSection& lock();
+  static OperationLock& lock();
   // Each gives the number of owners afterwards.
   static std::uint32_t add(const void* moduleIdentity);
   static std::uint32_t remove(const void* moduleIdentity);
@@ -58,7 +58,7 @@ inline constexpr char kBasicDllFile[] = "../../export\\common/basicdll";
 template <typename Handler>
 void BasicDll<Handler>::init(const std::string& moduleName) {
   name_ = moduleName;
-  CriticalSectionLock lock(ModuleOwners::lock());
+  const OperationLock::Turn turn(ModuleOwners::lock(), OperationLock::Nested::Allowed);
   platform::ErrorCode error = platform::kSuccess;
   auto module = platform::Module::load(moduleName, error);
   if (!module) {
@@ -80,7 +80,7 @@ void BasicDll<Handler>::init(const std::string& moduleName) {
 template <typename Handler>
 BasicDll<Handler>::~BasicDll() {
   if (!module_) return;
-  CriticalSectionLock lock(ModuleOwners::lock());
+  const OperationLock::Turn turn(ModuleOwners::lock(), OperationLock::Nested::Allowed);
   if (ModuleOwners::remove(module_->identity()) == 0) handler_.onUnload(*this);
   module_.reset();
 }

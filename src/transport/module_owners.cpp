@@ -1,6 +1,6 @@
 #include <map>
 
-#include "qvn/transport/critical_section.h"
+#include "common/clients/operation_lock.h"
 #include "transport/basic_dll.h"
 
 namespace qvn {
@@ -13,9 +13,9 @@ std::map<const void*, std::uint32_t>& owners() {
 
 }  // namespace
 
-CriticalSection& ModuleOwners::lock() {
-  static CriticalSection section;
-  return section;
+OperationLock& ModuleOwners::lock() {
+  static OperationLock lock(LockRank::Modules);
+  return lock;
 }
 
 std::uint32_t ModuleOwners::add(const void* moduleIdentity) { return ++owners()[moduleIdentity]; }

@@ -1,5 +1,9 @@
 #include "transport/transport_dll.h"
+
+#include "common/exception.h"
 #include "platform/base/error.h"
+#include "qvn/result_codes.h"
+#include "transport/call_transport.h"
 
 namespace qvn {
 namespace {
@@ -28,11 +32,11 @@ void TransportDllHandler::onLoad(const TransportDll& dll) {
 
 void TransportDllHandler::onUnload(const TransportDll& dll) {
   if (void* const address = dll.findProcAddress(transport_entry::kUninitialize)) {
-    try {
+    // The module goes either way.
+    transportResult(transport_entry::kUninitialize, [&] {
       reinterpret_cast<transport_entry::Uninitialize*>(address)();
-    } catch (...) {
-      // The module goes either way.
-    }
+      return QRN_ERROR_SUCCESS;
+    });
   }
 }
 

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
+#include "common/clients/client_call.h"
+#include "common/clients/operation_lock.h"
+#include "common/clients/reaper.h"
 #include "common/exception.h"
 #include "common/logging/trace_scope.h"
 #include "common/process/os_version.h"
@@ -12,6 +16,7 @@
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/plugin.h"
+#include "transport/call_transport.h"
 #include "transport/transport_names.h"
 
 namespace qvn {
@@ -30,51 +35,76 @@ const char* registrationKey(const std::string& kind) {
   return nullptr;
 }
 
+// A module for as long as a call needs it. Unloading waits for the module's threads, which nobody may do
+// inside a callback.
+class ModuleForNow {
+ public:
+  explicit ModuleForNow(const std::string& moduleName) : dll_(std::make_unique<TransportDll>(moduleName)) {}
+  ~ModuleForNow() {
+    if (ClientCall::isRunning()) Reaper::share(std::shared_ptr<TransportDll>(std::move(dll_)));
+  }
+  ModuleForNow(const ModuleForNow&) = delete;
+  ModuleForNow& operator=(const ModuleForNow&) = delete;
+
+  const TransportDll& operator*() const { return *dll_; }
+  const TransportDll* operator->() const { return dll_.get(); }
+
+ private:
+  std::unique_ptr<TransportDll> dll_;
+};
+
 std::uint32_t callEntry(const TransportDll& dll, const char* entryPoint) {
   return callTransport(entryPoint, dll.entry<transport_entry::Install>(entryPoint));
 }
 
 }  // namespace
 
+Transports::~Transports() {
+  loaded_.clear();
+  Reaper::getInstance().flush();
+}
+
 template <typename Service>
-Service& Transports::fromTransport(const std::string& transport, const char* entryPoint,
-                                   const char* operation, Service& fallback) {
+FromTransport<Service> Transports::fromTransport(const std::string& transport, const char* entryPoint,
+                                                 const char* operation, Service& fallback) {
   try {
-    TransportDll* const dll = loadTransportDll(transport, true);
-    if (dll == nullptr) return fallback;
+    auto dll = loadTransportDll(transport, true);
+    if (dll == nullptr) return {nullptr, &fallback};
     Service* const service = callTransport(entryPoint, dll->entry<Service*()>(entryPoint));
-    if (service != nullptr) return *service;
+    if (service != nullptr) return {std::move(dll), service};
     logError(log_component::server(), [&] {
       return LogText() << operation << " " << entryPoint << " of transport=" << transport << " gave nothing";
     });
+  } catch (const CallbackRefusal&) {
+    throw;
   } catch (const Win32Exception& exception) {
     logError(log_component::server(),
              [&] { return LogText() << operation << " exception=" << exception.describe(); });
   }
-  return fallback;
+  return {nullptr, &fallback};
 }
 
 template <typename Service>
-Service& Transports::fromDevice(const std::string& deviceAttributes, const char* entryPoint,
-                                const char* operation, Service& fallback) {
+FromTransport<Service> Transports::fromDevice(const std::string& deviceAttributes, const char* entryPoint,
+                                              const char* operation, Service& fallback) {
   std::string transport;
   if (AttributeCodec::getString(deviceAttributes, attribute::kTransport, transport) != QRN_ERROR_SUCCESS) {
-    return fallback;
+    return {nullptr, &fallback};
   }
   return fromTransport(transport, entryPoint, operation, fallback);
 }
 
-ConnectionManager& Transports::getConnectionManager(const std::string& deviceAttributes) {
+FromTransport<ConnectionManager> Transports::getConnectionManager(const std::string& deviceAttributes) {
   return fromDevice<ConnectionManager>(deviceAttributes, transport_entry::kGetConnectionManager,
                                        "Transports::getConnectionManager()", fallbackConnectionManager_);
 }
 
-VisitorManager& Transports::getVisitorManager(const std::string& deviceAttributes) {
+FromTransport<VisitorManager> Transports::getVisitorManager(const std::string& deviceAttributes) {
   return fromDevice<VisitorManager>(deviceAttributes, transport_entry::kGetVisitorManager,
                                     "Transports::getVisitorManager()", fallbackVisitorManager_);
 }
 
-Discoverer& Transports::getDiscoverer(const std::string& transport) {
+FromTransport<Discoverer> Transports::getDiscoverer(const std::string& transport) {
   return fromTransport<Discoverer>(transport, transport_entry::kGetDiscoverer, "Transports::getDiscoverer()",
                                    fallbackDiscoverer_);
 }
@@ -94,10 +124,10 @@ std::vector<std::string> Transports::getTransportNames(const std::string& kindOr
   return names;
 }
 
-TransportDll* Transports::findLoaded(const std::string& transport) {
+std::shared_ptr<TransportDll> Transports::findLoaded(const std::string& transport) {
   std::lock_guard<std::mutex> lock(loadedMutex_);
   const auto found = loaded_.find(transport);
-  return found == loaded_.end() ? nullptr : found->second.get();
+  return found == loaded_.end() ? nullptr : found->second;
 }
 
 std::string Transports::registeredModule(const std::string& transport) const {
@@ -108,27 +138,27 @@ std::string Transports::registeredModule(const std::string& transport) const {
   return moduleName;
 }
 
-TransportDll* Transports::loadTransportDll(const std::string& transport, bool discover) {
-  if (TransportDll* const dll = findLoaded(transport)) return dll;
+std::shared_ptr<TransportDll> Transports::loadTransportDll(const std::string& transport, bool discover) {
+  if (auto dll = findLoaded(transport)) return dll;
   try {
     const std::string moduleName = registeredModule(transport);
     if (moduleName.empty()) return nullptr;
     const OsVersion& os = OsVersion::getInstance();
     if (transport == kUsb1Transport && os.majorVersion() == 4 && os.minorVersion() == 0) return nullptr;
 
-    auto dll = std::make_unique<TransportDll>(moduleName);
-    TransportDll* result = nullptr;
+    auto dll = Reaper::share(std::make_shared<TransportDll>(moduleName));
     bool inserted = false;
     {
       std::lock_guard<std::mutex> lock(loadedMutex_);
       // Another thread may have been faster; the module then has two owners for the moment.
-      const auto position = loaded_.try_emplace(transport, nullptr);
+      const auto position = loaded_.try_emplace(transport, dll);
       inserted = position.second;
-      if (inserted) position.first->second.swap(dll);
-      result = position.first->second.get();
+      dll = position.first->second;
     }
     if (inserted && discover) discoverLocal(transport);
-    return result;
+    return dll;
+  } catch (const CallbackRefusal&) {
+    throw;
   } catch (const Win32Exception& exception) {
     logError(log_component::server(), [&] {
       return LogText() << "Transports::loadTransportDll() exception=" << exception.describe();
@@ -149,21 +179,24 @@ void Transports::discoverLocal(const std::string& transport) {
 }
 
 void Transports::unload(const std::string& transport) {
-  std::unique_ptr<TransportDll> unloaded;
-  std::lock_guard<std::mutex> lock(loadedMutex_);
-  const auto found = loaded_.find(transport);
-  if (found == loaded_.end()) return;
-  unloaded = std::move(found->second);
-  loaded_.erase(found);
+  {
+    std::shared_ptr<TransportDll> unloaded;
+    const std::lock_guard<std::mutex> lock(loadedMutex_);
+    const auto found = loaded_.find(transport);
+    if (found == loaded_.end()) return;
+    unloaded = std::move(found->second);
+    loaded_.erase(found);
+  }
+  Reaper::getInstance().flush();
 }
 
 std::uint32_t Transports::getTransportInfo(const std::string& moduleName, std::string& transport,
                                            std::string& kind) {
   try {
-    const TransportDll dll(moduleName);
+    const ModuleForNow dll(moduleName);
     std::array<char, kInfoSize> buffer{};
     std::uint32_t reserved = 0;
-    const auto getInfo = dll.entry<transport_entry::GetInfo>(transport_entry::kGetInfo);
+    const auto getInfo = dll->entry<transport_entry::GetInfo>(transport_entry::kGetInfo);
     const std::uint32_t rc = callTransport(transport_entry::kGetInfo, [&] {
       return getInfo(buffer.data(), static_cast<std::uint32_t>(buffer.size()), &reserved);
     });
@@ -216,7 +249,7 @@ std::uint32_t Transports::installTransport(const std::string& moduleName) {
     std::string kind;
     std::uint32_t rc = getTransportInfo(moduleName, transport, kind);
     if (rc != QRN_ERROR_SUCCESS) return rc;
-    const TransportDll* const dll = loadTransportDll(transport, false);
+    const auto dll = loadTransportDll(transport, false);
     if (dll == nullptr) return QRN_ERROR_SUCCESS;
     rc = callEntry(*dll, transport_entry::kInstall);
     if (rc != QRN_ERROR_SUCCESS) return rc;
@@ -244,8 +277,8 @@ void Transports::installRegisteredTransports() {
     const std::string prefix = "Transports::installRegisteredTransports()";
     logDetail(log_component::server(), [&] { return LogText() << prefix << " transport=" << moduleName; });
     try {
-      const TransportDll dll(moduleName);
-      const std::uint32_t rc = callEntry(dll, transport_entry::kInstall);
+      const ModuleForNow dll(moduleName);
+      const std::uint32_t rc = callEntry(*dll, transport_entry::kInstall);
       if (rc == QRN_ERROR_SUCCESS) continue;
       logDetail(log_component::server(),
                 [&] { return LogText() << prefix << " TransportInstall() error=" << rc; });
@@ -259,8 +292,8 @@ void Transports::installRegisteredTransports() {
 void Transports::uninstallRegisteredTransports() {
   for (const std::string& moduleName : registeredModules()) {
     try {
-      const TransportDll dll(moduleName);
-      callEntry(dll, transport_entry::kUninstall);
+      const ModuleForNow dll(moduleName);
+      callEntry(*dll, transport_entry::kUninstall);
     } catch (const Win32Exception& exception) {
       logError(log_component::server(), [&] {
         return LogText() << "Transports::uninstallRegisteredTransports()"

@@ -19,7 +19,15 @@
 
 namespace qvn {
 
-// Any thread may ask for managers and discoverers; a transport must not be removed while it is in use.
+// Something that a transport lives by, with the hold that keeps the transport's module loaded.
+template <typename Service>
+struct FromTransport {
+  std::shared_ptr<const void> module;  // null for the fallback
+  Service* service;
+};
+
+// Any thread may ask for managers and discoverers. A transport that is removed stays loaded for as long as
+// somebody uses what it gave.
 class Transports : public ProcessService<Transports> {
  public:
   // How the devices of a local transport are found when it is loaded. Supplied by the discovery.
@@ -27,9 +35,9 @@ class Transports : public ProcessService<Transports> {
   void setDiscover(Discover discover) { discover_ = std::move(discover); }
 
   // The fallback when the transport that the attribute text names is not registered or cannot be loaded.
-  ConnectionManager& getConnectionManager(const std::string& deviceAttributes);
-  VisitorManager& getVisitorManager(const std::string& deviceAttributes);
-  Discoverer& getDiscoverer(const std::string& transport);
+  FromTransport<ConnectionManager> getConnectionManager(const std::string& deviceAttributes);
+  FromTransport<VisitorManager> getVisitorManager(const std::string& deviceAttributes);
+  FromTransport<Discoverer> getDiscoverer(const std::string& transport);
 
   // The names that a kind covers; anything but a kind is itself the only name.
   std::vector<std::string> getTransportNames(const std::string& kindOrName) const;
@@ -48,23 +56,24 @@ class Transports : public ProcessService<Transports> {
  private:
   friend class ProcessService<Transports>;
   Transports() = default;
-  ~Transports() = default;
+  // Unloads the modules.
+  ~Transports();
 
   // Null when the transport is not registered or cannot be loaded.
-  TransportDll* loadTransportDll(const std::string& transport, bool discover);
-  TransportDll* findLoaded(const std::string& transport);
+  std::shared_ptr<TransportDll> loadTransportDll(const std::string& transport, bool discover);
+  std::shared_ptr<TransportDll> findLoaded(const std::string& transport);
   std::string registeredModule(const std::string& transport) const;
   std::vector<std::string> registeredModules() const;
   void discoverLocal(const std::string& transport);
 
   template <typename Service>
-  Service& fromTransport(const std::string& transport, const char* entryPoint, const char* operation,
-                         Service& fallback);
+  FromTransport<Service> fromTransport(const std::string& transport, const char* entryPoint,
+                                       const char* operation, Service& fallback);
   template <typename Service>
-  Service& fromDevice(const std::string& deviceAttributes, const char* entryPoint, const char* operation,
-                      Service& fallback);
+  FromTransport<Service> fromDevice(const std::string& deviceAttributes, const char* entryPoint,
+                                    const char* operation, Service& fallback);
 
-  std::map<std::string, std::unique_ptr<TransportDll>> loaded_;
+  std::map<std::string, std::shared_ptr<TransportDll>> loaded_;
   FallbackConnectionManager fallbackConnectionManager_;
   FallbackDiscoverer fallbackDiscoverer_;
   FallbackVisitorManager fallbackVisitorManager_;

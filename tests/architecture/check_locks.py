@@ -1,51 +1,76 @@
 #!/usr/bin/env python3
-"""Fails when docs/threads-and-locks.md and the locks in the sources are not the same."""
+"""Fails when docs/threads-and-locks.md and the locks in the sources are not the same, in names or in order, or when a
+lock that is held for a moment is held around what may take long."""
 import pathlib
 import re
 import sys
 import tempfile
 
-DECLARATION = re.compile(
-    r"^ *(?:static |inline |mutable )*(?:std::mutex|CriticalSection|Mutex|std::unique_ptr<Mutex>) +(\w+) *[;{=]", re.MULTILINE)
-ENTRY = re.compile(r"`(\w+)`(?: and `(\w+)`)? \(`([^`]+)`\)")
+RANKS = re.compile(r"enum class LockRank \{(.*?)\};", re.DOTALL)
+DECLARATION = re.compile(r"\bOperationLock (\w+)[({]LockRank::(\w+)[)}]")
+ROW = re.compile(r"^\| (\w+) \| `(\w+)` \(`([^`]+)`\) \|", re.MULTILINE)
+
+MOMENT = re.compile(r"\b(?:(?:std::)?(?:lock_guard|unique_lock|scoped_lock)(?:<[^>]*>)?|CriticalSectionLock) +\w+[({]")
+LONG = re.compile(
+    r"\b(?:ClientCall::run|callEach|tellFound|callTransport|transportResult|startAndWait|waitFor|waitForCalls|flush"
+    r"|ConnectionUse|VisitorRun|OperationLock::Turn)\b")
+COMMENT_OR_TEXT = re.compile(r'//[^\n]*|"(?:[^"\\\n]|\\.)*"')
 
 
-def declared(root):
-    for folder in ("src", "include", "transports/ipv4"):
+def sources(root):
+    for folder in ("src", "include"):
         for path in sorted((root / folder).rglob("*")):
             if path.suffix in (".h", ".cpp"):
-                name = path.relative_to(root).as_posix().removeprefix("src/")
-                for lock in DECLARATION.findall(path.read_text(encoding="utf-8")):
-                    yield lock, name
+                yield path.relative_to(root).as_posix().removeprefix("src/"), COMMENT_OR_TEXT.sub(
+                    '""', path.read_text(encoding="utf-8"))
 
 
-def listed(root):
-    text = (root / "docs/threads-and-locks.md").read_text(encoding="utf-8")
-    for first, second, name in ENTRY.findall(text):
-        yield first, name
-        if second:
-            yield second, name
+def rest_of_block(text, position):
+    """What follows until the block ends, or the lock is given up."""
+    depth = 0
+    for index in range(position, len(text)):
+        depth += {"{": 1, "}": -1}.get(text[index], 0)
+        if depth < 0 or text.startswith(".unlock()", index):
+            return text[position:index]
+    return text[position:]
 
 
 def differences(root):
-    locks, entries = set(declared(root)), set(listed(root))
-    if ("mutex", "platform/*.cpp") in entries:
-        entries.remove(("mutex", "platform/*.cpp"))
-        locks = {lock for lock in locks if not (lock[0] == "mutex" and lock[1].startswith("platform/"))}
-    yield from (f"not listed: {lock} in {name}" for lock, name in sorted(locks - entries))
-    yield from (f"listed, but not there: {lock} in {name}" for lock, name in sorted(entries - locks))
+    listed, declared, order = [], [], []
+    page = (root / "docs/threads-and-locks.md").read_text(encoding="utf-8")
+    for rank, lock, name in ROW.findall(page):
+        listed.append((rank, lock, name))
+    for name, code in sources(root):
+        if found := RANKS.search(code):
+            order = [rank for rank in re.findall(r"\w+", found.group(1)) if rank != "None"]
+        declared += [(rank, lock, name) for lock, rank in DECLARATION.findall(code)]
+        for lock in MOMENT.finditer(code):
+            if long := LONG.search(rest_of_block(code, lock.end())):
+                yield f"{name}:{code.count(chr(10), 0, lock.start()) + 1}: {long.group()} with a lock held"
+    yield from (f"not listed: {lock}" for lock in sorted(set(declared) - set(listed)))
+    yield from (f"listed, but not there: {lock}" for lock in sorted(set(listed) - set(declared)))
+    if [rank for rank, _, _ in listed] != order:
+        yield f"the rows are not in the order {order}"
 
 
 def self_test():
-    """The check must find a lock that is not listed, and an entry without a lock."""
     with tempfile.TemporaryDirectory() as directory:
         root = pathlib.Path(directory)
         (root / "src/common").mkdir(parents=True)
         (root / "docs").mkdir()
-        (root / "src/common/a.h").write_text("  mutable std::mutex kept_;\n  CriticalSection lost_;\n")
-        (root / "docs/threads-and-locks.md").write_text("`kept_` (`common/a.h`), `gone_` (`common/a.h`)")
+        (root / "src/common/a.h").write_text(
+            "enum class LockRank { None, First, Second };\nOperationLock kept_{LockRank::Second};\n"
+            "OperationLock lost_{LockRank::First};\n"
+            "{ std::lock_guard<std::mutex> lock(m); }\ncallEach();\n{ std::lock_guard lock(m);\n callEach(); }\n")
+        (root / "docs/threads-and-locks.md").write_text(
+            "| Second | `kept_` (`common/a.h`) |\n| First | `gone_` (`common/a.h`) |\n")
         found = list(differences(root))
-    expected = ["not listed: lost_ in common/a.h", "listed, but not there: gone_ in common/a.h"]
+    expected = [
+        "common/a.h:6: callEach with a lock held",
+        "not listed: ('First', 'lost_', 'common/a.h')",
+        "listed, but not there: ('First', 'gone_', 'common/a.h')",
+        "the rows are not in the order ['First', 'Second']",
+    ]
     if found != expected:
         sys.exit(f"found {found}, not {expected}")
 

@@ -22,10 +22,10 @@ class BidiTaskTest : public LibraryTest {
     connection = printer.doGetConnection("bidi");
   }
 
-  std::uint32_t run() { return BidiTask(printer, *connection, command.packet(), response).execute(); }
+  std::uint32_t run() { return BidiTask(printer, connection, command.packet(), response).execute(); }
 
   CpdPrinter printer;
-  Connectable* connection = nullptr;
+  Connection connection;
   StartJobCommand command;
   Data response{"old", 3};
 };
@@ -87,12 +87,12 @@ TEST_F(BidiTaskTest, GenericTasksRunAnyVisitorByName) {
     data->setRc(3);
     return 0u;
   };
-  Takes task(printer, *connection, request, response, "anyVisitor");
+  Takes task(printer, connection, request, response, "anyVisitor");
   EXPECT_EQ(task.execute(), 3u) << "the request's code";
   EXPECT_EQ(asText(response), "answer");
   EXPECT_THAT(fake.calls(), ElementsAre("visit anyVisitor bidi"));
   fake.onVisitor = [](const std::string&, Data*) { return 8u; };
-  EXPECT_EQ(GenericBidiTask(printer, *connection, request, response, "other").execute(), 8u);
+  EXPECT_EQ(GenericBidiTask(printer, connection, request, response, "other").execute(), 8u);
   EXPECT_EQ(response.getLength(), 0u);
 }
 

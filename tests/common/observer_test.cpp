@@ -5,9 +5,11 @@
 
 #include <functional>
 #include <future>
+#include <optional>
 #include <thread>
 
 #include "common/exception.h"
+#include "common/tasks/observation.h"
 #include "common/tasks/task.h"
 #include "qvn/transport/subject.h"
 
@@ -123,12 +125,14 @@ class Held {
   std::thread delivering_;
 };
 
-TEST_F(ObserverTest, DetachReturnsOnlyWhenNoOtherThreadIsInAnUpdate) {
-  a.attachTo(subject);
-  // From inside it returns at once; then it is detached already, yet its update still runs.
+TEST_F(ObserverTest, AnObservationEndsOnlyWhenNoOtherThreadIsInAnUpdate) {
+  std::optional<Observation> observation;
+  observation.emplace(a, subject);
+  // Detaching never waits; then it is detached already, yet its update still runs.
   Held held(
       a, [&] { subject.notify("1"); }, [&] { a.detachFrom(subject); });
-  held.expectToHoldUp([&] { a.detachFrom(subject); });
+  a.detachFrom(subject);
+  held.expectToHoldUp([&] { observation.reset(); });
 }
 
 TEST_F(ObserverTest, AReferenceOutlivesItsSubjectWhichWaitsForNotifications) {

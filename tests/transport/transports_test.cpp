@@ -33,7 +33,9 @@ class TransportsTest : public LibraryTest {
 
   // What a connection of the transport answers to being opened: the fallback's is 1.
   std::uint32_t openOf(const std::string& transport) {
-    return transports.getConnectionManager(text(transport)).getConnection(text(transport), "bidi")->doOpen();
+    return transports.getConnectionManager(text(transport))
+        .service->getConnection(text(transport), "bidi")
+        ->doOpen();
   }
 };
 
@@ -81,11 +83,11 @@ TEST_F(TransportsTest, WhatCannotBeLoadedSaysWhyAndIsReplacedByTheFallbacks) {
       settings.setString("Transports\\Network", "BAD", c.module, 0);
     }
     EXPECT_EQ(openOf("BAD"), kFallbackOpen);
-    VisitorManager& visitors = transports.getVisitorManager(text("BAD"));
+    VisitorManager& visitors = *transports.getVisitorManager(text("BAD")).service;
     Visitor* const visitor = visitors.getVisitor("npaDataVisitor");
     EXPECT_EQ(visitor->getResult(), 1u);
     visitors.releaseVisitor(visitor);
-    Discoverer& discoverer = transports.getDiscoverer("BAD");
+    Discoverer& discoverer = *transports.getDiscoverer("BAD").service;
     std::uint32_t required = 0;
     EXPECT_EQ(discoverer.discover(""), 0u);
     EXPECT_EQ(discoverer.discoverSpecific(""), 0u);

@@ -22,8 +22,8 @@ class Observer {
   Observer& operator=(const Observer&) = delete;
   virtual ~Observer();
 
-  // Attaching twice makes two entries on both sides. Detaching removes the first entry, if there is one, and
-  // returns when no other thread is inside an update for that subject any more.
+  // Attaching twice makes two entries on both sides. Detaching removes the first entry, if there is one; an
+  // update that another thread is in may still be running (Subject::waitForUpdates).
   void attachTo(Subject& subject);
   void detachFrom(Subject& subject);
 

@@ -63,8 +63,7 @@ class Subject {
   virtual ~Subject();
 
   virtual void attach(Observer& observer);
-  // Returns when no other thread is in a call of the observer's update for this subject any more, so that the
-  // observer may be destroyed; from inside such a call it returns at once.
+  // Takes the first entry out. An update of the observer may still be running: waitForUpdates.
   virtual void detach(Observer& observer);
 
   // Calls each observer that was attached when the pass began and still is when its turn comes, in the order
@@ -75,7 +74,8 @@ class Subject {
   virtual void notify(const std::string& text);
   virtual void notify(Data& data);
 
-  // The waiting of detach, for an observer that detached itself from inside its update on another thread.
+  // Returns when no other thread is in a call of the observer's update for this subject any more, so that the
+  // observer, detached before, may be destroyed; from inside such a call it returns at once.
   void waitForUpdates(const Observer& observer);
 
  protected:
@@ -95,7 +95,6 @@ class Subject {
   void notifyEach(Call&& call);
   bool beginUpdate(const Observer& observer, std::uint32_t snapshotVersion);
   void endUpdate(const Observer& observer);
-  void waitForUpdates(const Observer& observer, std::unique_lock<std::mutex>& lock);
 
   const SubjectReference self_;
   std::vector<Observer*> observers_;

@@ -11,8 +11,8 @@
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
-ObjectStoreBidiTask::ObjectStoreBidiTask(Device& device, Connectable& connection, std::uint32_t requestId,
-                                         std::string message, std::string& response)
+ObjectStoreBidiTask::ObjectStoreBidiTask(Device& device, const Connection& connection,
+                                         std::uint32_t requestId, std::string message, std::string& response)
     : device_(device),
       requestId_(requestId),
       message_(std::move(message)),

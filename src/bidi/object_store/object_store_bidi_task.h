@@ -11,6 +11,7 @@
 #include "common/tasks/task.h"
 #include "common/threads/runnable.h"
 #include "common/threads/thread.h"
+#include "device/connection.h"
 #include "device/visitor_run.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/observer.h"
@@ -24,8 +25,8 @@ class ObjectStoreBidiTask : public Task, public Observer {
  public:
   // `message` is a whole document with that request id. `response` is the caller's and outlives the task; it
   // is the reply once the exchange is over, empty until there is one.
-  ObjectStoreBidiTask(Device& device, Connectable& connection, std::uint32_t requestId, std::string message,
-                      std::string& response);
+  ObjectStoreBidiTask(Device& device, const Connection& connection, std::uint32_t requestId,
+                      std::string message, std::string& response);
   // Ends what still runs.
   ~ObjectStoreBidiTask() override;
 
@@ -55,7 +56,7 @@ class ObjectStoreBidiTask : public Task, public Observer {
   std::atomic<bool> isException_{false};
   const std::string message_;
   std::string& response_;
-  Connectable& connection_;
+  const Connection& connection_;
   std::unique_ptr<Thread> thread_;
   MethodRunnable<ObjectStoreBidiTask> runnable_;
   std::atomic<bool> running_{false};

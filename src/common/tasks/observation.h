@@ -12,7 +12,10 @@ class [[nodiscard]] Observation {
     observer_.attachTo(subject_);
   }
   // Returns when no update of the observer is running any more.
-  ~Observation() { observer_.detachFrom(subject_); }
+  ~Observation() {
+    observer_.detachFrom(subject_);
+    subject_.waitForUpdates(observer_);
+  }
   Observation(const Observation&) = delete;
   Observation& operator=(const Observation&) = delete;
 

@@ -18,10 +18,7 @@ void Observer::attachTo(Subject& subject) {
 }
 
 void Observer::detachFrom(Subject& subject) {
-  if (!forget(subject)) {
-    subject.waitForUpdates(*this);
-    return;
-  }
+  if (!forget(subject)) return;
   try {
     subject.detach(*this);
   } catch (const Win32Exception&) {

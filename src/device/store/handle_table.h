@@ -7,12 +7,14 @@
 #include <utility>
 #include <vector>
 
+#include "common/clients/reaper.h"
 #include "qvn/transport/critical_section.h"
 
 namespace qvn {
 
 // An object lives from the first acquire to the last release; whoever got it keeps it alive for the call it
-// is in. The table's lock is held while a store restores an object, never the other way round.
+// is in. The reaper ends it. The table's lock is held while a store restores an object, never the other way
+// round.
 template <typename Object>
 class HandleTable {
  public:
@@ -40,24 +42,22 @@ class HandleTable {
     return found == entries_.end() ? nullptr : found->second.object;
   }
 
-  // Takes back one acquire. The last one removes the object and gives it to the caller, who decides where it
-  // ends; else null. A handle that is not live is ignored.
-  std::shared_ptr<Object> release(std::uint32_t handle) {
+  // Takes back one acquire; the last one removes the object. A handle that is not live is ignored.
+  void release(std::uint32_t handle) {
     std::shared_ptr<Object> last;
     CriticalSectionLock lock(lock_);
     const auto found = entries_.find(handle);
-    if (found == entries_.end()) return nullptr;
+    if (found == entries_.end()) return;
     if (found->second.references > 0) --found->second.references;
-    if (found->second.references == 0) {
-      last = std::move(found->second.object);
-      entries_.erase(found);
-    }
-    return last;
+    if (found->second.references > 0) return;
+    last = std::move(found->second.object);
+    entries_.erase(found);
   }
 
   void add(std::uint32_t handle, std::shared_ptr<Object> object) {
+    auto shared = Reaper::share(std::move(object));
     CriticalSectionLock lock(lock_);
-    entries_[handle] = Entry{std::move(object), 0};
+    entries_[handle] = Entry{std::move(shared), 0};
   }
 
   // The objects that are live now.
@@ -66,6 +66,12 @@ class HandleTable {
     std::vector<std::shared_ptr<Object>> objects;
     for (const auto& entry : entries_) objects.push_back(entry.second.object);
     return objects;
+  }
+
+  void clear() {
+    std::map<std::uint32_t, Entry> ended;
+    CriticalSectionLock lock(lock_);
+    ended.swap(entries_);
   }
 
  protected:

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
 #include "common/settings/setting_table.h"
@@ -29,7 +30,7 @@ BpdPrinter::BpdPrinter(Verify verify)
 }
 
 // The transport's threads call this object.
-BpdPrinter::~BpdPrinter() { endReferences(); }
+BpdPrinter::~BpdPrinter() { BpdPrinter::shutDown(); }
 
 std::uint32_t BpdPrinter::doStartJob(const JobRequest& job) {
   return withState([&](const BpdPrinterState& state) { return state.doStartJob(*this, job); });
@@ -47,7 +48,8 @@ std::uint32_t BpdPrinter::doEndJob() {
 
 std::uint32_t BpdPrinter::doExchangeNpa(Data& request, Data& response) {
   return withState(
-      [&](const BpdPrinterState& state) { return state.doExchangeNpa(*this, request, response); });
+      [&](const BpdPrinterState& state) { return state.doExchangeNpa(*this, request, response); },
+      Nested::Allowed);
 }
 
 std::uint32_t BpdPrinter::doGetCache(Data& /*cache*/) {
@@ -71,6 +73,7 @@ std::uint32_t BpdPrinter::verify() {
   const std::string attributes = getAttributes();
   if (!isUnverified(attributes)) return QRN_ERROR_SUCCESS;
   verify_(attributes);
+  const OperationLock::Turn turn(configurationLock());
   std::string stored;
   const std::uint32_t rc = PrinterStore::getInstance().read(getHandle(), stored);
   if (rc != QRN_ERROR_SUCCESS) return rc;

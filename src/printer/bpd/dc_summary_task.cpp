@@ -10,7 +10,7 @@
 
 namespace qvn {
 
-DcSummaryTask::DcSummaryTask(Printer& printer, Connectable& connection)
+DcSummaryTask::DcSummaryTask(Printer& printer, const Connection& connection)
     : ExchangeTask(printer, connection, command_.packet(), reply_), printer_(printer) {}
 
 std::uint32_t DcSummaryTask::doExecute() {
@@ -44,19 +44,23 @@ void DcSummaryTask::doUpdate(Data& data) {
 }
 
 std::uint32_t DcSummaryTask::applySummary() {
-  std::string attributes = printer_.getAttributes();
   std::string sizeOnly;
   std::uint32_t maxPacketSize = 0;
   if (command_.getMaxPacketSize(reply_, maxPacketSize)) {
-    AttributeCodec::setLong(attributes, attribute::kMaxWritePacketSize, maxPacketSize);
     AttributeCodec::setLong(sizeOnly, attribute::kMaxWritePacketSize, maxPacketSize);
   }
   DcSummaryCommand::Revisions revisions{};
-  if (command_.getNpaVersions(reply_, revisions)) {
-    AttributeCodec::setByteArray(attributes, attribute::kNpaRevisionLevel, revisions.data(),
-                                 static_cast<std::uint32_t>(revisions.size()));
-  }
-  printer_.setAttributes(attributes);
+  const bool hasRevisions = command_.getNpaVersions(reply_, revisions);
+  printer_.changeAttributes([&](std::string& attributes) {
+    if (!sizeOnly.empty()) {
+      AttributeCodec::setLong(attributes, attribute::kMaxWritePacketSize, maxPacketSize);
+    }
+    if (hasRevisions) {
+      AttributeCodec::setByteArray(attributes, attribute::kNpaRevisionLevel, revisions.data(),
+                                   static_cast<std::uint32_t>(revisions.size()));
+    }
+    return QRN_ERROR_SUCCESS;
+  });
   if (sizeOnly.empty()) return QRN_ERROR_SUCCESS;
   Data size(sizeOnly);
   return VisitorRun(printer_, visitor_name::kSetMaxPacketSize).run(connection_, &size);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bidi/exchange_task.h"
+#include "device/connection.h"
 #include "device/printer.h"
 #include "npa/dc_summary_command.h"
 #include "qvn/transport/observer.h"
@@ -19,7 +20,7 @@ struct DcSummaryExchange {
 // 0.
 class DcSummaryTask : private DcSummaryExchange, public ExchangeTask {
  public:
-  DcSummaryTask(Printer& printer, Connectable& connection);
+  DcSummaryTask(Printer& printer, const Connection& connection);
   ~DcSummaryTask() override = default;
 
  protected:

@@ -1,15 +1,15 @@
 // StartNpaModeTask: puts a print channel into NPA mode.
 #pragma once
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
 class StartNpaModeTask : public PrintJobTask {
  public:
-  StartNpaModeTask(Printer& printer, Connectable& connection) : PrintJobTask(printer, connection) {}
+  StartNpaModeTask(Printer& printer, const Connection& connection) : PrintJobTask(printer, connection) {}
   ~StartNpaModeTask() override = default;
 
  protected:

@@ -7,25 +7,45 @@
 namespace qvn {
 
 std::uint32_t NotificationTask::registerClient(const NotificationRegistration& registration) {
-  clients_.add(registration.clientId, registration);
+  clients_.replace(printerHandle_, registration);
   return QRN_ERROR_SUCCESS;
 }
 
 std::uint32_t NotificationTask::unregisterClient(std::uint32_t clientId) {
-  const bool removed = clients_.remove(clientId);
-  clients_.waitForCalls(clientId);
+  const bool removed = clients_.remove(printerHandle_, clientId);
+  clients_.waitForCalls(printerHandle_, clientId);
   return removed ? QRN_ERROR_SUCCESS : QRN_ERROR_INVALID_FUNCTION;
 }
 
-void NotificationTask::notify(const Notification& record) {
-  logDetail(log_component::server(), [&] {
-    return LogText() << "NotificationTask handle=" << printerHandle_ << ", category=" << record.category
-                     << ", notificationId=" << record.id;
-  });
-  clients_.callEach([&](std::uint32_t clientId, const NotificationRegistration& registration) {
-    registration.callback(printerHandle_, record.category, record.id, record.data.getBuffer(),
-                          record.data.getLength(), clientId);
-  });
+void NotificationTask::unregisterAll() {
+  clients_.removeAll(printerHandle_);
+  clients_.waitForCalls(printerHandle_, 0);
+}
+
+void NotificationTask::notify(const Notification& record) noexcept {
+  const auto thrown = [&](std::uint32_t clientId, const std::string& what) {
+    logError(log_component::server(), [&] {
+      return LogText() << "NotificationTask handle=" << printerHandle_
+                       << " Caught Exception clientId=" << clientId << ", Exception=" << what;
+    });
+  };
+  try {
+    logDetail(log_component::server(), [&] {
+      return LogText() << "NotificationTask handle=" << printerHandle_ << ", category=" << record.category
+                       << ", notificationId=" << record.id;
+    });
+    clients_.callEach(
+        printerHandle_, [](const NotificationRegistration&) { return true; },
+        [&](const NotificationRegistration& client) {
+          client.callback(printerHandle_, record.category, record.id, record.data.getBuffer(),
+                          record.data.getLength(), client.clientId);
+        },
+        [&](const NotificationRegistration& client, const std::string& what) {
+          thrown(client.clientId, what);
+        });
+  } catch (const std::exception&) {
+    // No memory to tell anybody.
+  }
 }
 
 }  // namespace qvn

@@ -19,13 +19,16 @@ class NotificationTask {
 
   // Replaces the registration that the client has.
   std::uint32_t registerClient(const NotificationRegistration& registration);
-  // 1 when the client has no registration.
+  // 1 when the client has no registration. Outside callbacks it returns when no call of the client is
+  // running.
   std::uint32_t unregisterClient(std::uint32_t clientId);
-  void notify(const Notification& record);
+  void unregisterAll();
+  // Never throws: the operation that it reports on goes on.
+  void notify(const Notification& record) noexcept;
 
  private:
   std::uint32_t printerHandle_;
-  CallbackRegistry<NotificationRegistration> clients_;
+  CallbackRegistry<NotificationRegistration> clients_{{}};
 };
 
 }  // namespace qvn

@@ -2,17 +2,15 @@
 // them.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstdint>
-#include <memory>
+#include <mutex>
 
 #include "common/clients/callback_registry.h"
 #include "common/tasks/task.h"
 #include "device/client_registration.h"
+#include "device/kept_connection.h"
 #include "device/printer.h"
-#include "npa/alert_registration.h"
-#include "qvn/transport/critical_section.h"
 #include "qvn/transport/observer.h"
 
 namespace qvn {
@@ -21,14 +19,20 @@ namespace qvn {
 // transport's thread, without a lock held; a client whose unregistration has returned is called no more.
 class PrinterAlertTask : public Task, public Observer {
  public:
-  explicit PrinterAlertTask(Printer& printer);
-  // Nobody may be registering; the printer must not deliver alerts any more.
-  ~PrinterAlertTask() override;
+  explicit PrinterAlertTask(Printer& printer) : printer_(printer) {}
+  // The printer must not deliver alerts any more.
+  ~PrinterAlertTask() override = default;
 
-  // 87 for a mask of 0; 1 when the printer accepts no registration, and then the client is not kept.
+  // 87 for a mask of 0; 1 when the printer accepts no registration, and then the client is not kept. Callers
+  // serialise it with itself and with unregisterClient, but for those inside a callback.
   std::uint32_t registerClient(const AlertRegistration& registration);
-  // 1 when the client has no registration.
+  // 1 when the client has no registration. A call of the client may still be running.
   std::uint32_t unregisterClient(std::uint32_t clientId);
+  // Without telling the printer, whose connection ends.
+  void unregisterAll();
+  // Returns when no call of the client, or with 0 of any, is running that was unregistered; at once inside a
+  // callback.
+  void waitForCalls(std::uint32_t clientId) { clients_.waitForCalls(kPrinter, clientId); }
 
  protected:
   using Observer::doUpdate;
@@ -40,19 +44,24 @@ class PrinterAlertTask : public Task, public Observer {
   Printer& printer_;
 
  private:
+  // The registry is this printer's.
+  static constexpr std::uint32_t kPrinter = 0;
+
   std::uint32_t maskOfOthers(std::uint32_t clientId) const;
-  std::uint32_t maskOfAll() const;
+  std::uint32_t maskOfAll() const { return maskOfOthers(0); }
   // Sends the commands that a change of the mask needs; true when the printer accepted one.
   bool sendRegistrations(std::uint32_t oldMask, std::uint32_t newMask, bool unregistering);
-  std::uint32_t add(const AlertRegistration& registration);
-  void finishRemoval(std::uint32_t clientId);
+  void listen();
+  // Without a client nothing is listened to or kept.
+  void settle();
 
-  CallbackRegistry<AlertRegistration> clients_;
-  // Serialises registering and unregistering, so that what the printer was told follows the clients.
-  CriticalSection registrationLock_;
-  std::array<std::unique_ptr<AlertRegistrationCommand>, 5> commands_;
+  CallbackRegistry<AlertRegistration> clients_{{}};
   std::atomic<bool> registrationNeeded_{true};
+
+  std::mutex listeningMutex_;  // guards what follows
   bool listening_ = false;
+  // The "bidi" connection stays while there are clients.
+  KeptConnection channel_;
 };
 
 }  // namespace qvn

@@ -3,9 +3,9 @@
 
 #include <atomic>
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 
@@ -15,7 +15,7 @@ namespace qvn {
 // transport took part but no cache arrived.
 class CacheTask : public PrintJobTask, public Observer {
  public:
-  CacheTask(Printer& printer, Connectable& connection, Data& output)
+  CacheTask(Printer& printer, const Connection& connection, Data& output)
       : PrintJobTask(printer, connection), output_(output) {}
   ~CacheTask() override = default;
 

@@ -1,5 +1,6 @@
 #include "printer/cpd/cpd_printer.h"
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
 #include "common/settings/setting_table.h"
@@ -21,14 +22,13 @@ CpdPrinter::CpdPrinter() : StatePrinter("CpdPrinter", CpdPrinterClosed::getInsta
 }
 
 // The transport's threads and the writer's call this object.
-CpdPrinter::~CpdPrinter() {
-  endReferences();
-  CpdPrinter::shutDown();
-}
+CpdPrinter::~CpdPrinter() { CpdPrinter::shutDown(); }
 
 void CpdPrinter::shutDown() {
+  endReferences();
   writer_.purge();
   writer_.stop();
+  StatePrinter::shutDown();
 }
 
 std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
@@ -39,7 +39,8 @@ std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
 }
 
 std::uint32_t CpdPrinter::doPrint(Data& request) {
-  if (isReportingHere()) return QRN_ERROR_BUSY;
+  // What its own notification reports on is not over: nothing could be written before that.
+  if (stateLock().isHeldHere()) refuseInCallback("the operation is not over");
   return writerEnabled_ ? writer_.print(request) : doWrite(request);
 }
 
@@ -48,26 +49,31 @@ std::uint32_t CpdPrinter::doWrite(Data& request) {
 }
 
 std::uint32_t CpdPrinter::doEndJob() {
-  if (isReportingHere()) return QRN_ERROR_BUSY;
-  // Without the state lock, which the writer's thread needs to drain its queue.
-  if (writerEnabled_) writer_.stop();
+  if (writerEnabled_) {
+    refuseInCallback("the writer is not over");
+    // Without the state lock, which the writer's thread needs to drain its queue.
+    writer_.stop();
+  }
   return withState([&](const CpdPrinterState& state) { return state.doEndJob(*this); });
 }
 
 std::uint32_t CpdPrinter::doExchangeNpa(Data& request, Data& response) {
-  CriticalSectionLock lock(stateLock());
-  const std::uint32_t rc = state().doExchangeNpa(*this, request, response);
-  if (!GetCacheCommand::isRequest(request)) return rc;
-  if (rc == QRN_ERROR_SUCCESS) {
-    setCache(response);
-  } else if (rc == QRN_ERROR_INVALID_FUNCTION) {
-    const Data stored = cache();
-    if (stored.getLength() == 0) return rc;
-    // A cache longer than the response leaves the response as it is.
-    response.fill(stored.getBuffer(), stored.getLength());
-    return QRN_ERROR_SUCCESS;
-  }
-  return rc;
+  return withState(
+      [&](const CpdPrinterState& state) {
+        const std::uint32_t rc = state.doExchangeNpa(*this, request, response);
+        if (!GetCacheCommand::isRequest(request)) return rc;
+        if (rc == QRN_ERROR_SUCCESS) {
+          setCache(response);
+        } else if (rc == QRN_ERROR_INVALID_FUNCTION) {
+          const Data stored = cache();
+          if (stored.getLength() == 0) return rc;
+          // A cache longer than the response leaves the response as it is.
+          response.fill(stored.getBuffer(), stored.getLength());
+          return QRN_ERROR_SUCCESS;
+        }
+        return rc;
+      },
+      Nested::Allowed);
 }
 
 std::uint32_t CpdPrinter::doGetCache(Data& cache) {
@@ -85,19 +91,21 @@ std::uint32_t CpdPrinter::doGetCache(Data& cache) {
 
 std::uint32_t CpdPrinter::fetchCacheByNpa(Data& output) {
   logDetail(log_component::server(), [] { return LogText() << " sending NPA to get cache"; });
-  CriticalSectionLock lock(stateLock());
-  state().doOpen(*this);
-  GetCacheCommand command;
-  Data reply;
-  std::uint32_t rc = state().doExchangeNpa(*this, command.packet(), reply);
-  if (rc == QRN_ERROR_SUCCESS) setCache(reply);
-  const Data stored = cache();
-  if (stored.getLength() != 0) {
-    output = stored;
-    rc = QRN_ERROR_SUCCESS;
-  }
-  state().doClose(*this);
-  return rc;
+  return withState([&](const CpdPrinterState& before) {
+    const std::uint32_t opened = before.doOpen(*this);
+    const std::uint32_t rc = resultOf([&] {
+      GetCacheCommand command;
+      Data reply;
+      const std::uint32_t exchanged = state().doExchangeNpa(*this, command.packet(), reply);
+      if (exchanged == QRN_ERROR_SUCCESS) setCache(reply);
+      const Data stored = cache();
+      if (stored.getLength() == 0) return exchanged;
+      output = stored;
+      return QRN_ERROR_SUCCESS;
+    });
+    if (opened == QRN_ERROR_SUCCESS) resultOf([&] { return state().doClose(*this); });
+    return rc;
+  });
 }
 
 Data CpdPrinter::cache() {

@@ -4,20 +4,21 @@
 #include <cstdint>
 
 #include "common/tasks/task.h"
+#include "device/connection.h"
 #include "device/printer.h"
 
 namespace qvn {
 
 class PrintJobTask : public Task {
  protected:
-  PrintJobTask(Printer& printer, Connectable& connection) : printer_(printer), connection_(connection) {}
+  PrintJobTask(Printer& printer, const Connection& connection) : printer_(printer), connection_(connection) {}
 
   // Exchanges an NPA packet: 0 with the reply; 1 no exchange is allowed now, nothing was sent; 22 rejected;
   // else the transport's code.
   std::uint32_t exchange(Data& request, Data& reply);
 
   Printer& printer_;
-  Connectable& connection_;
+  const Connection& connection_;
 };
 
 }  // namespace qvn

@@ -1,11 +1,12 @@
 #include "scanner/bpd/bpd_scan_async_data_task.h"
 
+#include <string>
 #include <utility>
 
 #include "bidi/element/element_text.h"
 #include "bidi/object_store/received_message.h"
 #include "bidi/object_store/store_messages.h"
-#include "common/clients/client_callback.h"
+#include "common/clients/operation_lock.h"
 #include "common/leading_number.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
@@ -27,9 +28,6 @@ std::string valueOf(const StoreNotification& notification) {
 
 }  // namespace
 
-CriticalSection BpdScanAsyncDataTask::clientsLock_;
-thread_local int BpdScanAsyncDataTask::callDepth_ = 0;
-
 BpdScanAsyncDataTask::~BpdScanAsyncDataTask() = default;
 
 std::uint32_t BpdScanAsyncDataTask::registerClient(std::uint32_t clientId, std::uint32_t mask,
@@ -37,40 +35,40 @@ std::uint32_t BpdScanAsyncDataTask::registerClient(std::uint32_t clientId, std::
   logDetail(log_component::server(), [&] {
     return (LogText() << kTask << "registerClient()" << clientId << " dataMask=0x").radix(mask, 16);
   });
-  {
-    const CriticalSectionLock lock(clientsLock_);
-    if (!clients_.try_emplace(clientId, Client{mask, callback}).second) return QRN_ERROR_INVALID_PARAMETER;
-  }
-  if (!detached_) return QRN_ERROR_SUCCESS;
-  logDetail(log_component::server(),
-            [] { return LogText() << kTask << "registerClient(): attaching as observer"; });
-  attachTo(scanner_);
-  registrationNeeded(false);
+  if (!clients_.add(scanner_.getHandle(), {mask, clientId, callback})) return QRN_ERROR_INVALID_PARAMETER;
+  settle();
   return QRN_ERROR_SUCCESS;
 }
 
 std::uint32_t BpdScanAsyncDataTask::unregisterClient(std::uint32_t clientId) {
-  {
-    const CriticalSectionLock lock(clientsLock_);
-    clients_.erase(clientId);
-    if (!clients_.empty()) return QRN_ERROR_SUCCESS;
-  }
-  if (detached_) return QRN_ERROR_SUCCESS;
-  logDetail(log_component::server(),
-            [] { return LogText() << kTask << "unregisterClient() detaching as observer"; });
-  // Waits for a delivery that runs, which may be about to take the lock.
-  detachFrom(scanner_);
-  registrationNeeded(true);
+  clients_.remove(scanner_.getHandle(), clientId);
+  settle();
   return QRN_ERROR_SUCCESS;
 }
 
 void BpdScanAsyncDataTask::unregisterAll() {
-  {
-    const CriticalSectionLock lock(clientsLock_);
-    clients_.clear();
+  clients_.removeAll(scanner_.getHandle());
+  settle();
+}
+
+void BpdScanAsyncDataTask::waitForCalls(std::uint32_t clientId) {
+  clients_.waitForCalls(scanner_.getHandle(), clientId);
+}
+
+void BpdScanAsyncDataTask::settle() {
+  const std::lock_guard<std::mutex> lock(attachingMutex_);
+  if (clients_.isEmpty() == detached_) return;
+  logDetail(log_component::server(), [&] {
+    return LogText() << kTask
+                     << (detached_ ? "registerClient(): attaching as observer"
+                                   : "unregisterClient() detaching as observer");
+  });
+  if (detached_) {
+    attachTo(scanner_);
+  } else {
+    detachFrom(scanner_);
   }
-  detachFrom(scanner_);
-  registrationNeeded(true);
+  registrationNeeded(!detached_);
 }
 
 void BpdScanAsyncDataTask::startJob(std::uint32_t clientId) {
@@ -201,31 +199,25 @@ bool BpdScanAsyncDataTask::callClients(std::uint32_t bit, const std::uint8_t* da
     const std::lock_guard<std::mutex> lock(jobLock_);
     jobClientId = job_.clientId;
   }
-  bool called = false;
-  // A callback may register and unregister clients, itself among them.
-  for (auto client = clients_.begin(); client != clients_.end();) {
-    const auto [clientId, registration] = *client;
-    if ((registration.mask & bit) != 0 && registration.callback != nullptr) {
-      called = true;
-      ++callDepth_;
-      try {
-        const ClientCallback::Scope callback;
-        returned(clientId,
-                 registration.callback(clientId, jobClientId, scanner_.getHandle(), bit, data, length));
-      } catch (...) {
-        logError(log_component::server(), [id = clientId] {
-          return LogText() << kTask << "callClients() Caught Exception clientId=" << id;
+  return clients_.callEach(
+      scanner_.getHandle(),
+      [&](const AsyncDataRegistration& client) {
+        return (client.mask & bit) != 0 && client.callback != nullptr;
+      },
+      [&](const AsyncDataRegistration& client) {
+        returned(client.clientId,
+                 client.callback(client.clientId, jobClientId, scanner_.getHandle(), bit, data, length));
+      },
+      [&](const AsyncDataRegistration& client, const std::string& thrown) {
+        logError(log_component::server(), [&] {
+          return LogText() << kTask << "callClients() Caught Exception clientId=" << client.clientId
+                           << ", Exception=" << thrown;
         });
-      }
-      --callDepth_;
-    }
-    client = clients_.upper_bound(clientId);
-  }
-  return called;
+      });
 }
 
 void BpdScanAsyncDataTask::handleScanDataCallbacks(const std::uint8_t* body, std::uint32_t length) {
-  const CriticalSectionLock lock(clientsLock_);
+  const OperationLock::Turn turn(scanner_.notifyLock(), OperationLock::Nested::Allowed);
   const bool called =
       callClients(scan_data::kData, body, length, [](std::uint32_t clientId, std::uint32_t result) {
         logDetail(log_component::server(), [&] {
@@ -241,7 +233,7 @@ void BpdScanAsyncDataTask::handleScanDataCallbacks(const std::uint8_t* body, std
 }
 
 void BpdScanAsyncDataTask::doScanAlertCallbacks(std::uint32_t bits, const std::string& text) {
-  const CriticalSectionLock lock(clientsLock_);
+  const OperationLock::Turn turn(scanner_.notifyLock(), OperationLock::Nested::Allowed);
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.c_str());
   const auto length = static_cast<std::uint32_t>(text.size());
   bool called = false;

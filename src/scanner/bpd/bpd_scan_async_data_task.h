@@ -3,15 +3,14 @@
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
 
+#include "common/clients/callback_registry.h"
 #include "common/tasks/task.h"
 #include "device/client_registration.h"
 #include "qvn/qvn.h"
-#include "qvn/transport/critical_section.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 #include "scanner/bpd/scan_block.h"
@@ -28,18 +27,21 @@ inline constexpr std::uint32_t kAlert = 0x2000;   // how the job goes on
 inline constexpr std::uint32_t kDetail = 0x4000;  // what else the device tells
 }  // namespace scan_data
 
-// One per scanner, never executed. Clients are called with the lock of the registrations held, which all Bpd
-// scanners share: whoever unregisters on another thread is in no callback afterwards.
+// One per scanner, never executed. Clients are called one after the other, under the scanner's notify lock.
 class BpdScanAsyncDataTask : public Task, public Observer {
  public:
   explicit BpdScanAsyncDataTask(BpdScanner& scanner) : scanner_(scanner) {}
   ~BpdScanAsyncDataTask() override;
 
-  // 0, or 87 for a client that is registered: it stays as it is. With the first client the task attaches to
-  // the scanner, without one it is detached. Callers serialise the two, but for those inside a callback.
+  // 0, or 87 for a client that is registered: it stays as it is. The task is attached to the scanner while
+  // there are clients.
   std::uint32_t registerClient(std::uint32_t clientId, std::uint32_t mask, QvnScanDataCallback callback);
+  // Always 0. A call of the client may still be running.
   std::uint32_t unregisterClient(std::uint32_t clientId);
   void unregisterAll();
+  // Returns when no call of the client, or with 0 of any, is running that was unregistered; at once inside a
+  // callback.
+  void waitForCalls(std::uint32_t clientId);
   // Whether the task is not attached.
   void registrationNeeded(bool needed) { detached_ = needed; }
 
@@ -53,18 +55,11 @@ class BpdScanAsyncDataTask : public Task, public Observer {
   // To the clients that want alerts of one of the kinds, once for each kind.
   void doScanAlertCallbacks(std::uint32_t bits, const std::string& text);
 
-  // The calling thread is inside a callback of a Bpd scanner: nothing that it waits for can be delivered.
-  static bool isCalling() { return callDepth_ > 0; }
-
  protected:
   using Observer::doUpdate;
   void doUpdate(Data& data) override { updateClients(data); }
 
  private:
-  struct Client {
-    std::uint32_t mask;
-    QvnScanDataCallback callback;
-  };
   struct Job {
     bool endSeen = false;
     bool completeSeen = false;
@@ -81,6 +76,8 @@ class BpdScanAsyncDataTask : public Task, public Observer {
   // Notes a sign of the job's end; true when the job has ended by now.
   bool noteEnd(bool Job::*sign);
 
+  // Attaches or detaches, as there are clients.
+  void settle();
   // Calls the clients that want the kind, in the order of their ids; false when there is none.
   template <typename Returned>
   bool callClients(std::uint32_t bit, const std::uint8_t* data, std::uint32_t length, Returned&& returned);
@@ -91,10 +88,8 @@ class BpdScanAsyncDataTask : public Task, public Observer {
   mutable std::mutex jobLock_;  // guards the job
   Job job_;
 
-  static CriticalSection clientsLock_;  // guards the registrations of all Bpd scanners
-  std::map<std::uint32_t, Client> clients_;
-
-  static thread_local int callDepth_;
+  CallbackRegistry<AsyncDataRegistration> clients_{{}};
+  std::mutex attachingMutex_;  // guards attaching and detaching
 };
 
 }  // namespace qvn

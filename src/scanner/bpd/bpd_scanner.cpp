@@ -38,24 +38,30 @@ void BpdScanner::shutDown() {
   endReferences();
   objectStore_.end();
   withState([this](const BpdScannerState&) {
-    if (connection_ != nullptr) closeConnection();
+    if (bidi_) closeConnection();
     setOpenCount(0);
     changeState(BpdScannerClosed::getInstance());
   });
   watchdog_.waitForEnd();
+  asyncDataTask_.unregisterAll();
+  asyncDataTask_.waitForCalls(0);
 }
 
 std::uint32_t BpdScanner::doOpen() {
-  return traced("doOpen", noDetails, [this](const BpdScannerState& state) { return state.doOpen(*this); });
+  return tracedOpen([this](const BpdScannerState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t BpdScanner::doClose() {
-  return traced("doClose", noDetails, [this](const BpdScannerState& state) { return state.doClose(*this); });
+  const std::uint32_t rc =
+      traced("doClose", noDetails, [this](const BpdScannerState& state) { return state.doClose(*this); });
+  // The last close has ended the registrations.
+  asyncDataTask_.waitForCalls(0);
+  return rc;
 }
 
 std::uint32_t BpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
   // The watchdog of the last job may be on its last steps; with the state lock it could not go on.
-  if (!job_.isActive() && !BpdScanAsyncDataTask::isCalling()) watchdog_.waitForEnd();
+  if (!job_.isActive()) watchdog_.waitForEnd();
   return traced("doStartJob", ofClient(clientId),
                 [&](const BpdScannerState& state) { return state.doStartJob(*this, clientId, parameters); });
 }
@@ -63,7 +69,7 @@ std::uint32_t BpdScanner::doStartJob(std::uint32_t clientId, void* parameters) {
 std::uint32_t BpdScanner::doEndJob(std::uint32_t clientId) { return endJob(clientId, job_.number()); }
 
 std::uint32_t BpdScanner::endJob(std::uint32_t clientId, std::uint32_t jobNumber) {
-  if (BpdScanAsyncDataTask::isCalling()) return QRN_ERROR_BUSY;
+  refuseInCallback("the job's threads are not over");
   const MutexLock end(endJobMutex_, 0);
   if (!end.acquired()) {
     const bool isOwner = clientId == job_.clientId();
@@ -91,89 +97,58 @@ std::uint32_t BpdScanner::doExchangeData(std::uint32_t clientId, Data& command, 
   });
 }
 
-// Inside a callback the registrations are changed without the state lock: the callback has theirs, and a
-// client that wants no more calls is not to be refused.
 std::uint32_t BpdScanner::doRegisterForAsyncData(const AsyncDataRegistration& registration) {
-  if (BpdScanAsyncDataTask::isCalling()) return state().doRegisterForAsyncData(*this, registration);
-  return traced("doRegisterForAsyncData", ofClient(registration.clientId), [&](const BpdScannerState& state) {
-    return state.doRegisterForAsyncData(*this, registration);
-  });
+  return tracedRegistration(
+      "doRegisterForAsyncData", ofClient(registration.clientId),
+      [&](const BpdScannerState& state) { return state.doRegisterForAsyncData(*this, registration); });
 }
 
 std::uint32_t BpdScanner::doUnregisterForAsyncData(std::uint32_t clientId) {
-  if (BpdScanAsyncDataTask::isCalling()) return state().doUnregisterForAsyncData(*this, clientId);
-  return traced("doUnregisterForAsyncData", ofClient(clientId), [&](const BpdScannerState& state) {
-    return state.doUnregisterForAsyncData(*this, clientId);
-  });
+  return tracedRegistration(
+      "doUnregisterForAsyncData", ofClient(clientId),
+      [&](const BpdScannerState& state) { return state.doUnregisterForAsyncData(*this, clientId); });
 }
 
+void BpdScanner::waitForCallbacks(std::uint32_t clientId) { asyncDataTask_.waitForCalls(clientId); }
+
 void BpdScanner::doAccept(Data& data) {
-  const CriticalSectionLock lock(notifyLock_);
+  const OperationLock::Turn turn(notifyLock_, Nested::Allowed);
   state().doAccept(*this, data);
   notify(data);
 }
 
 std::uint32_t BpdScanner::openConnection() {
-  Connectable* const connection = doGetConnection(connection_name::kBidi);
-  connection->setChild(0, this);
-  const auto giveBack = [&] {
-    connection->setChild(0, nullptr);
-    doReleaseConnection(connection);
-  };
-  std::uint32_t rc = QRN_ERROR_INTERNAL_ERROR;
-  try {
-    rc = connection->open();
-  } catch (...) {
-    giveBack();
-    throw;
-  }
+  const Connection connection = doGetConnection(connection_name::kBidi);
+  const std::uint32_t rc = bidi_.openReceiving(*this, connection);
   if (rc != QRN_ERROR_SUCCESS) {
-    giveBack();
+    connection.release();
     return rc;
   }
-  doPersistConnection(connection, true);
-  connection_ = connection;
-  objectStore_.begin(*connection);
+  bidi_.keep();
+  objectStore_.begin(connection);
   return QRN_ERROR_SUCCESS;
 }
 
 void BpdScanner::closeConnection() {
   // Nothing may use the connection any more once it has been released.
+  const OpenConnection closing = std::move(bidi_);
+  asyncDataTask_.unregisterAll();
   if (startTask_ != nullptr) startTask_->abort();
   objectStore_.end();
   abortStart();
   job_.drop();
   watchdog_.stop();
-
-  Connectable* const connection = std::exchange(connection_, nullptr);
-  connection->close();
-  connection->setChild(0, nullptr);
-  doPersistConnection(connection, false);
-  doReleaseConnection(connection);
-
-  std::shared_ptr<BpdScanAsyncDataTask> task;
-  {
-    const CriticalSectionLock lock(taskLock_);
-    task = std::exchange(asyncDataTask_, nullptr);
-  }
-  if (task != nullptr) task->unregisterAll();
-}
-
-std::shared_ptr<BpdScanAsyncDataTask> BpdScanner::asyncDataTask() {
-  const CriticalSectionLock lock(taskLock_);
-  if (asyncDataTask_ == nullptr) asyncDataTask_ = std::make_shared<BpdScanAsyncDataTask>(*this);
-  return asyncDataTask_;
 }
 
 void BpdScanner::raise(const std::string& event) {
   Data block("<" + event + ">");
-  asyncDataTask()->updateClients(block);
+  asyncDataTask().updateClients(block);
 }
 
 std::string BpdScanner::jobObserver() { return std::to_string(getHandle()) + "_Observer"; }
 
 bool BpdScanner::isScanning() {
-  if (job_.isScanning() && asyncDataTask()->jobHasEnded()) job_.setScanning(false);
+  if (job_.isScanning() && asyncDataTask().jobHasEnded()) job_.setScanning(false);
   return job_.isScanning();
 }
 
@@ -191,13 +166,12 @@ void BpdScanner::beginJob(std::uint32_t clientId) {
   startThread_.reset();
   job_.begin(clientId, JobParameterStore::getInstance().getJobParameter(clientId, "Track") != 0);
   startTask_ = std::make_unique<BpdScanStartJobTask>(*this, clientId, job_.objectName());
-  startThread_ = std::make_unique<Thread>(startRunnable_);
   job_.setActive(true);
-
-  const std::uint32_t multiplier = timeoutMultiplier(clientId);
-  watchdog_.setMultiplier(multiplier);
-  raise("TimeoutX=" + std::to_string(multiplier));
   try {
+    startThread_ = std::make_unique<Thread>(startRunnable_);
+    const std::uint32_t multiplier = timeoutMultiplier(clientId);
+    watchdog_.setMultiplier(multiplier);
+    raise("TimeoutX=" + std::to_string(multiplier));
     startThread_->launch();
   } catch (...) {
     startThread_ = nullptr;
@@ -209,12 +183,12 @@ void BpdScanner::beginJob(std::uint32_t clientId) {
 std::uint32_t BpdScanner::runStart() { return BpdScannerOpen::getInstance().runMethod(*this); }
 
 void BpdScanner::startJobData() {
-  asyncDataTask()->startJob(job_.clientId());
+  asyncDataTask().startJob(job_.clientId());
   job_.setScanning(true);
 }
 
 void BpdScanner::endFailedStart() {
-  asyncDataTask()->endJob();
+  asyncDataTask().endJob();
   if (!startTask_->wasAborted()) raise("Scanner.CommError");
   watchdog_.stop();
   job_.setScanning(false);
@@ -247,12 +221,12 @@ void BpdScanner::scanJobTimeout(std::uint32_t clientId) {
     trace(") not scanning");
     return;
   }
-  const std::shared_ptr<BpdScanAsyncDataTask> task = asyncDataTask();
-  if (!task->jobHasEnded()) {
-    task->doScanAlertCallbacks(scan_data::kAlert, "Job.DataTimeout");
-    task->doScanAlertCallbacks(scan_data::kAlert, "Scan.Error");
-    task->endJob();
-    task->doScanAlertCallbacks(scan_data::kAlert, "Job.End");
+  BpdScanAsyncDataTask& task = asyncDataTask();
+  if (!task.jobHasEnded()) {
+    task.doScanAlertCallbacks(scan_data::kAlert, "Job.DataTimeout");
+    task.doScanAlertCallbacks(scan_data::kAlert, "Scan.Error");
+    task.endJob();
+    task.doScanAlertCallbacks(scan_data::kAlert, "Job.End");
   }
   job_.setTimedOut();
   if (job_.waitForEndSignal(kEndSignalWait)) {

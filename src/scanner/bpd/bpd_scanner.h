@@ -6,13 +6,14 @@
 #include <memory>
 #include <string>
 
+#include "common/clients/operation_lock.h"
 #include "common/threads/mutex.h"
 #include "common/threads/runnable.h"
 #include "common/threads/thread.h"
 #include "device/client_registration.h"
+#include "device/open_connection.h"
 #include "device/scanner.h"
 #include "device/state_machine.h"
-#include "qvn/transport/critical_section.h"
 #include "scanner/bpd/bpd_scan_async_data_task.h"
 #include "scanner/bpd/job/bpd_scan_job.h"
 #include "scanner/bpd/job/bpd_scan_start_job_task.h"
@@ -23,8 +24,7 @@
 namespace qvn {
 
 // What the device sends gets through while a client's operation holds the state lock: the end of a job waits
-// for it. From inside a callback of a Bpd scanner, which holds up all that is delivered, an operation that
-// would have to wait for the state lock is refused with 170, and so is the end of a job.
+// for it. Inside a callback the end of a job is refused with 170: it waits for the job's threads.
 class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScannerState> {
  public:
   BpdScanner();
@@ -40,12 +40,10 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   std::uint32_t doExchangeData(std::uint32_t clientId, Data& command, Data& response) override;
   std::uint32_t doRegisterForAsyncData(const AsyncDataRegistration& registration) override;
   std::uint32_t doUnregisterForAsyncData(std::uint32_t clientId) override;
+  void waitForCallbacks(std::uint32_t clientId) override;
   void doAccept(Data& data) override;
   using Scanner::doAccept;
   void shutDown() override;
-
-  // Whoever has the lock may be waiting for what this thread is to deliver.
-  static bool mustNotWait() { return BpdScanAsyncDataTask::isCalling(); }
 
   // By the watchdog, on its thread: nothing has been heard of the client's job for too long.
   void scanJobTimeout(std::uint32_t clientId);
@@ -60,8 +58,10 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   // Ends all that works on the connection, a job too, and with it the registrations of the clients.
   void closeConnection();
 
-  // The registrations of the clients; made when they are first needed.
-  std::shared_ptr<BpdScanAsyncDataTask> asyncDataTask();
+  // The registrations of the clients.
+  BpdScanAsyncDataTask& asyncDataTask() { return asyncDataTask_; }
+  // Held while clients are told something, so that each is told one thing after the other.
+  OperationLock& notifyLock() { return notifyLock_; }
   // Tells the clients of something as if the device had sent it.
   void raise(const std::string& event);
 
@@ -93,10 +93,9 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   std::uint32_t endJob(std::uint32_t clientId, std::uint32_t jobNumber);
 
   std::atomic<std::uint32_t> openCount_{0};
-  CriticalSection taskLock_;    // guards the async data task's creation and end
-  CriticalSection notifyLock_;  // held while what arrives is passed on
-  Connectable* connection_ = nullptr;
-  std::shared_ptr<BpdScanAsyncDataTask> asyncDataTask_;
+  OperationLock notifyLock_{LockRank::Notify};
+  OpenConnection bidi_;
+  BpdScanAsyncDataTask asyncDataTask_{*this};
   ScannerObjectStore objectStore_{*this};
 
   BpdScanJob job_;

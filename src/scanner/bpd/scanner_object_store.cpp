@@ -9,25 +9,26 @@ namespace qvn {
 namespace {
 
 constexpr std::uint32_t kConnectionAborted = 1236;
+constexpr std::uint32_t kCancelled = 1223;
 
 // What clients are told before a document is sent.
 constexpr char kSending[] = "?Sending";
 
 }  // namespace
 
-void ScannerObjectStore::begin(Connectable& connection) {
+void ScannerObjectStore::begin(const Connection& connection) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  connection_ = &connection;
+  connection_ = connection;
 }
 
 void ScannerObjectStore::end() {
   {
     std::unique_lock<std::mutex> lock(mutex_);
-    connection_ = nullptr;
+    connection_ = {};
     for (ObjectStoreBidiTask* task : running_) task->cancel();
     changed_.wait(lock, [this] { return running_.empty(); });
   }
-  const std::lock_guard<std::mutex> lock(backgroundLock_);
+  const OperationLock::Turn turn(backgroundLock_);
   background_.task.reset();
 }
 
@@ -36,11 +37,14 @@ void ScannerObjectStore::cancelExchanges() {
   for (ObjectStoreBidiTask* task : running_) task->cancel();
 }
 
-std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message, std::string& response) {
+std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message, std::string& response,
+                                           const std::atomic<bool>* aborted) {
   if (scanner_.job().isTracked()) scanner_.raise(kSending);
   std::unique_lock<std::mutex> lock(mutex_);
-  if (connection_ == nullptr) return kConnectionAborted;
-  ObjectStoreBidiTask task(scanner_, *connection_, message.requestId, message.document, response);
+  if (!connection_) return kConnectionAborted;
+  if (aborted != nullptr && *aborted) return kCancelled;
+  const Connection connection = connection_;
+  ObjectStoreBidiTask task(scanner_, connection, message.requestId, message.document, response);
   running_.push_back(&task);
   const struct Running {
     ScannerObjectStore& store;
@@ -63,13 +67,14 @@ std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message) {
 
 void ScannerObjectStore::sendInBackground(const StoreMessage& message) {
   if (scanner_.job().isTracked()) scanner_.raise(kSending);
-  const std::lock_guard<std::mutex> background(backgroundLock_);
+  const OperationLock::Turn turn(backgroundLock_);
   background_.task.reset();
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (connection_ == nullptr) return;
-    background_.task = std::make_unique<ObjectStoreBidiTask>(scanner_, *connection_, message.requestId,
-                                                             message.document, background_.response);
+    if (!connection_) return;
+    background_.connection = connection_;
+    background_.task = std::make_unique<ObjectStoreBidiTask>(
+        scanner_, background_.connection, message.requestId, message.document, background_.response);
   }
   background_.task->executeBackground();
 }

@@ -1,6 +1,7 @@
 // ScannerObjectStore: the documents that a Bpd scanner exchanges with the objects in its device.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -10,7 +11,8 @@
 
 #include "bidi/object_store/object_store_bidi_task.h"
 #include "bidi/object_store/store_messages.h"
-#include "qvn/transport/connectable.h"
+#include "common/clients/operation_lock.h"
+#include "device/connection.h"
 
 namespace qvn {
 
@@ -22,7 +24,7 @@ class ScannerObjectStore {
   explicit ScannerObjectStore(BpdScanner& scanner) : scanner_(scanner) {}
 
   // From now on documents go out on the connection.
-  void begin(Connectable& connection);
+  void begin(const Connection& connection);
   // Ends what is going on and lets nothing begin: returns when nothing of it uses the connection any more.
   void end();
 
@@ -30,8 +32,9 @@ class ScannerObjectStore {
   void cancelExchanges();
 
   // Returns when the reply, which `response` becomes, is there: 0; 87 for an exception; 1236 when there is no
-  // connection any more; else the transport's code.
-  std::uint32_t exchange(const StoreMessage& message, std::string& response);
+  // connection any more; else the transport's code. With `aborted` it does not begin once that is set: 1223.
+  std::uint32_t exchange(const StoreMessage& message, std::string& response,
+                         const std::atomic<bool>* aborted = nullptr);
   std::uint32_t exchange(const StoreMessage& message);
 
   // Returns at once; nobody awaits the reply. The last document sent so is no longer waited for.
@@ -40,6 +43,7 @@ class ScannerObjectStore {
  private:
   struct BackgroundSend {
     std::string response;
+    Connection connection;
     std::unique_ptr<ObjectStoreBidiTask> task;
   };
 
@@ -47,10 +51,10 @@ class ScannerObjectStore {
 
   std::mutex mutex_;  // guards what follows
   std::condition_variable changed_;
-  Connectable* connection_ = nullptr;
+  Connection connection_;
   std::vector<ObjectStoreBidiTask*> running_;
 
-  std::mutex backgroundLock_;  // guards the send; taken before mutex_
+  OperationLock backgroundLock_{LockRank::BackgroundSend};  // guards the send; taken before mutex_
   BackgroundSend background_;
 };
 

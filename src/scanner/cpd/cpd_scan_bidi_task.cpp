@@ -6,7 +6,7 @@
 
 namespace qvn {
 
-CpdScanBidiTask::CpdScanBidiTask(Device& scanner, Connectable& connection, Data& request, Data& response)
+CpdScanBidiTask::CpdScanBidiTask(Device& scanner, const Connection& connection, Data& request, Data& response)
     : GenericBidiTask(scanner, connection, request, response, visitor_name::kEscCommand),
       command_(EscCommandFactory::getInstance().makeCommand(request)) {}
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "bidi/generic_bidi_task.h"
-#include "qvn/transport/connectable.h"
+#include "device/connection.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 #include "qvn/transport/observer.h"
@@ -16,7 +16,7 @@ namespace qvn {
 // transport's code.
 class CpdScanBidiTask : public GenericBidiTask {
  public:
-  CpdScanBidiTask(Device& scanner, Connectable& connection, Data& request, Data& response);
+  CpdScanBidiTask(Device& scanner, const Connection& connection, Data& request, Data& response);
   ~CpdScanBidiTask() override = default;
 
  protected:

@@ -1,5 +1,7 @@
 #include "scanner/cpd/cpd_scanner.h"
 
+#include "common/clients/operation_lock.h"
+#include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
 #include "common/settings/setting_table.h"
@@ -8,7 +10,6 @@
 #include "printer/printer_object.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/connection_manager.h"
-#include "qvn/transport/critical_section.h"
 #include "qvn/transport/notification.h"
 #include "scanner/cpd/cpd_scanner_async_data_manager.h"
 #include "scanner/cpd/states/cpd_scanner_closed.h"
@@ -33,12 +34,15 @@ CpdScanner::CpdScanner()
 }
 
 // The transport's threads call this object.
-CpdScanner::~CpdScanner() { endReferences(); }
+CpdScanner::~CpdScanner() { CpdScanner::shutDown(); }
 
-void CpdScanner::shutDown() { endReferences(); }
+void CpdScanner::shutDown() {
+  endReferences();
+  withState([this](const CpdScannerState&) { return closeBidi(); });
+}
 
 std::uint32_t CpdScanner::doOpen() {
-  return traced("doOpen", noDetails, [this](const CpdScannerState& state) { return state.doOpen(*this); });
+  return tracedOpen([this](const CpdScannerState& state) { return state.doOpen(*this); });
 }
 
 std::uint32_t CpdScanner::doClose() {
@@ -77,15 +81,15 @@ std::uint32_t CpdScanner::doExchangeData(std::uint32_t clientId, Data& command, 
 }
 
 std::uint32_t CpdScanner::doRegisterForAsyncData(const AsyncDataRegistration& registration) {
-  return traced("doRegisterForAsyncData", ofClient(registration.clientId), [&](const CpdScannerState& state) {
-    return state.doRegisterForAsyncData(*this, registration);
-  });
+  return tracedRegistration(
+      "doRegisterForAsyncData", ofClient(registration.clientId),
+      [&](const CpdScannerState& state) { return state.doRegisterForAsyncData(*this, registration); });
 }
 
 std::uint32_t CpdScanner::doUnregisterForAsyncData(std::uint32_t clientId) {
-  return traced("doUnregisterForAsyncData", ofClient(clientId), [&](const CpdScannerState& state) {
-    return state.doUnregisterForAsyncData(*this, clientId);
-  });
+  return tracedRegistration(
+      "doUnregisterForAsyncData", ofClient(clientId),
+      [&](const CpdScannerState& state) { return state.doUnregisterForAsyncData(*this, clientId); });
 }
 
 void CpdScanner::waitForCallbacks(std::uint32_t clientId) {
@@ -98,34 +102,33 @@ std::uint32_t CpdScanner::doGetCurrentState(std::uint32_t& value) {
   return QRN_ERROR_SUCCESS;
 }
 
+// The transport's thread must not end by what it delivers.
 void CpdScanner::doAccept(Data& data) {
   try {
     state().doAccept(*this, data);
   } catch (...) {
-    data.setRc(refuseThrown("doAccept"));
+    data.setRc(codeOfCurrentException());
   }
 }
 
 std::uint32_t CpdScanner::doOnConnectionLost() {
-  try {
+  return resultOf([this] {
     waitForStart();
     return state().doOnConnectionLost(*this);
-  } catch (...) {
-    return refuseThrown("doOnConnectionLost");
-  }
+  });
 }
 
-std::uint32_t CpdScanner::refuseThrown(const char* operation) {
-  logError(log_component::server(), [&] {
-    return LogText() << "CpdScanner::" << operation << "() handle=" << getHandle() << " Caught Exception";
-  });
-  return QRN_ERROR_INTERNAL_ERROR;
+std::uint32_t CpdScanner::openBidi(const Connection& connection) {
+  const std::uint32_t rc = bidi_.openReceiving(*this, connection);
+  if (rc == QRN_ERROR_SUCCESS) bidi_.keep();
+  return rc;
 }
+
+std::uint32_t CpdScanner::closeBidi() { return bidi_.close(connection_name::kBidi); }
 
 std::uint32_t CpdScanner::send(Data& data) {
   const ConnectionUse connection(*this, connection_name::kBidi);
-  connection->write(data);
-  return data.getRc();
+  return connection->write(data);
 }
 
 void CpdScanner::reportProgress(std::uint32_t id) {
@@ -139,14 +142,14 @@ void CpdScanner::reportProgress(std::uint32_t id) {
 
 void CpdScanner::waitForStart() {
   if (!isStarting_) return;
-  CriticalSectionLock lock(stateLock());
+  const OperationLock::Turn turn(stateLock(), Nested::Allowed);
 }
 
 void CpdScanner::endScan() {
   // Whoever ends a cancelled job holds the state lock while waiting for what has come here already.
   hasEnded_ = true;
   cancelEvent_.set();
-  CriticalSectionLock lock(stateLock());
+  const OperationLock::Turn turn(stateLock(), Nested::Allowed);
   if (isIn(CpdScannerScanning::getInstance())) changeState(CpdScannerEndJobPending::getInstance());
 }
 

@@ -7,6 +7,7 @@
 #include "common/threads/event.h"
 #include "device/client_registration.h"
 #include "device/notification.h"
+#include "device/open_connection.h"
 #include "device/scanner.h"
 #include "device/state_machine.h"
 #include "scanner/cpd/states/cpd_scanner_state.h"
@@ -41,6 +42,10 @@ class CpdScanner : public Scanner, public TracedStateMachine<CpdScanner, CpdScan
   std::uint32_t openCount() const { return openCount_; }
   void setOpenCount(std::uint32_t count) { openCount_ = count; }
 
+  // 0 once the "bidi" connection is open, and kept until it is closed.
+  std::uint32_t openBidi(const Connection& connection);
+  std::uint32_t closeBidi();
+
   // Sends the bytes on the "bidi" connection; the code of the transfer.
   std::uint32_t send(Data& data);
   // Tells the clients of the printer in the same device how far the scan is, if that is wanted.
@@ -67,14 +72,16 @@ class CpdScanner : public Scanner, public TracedStateMachine<CpdScanner, CpdScan
   void endScan();
   // After a cancel, with the state lock held.
   void waitForLastStatus();
-  void signalLastStatus() { cancelEvent_.set(); }
+  void signalLastStatus() {
+    // Another cancel may follow, and must not make the end wait for what has been.
+    hasEnded_ = true;
+    cancelEvent_.set();
+  }
 
   static bool isStatus(const Data& data);
 
  private:
-  // A client told of the scan's progress may throw anything; the transport's thread must not end by it.
-  std::uint32_t refuseThrown(const char* operation);
-
+  OpenConnection bidi_;
   std::uint32_t openCount_ = 0;
   bool performanceNotifications_ = false;
   std::uint32_t cancelWaitDuration_ = 0;

@@ -1,9 +1,7 @@
 #include "scanner/cpd/cpd_scanner_async_data_manager.h"
 
-#include <algorithm>
-#include <vector>
+#include <string>
 
-#include "common/clients/client_callback.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 
@@ -14,11 +12,7 @@ std::uint32_t CpdScannerAsyncDataManager::registerForAsyncData(std::uint32_t han
   logDetail(log_component::server(), [&] {
     return LogText() << "CpdScannerAsyncDataManager::registerForAsyncData(handle=" << handle << ")";
   });
-  std::lock_guard<std::mutex> lock(mutex_);
-  const auto [first, last] = registrations_.equal_range(handle);
-  const bool known = std::any_of(
-      first, last, [&](const auto& entry) { return entry.second.clientId == registration.clientId; });
-  if (!known) registrations_.emplace(handle, registration);
+  registrations_.add(handle, registration);
   return QRN_ERROR_SUCCESS;
 }
 
@@ -26,7 +20,6 @@ std::uint32_t CpdScannerAsyncDataManager::unregisterForAsyncData(std::uint32_t h
                                                                  std::uint32_t clientId) {
   logDetail(log_component::server(),
             [] { return LogText() << "CpdScannerAsyncDataManager::unregisterForAsyncData: "; });
-  std::lock_guard<std::mutex> lock(mutex_);
   deleteClient(handle, clientId);
   return QRN_ERROR_SUCCESS;
 }
@@ -34,15 +27,11 @@ std::uint32_t CpdScannerAsyncDataManager::unregisterForAsyncData(std::uint32_t h
 void CpdScannerAsyncDataManager::deleteClient(std::uint32_t handle, std::uint32_t clientId) {
   logDetail(log_component::server(),
             [&] { return LogText() << "CpdScannerAsyncDataManager::deleteClient(handle=)" << handle; });
-  const auto [first, last] = registrations_.equal_range(handle);
-  const auto found =
-      std::find_if(first, last, [&](const auto& entry) { return entry.second.clientId == clientId; });
-  if (found != last) registrations_.erase(found);
+  registrations_.remove(handle, clientId);
 }
 
 void CpdScannerAsyncDataManager::waitForCallbacks(std::uint32_t handle, std::uint32_t clientId) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  running_.wait({handle, clientId}, lock);
+  registrations_.waitForCalls(handle, clientId);
 }
 
 void CpdScannerAsyncDataManager::accept(std::uint32_t handle, Data& data) {
@@ -51,30 +40,18 @@ void CpdScannerAsyncDataManager::accept(std::uint32_t handle, Data& data) {
                      << " dataSize=" << data.getLength();
   });
   if (data.getLength() == 0) return;
-  std::vector<AsyncDataRegistration> receivers;
-  {
-    std::lock_guard<std::mutex> lock(mutex_);
-    const auto [first, last] = registrations_.equal_range(handle);
-    for (auto entry = first; entry != last; ++entry) {
-      receivers.push_back(entry->second);
-      running_.begin({handle, entry->second.clientId});
-    }
-  }
-  for (const AsyncDataRegistration& receiver : receivers) {
-    try {
-      const ClientCallback::Scope callback;
-      if (receiver.callback != nullptr) {
-        receiver.callback(receiver.clientId, 0, handle, receiver.mask, data.getBuffer(), data.getLength());
-      }
-    } catch (...) {
-      logError(log_component::server(), [&] {
-        return LogText() << "CpdScannerAsyncDataManager::accept(" << handle
-                         << ") Caught Exception clientId=" << receiver.clientId;
+  registrations_.callEach(
+      handle, [](const AsyncDataRegistration&) { return true; },
+      [&](const AsyncDataRegistration& client) {
+        if (client.callback == nullptr) return;
+        client.callback(client.clientId, 0, handle, client.mask, data.getBuffer(), data.getLength());
+      },
+      [&](const AsyncDataRegistration& client, const std::string& thrown) {
+        logError(log_component::server(), [&] {
+          return LogText() << "CpdScannerAsyncDataManager::accept(" << handle
+                           << ") Caught Exception clientId=" << client.clientId << ", Exception=" << thrown;
+        });
       });
-    }
-    std::lock_guard<std::mutex> lock(mutex_);
-    running_.end({handle, receiver.clientId});
-  }
 }
 
 }  // namespace qvn

@@ -2,11 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <mutex>
-#include <utility>
 
-#include "common/clients/running_calls.h"
+#include "common/clients/callback_registry.h"
 #include "common/process_service.h"
 #include "device/client_registration.h"
 #include "qvn/transport/data.h"
@@ -33,14 +30,10 @@ class CpdScannerAsyncDataManager : public ProcessService<CpdScannerAsyncDataMana
   CpdScannerAsyncDataManager() = default;
   ~CpdScannerAsyncDataManager() = default;
 
-  using Client = std::pair<std::uint32_t, std::uint32_t>;  // of a scanner: its handle and the client's id
-
   void deleteClient(std::uint32_t handle, std::uint32_t clientId);
 
-  // Guards what follows.
-  std::mutex mutex_;
-  std::multimap<std::uint32_t, AsyncDataRegistration> registrations_;
-  RunningCalls<Client> running_;
+  CallbackRegistry<AsyncDataRegistration> registrations_{
+      {.order = CallbackRules::Order::AsAdded, .removedStillCalled = true}};
 };
 
 }  // namespace qvn

@@ -40,10 +40,10 @@ class ObjectStoreTaskTest : public LibraryTest {
     fake.takeCalls();
   }
 
-  ObjectStoreBidiTask makeTask() { return {device, *connection, kId, "<?xml?>", answer}; }
+  ObjectStoreBidiTask makeTask() { return {device, connection, kId, "<?xml?>", answer}; }
 
   Store device;
-  Connectable* connection = nullptr;
+  Connection connection;
   std::string answer = "old";
 };
 

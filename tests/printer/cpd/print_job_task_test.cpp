@@ -172,7 +172,7 @@ TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
 
 TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
   printer->doOpen();
-  Connectable* const connection = printer->doGetConnection("bidi");
+  const Connection connection = printer->doGetConnection("bidi");
   Data summary = bytes({0xA5, 0, 29, 0, 1, 0, 7, 8, 9});
   summary.append(Data(20, 0));
   summary.append(bytes({0x10, 0x20, 0}));
@@ -182,7 +182,7 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
     if (visitor == "setMaxPacketSizeVisitor") sizeText = asText(*data);
     return 0u;
   };
-  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 0u);
+  EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 0u);
   EXPECT_EQ(sizeText, "<MaxWritePacketSize>4128</MaxWritePacketSize>");
   std::uint32_t size = 0;
   EXPECT_EQ(AttributeCodec::getLong(printer->getAttributes(), attribute::kMaxWritePacketSize, size), 0u);
@@ -195,9 +195,9 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
   EXPECT_THAT(revisions, ElementsAre(7, 8, 9));
 
   fake.onExchange = nullptr;
-  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 1460u);
+  EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 1460u);
   fake.onVisitor = [](const std::string&, Data*) { return 1u; };
-  EXPECT_EQ(DcSummaryTask(*printer, *connection).execute(), 0u) << "a transport without exchanges";
+  EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 0u) << "a transport without exchanges";
 }
 
 }  // namespace

@@ -147,7 +147,6 @@ class BpdScannerTest : public LibraryTest {
       {"callMethod Job_1 cancel", [this] { deliverEnd(); }},
   };
   std::mutex mutex;
-  std::thread late_;  // of a test: outlives the callback that starts it
 
  private:
   std::vector<std::string> sent_;

@@ -1,15 +1,15 @@
 // BpdEndPrintJobTask: tells a Bpd printer that its job has ended.
 #pragma once
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/end_print_job_task.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
 class BpdEndPrintJobTask : public EndPrintJobTask {
  public:
-  BpdEndPrintJobTask(Printer& printer, Connectable& connection) : EndPrintJobTask(printer, connection) {}
+  BpdEndPrintJobTask(Printer& printer, const Connection& connection) : EndPrintJobTask(printer, connection) {}
   ~BpdEndPrintJobTask() override = default;
 
  protected:

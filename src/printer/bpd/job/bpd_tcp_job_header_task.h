@@ -1,9 +1,9 @@
 // BpdTcpJobHeaderTask: hands the transport what the spooler said of a job.
 #pragma once
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
@@ -11,7 +11,7 @@ namespace qvn {
 class BpdTcpJobHeaderTask : public PrintJobTask {
  public:
   // `npaMode`: the printer takes NPA packets.
-  BpdTcpJobHeaderTask(Printer& printer, Connectable& connection, bool npaMode)
+  BpdTcpJobHeaderTask(Printer& printer, const Connection& connection, bool npaMode)
       : PrintJobTask(printer, connection), npaMode_(npaMode) {}
   ~BpdTcpJobHeaderTask() override = default;
 

@@ -1,7 +1,11 @@
 #include "printer/bpd/states/bpd_printer_open.h"
 
+#include <utility>
+
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/connection_use.h"
+#include "device/open_connection.h"
 #include "device/visitor_run.h"
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/job/bpd_start_print_job_task.h"
@@ -9,14 +13,13 @@
 #include "printer/bpd/states/bpd_printer_closed.h"
 #include "printer/bpd/states/bpd_printer_printing.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/visitor_manager.h"
 
 namespace qvn {
 namespace {
 
-std::uint32_t runWithNumber(BpdPrinter& printer, Connectable& connection, const char* visitor,
+std::uint32_t runWithNumber(BpdPrinter& printer, const Connection& connection, const char* visitor,
                             std::uint32_t number) {
   Data data(&number, sizeof number);
   return VisitorRun(printer, visitor).run(connection, &data);
@@ -24,7 +27,7 @@ std::uint32_t runWithNumber(BpdPrinter& printer, Connectable& connection, const 
 
 // Tells the transport what will go through the print connection. Packets go on between the data only while
 // somebody waits for alerts.
-void prepareChannel(BpdPrinter& printer, Connectable& connection) {
+void prepareChannel(BpdPrinter& printer, const Connection& connection) {
   if (!printer.isNpaMode()) {
     runWithNumber(printer, connection, visitor_name::kSetNonNpaPrinter, 0);
     return;
@@ -65,7 +68,7 @@ std::uint32_t BpdPrinterOpen::doClose(BpdPrinter& printer) const {
     });
     return QRN_ERROR_SUCCESS;
   }
-  const std::uint32_t rc = closeBidi(printer);
+  const std::uint32_t rc = printer.closeConnections();
   printer.changeState(BpdPrinterClosed::getInstance());
   return rc;
 }
@@ -75,16 +78,14 @@ std::uint32_t BpdPrinterOpen::doStartJob(BpdPrinter& printer, const JobRequest& 
             [&] { return LogText() << "BpdPrinterOpen::doStartJob(handle=" << printer.getHandle(); });
   const ConnectionUse connection(printer, connection_name::kPrint);
   printer.jobDescription().start(job);
-  std::uint32_t rc = connection->open();
+  OpenConnection print;
+  std::uint32_t rc = print.open(printer, *connection);
   if (rc != QRN_ERROR_SUCCESS) return rc;
 
   prepareChannel(printer, *connection);
   rc = BpdStartPrintJobTask(printer, *connection, printer.isNpaMode()).execute();
-  if (rc != QRN_ERROR_SUCCESS) {
-    connection->close();
-    return rc;
-  }
-  printer.keepPrintConnection(connection.get());
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  printer.keepPrintConnection(std::move(print));
   printer.changeState(BpdPrinterPrinting::getInstance());
   printer.beginAccountSearch();
   return QRN_ERROR_SUCCESS;

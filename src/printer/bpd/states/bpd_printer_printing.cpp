@@ -1,13 +1,13 @@
 #include "printer/bpd/states/bpd_printer_printing.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/job_description.h"
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/job/bpd_name_print_job_task.h"
 #include "printer/bpd/states/bpd_printer_open.h"
 #include "printer/bpd/states/bpd_printer_printing_error.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 namespace {
@@ -26,7 +26,7 @@ void nameJob(BpdPrinter& printer, const Data& request) {
                        << ") Found account number:" << account;
     });
   }
-  if (isFirst || found) BpdNamePrintJobTask(printer, *printer.printConnection()).execute();
+  if (isFirst || found) BpdNamePrintJobTask(printer, printer.printConnection()).execute();
 }
 
 }  // namespace
@@ -40,7 +40,7 @@ std::uint32_t BpdPrinterPrinting::doPrint(BpdPrinter& printer, Data& request) co
   logDetail(log_component::server(),
             [&] { return LogText() << "BpdPrinterPrinting::doPrint(handle=" << printer.getHandle(); });
   nameJob(printer, request);
-  printer.printConnection()->write(request);
+  printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
   if (rc != QRN_ERROR_SUCCESS) printer.changeState(BpdPrinterPrintingError::getInstance());
   return rc;

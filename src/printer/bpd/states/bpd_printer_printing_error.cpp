@@ -1,12 +1,12 @@
 #include "printer/bpd/states/bpd_printer_printing_error.h"
 
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/states/bpd_printer_open.h"
 #include "printer/bpd/states/bpd_printer_print_canceled.h"
 #include "printer/bpd/states/bpd_printer_printing.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
@@ -16,7 +16,7 @@ const BpdPrinterPrintingError& BpdPrinterPrintingError::getInstance() {
 }
 
 std::uint32_t BpdPrinterPrintingError::doPrint(BpdPrinter& printer, Data& request) const {
-  printer.printConnection()->write(request);
+  printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
   if (rc == QRN_ERROR_SUCCESS) printer.changeState(BpdPrinterPrinting::getInstance());
   return rc;

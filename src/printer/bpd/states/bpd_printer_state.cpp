@@ -1,14 +1,15 @@
 #include "printer/bpd/states/bpd_printer_state.h"
 
 #include "bidi/bidi_task.h"
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/connection_use.h"
 #include "device/notification.h"
 #include "printer/bpd/bpd_printer.h"
 #include "printer/bpd/job/bpd_end_print_job_task.h"
 #include "printer/bpd/states/bpd_printer_closed.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 
 namespace qvn {
@@ -46,8 +47,7 @@ std::uint32_t BpdPrinterState::doClose(BpdPrinter& printer) const {
   printer.setOpenCount(count - 1);
   if (count > 1) return QRN_ERROR_SUCCESS;
   // A job that nobody could end any more: what is left of it would be in the way of the next one.
-  closePrintConnection(printer);
-  closeBidi(printer);
+  printer.closeConnections();
   printer.changeState(BpdPrinterClosed::getInstance());
   return QRN_ERROR_SUCCESS;
 }
@@ -78,27 +78,11 @@ std::uint32_t BpdPrinterState::exchange(BpdPrinter& printer, Data& request, Data
   return BidiTask(printer, *connection, request, response).execute();
 }
 
-std::uint32_t BpdPrinterState::closeBidi(BpdPrinter& printer) {
-  std::uint32_t rc = QRN_ERROR_SUCCESS;
-  {
-    const ConnectionUse connection(printer, connection_name::kBidi);
-    rc = connection->close();
-    printer.doPersistConnection(connection.get(), false);
-  }
-  printer.setBidiAllowed(false);
-  return rc;
-}
-
 std::uint32_t BpdPrinterState::runEndJobTask(BpdPrinter& printer) {
-  const std::uint32_t rc = BpdEndPrintJobTask(printer, *printer.printConnection()).execute();
-  closePrintConnection(printer);
+  const std::uint32_t rc =
+      resultOf([&] { return BpdEndPrintJobTask(printer, printer.printConnection()).execute(); });
+  printer.closePrintConnection();
   return rc;
-}
-
-void BpdPrinterState::closePrintConnection(BpdPrinter& printer) {
-  if (printer.printConnection() == nullptr) return;
-  printer.printConnection()->close();
-  printer.releasePrintConnection();
 }
 
 }  // namespace qvn

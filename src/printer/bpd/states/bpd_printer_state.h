@@ -48,10 +48,8 @@ class BpdPrinterState {
 
   // Steps that several states share.
   static std::uint32_t exchange(BpdPrinter& printer, Data& request, Data& response);
-  static std::uint32_t closeBidi(BpdPrinter& printer);
   // Ends the job and gives the print connection back.
   static std::uint32_t runEndJobTask(BpdPrinter& printer);
-  static void closePrintConnection(BpdPrinter& printer);
 
  private:
   const char* const name_;

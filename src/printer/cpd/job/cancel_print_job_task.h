@@ -4,9 +4,9 @@
 
 #include <atomic>
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/observer.h"
 
@@ -15,7 +15,7 @@ namespace qvn {
 // Sends at most 1 MiB. Always 0.
 class CancelPrintJobTask : public PrintJobTask, public Observer {
  public:
-  CancelPrintJobTask(Printer& printer, Connectable& connection) : PrintJobTask(printer, connection) {}
+  CancelPrintJobTask(Printer& printer, const Connection& connection) : PrintJobTask(printer, connection) {}
   ~CancelPrintJobTask() override = default;
 
  protected:

@@ -1,16 +1,16 @@
 // CpdStartPrintJobTask: starts a job on a Cpd printer: the device's lock, the date, then the job itself.
 #pragma once
 
+#include "device/connection.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/job/start_print_job_task.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
 // 170 when another host holds the device's lock.
 class CpdStartPrintJobTask : public StartPrintJobTask {
  public:
-  CpdStartPrintJobTask(CpdPrinter& printer, Connectable& connection)
+  CpdStartPrintJobTask(CpdPrinter& printer, const Connection& connection)
       : StartPrintJobTask(printer, connection), cpdPrinter_(printer) {}
   ~CpdStartPrintJobTask() override = default;
 

@@ -1,9 +1,9 @@
 // CpdTrueEndOfJobPrintTask: waits until the printer reports that it has finished the job.
 #pragma once
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
@@ -11,7 +11,7 @@ namespace qvn {
 // truly ended. Always 0.
 class CpdTrueEndOfJobPrintTask : public PrintJobTask {
  public:
-  CpdTrueEndOfJobPrintTask(Printer& printer, Connectable& connection, bool queryPrinter)
+  CpdTrueEndOfJobPrintTask(Printer& printer, const Connection& connection, bool queryPrinter)
       : PrintJobTask(printer, connection), queryPrinter_(queryPrinter) {}
   ~CpdTrueEndOfJobPrintTask() override = default;
 

@@ -1,15 +1,15 @@
 // FlushPrintDataTask: makes the transport throw away the print data that it still holds.
 #pragma once
 
+#include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
 class FlushPrintDataTask : public PrintJobTask {
  public:
-  FlushPrintDataTask(Printer& printer, Connectable& connection) : PrintJobTask(printer, connection) {}
+  FlushPrintDataTask(Printer& printer, const Connection& connection) : PrintJobTask(printer, connection) {}
   ~FlushPrintDataTask() override = default;
 
  protected:

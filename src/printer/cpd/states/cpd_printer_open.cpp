@@ -1,9 +1,13 @@
 #include "printer/cpd/states/cpd_printer_open.h"
 
+#include <utility>
+
 #include "bidi/bidi_task.h"
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/connection_use.h"
 #include "device/notification.h"
+#include "device/open_connection.h"
 #include "device/visitor_run.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/job/cpd_start_print_job_task.h"
@@ -11,7 +15,6 @@
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 #include "printer/cpd/states/cpd_printer_printing.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/visitor_manager.h"
 
@@ -41,13 +44,7 @@ std::uint32_t CpdPrinterOpen::doClose(CpdPrinter& printer) const {
   });
   if (printer.openCount() > 0) return QRN_ERROR_SUCCESS;
 
-  std::uint32_t rc = QRN_ERROR_SUCCESS;
-  {
-    const ConnectionUse connection(printer, connection_name::kBidi);
-    rc = connection->close();
-    printer.doPersistConnection(connection.get(), false);
-  }
-  printer.setBidiAllowed(false);
+  const std::uint32_t rc = printer.closeConnections();
   printer.changeState(CpdPrinterClosed::getInstance());
   return rc;
 }
@@ -55,16 +52,14 @@ std::uint32_t CpdPrinterOpen::doClose(CpdPrinter& printer) const {
 std::uint32_t CpdPrinterOpen::doStartJob(CpdPrinter& printer, const JobRequest& job) const {
   printer.sendJobStatus(job_status::kStartJob);
   const ConnectionUse connection(printer, connection_name::kPrint);
-  std::uint32_t rc = connection->open();
+  OpenConnection print;
+  std::uint32_t rc = print.open(printer, *connection);
   if (rc != QRN_ERROR_SUCCESS) return rc;
 
   printer.jobDescription().start(job);
   rc = CpdStartPrintJobTask(printer, *connection).execute();
-  if (rc != QRN_ERROR_SUCCESS && rc != QRN_ERROR_BAD_COMMAND) {
-    connection->close();
-    return rc;
-  }
-  printer.keepPrintConnection(connection.get());
+  if (rc != QRN_ERROR_SUCCESS && rc != QRN_ERROR_BAD_COMMAND) return rc;
+  printer.keepPrintConnection(std::move(print));
   printer.setBidiAllowed(false);
   if (rc == QRN_ERROR_BAD_COMMAND) {
     // The printer does not want the job: its client may send it all the same, into nothing.

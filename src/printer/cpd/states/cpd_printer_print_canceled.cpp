@@ -19,7 +19,7 @@ std::uint32_t CpdPrinterPrintCanceled::stateCode() const { return job_status::kB
 void CpdPrinterPrintCanceled::doEnterState(CpdPrinter& printer) const {
   CpdPrinterState::doEnterState(printer);
   if (printer.isWriterEnabled()) printer.writer().purge();
-  FlushPrintDataTask(printer, *printer.printConnection()).execute();
+  FlushPrintDataTask(printer, printer.printConnection()).execute();
   printer.sendJobStatus(job_status::kCancelled);
 }
 

@@ -1,6 +1,8 @@
 #include "printer/cpd/states/cpd_printer_printing.h"
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "device/job_description.h"
 #include "device/notification.h"
 #include "printer/cpd/cpd_printer.h"
@@ -9,7 +11,6 @@
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 #include "printer/cpd/states/cpd_printer_printing_error.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 
@@ -37,7 +38,7 @@ std::uint32_t CpdPrinterPrinting::doPrint(CpdPrinter& printer, Data& request) co
   } else if (printer.isBidiAllowed()) {
     printer.setBidiAllowed(false);
   }
-  printer.printConnection()->write(request);
+  printer.printConnection().write(request);
   if (!printer.isFirstDataSent()) {
     printer.setFirstDataSent(true);
     printer.sendJobStatus(job_status::kFirstData);
@@ -49,10 +50,9 @@ std::uint32_t CpdPrinterPrinting::doPrint(CpdPrinter& printer, Data& request) co
 
 std::uint32_t CpdPrinterPrinting::doEndJob(CpdPrinter& printer) const {
   printer.sendJobStatus(job_status::kEndJob);
-  const std::uint32_t rc = runEndJobTask(printer);
-  printer.printConnection()->close();
+  const std::uint32_t rc = resultOf([&] { return runEndJobTask(printer); });
+  printer.closePrintConnection();
   printer.changeState(CpdPrinterOpen::getInstance());
-  printer.releasePrintConnection();
   return rc;
 }
 

@@ -1,5 +1,6 @@
 #include "printer/cpd/states/cpd_printer_printing_error.h"
 
+#include "device/connection.h"
 #include "device/job_description.h"
 #include "device/notification.h"
 #include "platform/base/clock.h"
@@ -7,7 +8,6 @@
 #include "printer/cpd/states/cpd_printer_print_canceled.h"
 #include "printer/cpd/states/cpd_printer_printing.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 namespace {
@@ -25,7 +25,7 @@ std::uint32_t CpdPrinterPrintingError::stateCode() const { return job_status::kE
 
 std::uint32_t CpdPrinterPrintingError::doPrint(CpdPrinter& printer, Data& request) const {
   printer.jobDescription().setDataSent();
-  printer.printConnection()->write(request);
+  printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
   if (rc == QRN_ERROR_SUCCESS) {
     printer.changeState(CpdPrinterPrinting::getInstance());

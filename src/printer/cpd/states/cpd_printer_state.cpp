@@ -1,12 +1,13 @@
 #include "printer/cpd/states/cpd_printer_state.h"
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
+#include "device/connection.h"
 #include "printer/cpd/cpd_printer.h"
 #include "printer/cpd/job/cpd_end_print_job_task.h"
 #include "printer/cpd/states/cpd_printer_closed.h"
 #include "printer/cpd/states/cpd_printer_open.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 
 namespace qvn {
 namespace {
@@ -34,7 +35,12 @@ std::uint32_t CpdPrinterState::doClose(CpdPrinter& printer) const {
   const std::uint32_t count = printer.openCount();
   if (count == 0) return QRN_ERROR_SUCCESS;
   printer.setOpenCount(count - 1);
-  if (count == 1) printer.changeState(CpdPrinterClosed::getInstance());
+  if (count > 1) return QRN_ERROR_SUCCESS;
+  // The job of a client that does not have the printer open: what is left of it would be in the way of the
+  // next one.
+  printer.writer().purge();
+  printer.closeConnections();
+  printer.changeState(CpdPrinterClosed::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 
@@ -58,13 +64,12 @@ std::uint32_t CpdPrinterState::doExchangeNpa(CpdPrinter& printer, Data& /*reques
 }
 
 std::uint32_t CpdPrinterState::runEndJobTask(CpdPrinter& printer) {
-  return CpdEndPrintJobTask(printer, *printer.printConnection()).execute();
+  return CpdEndPrintJobTask(printer, printer.printConnection()).execute();
 }
 
 std::uint32_t CpdPrinterState::endBrokenJob(CpdPrinter& printer) {
-  const std::uint32_t rc = runEndJobTask(printer);
-  printer.printConnection()->close();
-  printer.releasePrintConnection();
+  const std::uint32_t rc = resultOf([&] { return runEndJobTask(printer); });
+  printer.closePrintConnection();
   printer.changeState(CpdPrinterOpen::getInstance());
   return rc;
 }

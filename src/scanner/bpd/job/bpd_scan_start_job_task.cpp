@@ -37,8 +37,8 @@ void BpdScanStartJobTask::abort() {
 std::uint32_t BpdScanStartJobTask::doExecute() {
   event_.reset();
   const Observation observation(*this, scanner_);
-  std::uint32_t rc = scanner_.objectStore().exchange(
-      addObserver(scan_object::kSystem, scan_object::kSystemUpdate, scan_object::kSystemObserver));
+  std::uint32_t rc =
+      exchange(addObserver(scan_object::kSystem, scan_object::kSystemUpdate, scan_object::kSystemObserver));
   if (rc != QRN_ERROR_SUCCESS) return rc;
   rc = enterHostMode();
   if (rc == QRN_ERROR_BUSY) return rc;  // it is another host's
@@ -48,15 +48,25 @@ std::uint32_t BpdScanStartJobTask::doExecute() {
     if (rc == QRN_ERROR_SUCCESS && aborted_) rc = kCancelled;
     if (rc == QRN_ERROR_SUCCESS) rc = (this->*step)();
   }
-  if (rc != QRN_ERROR_SUCCESS) leaveHostMode();
+  // An aborted start leaves that to the end of the job.
+  if (rc != QRN_ERROR_SUCCESS && !aborted_) leaveHostMode();
   return rc;
+}
+
+std::uint32_t BpdScanStartJobTask::exchange(const StoreMessage& message, std::string& response) {
+  return scanner_.objectStore().exchange(message, response, &aborted_);
+}
+
+std::uint32_t BpdScanStartJobTask::exchange(const StoreMessage& message) {
+  std::string response;
+  return exchange(message, response);
 }
 
 std::uint32_t BpdScanStartJobTask::enterHostMode() {
   const auto parameters = makeScanParameterTree(clientId_);
   std::string response;
-  const std::uint32_t rc = scanner_.objectStore().exchange(
-      callMethod(scan_object::kSystem, "enterHostUSBSendMode", parameters.get()), response);
+  const std::uint32_t rc =
+      exchange(callMethod(scan_object::kSystem, "enterHostUSBSendMode", parameters.get()), response);
   if (rc != QRN_ERROR_SUCCESS) return rc;
   return responseResult(response) == kRefused ? QRN_ERROR_BUSY : QRN_ERROR_SUCCESS;
 }
@@ -77,8 +87,7 @@ std::uint32_t BpdScanStartJobTask::createJob() {
   parameters.addChild(0, std::make_unique<StringElem>("HostSendJob"));
   parameters.addChild(1, makeScanParameterTree(clientId_));
   std::string response;
-  const std::uint32_t rc =
-      scanner_.objectStore().exchange(callMethod(scan_object::kJobFactory, "create", &parameters), response);
+  const std::uint32_t rc = exchange(callMethod(scan_object::kJobFactory, "create", &parameters), response);
   if (rc != QRN_ERROR_SUCCESS) return rc;
   std::string name = classifyMessage(response).result;
   // With markup in it every document to the job would be another one.
@@ -89,8 +98,7 @@ std::uint32_t BpdScanStartJobTask::createJob() {
 
 std::uint32_t BpdScanStartJobTask::observeJob() {
   for (const char* event : {scan_object::kStateChanged, scan_object::kPageScanned}) {
-    const std::uint32_t rc =
-        scanner_.objectStore().exchange(addObserver(jobObjectName_, event, scanner_.jobObserver()));
+    const std::uint32_t rc = exchange(addObserver(jobObjectName_, event, scanner_.jobObserver()));
     if (rc != QRN_ERROR_SUCCESS) return rc;
   }
   return QRN_ERROR_SUCCESS;
@@ -100,8 +108,7 @@ std::uint32_t BpdScanStartJobTask::startJob() {
   // What arrives from here on is the job's: it may all be there before the response has been looked at.
   scanner_.startJobData();
   std::string response;
-  const std::uint32_t rc =
-      scanner_.objectStore().exchange(callMethod(jobObjectName_, "start", nullptr), response);
+  const std::uint32_t rc = exchange(callMethod(jobObjectName_, "start", nullptr), response);
   const std::int32_t result = responseResult(response);
   if (result == kExceptionResult || result == kRefused) return QRN_ERROR_INTERNAL_ERROR;
   return rc;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "bidi/object_store/store_messages.h"
 #include "scanner/bpd/job/bpd_scan_task.h"
 
 namespace qvn {
@@ -27,6 +28,10 @@ class BpdScanStartJobTask : public BpdScanTask {
   void takeSystemUpdate(const std::string& text) override;
 
  private:
+  // Like the store's, unless the start was aborted.
+  std::uint32_t exchange(const StoreMessage& message, std::string& response);
+  std::uint32_t exchange(const StoreMessage& message);
+
   std::uint32_t enterHostMode();
   std::uint32_t waitForHostMode();
   std::uint32_t createJob();

@@ -38,7 +38,7 @@ ScanJobWatchdog::~ScanJobWatchdog() {
 }
 
 void ScanJobWatchdog::start(std::uint32_t clientId) {
-  const std::lock_guard<std::mutex> lock(threadLock_);
+  const OperationLock::Turn turn(threadLock_);
   if (running_ && !stop_) return;
   thread_.reset();  // a thread that was stopped may be on its last steps
   clientId_ = clientId;
@@ -76,7 +76,8 @@ void ScanJobWatchdog::setPhase(ScanPhase phase) {
 }
 
 void ScanJobWatchdog::waitForEnd() {
-  const std::lock_guard<std::mutex> lock(threadLock_);
+  const OperationLock::Turn turn(threadLock_);
+  if (running_) refuseInCallback("the watchdog is not over");
   thread_.reset();
 }
 

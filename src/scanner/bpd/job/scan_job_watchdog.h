@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 
+#include "common/clients/operation_lock.h"
 #include "common/threads/event.h"
 #include "common/threads/runnable.h"
 #include "common/threads/thread.h"
@@ -43,7 +44,8 @@ class ScanJobWatchdog {
   void stop();
   void setPhase(ScanPhase phase);
 
-  // Returns when a thread that was stopped, or has told the scanner, is gone. Not on that thread.
+  // Returns when a thread that was stopped, or has told the scanner, is gone. Not on that thread; inside a
+  // callback it is refused while the thread runs.
   void waitForEnd();
 
  private:
@@ -66,7 +68,7 @@ class ScanJobWatchdog {
   ScanPhase phase_ = ScanPhase::Data;
   ScanPhase previousPhase_ = ScanPhase::Data;
 
-  std::mutex threadLock_;  // guards the thread; the thread itself never takes it
+  OperationLock threadLock_{LockRank::Watchdog};  // guards the thread; the thread itself never takes it
   MethodRunnable<ScanJobWatchdog> runnable_;
   std::unique_ptr<Thread> thread_;
 };

@@ -47,8 +47,8 @@ std::uint32_t BpdScannerOpen::runMethod(BpdScanner& scanner) const {
   try {
     rc = scanner.startTask().execute();
     if (rc == QRN_ERROR_SUCCESS) scanner.watchdog().start(scanner.job().clientId());
-  } catch (const Exception& exception) {
-    rc = exception.getCode();
+  } catch (...) {
+    rc = codeOfCurrentException();
   }
   if (rc != QRN_ERROR_SUCCESS) scanner.endFailedStart();
   return rc;

@@ -1,5 +1,6 @@
 #include "scanner/bpd/states/bpd_scanner_scanning.h"
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
@@ -35,7 +36,7 @@ std::uint32_t BpdScannerScanning::doEndJob(BpdScanner& scanner, std::uint32_t cl
   JobParameterStore::getInstance().clearJobParameters(clientId);
   const bool cancel = scanner.isScanning() && !scanner.job().hasTimedOut();
   if (!cancel) scanner.watchdog().stop();
-  const std::uint32_t rc = BpdScanEndJobTask(scanner, cancel).execute();
+  const std::uint32_t rc = resultOf([&] { return BpdScanEndJobTask(scanner, cancel).execute(); });
   scanner.watchdog().stop();
   scanner.job().setScanning(false);
   if (rc != QRN_ERROR_SUCCESS) {

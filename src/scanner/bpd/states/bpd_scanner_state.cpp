@@ -1,5 +1,6 @@
 #include "scanner/bpd/states/bpd_scanner_state.h"
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scan_async_data_task.h"
@@ -75,20 +76,23 @@ std::uint32_t BpdScannerOpenedState::doOpen(BpdScanner& scanner) const {
 std::uint32_t BpdScannerOpenedState::doClose(BpdScanner& scanner) const {
   scanner.setOpenCount(scanner.openCount() - 1);
   if (scanner.openCount() > 0) return QRN_ERROR_SUCCESS;
-  scanner.closeConnection();
+  resultOf([&] {
+    scanner.closeConnection();
+    return QRN_ERROR_SUCCESS;
+  });
   scanner.changeState(BpdScannerClosed::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 
 std::uint32_t BpdScannerOpenedState::doRegisterForAsyncData(BpdScanner& scanner,
                                                             const AsyncDataRegistration& registration) const {
-  return scanner.asyncDataTask()->registerClient(registration.clientId, registration.mask,
-                                                 registration.callback);
+  return scanner.asyncDataTask().registerClient(registration.clientId, registration.mask,
+                                                registration.callback);
 }
 
 std::uint32_t BpdScannerOpenedState::doUnregisterForAsyncData(BpdScanner& scanner,
                                                               std::uint32_t clientId) const {
-  return scanner.asyncDataTask()->unregisterClient(clientId);
+  return scanner.asyncDataTask().unregisterClient(clientId);
 }
 
 }  // namespace qvn

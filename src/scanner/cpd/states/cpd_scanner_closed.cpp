@@ -2,7 +2,6 @@
 
 #include "device/connection_use.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
 #include "qvn/transport/connection_manager.h"
 #include "scanner/cpd/cpd_scanner.h"
 #include "scanner/cpd/states/cpd_scanner_open.h"
@@ -16,13 +15,8 @@ const CpdScannerClosed& CpdScannerClosed::getInstance() {
 
 std::uint32_t CpdScannerClosed::doOpen(CpdScanner& scanner) const {
   const ConnectionUse connection(scanner, connection_name::kBidi);
-  connection->setChild(0, &scanner);
-  const std::uint32_t rc = connection->open();
-  if (rc != QRN_ERROR_SUCCESS) {
-    connection->setChild(0, nullptr);
-    return rc;
-  }
-  scanner.doPersistConnection(connection.get(), true);
+  const std::uint32_t rc = scanner.openBidi(*connection);
+  if (rc != QRN_ERROR_SUCCESS) return rc;
   scanner.changeState(CpdScannerOpen::getInstance());
   scanner.setOpenCount(1);
   return QRN_ERROR_SUCCESS;

@@ -1,10 +1,7 @@
 #include "scanner/cpd/states/cpd_scanner_state.h"
 
 #include "common/logging/basic_logger.h"
-#include "device/connection_use.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/connectable.h"
-#include "qvn/transport/connection_manager.h"
 #include "scanner/cpd/cpd_scanner.h"
 #include "scanner/cpd/cpd_scanner_async_data_manager.h"
 #include "scanner/cpd/states/cpd_scanner_closed.h"
@@ -81,13 +78,7 @@ std::uint32_t CpdScannerOpenedState::doOpen(CpdScanner& scanner) const {
 std::uint32_t CpdScannerOpenedState::doClose(CpdScanner& scanner) const {
   if (scanner.openCount() > 0) scanner.setOpenCount(scanner.openCount() - 1);
   if (scanner.openCount() > 0) return QRN_ERROR_SUCCESS;
-  std::uint32_t rc = QRN_ERROR_SUCCESS;
-  {
-    const ConnectionUse connection(scanner, connection_name::kBidi);
-    rc = connection->close();
-    connection->setChild(0, nullptr);
-    scanner.doPersistConnection(connection.get(), false);
-  }
+  const std::uint32_t rc = scanner.closeBidi();
   scanner.changeState(CpdScannerClosed::getInstance());
   return rc;
 }
