@@ -54,7 +54,7 @@ void HidReportManager::accept(std::uint32_t handle, Data& report) {
   registrations_.callEach(
       handle, [](const ReportRegistration&) { return true; },
       [&](const ReportRegistration& client) {
-        client.callback(client.clientId, handle, report.getBuffer(), report.getLength());
+        client.callback(client.clientId, handle, bytesOf(report).data(), report.getLength());
         trace([&] { return LogText() << "Callback clientId=" << client.clientId; });
       },
       [&](const ReportRegistration& client, const std::string& description) {

@@ -21,9 +21,10 @@ Data::Data(const Data& other)
 
 Data& Data::operator=(const Data& other) {
   if (this != &other) {
-    assign(other.getBuffer(), other.getLength());
-    rc_ = other.rc_;
-    count_ = other.count_;
+    reset();
+    append(other);
+    setRc(other.getRc());
+    setCount(other.getCount());
   }
   return *this;
 }
@@ -33,6 +34,7 @@ Data::~Data() = default;
 std::uint32_t Data::getLength() const { return static_cast<std::uint32_t>(end_ - start_); }
 
 std::uint8_t* Data::getBuffer() { return storage_.data() + start_; }
+const std::uint8_t* Data::getBuffer() const { return storage_.data() + start_; }
 
 void Data::consume(std::uint32_t length, bool compact) {
   if (length <= getLength()) start_ += length;

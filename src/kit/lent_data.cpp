@@ -5,8 +5,11 @@ namespace qvn {
 std::uint32_t LentData::getLength() const { return bytes_ != nullptr ? length_ : Data::getLength(); }
 
 std::uint8_t* LentData::getBuffer() {
-  return bytes_ != nullptr ? const_cast<std::uint8_t*>(bytes_) : Data::getBuffer();
+  own();
+  return Data::getBuffer();
 }
+
+const std::uint8_t* LentData::getBuffer() const { return bytes_ != nullptr ? bytes_ : Data::getBuffer(); }
 
 void LentData::consume(std::uint32_t length, bool compact) {
   if (bytes_ == nullptr) {

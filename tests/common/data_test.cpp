@@ -2,14 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+
+#include "qvn/transport/lent_data.h"
 
 namespace qvn {
 namespace {
 
-std::string text(const Data& data) {
-  return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
-}
+std::string text(const Data& data) { return std::string(bytesAsText(data)); }
 
 TEST(Data, IsMadeFromBytesFillTextOrNothing) {
   EXPECT_EQ(text(Data("abc", 3)), "abc");
@@ -77,6 +78,33 @@ TEST(Data, ResetForgetsEverything) {
   data.setCount(7);
   data.reset();
   EXPECT_EQ(data.getLength() + data.getRc() + data.getCount(), 0u);
+}
+
+TEST(LentData, IsReadInPlaceAndCopiedBeforeItChanges) {
+  const std::string lent = "client";
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(lent.data());
+  const struct {
+    const char* change;
+    std::function<void(Data&)> apply;
+    const char* content;
+  } cases[] = {
+      {"replace", [](Data& data) { data = Data(std::string_view("another")); }, "another"},
+      {"append", [](Data& data) { data.append("!", 1); }, "lient!"},
+      {"append itself", [](Data& data) { data.append(data); }, "lientlient"},
+      {"write", [](Data& data) { data.getBuffer()[0] = 'X'; }, "Xient"},
+      {"fill", [](Data& data) { data.fill("XY", 2); }, "XY"},
+      {"reset", [](Data& data) { data.reset(); }, ""},
+  };
+  for (const auto& c : cases) {
+    LentData whole(bytes, 6);
+    Data& data = whole;
+    data.consume(1, true);
+    EXPECT_EQ(bytesOf(data).data(), bytes + 1) << c.change;
+    EXPECT_EQ(text(Data(data)), "lient") << c.change;
+    c.apply(data);
+    EXPECT_EQ(text(data), c.content) << c.change;
+    EXPECT_EQ(lent, "client") << c.change;
+  }
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes bytesOf(const Data& data) { return {data.getBuffer(), data.getBuffer() + data.getLength()}; }
+Bytes copyOf(const Data& data) { return {data.getBuffer(), data.getBuffer() + data.getLength()}; }
 Data dataOf(const Bytes& bytes) { return {bytes.data(), static_cast<std::uint32_t>(bytes.size())}; }
 
 TEST(NpaCommands, AreTheirTemplatesWithAConsistentLength) {
@@ -28,10 +28,10 @@ TEST(NpaCommands, AreTheirTemplatesWithAConsistentLength) {
       {std::make_shared<UnlockDeviceCommand>(), {0xA5, 0, 5, 0x50, 0xE0, 0x82, 2, 2}},
       {std::make_shared<GetCacheCommand>(), {0xA5, 0, 5, 0x50, 0xE0, 0x81, 0, 0xFF}},
   };
-  for (const auto& [command, expected] : cases) EXPECT_EQ(bytesOf(command->packet()), expected);
+  for (const auto& [command, expected] : cases) EXPECT_EQ(copyOf(command->packet()), expected);
   EndJobCommand end;
   end.setJobId(0x1234);
-  EXPECT_EQ(bytesOf(end.packet()), (Bytes{0xA5, 0, 6, 0x50, 5, 1, 0, 0x12, 0x34}));
+  EXPECT_EQ(copyOf(end.packet()), (Bytes{0xA5, 0, 6, 0x50, 5, 1, 0, 0x12, 0x34}));
 }
 
 TEST(StartJobCommand, TakesTheJobIdOfAMatchingReplyOnly) {
@@ -47,7 +47,7 @@ TEST(StartJobCommand, TakesTheJobIdOfAMatchingReplyOnly) {
 TEST(NamePrintJobCommand, CarriesTheJobsTextWithItsTerminator) {
   NamePrintJobCommand command;
   command.setJobInfo(0x0102, "h", "j", "u", "q", "a", "");
-  const Bytes packet = bytesOf(command.packet());
+  const Bytes packet = copyOf(command.packet());
   ASSERT_EQ(packet.size(), 35u);
   EXPECT_EQ((Bytes{packet.begin(), packet.begin() + 9}), (Bytes{0xA5, 0, 32, 0x50, 0xE0, 2, 1, 2, 26}));
   EXPECT_EQ(std::string(packet.begin() + 9, packet.end()), std::string("HT:h;UR:u;JN:j;QU:q;AN:a;\0", 26));
@@ -70,7 +70,7 @@ TEST(SetLastDateCommand, CountsDaysFrom2002) {
   SetLastDateCommand command;
   command.setDate(0x1000A);
   command.setHostId({1, 2, 3, 4, 5, 6});
-  EXPECT_EQ(bytesOf(command.packet()),
+  EXPECT_EQ(copyOf(command.packet()),
             (Bytes{0xA5, 0, 0x0D, 0x50, 0xE0, 0x84, 0, 1, 0, 0x0A, 1, 2, 3, 4, 5, 6}));
 }
 
@@ -148,7 +148,7 @@ TEST(AlertRegistration, TurnsTheMaskIntoParameterBytes) {
     const auto command = registrations()[c.command].first;
     command->setMask(0xFFFFFFFF);
     command->setMask(c.mask);
-    Bytes packet = bytesOf(command->packet());
+    Bytes packet = copyOf(command->packet());
     packet.erase(packet.begin(), packet.begin() + 6);
     EXPECT_EQ(packet, c.parameters) << c.command << " " << std::hex << c.mask;
   }

@@ -49,7 +49,7 @@ struct FakeTransport::Connection : Connectable {
   void write(Data& data) override {
     FakeTransport& transport = instance();
     const std::uint32_t length = data.getLength();
-    const std::string bytes(reinterpret_cast<const char*>(data.getBuffer()), length);
+    const std::string bytes(bytesAsText(data));
     if (transport.onWrite) {
       transport.onWrite(data);
     } else {

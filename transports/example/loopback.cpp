@@ -42,11 +42,11 @@ class PrintConnection : public Connectable {
 
   // Consume and count what was taken, also when the rest was not.
   void write(Data& data) override {
-    const std::uint32_t size = data.getLength();
-    const std::size_t written = file_ ? std::fwrite(data.getBuffer(), 1, size, file_.get()) : 0;
+    const auto bytes = bytesOf(data);  // read through a const Data, large data is not copied
+    const std::size_t written = file_ ? std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) : 0;
     data.consume(static_cast<std::uint32_t>(written), false);
     data.setCount(static_cast<std::uint32_t>(written));
-    data.setRc(written == size ? QRN_ERROR_SUCCESS : kDiskFull);
+    data.setRc(written == bytes.size() ? QRN_ERROR_SUCCESS : kDiskFull);
   }
 
  private:
@@ -85,8 +85,9 @@ class NpaVisitor : public Visitor {
       return;
     }
     data_->setRc(QRN_ERROR_TIMEOUT);
-    if (data_->getLength() < 6 || data_->getBuffer()[4] != 0x05 || data_->getBuffer()[5] > 0x02) return;
-    std::vector<std::uint8_t> reply = {0xA5, 0, 6, 0x20, 0x05, data_->getBuffer()[5], 0, 0, 1};  // job 1
+    const auto packet = bytesOf(*data_);
+    if (packet.size() < 6 || packet[4] != 0x05 || packet[5] > 0x02) return;
+    std::vector<std::uint8_t> reply = {0xA5, 0, 6, 0x20, 0x05, packet[5], 0, 0, 1};  // job 1
     if (reply[5] == 0x02) reply.resize(26);  // as long as "the job has been printed" is
     reply[2] = static_cast<std::uint8_t>(reply.size() - 3);
     Data delivered(reply.data(), static_cast<std::uint32_t>(reply.size()));

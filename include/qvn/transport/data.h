@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,10 @@ namespace qvn {
 
 // Owns its storage; the valid bytes are those from getBuffer() on, getLength() of them. A value: a copy has
 // storage of its own that holds the valid bytes, with the same result code and count. Not synchronised.
+//
+// Whoever is lent one may change and replace its content. What only reads does so through a const Data
+// (bytesOf, bytesAsText): data that is lent in place (lent_data.h) is copied as soon as it could be written
+// to.
 //
 // The order of the virtual operations is part of the interface between the library and its plug-ins.
 class Data {
@@ -27,13 +32,14 @@ class Data {
   explicit Data(std::string_view text);
 
   Data(const Data& other);
+  // By way of the virtual operations, so that it replaces the content of whatever this is.
   Data& operator=(const Data& other);
 
   virtual ~Data();
 
   virtual std::uint32_t getLength() const;
 
-  // The first valid byte; valid until the next operation that changes the content.
+  // The first valid byte, for writing; valid until the next operation that changes the content.
   virtual std::uint8_t* getBuffer();
 
   // Takes `length` bytes off the front; does nothing when there are fewer. With `compact` the storage in
@@ -56,7 +62,9 @@ class Data {
   // changed, when it is shorter. `bytes` must not lie in this buffer.
   virtual bool fill(const void* bytes, std::uint32_t length);
 
-  const std::uint8_t* getBuffer() const { return const_cast<Data*>(this)->getBuffer(); }
+  // The first valid byte, for reading: copies nothing. Valid until the next operation on the object that is
+  // not const.
+  virtual const std::uint8_t* getBuffer() const;
 
  private:
   void assign(const void* bytes, std::uint32_t length);
@@ -68,7 +76,12 @@ class Data {
   std::uint32_t count_ = 0;
 };
 
-// The valid bytes, which the buffer keeps, as a text.
+// The valid bytes, which the buffer keeps.
+inline std::span<const std::uint8_t> bytesOf(const Data& data) {
+  return {data.getBuffer(), data.getLength()};
+}
+
+// The same as a text.
 inline std::string_view bytesAsText(const Data& data) {
   return {reinterpret_cast<const char*>(data.getBuffer()), data.getLength()};
 }

@@ -84,7 +84,7 @@ std::uint32_t BpdPrinter::verify() {
 
 std::uint32_t BpdPrinter::getAccountNumber(const Data& data, std::string& account) {
   if (!accountSearch_) accountSearch_.emplace(longSetting(setting::kJobAccountMarker));
-  const auto found = accountSearch_->feed({data.getBuffer(), data.getLength()});
+  const auto found = accountSearch_->feed(bytesOf(data));
   logDetail(log_component::server(), [&] {
     LogText text;
     text << "BpdPrinter::getAccountNumber(handle=" << getHandle();

@@ -145,7 +145,7 @@ void PrinterAlertTask::doUpdate(Data& data) {
           return (LogText() << "PrinterAlertTask sending: ").hex(data)
                  << " to clientId=" << registration.clientId;
         });
-        registration.callback(printer_.getHandle(), data.getBuffer(), data.getLength(),
+        registration.callback(printer_.getHandle(), bytesOf(data).data(), data.getLength(),
                               registration.clientId);
       },
       [&](const AlertRegistration& registration, const std::string& thrown) {

@@ -27,7 +27,8 @@ std::uint32_t CacheTask::doExecute() {
 
 void CacheTask::doUpdate(Data& data) {
   if (received_ || !GetCacheCommand().isReplyTo(data)) return;
-  if (!output_.fill(data.getBuffer(), data.getLength())) {
+  const auto reply = bytesOf(data);
+  if (!output_.fill(reply.data(), data.getLength())) {
     logError(log_component::server(),
              [] { return LogText() << "CacheTask::doUpdate() insufficient buffer space"; });
     return;

@@ -44,7 +44,7 @@ void CpdScannerAsyncDataManager::accept(std::uint32_t handle, Data& data) {
       handle, [](const AsyncDataRegistration&) { return true; },
       [&](const AsyncDataRegistration& client) {
         if (client.callback == nullptr) return;
-        client.callback(client.clientId, 0, handle, client.mask, data.getBuffer(), data.getLength());
+        client.callback(client.clientId, 0, handle, client.mask, bytesOf(data).data(), data.getLength());
       },
       [&](const AsyncDataRegistration& client, const std::string& thrown) {
         logError(log_component::server(), [&] {

@@ -47,8 +47,6 @@ class EscCommand : public ComparableData {
 
   // Throws Win32Exception 87 with the message: a constructor was given data that is no command of its class.
   [[noreturn]] static void refuse(const std::string& message);
-
-  static esc::Bytes bytesOf(const Data& data) { return {data.getBuffer(), data.getLength()}; }
 };
 
 }  // namespace qvn

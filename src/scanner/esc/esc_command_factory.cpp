@@ -28,7 +28,7 @@ EscCommandFactory::EscCommandFactory() {
 }
 
 std::unique_ptr<EscCommand> EscCommandFactory::makeCommand(const Data& data) const {
-  if (!esc::isCommand({data.getBuffer(), data.getLength()})) return null_.create();
+  if (!esc::isCommand(bytesOf(data))) return null_.create();
   for (const auto& prototype : prototypes_) {
     if (!prototype->isA(data)) continue;
     auto command = prototype->create(data);

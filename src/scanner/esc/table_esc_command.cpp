@@ -39,7 +39,7 @@ bool TableEscCommand::takeFrom(Data& incoming) {
   const std::uint32_t whole = getHeaderLength() + getPayloadLength();
   if (getLength() >= whole) return false;
   const std::uint32_t taken = std::min(whole - getLength(), incoming.getLength());
-  append(incoming.getBuffer(), taken);
+  append(bytesOf(incoming).data(), taken);
   incoming.setCount(taken);
   incoming.setRc(QRN_ERROR_SUCCESS);
   return true;

@@ -42,7 +42,8 @@ class LoggingDevice : public Device {
 
   void doAccept(Data& data) override {
     if (data.getRc() != 0 && data.getLength() == 0) return note("code " + std::to_string(data.getRc()));
-    note(toHex(Bytes(data.getBuffer(), data.getBuffer() + data.getLength())));
+    const auto bytes = bytesOf(data);
+    note(toHex(Bytes(bytes.begin(), bytes.end())));
   }
   std::uint32_t doAccept(Notification& notification) override {
     note("event " + std::to_string(notification.id) + " " + std::to_string(notification.category));

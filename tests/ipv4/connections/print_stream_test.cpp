@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "ipv4/transport_module.h"
+#include "qvn/transport/lent_data.h"
 
 namespace qvn::test {
 namespace {
@@ -41,11 +42,13 @@ TEST_F(PrintStream, FailsWhenThePrinterIsGone) {
   const OpenConnection print(module, attributeText(listener.port(), 1), "print");
   listener.accept().reset();
   std::uint32_t rc = 0;
+  const std::vector<std::uint8_t> page(kMebibyte, 'x');
   for (int tries = 0; tries < 100 && rc == 0; ++tries) {
-    Data block(kMebibyte, 'x');
+    LentData block(page.data(), kMebibyte);
     print->write(block);
     rc = block.getRc();
     EXPECT_EQ(block.getCount() + block.getLength(), kMebibyte);
+    EXPECT_EQ(bytesOf(block).data(), page.data() + block.getCount()) << "what is lent is not copied";
   }
   EXPECT_EQ(rc, 64u);
 

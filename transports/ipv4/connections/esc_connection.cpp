@@ -6,7 +6,7 @@ namespace qvn::ipv4 {
 
 void EscConnection::write(Data& data) {
   const std::lock_guard<std::mutex> turn(turn_);
-  const esc::Bytes bytes(data.getBuffer(), data.getLength());
+  const esc::Bytes bytes = bytesOf(data);
   std::size_t sent = 0;
   std::shared_ptr<EscSession> session;
   std::uint32_t rc = readySession(bytes, session);
@@ -20,7 +20,7 @@ void EscConnection::write(Data& data) {
 std::uint32_t EscConnection::exchange(Data& request, Device& device) {
   const std::lock_guard<std::mutex> turn(turn_);
   setDevice(DeviceReference(device));
-  const esc::Bytes bytes(request.getBuffer(), request.getLength());
+  const esc::Bytes bytes = bytesOf(request);
   std::shared_ptr<EscSession> session;
   std::uint32_t result = readySession(bytes, session);
   std::uint32_t replyCode = result;

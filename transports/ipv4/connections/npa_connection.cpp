@@ -5,7 +5,7 @@
 namespace qvn::ipv4 {
 
 std::uint32_t NpaConnection::exchange(Data& request, Device& device) {
-  const PacketView packet(request.getBuffer(), request.getLength());
+  const PacketView packet = bytesOf(request);
   request.setCount(0);
   std::uint32_t result = QRN_ERROR_SUCCESS;
   std::uint32_t replyCode = QRN_ERROR_SUCCESS;
@@ -28,7 +28,7 @@ std::uint32_t NpaConnection::exchange(Data& request, Device& device) {
 }
 
 std::uint32_t NpaConnection::send(Data& packet, Device& device) {
-  const PacketView bytes(packet.getBuffer(), packet.getLength());
+  const PacketView bytes = bytesOf(packet);
   if (!isWellFormed(bytes)) return QRN_ERROR_INVALID_PARAMETER;
   const std::lock_guard<std::mutex> turn(turn_);
   std::shared_ptr<NpaSession> session;

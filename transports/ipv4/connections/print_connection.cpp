@@ -38,7 +38,8 @@ std::uint32_t PrintConnection::doClose() {
 void PrintConnection::write(Data& data) {
   std::size_t sent = 0;
   std::uint32_t rc = kNotConnected;
-  if (socket_.isOpen()) rc = socket_.send(data.getBuffer(), data.getLength(), writeTimeout_, sent);
+  const auto bytes = bytesOf(data);
+  if (socket_.isOpen()) rc = socket_.send(bytes.data(), bytes.size(), writeTimeout_, sent);
   const auto count = static_cast<std::uint32_t>(sent);
   data.consume(count, false);
   data.setCount(count);

@@ -13,8 +13,7 @@ namespace qvn::ipv4 {
 std::uint32_t StoreConnection::exchange(Data& document, Device& device, PendingReply& reply) {
   setDevice(DeviceReference(device));
   std::uint32_t replyCode = QRN_ERROR_SUCCESS;
-  const std::uint32_t result =
-      exchange(std::span(document.getBuffer(), document.getLength()), reply, replyCode);
+  const std::uint32_t result = exchange(bytesOf(document), reply, replyCode);
   document.setCount(result == QRN_ERROR_SUCCESS ? document.getLength() : 0);
   document.setRc(replyCode);
   return result;
