@@ -312,9 +312,9 @@ QVN_EXPORT uint32_t QvnSetLongPrinter(uint32_t clientId, uint32_t handle, const 
 
 /*
  * Sets a String attribute, as QvnSetLongPrinter does.
- *   key, value   required; the value must not contain the closing tag of its own attribute.
+ *   key, value   required.
  *   valueLength  how many bytes of `value` to take; no terminator is looked for.
- * Returns as QvnSetLongPrinter.
+ * Returns as QvnSetLongPrinter; also 87 for a value that contains the closing tag of its own attribute.
  */
 QVN_EXPORT uint32_t QvnSetStringPrinter(uint32_t clientId, uint32_t handle, const char* key,
                                         const char* value, uint32_t valueLength);
@@ -425,9 +425,9 @@ QVN_EXPORT uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle
  * Sets a parameter of the client's next scan job, for example "Scan.Param.Resolution" to "300".
  *   key, value  required.
  * A Bpd scanner's parameters are kept for the client, whatever scanner it uses, until its job ends.
- * Returns 0; 6; 87; 1 not open or a scan runs; of Bpd scanners also 87 a key that cannot be an XML tag or a
- * value with "<" or "&", 170 called from inside a scan data callback while the scanner is busy; else what the
- * device or its transport answers.
+ * Returns 0; 6; 87 (also for "</0>" in the key or "</1>" in the value); 1 not open or a scan runs; of Bpd
+ * scanners also 87 a key that cannot be an XML tag or a value with "<" or "&", 170 called from inside a scan
+ * data callback while the scanner is busy; else what the device or its transport answers.
  */
 QVN_EXPORT uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, const char* key,
                                            const char* value);
@@ -670,7 +670,7 @@ QVN_EXPORT uint32_t QvnGetHostInfo(uint32_t clientId, const char* key, char* buf
  * Sets it.
  *   key, value, valueLength  all required. The value is read up to its terminator; the length is only
  *                            checked.
- * Returns 0; 87 (also for another key).
+ * Returns 0; 87 (also for another key and for a value that contains its closing tag, "</PcName>").
  */
 QVN_EXPORT uint32_t QvnSetHostInfo(uint32_t clientId, const char* key, const char* value,
                                    uint32_t valueLength);

@@ -39,7 +39,8 @@ std::uint32_t System::qvnSetHostInfo(const std::string& key, const std::string& 
     return QRN_ERROR_INVALID_PARAMETER;
   }
   std::string text = storedText();
-  AttributeCodec::setString(text, key, value);
+  const std::uint32_t rc = AttributeCodec::setString(text, key, value);
+  if (rc != QRN_ERROR_SUCCESS) return rc;
   ApplicationSettings().setString(setting_key::kSettings, kValueName, text, SettingsStore::kShared);
   return QRN_ERROR_SUCCESS;
 }

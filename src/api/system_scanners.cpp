@@ -27,8 +27,7 @@ std::uint32_t withScanner(std::uint32_t handle, Operation&& operation) {
 std::uint32_t setJobParameter(std::uint32_t clientId, std::uint32_t handle, const std::string& key,
                               const std::string& value) {
   TagMap parameter;
-  parameter.set("0", key);
-  parameter.set("1", value);
+  if (!parameter.set("0", key) || !parameter.set("1", value)) return QRN_ERROR_INVALID_PARAMETER;
   Data data(parameter.text());
   return withScanner(handle, [&](Scanner& scanner) { return scanner.doExchangeData(clientId, data); });
 }

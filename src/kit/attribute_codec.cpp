@@ -35,7 +35,7 @@ std::uint32_t set(std::string& text, std::string_view descriptor, std::string_vi
                   std::string_view content) {
   if (!hasType(descriptor, type)) return QRN_ERROR_DATATYPE_MISMATCH;
   TagMap elements(text);
-  elements.set(descriptorField(descriptor, "Name"), content);
+  if (!elements.set(descriptorField(descriptor, "Name"), content)) return QRN_ERROR_INVALID_PARAMETER;
   text = elements.text();
   return QRN_ERROR_SUCCESS;
 }

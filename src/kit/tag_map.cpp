@@ -65,6 +65,10 @@ class ElementReader {
   const char* end_;
 };
 
+void appendElement(std::string& text, std::string_view name, std::string_view value) {
+  text.append("<").append(name).append(">").append(value).append("</").append(name).append(">");
+}
+
 }  // namespace
 
 TagMap::TagMap(std::string_view text) : textIsCurrent_(false) {
@@ -73,7 +77,11 @@ TagMap::TagMap(std::string_view text) : textIsCurrent_(false) {
   while (reader.next(element)) elements_.emplace(element.name, element.value);
 }
 
-void TagMap::set(std::string_view name, std::string_view value) {
+bool TagMap::set(std::string_view name, std::string_view value) {
+  std::string written;
+  appendElement(written, name, value);
+  Element read;
+  if (!ElementReader(written).next(read) || read.name != name || read.value != value) return false;
   const auto found = elements_.find(name);
   if (found == elements_.end()) {
     elements_.emplace(name, value);
@@ -81,6 +89,7 @@ void TagMap::set(std::string_view name, std::string_view value) {
     found->second = value;
   }
   textIsCurrent_ = false;
+  return true;
 }
 
 const std::string* TagMap::find(std::string_view name) const {
@@ -91,9 +100,7 @@ const std::string* TagMap::find(std::string_view name) const {
 const std::string& TagMap::text() const {
   if (!textIsCurrent_) {
     text_.clear();
-    for (const auto& [name, value] : elements_) {
-      text_.append("<").append(name).append(">").append(value).append("</").append(name).append(">");
-    }
+    for (const auto& [name, value] : elements_) appendElement(text_, name, value);
     textIsCurrent_ = true;
   }
   return text_;

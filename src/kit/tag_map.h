@@ -17,8 +17,9 @@ class TagMap {
   TagMap() = default;
   explicit TagMap(std::string_view text);
 
-  // Replaces the value of the name or adds it.
-  void set(std::string_view name, std::string_view value);
+  // Replaces the value of the name or adds it. False, and nothing changed, when the two could not be read
+  // back as they are: a name that is no tag, a value with the closing tag in it.
+  [[nodiscard]] bool set(std::string_view name, std::string_view value);
 
   // Null when there is no such element; valid until the map changes.
   const std::string* find(std::string_view name) const;

@@ -109,6 +109,7 @@ TEST_F(EnumerationTest, HostInformationHasDefaultsThatStay) {
   EXPECT_EQ(QvnGetHostInfo(1, attribute::kCodePage, buffer, 5, &required), 0u);
   EXPECT_EQ(QvnGetHostInfo(1, attribute::kPortname, buffer, 32, &required), 1168u);
   EXPECT_EQ(QvnSetHostInfo(1, attribute::kPortname, "x", 1), 87u);
+  EXPECT_EQ(QvnSetHostInfo(1, attribute::kPcName, "</PcName><Handle>", 1), 87u);
 }
 
 }  // namespace

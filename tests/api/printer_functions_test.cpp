@@ -163,6 +163,7 @@ TEST_F(PrinterFunctionsTest, SettingAnAttributeReadsNotBeyondItsText) {
   EXPECT_EQ(QvnGetStringPrinter(1, 7, attribute::kPortname, buffer, 16, &required), 0u);
   EXPECT_STREQ(buffer, "ABC");
   EXPECT_EQ(QvnSetStringPrinter(1, 7, attribute::kPortname, "X", 4000000000u), 0u);
+  EXPECT_EQ(QvnSetStringPrinter(1, 7, attribute::kPortname, "X</Portname>", 12), 87u);
   EXPECT_EQ(QvnSetLongPrinter(1, 7, attribute::kHandle, 8), 87u);
   EXPECT_EQ(QvnSetLongPrinter(1, 7, attribute::kTrueEndOfJob, 1), 0u);
   EXPECT_EQ(QvnSetByteArrayPrinter(1, 7, attribute::kNpaRevisionLevel, bytes({9}).getBuffer(), 1), 0u);

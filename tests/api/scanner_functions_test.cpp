@@ -80,6 +80,8 @@ TEST_F(ScannerFunctionsTest, AScanFromOpenToClose) {
 TEST_F(ScannerFunctionsTest, AJobParameterIsSentAsATextOfTwoTags) {
   ASSERT_EQ(QvnOpenScanner(1, 407), 0u);
   EXPECT_EQ(QvnSetJobStringScanner(1, 407, "Resolution", "300"), 0u);
+  EXPECT_EQ(QvnSetJobStringScanner(1, 407, "Resolution", "600</1>"), 87u) << "would be cut";
+  EXPECT_EQ(QvnSetJobStringScanner(1, 407, "</0>", "600"), 87u);
   EXPECT_EQ(QvnSetJobLongScanner(1, 407, "Last", 4294967295u), 0u);
   EXPECT_THAT(fake.written(), testing::EndsWith("<0>Resolution</0><1>300</1><0>Last</0><1>-1</1>"));
   QvnCloseScanner(1, 407);

@@ -52,6 +52,7 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"device", "add", "--family", "CpdHid", "--transport", "T", "--handle", "0"}, 2, "from 1 up"},
       {addHid("Vid=x"), 2, "Vid is a number"},
       {addHid("Nickname=</Nickname>"), 2, "cannot contain"},
+      {{"device", "list", "--portname", "</Portname>"}, 2, "cannot contain"},
       {{"transport", "add", "./none.so"}, 1, "cannot add the transport module './none.so': "},
       {{"transport", "remove", "IPv4"}, 1, "(result 1168, QRN_ERROR_NOT_FOUND)"},
       {{"print", "x.prn"}, 1, "no printer of a registered transport is stored"},

@@ -38,6 +38,26 @@ TEST(AttributeCodec, ChecksTheTypeBeforeAnythingElse) {
   EXPECT_EQ(string, "kept");
 }
 
+TEST(AttributeCodec, WritesOnlyWhatIsReadBackAsItIs) {
+  const std::string type = "<Type>String</Type>";
+  const std::pair<std::string, std::string> refused[] = {
+      {attribute::kPortname, "x</Portname><Handle>9</Handle>"},
+      {"<Name>A>1</A><Handle</Name>" + type, "9"},
+      {"<Name>/A</Name>" + type, "x"},
+      {"<Name>A/</Name>" + type, "x"},
+      {type, "x"},
+  };
+  std::string text = "<Handle>7</Handle>";
+  for (const auto& [descriptor, value] : refused) {
+    EXPECT_EQ(AttributeCodec::setString(text, descriptor, value), 87u) << descriptor << value;
+    EXPECT_EQ(text, "<Handle>7</Handle>") << descriptor << value;
+  }
+  EXPECT_EQ(AttributeCodec::setString(text, attribute::kPortname, "</Handle></Portname"), 0u);
+  std::string value;
+  EXPECT_EQ(AttributeCodec::getString(text, attribute::kPortname, value), 0u);
+  EXPECT_EQ(value, "</Handle></Portname");
+}
+
 TEST(AttributeCodec, ByteArraysAreTwoDigitsAByte) {
   std::string text;
   const std::uint8_t bytes[] = {0x01, 0xAB};

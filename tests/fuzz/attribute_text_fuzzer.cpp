@@ -78,8 +78,9 @@ void setAndReadBack(FuzzedDataProvider& input, std::string& text) {
                                               lengthBack) == QRN_ERROR_SUCCESS);
   QVN_FUZZ_CHECK(lengthBack == length && std::equal(bytes.begin(), bytes.end(), bytesBack.begin()));
 
-  if (!isStorable(string, nameOf(stringKey))) return;
-  QVN_FUZZ_CHECK(AttributeCodec::setString(text, stringKey, string) == QRN_ERROR_SUCCESS);
+  const bool isStored = AttributeCodec::setString(text, stringKey, string) == QRN_ERROR_SUCCESS;
+  QVN_FUZZ_CHECK(isStored == isStorable(string, nameOf(stringKey)));
+  if (!isStored) return;
   std::string stringBack;
   QVN_FUZZ_CHECK(AttributeCodec::getString(text, stringKey, stringBack) == QRN_ERROR_SUCCESS);
   QVN_FUZZ_CHECK(stringBack == string);

@@ -11,13 +11,14 @@ namespace qvn {
 // An attribute is named by a descriptor, "<Name>N</Name><Type>T</Type><Access>A</Access>" (attributes.h has
 // all that the library defines). T is "Long", "String" or "ByteArray", A is "ReadOnly" or "Writeable".
 //
-// A Long is decimal text of an unsigned 32-bit value, a String its bytes unchanged (they must not contain the
-// closing tag of its own element), a ByteArray two upper-case hexadecimal digits a byte. A text is always
-// written with its elements in the byte order of their names, each name once.
+// A Long is decimal text of an unsigned 32-bit value, a String its bytes unchanged, a ByteArray two
+// upper-case hexadecimal digits a byte. A text is always written with its elements in the byte order of their
+// names, each name once.
 //
 // Results: 0; 1168 the text has no such element; 1629 the descriptor is of another type than the operation;
-// 122 a buffer is too small. A failed operation leaves text and out-values alone except where said. The codec
-// keeps no state; any thread may use it.
+// 122 a buffer is too small; 87 the value or the descriptor's name would be read back as something else (a
+// String that contains the closing tag of its own element). A failed operation leaves text and out-values
+// alone except where said. The codec keeps no state; any thread may use it.
 class AttributeCodec {
  public:
   static bool isLong(std::string_view descriptor);

@@ -43,6 +43,27 @@ struct AddOptions {
   std::vector<std::string> attributes;  // NAME=VALUE
 };
 
+// Puts one value into an attribute text, read as the attribute's type says.
+void setAttribute(std::string& text, const std::string& descriptor, const std::string& value) {
+  const std::string name = attributeName(descriptor);
+  if (AttributeCodec::isLong(descriptor)) {
+    const auto number = parseNumber(value);
+    if (!number) {
+      throw UsageError(name + " is a number, '" + value + "' is none");
+    }
+    AttributeCodec::setLong(text, descriptor, *number);
+  } else if (AttributeCodec::isByteArray(descriptor)) {
+    const auto bytes = parseHex(value);
+    if (!bytes) {
+      throw UsageError(name + " is bytes in hexadecimal, '" + value + "' is not");
+    }
+    AttributeCodec::setByteArray(text, descriptor, reinterpret_cast<const std::uint8_t*>(bytes->data()),
+                                 static_cast<std::uint32_t>(bytes->size()));
+  } else if (AttributeCodec::setString(text, descriptor, value) != QRN_ERROR_SUCCESS) {
+    throw UsageError("a value of " + name + " cannot contain '</" + name + ">'");
+  }
+}
+
 // The filter of an enumeration, which only printers have.
 std::string filterOf(const ListOptions& options) {
   std::string filter;
@@ -50,7 +71,7 @@ std::string filterOf(const ListOptions& options) {
        {std::pair(attribute::kAddress, &options.address), std::pair(attribute::kPortname, &options.portname),
         std::pair(attribute::kPortType, &options.portType)}) {
     if (!value->empty()) {
-      AttributeCodec::setString(filter, descriptor, *value);
+      setAttribute(filter, descriptor, *value);
     }
   }
   return filter;
@@ -101,30 +122,6 @@ void remove(const NamedDevice& options) {
   const Session session;
   const Device device = selectDevice(session, options.handle, options.kind);
   require(device.kind->remove(session.client(), device.handle), "cannot remove " + device.text());
-}
-
-// Puts one value into an attribute text, read as the attribute's type says.
-void setAttribute(std::string& text, const std::string& descriptor, const std::string& value) {
-  const std::string name = attributeName(descriptor);
-  if (AttributeCodec::isLong(descriptor)) {
-    const auto number = parseNumber(value);
-    if (!number) {
-      throw UsageError(name + " is a number, '" + value + "' is none");
-    }
-    AttributeCodec::setLong(text, descriptor, *number);
-  } else if (AttributeCodec::isByteArray(descriptor)) {
-    const auto bytes = parseHex(value);
-    if (!bytes) {
-      throw UsageError(name + " is bytes in hexadecimal, '" + value + "' is not");
-    }
-    AttributeCodec::setByteArray(text, descriptor, reinterpret_cast<const std::uint8_t*>(bytes->data()),
-                                 static_cast<std::uint32_t>(bytes->size()));
-  } else {
-    if (value.find("</" + name + ">") != std::string::npos) {
-      throw UsageError("a value of " + name + " cannot contain '</" + name + ">'");
-    }
-    AttributeCodec::setString(text, descriptor, value);
-  }
 }
 
 std::string attributeText(const AddOptions& options) {
