@@ -2,6 +2,12 @@
 
 namespace qvn {
 
+bool NullConnection::setChild(std::uint32_t index, Connectable* /*child*/) { return index < 2; }
+void NullConnection::releaseChild0() {}
+void NullConnection::releaseChild1() {}
+void NullConnection::setLabel(const std::string& /*label*/) {}
+void NullConnection::setTag(std::uint32_t /*tag*/) {}
+
 // The visitor belongs to a transport that is not there to talk to this connection.
 void NullConnection::accept(Visitor& /*visitor*/) {}
 

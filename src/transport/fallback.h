@@ -12,10 +12,16 @@
 
 namespace qvn {
 
+// Keeps nothing that it is told, since the threads of all devices tell it at once.
 class NullConnection : public Connectable {
  public:
+  bool setChild(std::uint32_t index, Connectable* child) override;
   void accept(Visitor& visitor) override;
+  void releaseChild0() override;
+  void releaseChild1() override;
   std::uint32_t doOpen() override;
+  void setLabel(const std::string& label) override;
+  void setTag(std::uint32_t tag) override;
 };
 
 // One null connection, shared by all.

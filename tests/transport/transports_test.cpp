@@ -158,5 +158,17 @@ TEST(TransportNames, MatchWithoutCase) {
     EXPECT_EQ(transportMatches(c.filter, c.name), c.matches) << c.filter << " " << c.name;
 }
 
+TEST_F(TransportsTest, TheConnectionThatAllShareKeepsNothing) {
+  Connectable& shared = *transports.getConnectionManager(text("NONE")).getConnection("", "bidi");
+  for (const std::uint32_t index : {0u, 1u}) {
+    EXPECT_TRUE(shared.setChild(index, &shared));
+    EXPECT_EQ(shared.getChild(index), nullptr);
+  }
+  shared.setTag(1);
+  shared.setLabel("label");
+  EXPECT_EQ(shared.getTag(), 0u);
+  EXPECT_EQ(shared.getLabel(), "");
+}
+
 }  // namespace
 }  // namespace qvn::test
