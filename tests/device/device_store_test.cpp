@@ -66,6 +66,24 @@ TEST_F(DeviceStoreTest, ARediscoveredPrinterKeepsItsPortNameAndAPositiveTrueEndO
   EXPECT_EQ(store.update("<Portname>x</Portname>"), 1168u);
 }
 
+TEST_F(DeviceStoreTest, ARediscoveryDoesNotUndoAChangeMadeMeanwhile) {
+  store.persist(FakeTransport::printerText(1, "P"));
+  std::atomic<bool> done{false};
+  std::atomic<int> updates{0};
+  std::thread discoverer([&] {
+    for (; !done; ++updates) store.update(FakeTransport::printerText(1, "reported"));
+  });
+  for (int i = 0; i < 50 && !HasFailure(); ++i) {
+    const std::string changed = FakeTransport::printerText(1, "P" + std::to_string(i));
+    store.persist(changed);
+    // The one that ran meanwhile is over with the second that ends.
+    for (const int before = updates; updates < before + 2;) std::this_thread::yield();
+    EXPECT_EQ(stored(1), changed);
+  }
+  done = true;
+  discoverer.join();
+}
+
 TEST_F(DeviceStoreTest, ThePortNameSearchIgnoresCaseAndStopsAtAnUnreadableText) {
   std::string text;
   EXPECT_EQ(store.findByPortname("USB001", text), 1796u);

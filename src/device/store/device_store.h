@@ -32,6 +32,9 @@ class DeviceStore {
   explicit DeviceStore(const char* name) : name_(name) {}
   ~DeviceStore() = default;
 
+  // What the PersistenceStore knows it by.
+  const char* name() const { return name_; }
+
   // Puts the object that `make` gives for the stored text into the table: 1168 nothing is stored, 6 there is
   // no object for it.
   template <typename Table, typename Make>

@@ -30,6 +30,15 @@ std::uint32_t PersistenceStore::write(const std::string& store, std::uint32_t ha
   return resultOf(settings_.setString(store, std::to_string(handle), text, kLocal));
 }
 
+std::uint32_t PersistenceStore::update(const std::string& store, std::uint32_t handle,
+                                       const std::function<std::string(const std::string& stored)>& change) {
+  InterProcessLock lock(mutex_);
+  const std::string name = std::to_string(handle);
+  std::string text;
+  settings_.getString(store, name, text, kLocal);
+  return resultOf(settings_.setString(store, name, change(text), kLocal));
+}
+
 std::uint32_t PersistenceStore::remove(const std::string& store, std::uint32_t handle) {
   InterProcessLock lock(mutex_);
   return resultOf(settings_.deleteValue(store, std::to_string(handle), kLocal));

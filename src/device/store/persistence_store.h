@@ -18,6 +18,10 @@ class PersistenceStore : public ProcessService<PersistenceStore> {
  public:
   // 0, or the registry's code.
   std::uint32_t write(const std::string& store, std::uint32_t handle, const std::string& text);
+  // Replaces the text, empty when there is no readable one, by what `change` makes of it: nobody writes in
+  // between.
+  std::uint32_t update(const std::string& store, std::uint32_t handle,
+                       const std::function<std::string(const std::string& stored)>& change);
   std::uint32_t remove(const std::string& store, std::uint32_t handle);
   // 0, or 1168 when there is no readable text.
   std::uint32_t read(const std::string& store, std::uint32_t handle, std::string& text);

@@ -2,21 +2,17 @@
 
 #include "device/factories/device_factories.h"
 #include "device/factories/factory.h"
+#include "device/store/persistence_store.h"
 #include "device/store/printer_table.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 
 namespace qvn {
+namespace {
 
-std::uint32_t PrinterStore::update(const std::string& text) {
-  std::uint32_t handle = 0;
-  const std::uint32_t rc = AttributeCodec::getLong(text, attribute::kHandle, handle);
-  if (rc != QRN_ERROR_SUCCESS) return rc;
-
-  std::string stored;
-  read(handle, stored);
-  std::string merged = text;
+std::string merge(const std::string& reported, const std::string& stored) {
+  std::string merged = reported;
   std::string portName;
   if (AttributeCodec::getString(stored, attribute::kPortname, portName) == QRN_ERROR_SUCCESS &&
       !portName.empty()) {
@@ -27,7 +23,17 @@ std::uint32_t PrinterStore::update(const std::string& text) {
       trueEndOfJob > 0) {
     AttributeCodec::setLong(merged, attribute::kTrueEndOfJob, trueEndOfJob);
   }
-  return persist(merged);
+  return merged;
+}
+
+}  // namespace
+
+std::uint32_t PrinterStore::update(const std::string& text) {
+  std::uint32_t handle = 0;
+  const std::uint32_t rc = AttributeCodec::getLong(text, attribute::kHandle, handle);
+  if (rc != QRN_ERROR_SUCCESS) return rc;
+  return PersistenceStore::getInstance().update(
+      name(), handle, [&](const std::string& stored) { return merge(text, stored); });
 }
 
 std::uint32_t PrinterStore::restore(std::uint32_t handle) {
