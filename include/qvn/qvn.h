@@ -208,9 +208,9 @@ QVN_EXPORT uint32_t QvnStartJobPrinter(uint32_t clientId, uint32_t handle, uint3
  *   buffer, bufferSize  the data; both required.
  *   bytesWritten        out, required: how many bytes were taken. Less than bufferSize: pass the rest
  *                       again.
- * Returns 0; 6; 87; 5 the client does not own the job; 122 the buffers are full or the device takes nothing
- * now: pass what was not taken again; the cancel's result when the job was cancelled; else what the
- * device's transport answers.
+ * Returns 0; 6; 87; 5 the client does not own the job; 1 another thread ends the job; 122 the buffers are
+ * full or the device takes nothing now: pass what was not taken again; the cancel's result when the job was
+ * cancelled; else what the device's transport answers.
  */
 QVN_EXPORT uint32_t QvnWritePrinter(uint32_t clientId, uint32_t handle, const uint8_t* buffer,
                                     uint32_t bufferSize, uint32_t* bytesWritten);
@@ -226,7 +226,8 @@ QVN_EXPORT uint32_t QvnEndJobPrinter(uint32_t clientId, uint32_t handle);
 
 /*
  * Asks for the printer's job to be cancelled; it takes effect at the end of the write that is running, else
- * at the next write. The job must still be ended. For use from another thread than the writing one. No
+ * at the next write, be it the client's or, while QvnEndJobPrinter sends what is buffered, one of the
+ * printer's own thread. The job must still be ended. For use from another thread than the writing one. No
  * effect without a job. A Bpd printer prints what it has begun: only a job whose writes fail can be
  * cancelled, and then nothing but closing the printer ends it.
  *

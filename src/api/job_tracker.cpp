@@ -12,8 +12,10 @@ void JobTracker::remove(std::uint32_t printerHandle) {
   jobs_.erase(printerHandle);
 }
 
-void JobTracker::requestCancel(std::uint32_t printerHandle) {
-  if (const CancelFlag flag = find(printerHandle)) *flag = true;
+bool JobTracker::requestCancel(std::uint32_t printerHandle) {
+  const CancelFlag flag = find(printerHandle);
+  if (flag) *flag = true;
+  return flag != nullptr;
 }
 
 JobTracker::CancelFlag JobTracker::find(std::uint32_t printerHandle) {

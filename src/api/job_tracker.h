@@ -11,8 +11,8 @@
 
 namespace qvn {
 
-// An entry exists from a job's start to its end. The cancel only marks it; the writing thread looks at the
-// mark after its write.
+// An entry exists from a job's start to its end. The cancel only marks it; the client's writing thread looks
+// at the mark after its write.
 class JobTracker : public ProcessService<JobTracker> {
  public:
   using CancelFlag = std::shared_ptr<std::atomic<bool>>;
@@ -20,8 +20,8 @@ class JobTracker : public ProcessService<JobTracker> {
   // Keeps the entry that the printer has.
   void add(std::uint32_t printerHandle);
   void remove(std::uint32_t printerHandle);
-  // Marks the entry, if there is one.
-  void requestCancel(std::uint32_t printerHandle);
+  // Marks the entry; false when there is none.
+  bool requestCancel(std::uint32_t printerHandle);
   // Null when there is no entry.
   CancelFlag find(std::uint32_t printerHandle);
 

@@ -59,7 +59,12 @@ std::uint32_t System::qvnEndJobPrinter(std::uint32_t clientId, std::uint32_t han
 }
 
 std::uint32_t System::qvnCancelJobPrinter(std::uint32_t handle) {
-  JobTracker::getInstance().requestCancel(handle);
+  if (JobTracker::getInstance().requestCancel(handle)) {
+    Printers::withLive(handle, [](PrinterObject& printer) {
+      printer.requestCancel();
+      return QRN_ERROR_SUCCESS;
+    });
+  }
   return QRN_ERROR_SUCCESS;
 }
 

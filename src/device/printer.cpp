@@ -38,6 +38,7 @@ std::uint32_t Printer::doGetCurrentState(std::uint32_t& /*state*/) { return QRN_
 void Printer::notifyJobStatus(const Notification& /*record*/) {}
 void Printer::passNotification(const Notification& /*record*/) {}
 void Printer::setBidiAllowed(bool allowed) { bidiAllowed_ = allowed; }
+void Printer::requestCancel() {}
 void Printer::shutDown() {}
 
 Connection Printer::doGetConnection(const std::string& connectionName) {

@@ -45,6 +45,11 @@ class Printer : public ConnectedDevice {
   Connection doGetConnection(const std::string& connectionName) override;
   void doPersistConnection(const Connection& connection, bool keep) override;
 
+  // Asks for the job to be cancelled as soon as what is written at the moment has been written. For a printer
+  // that writes on a thread of its own, after its clients' writes have returned. Any thread; waits for
+  // nothing.
+  virtual void requestCancel();
+
   // Ends the printer's own threads, throwing away what they still had to write. Before the transports go.
   virtual void shutDown();
 

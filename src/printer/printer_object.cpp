@@ -18,6 +18,10 @@ std::string PrinterObject::getAttributes() const {
   return device_ ? device_->getAttributes() : std::string();
 }
 
+void PrinterObject::requestCancel() {
+  if (device_) device_->requestCancel();
+}
+
 void PrinterObject::shutDown() {
   if (device_) device_->shutDown();
 }

@@ -52,6 +52,8 @@ class PrinterObject {
   bool hasDevice() const { return device_ != nullptr; }
   bool isOpenBy(std::uint32_t clientId);
   std::string getAttributes() const;
+  // As Printer::requestCancel.
+  void requestCancel();
   // Ends the device's own threads.
   void shutDown();
 

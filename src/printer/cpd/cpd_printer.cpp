@@ -34,7 +34,9 @@ void CpdPrinter::shutDown() {
 std::uint32_t CpdPrinter::doStartJob(const JobRequest& job) {
   return withState([&](const CpdPrinterState& state) {
     writerEnabled_ = longSetting(setting::kCpdPrinterMwo) != 0;
-    return state.doStartJob(*this, job);
+    const std::uint32_t rc = state.doStartJob(*this, job);
+    if (rc == QRN_ERROR_SUCCESS && writerEnabled_) writer_.begin();
+    return rc;
   });
 }
 
@@ -56,6 +58,8 @@ std::uint32_t CpdPrinter::doEndJob() {
   }
   return withState([&](const CpdPrinterState& state) { return state.doEndJob(*this); });
 }
+
+void CpdPrinter::requestCancel() { writer_.requestCancel(); }
 
 std::uint32_t CpdPrinter::doExchangeNpa(Data& request, Data& response) {
   return withState(

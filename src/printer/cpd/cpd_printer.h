@@ -27,6 +27,7 @@ class CpdPrinter : public StatePrinter<CpdPrinter, CpdPrinterState> {
   std::uint32_t doEndJob() override;
   std::uint32_t doExchangeNpa(Data& request, Data& response) override;
   std::uint32_t doGetCache(Data& cache) override;
+  void requestCancel() override;
   void shutDown() override;
 
   // For the states, which are called with the state lock held.

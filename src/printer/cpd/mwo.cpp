@@ -17,12 +17,36 @@ constexpr std::uint32_t kMaxWait = 5000;
 constexpr std::uint32_t kBuffersPerSignal = 5;
 constexpr platform::Milliseconds kWakeWait = 3000;
 constexpr platform::Milliseconds kIdlePoll = 75;
-constexpr platform::Milliseconds kDrainPoll = 100;
 constexpr platform::Milliseconds kRetryPause = 1000;
 
-// The process's limits, and the lock for reading and replacing both at once.
-CriticalSection processLimitsLock;
-MwoLimits processLimits;
+// The process's, both marks at once.
+std::atomic<MwoLimits> processLimits;
+static_assert(std::atomic<MwoLimits>::is_always_lock_free);
+
+void readLimits() {
+  const ApplicationSettings settings;
+  const MwoLimits current = processLimits;
+  MwoLimits read;
+  const auto readMark = [&](const LongSetting& setting, std::uint32_t& mark, std::uint32_t byDefault) {
+    return settings.getLongOrDefault(setting.key, setting.name, mark, byDefault, SettingsStore::kLocal);
+  };
+  const bool bothRead = readMark(setting::kMwoBufferHwm, read.highWaterMark, current.highWaterMark) &&
+                        readMark(setting::kMwoBufferLwm, read.lowWaterMark, current.lowWaterMark);
+  if (bothRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark) processLimits = read;
+}
+
+// The result of an operation of the printer; what it throws, a transport's exceptions among it, must not end
+// the writer's thread.
+template <typename Operation>
+std::uint32_t resultOf(Operation&& operation) {
+  try {
+    return operation();
+  } catch (const Exception& exception) {
+    return exception.getCode();
+  } catch (...) {
+    return QRN_ERROR_INTERNAL_ERROR;
+  }
+}
 
 }  // namespace
 
@@ -30,25 +54,10 @@ Mwo::Mwo(Printer& printer) : printer_(printer), wakeEvent_(true, false, "", fals
 
 Mwo::~Mwo() {
   purge_ = true;
-  stopThread();
+  endThread();
 }
 
-void Mwo::readLimits() {
-  CriticalSectionLock lock(processLimitsLock);
-  const ApplicationSettings settings;
-  MwoLimits read;
-  const auto readMark = [&](const LongSetting& setting, std::uint32_t& mark, std::uint32_t current) {
-    return settings.getLongOrDefault(setting.key, setting.name, mark, current, SettingsStore::kLocal);
-  };
-  const bool bothRead = readMark(setting::kMwoBufferHwm, read.highWaterMark, processLimits.highWaterMark) &&
-                        readMark(setting::kMwoBufferLwm, read.lowWaterMark, processLimits.lowWaterMark);
-  if (bothRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark) processLimits = read;
-}
-
-MwoLimits Mwo::limits() {
-  CriticalSectionLock lock(processLimitsLock);
-  return processLimits;
-}
+MwoLimits Mwo::limits() { return processLimits; }
 
 std::uint32_t Mwo::waitTime() const {
   const MwoLimits marks = limits();
@@ -56,12 +65,14 @@ std::uint32_t Mwo::waitTime() const {
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(wait, kMaxWait));
 }
 
+void Mwo::begin() {
+  CriticalSectionLock lock(lock_);
+  phase_ = Phase::Taking;
+  cancelRequested_ = false;
+}
+
 std::uint32_t Mwo::print(Data& request) {
   if (firstRequest_.exchange(false)) return printer_.doWrite(request);
-  if (!startThread()) {
-    logError(log_component::server(), [] { return LogText() << "Mwo::print() thread is not running"; });
-    return printer_.doWrite(request);
-  }
 
   const std::uint32_t highWaterMark = limits().highWaterMark;
   if (queueSize() > highWaterMark) {
@@ -77,10 +88,15 @@ std::uint32_t Mwo::print(Data& request) {
   }
 
   std::uint32_t count = 0;
-  {
-    CriticalSectionLock lock(queueLock_);
-    queue_.push_back(request);
-    count = static_cast<std::uint32_t>(queue_.size());
+  switch (queue(request, count)) {
+    case Phase::NoJob:
+      logError(log_component::server(), [] { return LogText() << "Mwo::print() thread is not running"; });
+      return printer_.doWrite(request);
+    case Phase::Ending:
+      request.setCount(0);
+      return QRN_ERROR_INVALID_FUNCTION;
+    case Phase::Taking:
+      break;
   }
   if (count > highWaterMark) {
     const std::uint32_t wait = waitTime();
@@ -92,25 +108,51 @@ std::uint32_t Mwo::print(Data& request) {
   return QRN_ERROR_SUCCESS;
 }
 
+Mwo::Phase Mwo::queue(const Data& request, std::uint32_t& count) {
+  // Copied outside the lock.
+  std::list<Data> taken(1, request);
+  CriticalSectionLock lock(lock_);
+  if (phase_ != Phase::Taking) return phase_;
+  if (!writer_) {
+    try {
+      auto writer = std::make_shared<Writer>(*this);
+      writer->thread.launch();
+      writer_ = std::move(writer);
+    } catch (const Win32Exception&) {
+      return Phase::NoJob;
+    }
+  }
+  queue_.splice(queue_.end(), taken);
+  count = static_cast<std::uint32_t>(queue_.size());
+  return Phase::Taking;
+}
+
 std::uint32_t Mwo::write() {
-  while (queueSize() != 0 || !stop_) {
+  while (true) {
     if (!wakeEvent_.wait(kWakeWait)) wakeEvent_.set();
-    Data* const buffer = oldest();
-    if (buffer == nullptr) {
+    const Step step = next();
+    if (step.ending && !purge_ && cancelRequested_.exchange(false)) {
+      cancel();
+    } else if (step.oldest == nullptr) {
+      if (step.ending) return QRN_ERROR_SUCCESS;
       platform::sleep(kIdlePoll);
     } else if (purge_) {
       removeOldest();
       logDetail(log_component::server(), [] { return LogText() << "Mwo::write() purged a buffer"; });
     } else {
-      writeOldest(*buffer);
+      writeOldest(*step.oldest);
     }
   }
-  return QRN_ERROR_SUCCESS;
+}
+
+Mwo::Step Mwo::next() {
+  CriticalSectionLock lock(lock_);
+  return {queue_.empty() ? nullptr : &queue_.front(), phase_ == Phase::Ending};
 }
 
 void Mwo::writeOldest(Data& buffer) {
   const std::uint32_t begin = platform::tickCount();
-  const std::uint32_t rc = printer_.doWrite(buffer);
+  const std::uint32_t rc = resultOf([&] { return printer_.doWrite(buffer); });
   const std::uint32_t end = platform::tickCount();
   if (rc == QRN_ERROR_SUCCESS) {
     lastWriteTime_ = end - begin;
@@ -125,64 +167,58 @@ void Mwo::writeOldest(Data& buffer) {
   if (buffer.getLength() == 0) removeOldest();
 }
 
+void Mwo::cancel() {
+  const std::uint32_t rc = resultOf([&] { return printer_.doCancelPrint(); });
+  if (rc == QRN_ERROR_SUCCESS) return;
+  logError(log_component::server(),
+           [&] { return LogText() << "Mwo::cancel() Printer::doCancelPrint() failed errorCode=" << rc; });
+}
+
+void Mwo::removeOldest() {
+  // Freed outside the lock.
+  std::list<Data> removed;
+  CriticalSectionLock lock(lock_);
+  removed.splice(removed.begin(), queue_, queue_.begin());
+}
+
 std::uint32_t Mwo::purge() {
   logDetail(log_component::server(), [] { return LogText() << "Mwo::purge()"; });
   purge_ = true;
   return QRN_ERROR_SUCCESS;
 }
 
+void Mwo::requestCancel() { cancelRequested_ = true; }
+
 void Mwo::stop() {
   logDetail(log_component::server(), [&] {
     return LogText() << "Mwo::stop() handle=" << printer_.getHandle() << " list size=" << queueSize();
   });
-  wakeEvent_.set();
-  while (queueSize() != 0) platform::sleep(kDrainPoll);
-  stopThread();
+  endThread();
+}
+
+void Mwo::endThread() {
+  std::shared_ptr<Writer> writer;
+  {
+    CriticalSectionLock lock(lock_);
+    writer = writer_;
+    phase_ = writer ? Phase::Ending : Phase::NoJob;
+  }
+  if (writer) {
+    wakeEvent_.set();
+    writer->thread.waitFor(platform::kInfinite);
+  }
+  CriticalSectionLock lock(lock_);
+  // Of two that waited the first does it.
+  if (writer_ != writer) return;
+  writer_.reset();
+  phase_ = Phase::NoJob;
+  queue_.clear();  // empty, unless the thread failed
   purge_ = false;
 }
 
-bool Mwo::startThread() {
-  CriticalSectionLock lock(threadLock_);
-  if (threadRunning_) return true;
-  stop_ = false;
-  try {
-    runnable_ = std::make_unique<MethodRunnable<Mwo>>(*this, &Mwo::write);
-    thread_ = std::make_unique<Thread>(*runnable_);
-    thread_->start();
-    threadRunning_ = true;
-  } catch (const Win32Exception&) {
-    thread_.reset();
-    runnable_.reset();
-  }
-  return threadRunning_;
-}
-
-void Mwo::stopThread() {
-  CriticalSectionLock lock(threadLock_);
-  if (!threadRunning_) return;
-  stop_ = true;
-  wakeEvent_.set();
-  thread_->waitFor(platform::kInfinite);
-  thread_.reset();
-  runnable_.reset();
-  threadRunning_ = false;
-}
-
 std::uint32_t Mwo::queueSize() {
-  CriticalSectionLock lock(queueLock_);
+  CriticalSectionLock lock(lock_);
   return static_cast<std::uint32_t>(queue_.size());
-}
-
-Data* Mwo::oldest() {
-  CriticalSectionLock lock(queueLock_);
-  return queue_.empty() ? nullptr : &queue_.front();
-}
-
-void Mwo::removeOldest() {
-  // Freed outside the lock.
-  std::list<Data> removed;
-  CriticalSectionLock lock(queueLock_);
-  removed.splice(removed.begin(), queue_, queue_.begin());
 }
 
 }  // namespace qvn

@@ -25,6 +25,7 @@ struct MwoLimits {
   std::uint32_t lowWaterMark = setting::kMwoBufferLwm.byDefault;
 };
 
+// Between two jobs there is no thread and the queue is empty: a job's data ends with the job.
 class Mwo {
  public:
   // Reads the limits from the settings; they are the process's, the printer is this writer's.
@@ -33,43 +34,64 @@ class Mwo {
   Mwo& operator=(const Mwo&) = delete;
   ~Mwo();
 
-  // Takes a client's data. The first request ever is written at once on the caller's thread. 122, nothing
-  // taken, when the queue stays above the high mark for one wait time.
+  // A job begins: until the next stop, data is queued.
+  void begin();
+
+  // Takes a client's data. The first request ever, and what comes when no job has begun, is written at once
+  // on the caller's thread. Nothing is taken and the count is 0 when the queue stays above the high mark for
+  // one wait time (122) and while the last of a job is written out (1): the queued data must not be
+  // overtaken.
   std::uint32_t print(Data& request);
 
   // From now on what is queued is thrown away; until the next stop. Always 0.
   std::uint32_t purge();
 
-  // Waits until the queue is written out or thrown away and ends the thread. Not from the writer's thread.
+  // Ends the job: waits until the queue is written out or thrown away and the thread has ended. Not from the
+  // writer's thread.
   void stop();
+
+  // The job is to be cancelled: the printer is told so by the writer's thread, once, between two writes of
+  // the data that a stop waits for. Waits for nothing.
+  void requestCancel();
 
   // How long a client is slowed down, in milliseconds.
   std::uint32_t waitTime() const;
   static MwoLimits limits();
 
  private:
+  enum class Phase { NoJob, Taking, Ending };
+  // The thread and what it runs.
+  struct Writer {
+    explicit Writer(Mwo& mwo) : runnable(mwo, &Mwo::write), thread(runnable) {}
+    MethodRunnable<Mwo> runnable;
+    Thread thread;
+  };
+  // What the thread does next.
+  struct Step {
+    Data* oldest;  // null when the queue is empty
+    bool ending;
+  };
+
   // The writer thread's body.
   std::uint32_t write();
-  bool startThread();
-  void stopThread();
-  std::uint32_t queueSize();
-  Data* oldest();
-  void removeOldest();
+  Step next();
   void writeOldest(Data& buffer);
-  static void readLimits();
+  void cancel();
+  void removeOldest();
+  // Queues a copy in phase Taking and answers the phase: NoJob also when the thread cannot be made.
+  Phase queue(const Data& request, std::uint32_t& count);
+  void endThread();
+  std::uint32_t queueSize();
 
   Printer& printer_;
+  // Guards the next three; held neither during a write nor during a sleep. The oldest buffer is taken off by
+  // the writer's thread alone, which writes it without the lock.
+  CriticalSection lock_;
+  Phase phase_ = Phase::NoJob;
   std::list<Data> queue_;
-  // Guards the queue; held only for list changes, never during a write or a sleep. The oldest buffer is taken
-  // off by the writer thread alone, so it may write it without the lock.
-  CriticalSection queueLock_;
+  std::shared_ptr<Writer> writer_;
   std::atomic<bool> purge_{false};
-  std::atomic<bool> stop_{false};
-  bool threadRunning_ = false;
-  // Guards starting and ending the thread.
-  CriticalSection threadLock_;
-  std::unique_ptr<MethodRunnable<Mwo>> runnable_;
-  std::unique_ptr<Thread> thread_;
+  std::atomic<bool> cancelRequested_{false};
   Event wakeEvent_;
   std::atomic<bool> firstRequest_{true};
   std::atomic<bool> firstSignalPending_{true};

@@ -6,9 +6,13 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <utility>
 
+#include "common/exception.h"
 #include "printer/cpd/cpd_printer.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
@@ -18,7 +22,8 @@ namespace {
 
 using testing::ElementsAre;
 
-// A printer that only takes what the writer writes; the test may hold its writes and make them fail.
+// A printer that only takes what the writer writes; the test may hold its writes and have others in their
+// place.
 class Sink : public Printer {
  public:
   ~Sink() override = default;
@@ -27,9 +32,8 @@ class Sink : public Printer {
     ++begun_;
     changed_.notify_all();
     changed_.wait(lock, [&] { return !held_; });
-    if (failures_ > 0) {
-      --failures_;
-      return 64;
+    if (instead_) {
+      if (const auto rc = instead_()) return *rc;
     }
     text_ += asText(request);
     request.setCount(request.getLength());
@@ -37,14 +41,21 @@ class Sink : public Printer {
     return 0;
   }
 
+  std::uint32_t doCancelPrint() override {
+    ++cancels;
+    return mwo->purge();
+  }
+
   void hold(bool held) {
     std::lock_guard<std::mutex> lock(mutex_);
     held_ = held;
     changed_.notify_all();
   }
-  void fail(int times) {
+  // What a write does before it writes; what it answers the write answers in its place.
+  using Instead = std::function<std::optional<std::uint32_t>()>;
+  void insteadOfWriting(Instead instead) {
     std::lock_guard<std::mutex> lock(mutex_);
-    failures_ = times;
+    instead_ = std::move(instead);
   }
   // Blocks until so many writes have begun.
   void waitForWrites(int count) {
@@ -56,11 +67,14 @@ class Sink : public Printer {
     return text_;
   }
 
+  Mwo* mwo = nullptr;
+  int cancels = 0;
+
  private:
   std::mutex mutex_;
   std::condition_variable changed_;
   int begun_ = 0;
-  int failures_ = 0;
+  Instead instead_;
   bool held_ = false;
   std::string text_;
 };
@@ -97,6 +111,7 @@ class MwoTest : public StillClock, public LibraryTest {
 
 TEST_F(MwoTest, TheFirstRequestIsWrittenAtOnceTheOthersFromTheQueue) {
   Mwo mwo(sink);
+  mwo.begin();
   Data first("1", 1);
   EXPECT_EQ(mwo.print(first), 0u);
   EXPECT_EQ(sink.text(), "1");
@@ -109,6 +124,7 @@ TEST_F(MwoTest, TheFirstRequestIsWrittenAtOnceTheOthersFromTheQueue) {
 
 TEST_F(MwoTest, TheWriterWakesWithTheFifthBufferOrAfterThreeSeconds) {
   Mwo mwo(sink);
+  mwo.begin();
   print(mwo, "0");
   print(mwo, "1");
   ASSERT_TRUE(clock.waitForWaiters(1));
@@ -119,6 +135,7 @@ TEST_F(MwoTest, TheWriterWakesWithTheFifthBufferOrAfterThreeSeconds) {
   whileTimePasses([&] { mwo.stop(); });
 
   Mwo other(sink);
+  other.begin();
   for (const char* const text : {"a", "b", "c", "d", "e", "f"}) print(other, text);
   sink.waitForWrites(2 + 6);  // without the time moving on
   whileTimePasses([&] { other.stop(); });
@@ -127,6 +144,7 @@ TEST_F(MwoTest, TheWriterWakesWithTheFifthBufferOrAfterThreeSeconds) {
 
 TEST_F(MwoTest, AFullQueueSlowsTheClientDownAndThenRefuses) {
   Mwo mwo(sink);
+  mwo.begin();
   EXPECT_EQ(mwo.waitTime(), 5000u) << "five buffers of a second each, at most five seconds";
   print(mwo, "first");
   sink.hold(true);
@@ -147,22 +165,82 @@ TEST_F(MwoTest, AFullQueueSlowsTheClientDownAndThenRefuses) {
 
 TEST_F(MwoTest, AFailedWriteIsRetriedUntilItSucceeds) {
   Mwo mwo(sink);
+  mwo.begin();
   print(mwo, "0");
   print(mwo, "1");
-  sink.fail(2);
+  int tries = 0;
+  sink.insteadOfWriting([&]() -> std::optional<std::uint32_t> {
+    switch (++tries) {
+      case 1:
+        return 64;
+      case 2:
+        throw Win32Exception("write", 31, "", 0);
+      case 3:
+        throw 5;
+      default:
+        return std::nullopt;
+    }
+  });
   whileTimePasses([&] { mwo.stop(); });
   EXPECT_EQ(sink.text(), "01");
   const auto sleeps = clock.sleeps();
-  EXPECT_EQ(std::count(sleeps.begin(), sleeps.end(), 1000u), 2);
+  EXPECT_EQ(std::count(sleeps.begin(), sleeps.end(), 1000u), 3);
+}
+
+TEST_F(MwoTest, NothingIsTakenBetweenAStopAndTheNextJob) {
+  Mwo mwo(sink);
+  mwo.begin();
+  print(mwo, "0");
+  sink.hold(true);
+  print(mwo, "1");
+  std::thread ending([&] { mwo.stop(); });
+  sink.waitForWrites(2);  // nothing but the stop wakes the writer
+  EXPECT_EQ(print(mwo, "overtakes"), 1u);
+  sink.hold(false);
+  ending.join();
+  EXPECT_EQ(sink.text(), "01");
+  EXPECT_EQ(print(mwo, "2"), 0u);
+  EXPECT_EQ(sink.text(), "012") << "it is the printer that knows whether there is a job";
+  mwo.begin();
+  bool failed = false;
+  sink.insteadOfWriting([&]() -> std::optional<std::uint32_t> {
+    if (std::exchange(failed, true)) return std::nullopt;
+    return 64;
+  });
+  EXPECT_EQ(print(mwo, "3"), 0u) << "queued: its writer tries again";
+  whileTimePasses([&] { mwo.stop(); });
+  EXPECT_EQ(sink.text(), "0123");
+}
+
+TEST_F(MwoTest, ACancelIsCarriedOutWhileTheEndOfItsJobWaits) {
+  Mwo mwo(sink);
+  sink.mwo = &mwo;
+  print(mwo, "0");
+  mwo.requestCancel();
+  for (const bool cancelled : {false, true}) {
+    mwo.begin();
+    int tries = 0;
+    sink.insteadOfWriting([&]() -> std::optional<std::uint32_t> {
+      if (cancelled) mwo.requestCancel();
+      if (cancelled || ++tries <= 3) return 64;
+      return std::nullopt;
+    });
+    print(mwo, "1");
+    whileTimePasses([&] { mwo.stop(); });
+    EXPECT_EQ(sink.cancels, cancelled ? 1 : 0) << "what was asked for before a job is not meant for it";
+  }
+  EXPECT_EQ(sink.text(), "01");
 }
 
 TEST_F(MwoTest, PurgingThrowsTheQueueAwayUntilTheNextStop) {
   Mwo mwo(sink);
+  mwo.begin();
   print(mwo, "0");
   print(mwo, "lost");
   EXPECT_EQ(mwo.purge(), 0u);
   whileTimePasses([&] { mwo.stop(); });
   EXPECT_EQ(sink.text(), "0");
+  mwo.begin();
   print(mwo, "1");
   whileTimePasses([&] { mwo.stop(); });
   EXPECT_EQ(sink.text(), "01");
@@ -182,15 +260,25 @@ TEST_F(MwoTest, TakesOnlySensibleLimits) {
   }
 }
 
-TEST_F(MwoTest, APrinterThatGoesAwayEndsItsWriter) {
-  auto printer = std::make_unique<CpdPrinter>();
-  printer->setAttributes(FakeTransport::printerText(7));
-  printer->doOpen();
-  printer->doStartJob({});
-  Data data("x", 1);
-  printer->doPrint(data);
-  printer->doPrint(data);
-  whileTimePasses([&] { printer.reset(); });
+TEST_F(MwoTest, APrinterThatGoesAwayEndsItsWriterWhateverItsWritesDo) {
+  const std::function<void(Data&)> writes[] = {nullptr, [](Data& data) { data.setRc(64); },
+                                               [](Data&) { throw std::runtime_error("write"); }};
+  fake.onExchange = [](const Data&) { return bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5}); };
+  for (const auto& write : writes) {
+    auto printer = std::make_unique<CpdPrinter>();
+    printer->setAttributes(FakeTransport::printerText(7));
+    printer->doOpen();
+    ASSERT_EQ(printer->doStartJob({}), 0u);
+    Data first("x", 1);
+    printer->doPrint(first);
+    fake.onWrite = write;
+    for (int i = 0; i < 5; ++i) {
+      Data data("x", 1);
+      EXPECT_EQ(printer->doPrint(data), 0u);
+    }
+    whileTimePasses([&] { printer.reset(); });
+    fake.onWrite = nullptr;
+  }
 }
 
 }  // namespace
