@@ -60,6 +60,11 @@
  * the library or of a transport, or of the client whose call it reports on; it should return soon and must
  * not throw. Data passed to a callback is valid only until the callback returns.
  *
+ * Processes. Each process initialises the library for itself; what one has open or registered is not
+ * another's. A child made by fork may call only exec and _exit: it has none of the library's threads, and
+ * what another thread had locked at the fork stays locked in it. A process that ends in the middle of a call
+ * leaves what processes share (the registry, the log, the stored devices) usable.
+ *
  * Inside a callback every function may be called; inside a notification the printer's opens and job
  * operations return 170, since the operation reported on is not over. What would end the callback's own
  * thread or device is done when the callback is over: QvnClosePrinter and the last QvnUninitialize then

@@ -10,6 +10,7 @@
 #include "common/threads/mutex.h"
 #include "common/threads/thread.h"
 #include "support/manual_clock.h"
+#include "support/process/forked.h"
 #include "support/throws.h"
 
 namespace qvn {
@@ -39,6 +40,36 @@ TEST(Mutex, OneReleaseUndoesEveryHold) {
   mutex.release();
   onOtherThread([&] { EXPECT_TRUE(MutexLock(mutex, 0).acquired()); });
   EXPECT_NO_THROW(mutex.release());
+}
+
+TEST(Mutex, WhatAThreadHeldThatEndedIsVoid) {
+  for (const char* const name : {"", "endedHolder"}) {
+    Mutex mutex(false, name, false);
+    onOtherThread([&] {
+      EXPECT_TRUE(mutex.acquire(1));
+      EXPECT_TRUE(mutex.acquire(1));
+    });
+    EXPECT_TRUE(MutexLock(mutex, 0).acquired()) << name;
+    onOtherThread([&] { EXPECT_TRUE(MutexLock(mutex, 0).acquired()) << name; });
+  }
+}
+
+TEST(Mutex, AForkedChildHoldsNothingOfItsParents) {
+  Mutex mutex(true, "forkedHolder", false);
+  test::Pipe tried;
+  test::Pipe released;
+  test::Forked child([&] {
+    mutex.release();
+    tried.tell(MutexLock(mutex, 0).acquired() ? 1 : 0);
+    released.hear();
+    for (int i = 0; i < 2; ++i) const InterProcessLock lock(mutex);
+    mutex.release();
+    return MutexLock(mutex, 0).acquired() ? 0 : 1;
+  });
+  EXPECT_EQ(tried.hear(), 0);
+  mutex.release();
+  released.tell(1);
+  EXPECT_EQ(child.wait(), 0);
 }
 
 TEST(InterProcessLock, NeedsAName) {

@@ -223,6 +223,21 @@ TEST(Mutex, AHolderThatWasKilledLeavesItAbandoned) {
   }
 }
 
+TEST(Mutex, AForkedChildCountsItsOwnHolds) {
+  const auto mutex = makeMutex("forked", true);
+  Pipe released;
+  Forked child([&] {
+    released.hear();
+    for (int i = 0; i < 2; ++i) {
+      if (mutex->acquire(kInfinite) != WaitResult::Signalled || mutex->release() != kSuccess) return 1;
+    }
+    return mutex->release() == kNotOwner ? 0 : 2;
+  });
+  EXPECT_EQ(mutex->release(), kSuccess);
+  released.tell(1);
+  EXPECT_EQ(child.wait(), 0);
+}
+
 TEST(Mutex, ATimedWaiterNoticesThatTheHolderDies) {
   const auto mutex = makeMutex("dying");
   Holder holder(*mutex);

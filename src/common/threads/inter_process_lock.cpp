@@ -4,14 +4,17 @@
 #include "platform/base/clock.h"
 
 namespace qvn {
+namespace {
 
-InterProcessLock::InterProcessLock(Mutex& mutex) : mutex_(mutex) {
-  if (mutex_.getName().empty()) {
+Mutex& named(Mutex& mutex) {
+  if (mutex.getName().empty()) {
     throw Win32Exception("InterProcessLock has no name", 0, "InterProcessLock", 16);
   }
-  mutex_.acquire(platform::kInfinite);
+  return mutex;
 }
 
-InterProcessLock::~InterProcessLock() { mutex_.release(); }
+}  // namespace
+
+InterProcessLock::InterProcessLock(Mutex& mutex) : lock_(named(mutex), platform::kInfinite) {}
 
 }  // namespace qvn

@@ -10,12 +10,9 @@ class [[nodiscard]] InterProcessLock {
  public:
   // Throws Win32Exception with code 0 when the mutex has no name.
   explicit InterProcessLock(Mutex& mutex);
-  ~InterProcessLock();
-  InterProcessLock(const InterProcessLock&) = delete;
-  InterProcessLock& operator=(const InterProcessLock&) = delete;
 
  private:
-  Mutex& mutex_;
+  MutexLock lock_;
 };
 
 }  // namespace qvn

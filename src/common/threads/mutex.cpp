@@ -23,12 +23,17 @@ void Mutex::createMutex(bool initialOwner, platform::Access access) {
 
 bool Mutex::acquire(platform::Milliseconds timeout) {
   if (timeout == 0) return false;
-  switch (mutex_->acquire(timeout)) {
+  const platform::WaitResult result = mutex_->acquire(timeout);
+  switch (result) {
     case platform::WaitResult::Signalled:
-    case platform::WaitResult::Abandoned:
-      ownerThreadId_ = platform::currentThreadId();
-      ++holdCount_;
+    case platform::WaitResult::Abandoned: {
+      // What the holder before had counted is void when it did not give it up itself.
+      const std::uint32_t caller = platform::currentThreadId();
+      const bool again = result == platform::WaitResult::Signalled && ownerThreadId_ == caller;
+      holdCount_ = again ? holdCount_ + 1 : 1;
+      ownerThreadId_ = caller;
       return true;
+    }
     case platform::WaitResult::TimedOut:
       return false;
     case platform::WaitResult::Failed:
@@ -44,6 +49,7 @@ void Mutex::release() {
     holdCount_ = holds - 1;
     if (holds == 1) ownerThreadId_ = 0;
     const platform::ErrorCode error = mutex_->release();
+    if (error == platform::kNotOwner) return;  // not held any more
     if (error != platform::kSuccess) {
       throw Win32Exception("Mutex::release() ReleaseMutex failed", error, "Mutex", 90);
     }
@@ -54,7 +60,12 @@ MutexLock::MutexLock(Mutex& mutex, platform::Milliseconds timeout)
     : mutex_(mutex), acquired_(mutex.acquire(timeout == 0 ? 1 : timeout)) {}
 
 MutexLock::~MutexLock() {
-  if (acquired_) mutex_.release();
+  if (!acquired_) return;
+  try {
+    mutex_.release();
+  } catch (const Win32Exception&) {
+    // What is not released now is void with the thread's end.
+  }
 }
 
 }  // namespace qvn

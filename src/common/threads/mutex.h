@@ -23,7 +23,7 @@ class Mutex {
   // over from a holder that died counts as holding it. Throws on failure.
   bool acquire(platform::Milliseconds timeout);
 
-  // Undoes every hold of the calling thread; does nothing when it has none.
+  // Undoes every hold of the calling thread; does nothing when it has none (any more). Throws on failure.
   void release();
 
   const std::string& getName() const { return name_; }
@@ -38,7 +38,8 @@ class Mutex {
   std::atomic<std::uint32_t> ownerThreadId_{0};
 };
 
-// Holds a mutex for a scope, if it could be had within the time; a time of 0 waits one millisecond.
+// Holds a mutex for a scope, if it could be had within the time; a time of 0 waits one millisecond. Its end
+// never throws.
 class [[nodiscard]] MutexLock {
  public:
   MutexLock(Mutex& mutex, platform::Milliseconds timeout);

@@ -46,13 +46,16 @@ class NativeMutex final : public NamedMutex {
 
   WaitResult acquire(Milliseconds timeout) override {
     const int result = timeout == kInfinite ? pthread_mutex_lock(&state_.lock) : lockWithin(timeout);
+    const std::uint32_t caller = currentThreadId();
+    // What another holder had counted is void: one that died, or that of the process this one was forked
+    // from.
+    bool again = state_.owner.load() == caller;
     switch (result) {
       case 0:
-        object_->holds.fetch_add(1);
         break;
       case EOWNERDEAD:
         pthread_mutex_consistent(&state_.lock);
-        object_->holds.store(1);  // What the dead holder had counted is void.
+        again = false;
         break;
       case EBUSY:
         return WaitResult::TimedOut;
@@ -60,7 +63,8 @@ class NativeMutex final : public NamedMutex {
         setLastError(errorFromErrno(result));
         return WaitResult::Failed;
     }
-    state_.owner.store(currentThreadId());
+    object_->holds.store(again ? object_->holds.load() + 1 : 1);
+    state_.owner.store(caller);
     return result == EOWNERDEAD ? WaitResult::Abandoned : WaitResult::Signalled;
   }
 
