@@ -159,7 +159,7 @@ TEST(TransportNames, MatchWithoutCase) {
 }
 
 TEST_F(TransportsTest, TheConnectionThatAllShareKeepsNothing) {
-  Connectable& shared = *transports.getConnectionManager(text("NONE")).getConnection("", "bidi");
+  Connectable& shared = *transports.getConnectionManager(text("NONE")).service->getConnection("", "bidi");
   for (const std::uint32_t index : {0u, 1u}) {
     EXPECT_TRUE(shared.setChild(index, &shared));
     EXPECT_EQ(shared.getChild(index), nullptr);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/clients/operation_lock.h"
 #include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
@@ -33,19 +34,6 @@ void readLimits() {
   const bool bothRead = readMark(setting::kMwoBufferHwm, read.highWaterMark, current.highWaterMark) &&
                         readMark(setting::kMwoBufferLwm, read.lowWaterMark, current.lowWaterMark);
   if (bothRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark) processLimits = read;
-}
-
-// The result of an operation of the printer; what it throws, a transport's exceptions among it, must not end
-// the writer's thread.
-template <typename Operation>
-std::uint32_t resultOf(Operation&& operation) {
-  try {
-    return operation();
-  } catch (const Exception& exception) {
-    return exception.getCode();
-  } catch (...) {
-    return QRN_ERROR_INTERNAL_ERROR;
-  }
 }
 
 }  // namespace
@@ -185,6 +173,12 @@ std::uint32_t Mwo::purge() {
   logDetail(log_component::server(), [] { return LogText() << "Mwo::purge()"; });
   purge_ = true;
   return QRN_ERROR_SUCCESS;
+}
+
+void Mwo::abandon() {
+  purge();
+  CriticalSectionLock lock(lock_);
+  phase_ = writer_ ? Phase::Ending : Phase::NoJob;
 }
 
 void Mwo::requestCancel() { cancelRequested_ = true; }

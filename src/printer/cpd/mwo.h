@@ -46,6 +46,9 @@ class Mwo {
   // From now on what is queued is thrown away; until the next stop. Always 0.
   std::uint32_t purge();
 
+  // The same for good, and nothing is taken any more: nobody is left to end the job. Waits for nothing.
+  void abandon();
+
   // Ends the job: waits until the queue is written out or thrown away and the thread has ended. Not from the
   // writer's thread.
   void stop();

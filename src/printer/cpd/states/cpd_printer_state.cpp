@@ -38,7 +38,7 @@ std::uint32_t CpdPrinterState::doClose(CpdPrinter& printer) const {
   if (count > 1) return QRN_ERROR_SUCCESS;
   // The job of a client that does not have the printer open: what is left of it would be in the way of the
   // next one.
-  printer.writer().purge();
+  printer.writer().abandon();
   printer.closeConnections();
   printer.changeState(CpdPrinterClosed::getInstance());
   return QRN_ERROR_SUCCESS;
