@@ -19,8 +19,8 @@ namespace qvn {
 class Printer;
 
 // How many buffers may wait: above the high mark clients are slowed down, for as long as the printer needs to
-// come down to the low mark.
-struct MwoLimits {
+// come down to the low mark. Aligned so that both are read and replaced at once.
+struct alignas(std::uint64_t) MwoLimits {
   std::uint32_t highWaterMark = setting::kMwoBufferHwm.byDefault;
   std::uint32_t lowWaterMark = setting::kMwoBufferLwm.byDefault;
 };
