@@ -26,31 +26,37 @@ std::string hex(const Data& data) {
 }  // namespace
 
 struct FakeTransport::Connection : Connectable {
-  explicit Connection(std::string connectionName) : name(std::move(connectionName)) {}
+  Connection(std::uint32_t deviceHandle, std::string connectionName)
+      : handle(deviceHandle), name(std::move(connectionName)) {}
 
   bool setChild(std::uint32_t index, Connectable* child) override {
     FakeTransport& transport = instance();
-    auto* const device = static_cast<Device*>(child);
-    {
-      std::lock_guard<std::mutex> lock(transport.mutex_);
-      transport.device_ = device != nullptr ? DeviceReference(*device) : DeviceReference();
-    }
-    return Connectable::setChild(index, child);
+    if (child != nullptr && transport.reached("setChild") != QRN_ERROR_SUCCESS) return false;
+    transport.setDevice(handle, static_cast<Device*>(child));
+    const bool set = Connectable::setChild(index, child);
+    return child != nullptr ? set : transport.reached("setChild") == QRN_ERROR_SUCCESS;
   }
   std::uint32_t doOpen() override {
     FakeTransport& transport = instance();
     transport.record("open " + name);
-    return transport.onOpen ? transport.onOpen(name) : QRN_ERROR_SUCCESS;
+    std::uint32_t rc = transport.reached("open");
+    if (rc == QRN_ERROR_SUCCESS && transport.onOpen) rc = transport.onOpen(name);
+    if (rc == QRN_ERROR_SUCCESS) ++opened;
+    return rc;
   }
   std::uint32_t doClose() override {
     instance().record("close " + name);
-    return QRN_ERROR_SUCCESS;
+    --opened;
+    return instance().reached("close");
   }
   void write(Data& data) override {
     FakeTransport& transport = instance();
     const std::uint32_t length = data.getLength();
     const std::string bytes(bytesAsText(data));
-    if (transport.onWrite) {
+    if (const std::uint32_t rc = transport.reached("write"); rc != QRN_ERROR_SUCCESS) {
+      data.setRc(rc);
+      data.setCount(0);
+    } else if (transport.onWrite) {
       transport.onWrite(data);
     } else {
       data.setRc(QRN_ERROR_SUCCESS);
@@ -62,19 +68,49 @@ struct FakeTransport::Connection : Connectable {
     transport.written_ += bytes.substr(0, data.getCount());
   }
 
+  // What is not as it was when the connection was made.
+  std::string held() {
+    std::string text;
+    if (opened != 0) text += " opened " + std::to_string(opened);
+    if (out > 0) text += " got " + std::to_string(out);
+    if (getTag() != 0) text += " tag " + std::to_string(getTag());
+    if (getChild(0) != nullptr) text += " child";
+    return text.empty() ? text : name + " of " + std::to_string(handle) + text + "; ";
+  }
+
+  const std::uint32_t handle;
+  // Gets without a release. A holder releases once more than it got.
+  std::atomic<int> out{0};
+  std::atomic<int> opened{0};
   std::string name;
 };
+
+namespace {
+thread_local std::uint32_t visitedHandle = 0;
+}  // namespace
 
 struct FakeTransport::Visit : Visitor {
   explicit Visit(std::string visitorName) : name(std::move(visitorName)) {}
 
+  void setData(Data& data) override {
+    instance().reached("setData");
+    Visitor::setData(data);
+  }
+  void setDevice(Device& device) override {
+    instance().reached("setDevice");
+    Visitor::setDevice(device);
+  }
+
   void visit(Connectable& connection) override {
     FakeTransport& transport = instance();
     const std::string on = static_cast<Connection&>(connection).name;
-    {
-      std::lock_guard<std::mutex> lock(transport.mutex_);
-      if (device_ != nullptr) transport.device_ = DeviceReference(*device_);
+    visitedHandle = static_cast<Connection&>(connection).handle;
+    result_ = transport.reached("visit");
+    if (result_ != QRN_ERROR_SUCCESS) {
+      if (data_ != nullptr) data_->setRc(result_);
+      return;
     }
+    if (device_ != nullptr) transport.setDevice(visitedHandle, device_);
     if (name == visitor_name::kNpaData) {
       transport.record("npa " + on + " " + hex(*data_).substr(8));
       exchange(transport);
@@ -91,11 +127,19 @@ struct FakeTransport::Visit : Visitor {
     if (transport.onVisitor) result_ = transport.onVisitor(name, data_);
   }
 
+  std::uint32_t getResult() const override {
+    const std::uint32_t rc = instance().reached("getResult");
+    return rc != QRN_ERROR_SUCCESS ? rc : result_;
+  }
+
   void cancel() override {
     instance().record("cancel");
-    const std::lock_guard<std::mutex> lock(mutex);
-    cancelled = true;
-    changed.notify_all();
+    {
+      const std::lock_guard<std::mutex> lock(mutex);
+      cancelled = true;
+      changed.notify_all();
+    }
+    instance().reached("cancel");
   }
 
   void waitForCancel() {
@@ -122,26 +166,48 @@ struct FakeTransport::Visit : Visitor {
 
 class FakeTransport::Connections : public ConnectionManager {
  public:
-  Connectable* getConnection(const std::string& /*deviceAttributes*/, const std::string& name) override {
+  Connectable* getConnection(const std::string& deviceAttributes, const std::string& name) override {
     instance().record("get " + name);
+    if (instance().reached("getConnection") != QRN_ERROR_SUCCESS) return nullptr;
+    std::uint32_t handle = 0;
+    AttributeCodec::getLong(deviceAttributes, attribute::kHandle, handle);
     std::lock_guard<std::mutex> lock(mutex_);
-    auto& connection = connections_[name];
-    if (!connection) connection = std::make_unique<Connection>(name);
+    auto& connection = connections_[{handle, name}];
+    if (!connection) connection = std::make_unique<Connection>(handle, name);
+    ++connection->out;
     return connection.get();
   }
   void releaseConnection(Connectable* connection) override {
-    instance().record("release " + static_cast<Connection*>(connection)->name);
+    auto* const released = static_cast<Connection*>(connection);
+    instance().record("release " + released->name);
+    --released->out;
+    instance().reached("releaseConnection");
+  }
+
+  std::string held() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    std::string text;
+    for (const auto& [key, connection] : connections_) text += connection->held();
+    return text;
   }
 
  private:
   std::mutex mutex_;
-  std::map<std::string, std::unique_ptr<Connection>> connections_;
+  std::map<std::pair<std::uint32_t, std::string>, std::unique_ptr<Connection>> connections_;
 };
 
 class FakeTransport::Visitors : public VisitorManager {
  public:
-  Visitor* getVisitor(const std::string& name) override { return new Visit(name); }
-  void releaseVisitor(Visitor* visitor) override { delete visitor; }
+  Visitor* getVisitor(const std::string& name) override {
+    if (instance().reached("getVisitor") != QRN_ERROR_SUCCESS) return nullptr;
+    ++instance().visitorsOut_;
+    return new Visit(name);
+  }
+  void releaseVisitor(Visitor* visitor) override {
+    delete visitor;
+    --instance().visitorsOut_;
+    instance().reached("releaseVisitor");
+  }
 };
 
 class FakeTransport::Discovery : public Discoverer {
@@ -149,15 +215,17 @@ class FakeTransport::Discovery : public Discoverer {
   std::uint32_t discover(const std::string& options) override {
     FakeTransport& transport = instance();
     transport.record("discover");
-    if (transport.onDiscover) {
+    const std::uint32_t rc = transport.reached("discover");
+    if (rc == QRN_ERROR_SUCCESS && transport.onDiscover) {
       for (const std::string& text : transport.onDiscover(options)) notify(text);
     }
-    return QRN_ERROR_SUCCESS;
+    return rc;
   }
   std::uint32_t discoverSpecific(const std::string& text) override {
     instance().record("discoverSpecific");
-    notify(text);
-    return QRN_ERROR_SUCCESS;
+    const std::uint32_t rc = instance().reached("discoverSpecific");
+    if (rc == QRN_ERROR_SUCCESS) notify(text);
+    return rc;
   }
 };
 
@@ -177,11 +245,13 @@ void FakeTransport::reset() {
   onExchange = nullptr;
   onVisitor = nullptr;
   onDiscover = nullptr;
+  onCall = nullptr;
   awaitsReplies = false;
   const std::lock_guard guard(mutex_);
   calls_.clear();
   written_.clear();
-  device_ = DeviceReference();
+  devices_.clear();
+  visitorsOut_ = 0;
   connections_ = std::make_unique<Connections>();  // Some are open yet.
 }
 
@@ -233,35 +303,51 @@ std::string FakeTransport::written() const {
   return written_;
 }
 
-DeviceReference FakeTransport::device() const {
-  std::lock_guard<std::mutex> lock(mutex_);
-  return device_;
+std::string FakeTransport::held() const {
+  const int visitors = visitorsOut_;
+  return connections_->held() + (visitors == 0 ? "" : std::to_string(visitors) + " visitors");
 }
 
-std::uint32_t FakeTransport::deliver(Data data) {
-  device().accept(data);
+DeviceReference FakeTransport::device(std::uint32_t handle) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  const auto found = devices_.find(handle);
+  return found == devices_.end() ? DeviceReference() : found->second;
+}
+
+void FakeTransport::setDevice(std::uint32_t handle, Device* device) {
+  const DeviceReference reference = device != nullptr ? DeviceReference(*device) : DeviceReference();
+  std::lock_guard<std::mutex> lock(mutex_);
+  devices_[handle] = devices_[0] = reference;
+}
+
+std::uint32_t FakeTransport::deliver(Data data, std::uint32_t handle) {
+  device(handle).accept(data);
   return data.getRc();
 }
 
-void FakeTransport::deliver(Notification notification) { device().accept(notification); }
-void FakeTransport::loseConnection() { device().onConnectionLost(); }
+void FakeTransport::deliver(Notification notification, std::uint32_t handle) {
+  device(handle).accept(notification);
+}
+void FakeTransport::loseConnection() { device(0).onConnectionLost(); }
+std::uint32_t FakeTransport::visited() { return visitedHandle; }
 
-ConnectionManager* FakeTransport::connectionManager() { return connections_.get(); }
-VisitorManager* FakeTransport::visitorManager() { return visitors_.get(); }
-Discoverer* FakeTransport::discoverer() { return discovery_.get(); }
+std::uint32_t FakeTransport::run(const char* entryPoint) {
+  record(entryPoint);
+  return reached(entryPoint);
+}
+ConnectionManager* FakeTransport::connectionManager() {
+  return reached("connection manager") == QRN_ERROR_SUCCESS ? connections_.get() : nullptr;
+}
+VisitorManager* FakeTransport::visitorManager() {
+  return reached("visitor manager") == QRN_ERROR_SUCCESS ? visitors_.get() : nullptr;
+}
+Discoverer* FakeTransport::discoverer() {
+  return reached("discoverer") == QRN_ERROR_SUCCESS ? discovery_.get() : nullptr;
+}
 
 }  // namespace qvn::test
 
-namespace {
-
 using qvn::test::FakeTransport;
-
-std::uint32_t recorded(const char* call) {
-  FakeTransport::instance().record(call);
-  return QRN_ERROR_SUCCESS;
-}
-
-}  // namespace
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() { return QVN_TRANSPORT_ABI_VERSION; }
 QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t size, std::uint32_t*) {
@@ -270,10 +356,14 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   *std::copy(info.begin(), info.end(), buffer) = '\0';
   return QRN_ERROR_SUCCESS;
 }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return recorded("initialize"); }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() { return recorded("uninitialize"); }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return recorded("install"); }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return recorded("uninstall"); }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
+  return FakeTransport::instance().run("initialize");
+}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
+  return FakeTransport::instance().run("uninitialize");
+}
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return FakeTransport::instance().run("install"); }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return FakeTransport::instance().run("uninstall"); }
 QVN_TRANSPORT_EXPORT qvn::ConnectionManager* TransportGetConnectionManager() {
   return FakeTransport::instance().connectionManager();
 }

@@ -42,6 +42,10 @@ class __attribute__((visibility("default"))) FakeTransport {
   std::atomic<bool> awaitsReplies{false};
   // The devices that a discovery reports.
   std::function<std::vector<std::string>(const std::string& options)> onDiscover;
+  // Every call that reaches the transport comes by here, by its name ("open", "visit"): what this throws the
+  // call throws, and a code other than 0 is how it fails, where it has a way to. A call that gives something
+  // back has done so all the same.
+  std::function<std::uint32_t(const char* call)> onCall;
 
   // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "esc bidi 1B53560000000000",
   // "visit startJobPrinter print", "write 5", "close print", "release print", "discover".
@@ -52,12 +56,16 @@ class __attribute__((visibility("default"))) FakeTransport {
   std::vector<std::string> calls(const std::string& prefix) const;
   // All bytes that were written.
   std::string written() const;
+  // What the library has of the transport and has not given back: empty when it has nothing.
+  std::string held() const;
 
-  // Delivers data to the device of the latest visitor or opened connection, on the caller's thread. Gives the
-  // result code that the device left in the data.
-  std::uint32_t deliver(Data data);
-  void deliver(Notification notification);
+  // Delivers data to the device of the handle, or to that of the latest visitor or opened connection, on the
+  // caller's thread. Gives the result code that the device left in the data.
+  std::uint32_t deliver(Data data, std::uint32_t handle = 0);
+  void deliver(Notification notification, std::uint32_t handle = 0);
   void loseConnection();
+  // The handle of the device whose visitor runs on this thread.
+  static std::uint32_t visited();
 
   struct Connection;
   struct Visit;
@@ -65,18 +73,24 @@ class __attribute__((visibility("default"))) FakeTransport {
   class Visitors;
   class Discovery;
 
+  // What the module's entry points answer.
+  std::uint32_t run(const char* entryPoint);
   ConnectionManager* connectionManager();
   VisitorManager* visitorManager();
   Discoverer* discoverer();
 
  private:
   FakeTransport();
-  DeviceReference device() const;
+  DeviceReference device(std::uint32_t handle) const;
+  void setDevice(std::uint32_t handle, Device* device);
+  std::uint32_t reached(const char* call) { return onCall ? onCall(call) : QRN_ERROR_SUCCESS; }
 
   mutable std::mutex mutex_;
   std::vector<std::string> calls_;
   std::string written_;
-  DeviceReference device_;
+  // By handle; at 0 the latest.
+  std::map<std::uint32_t, DeviceReference> devices_;
+  std::atomic<int> visitorsOut_{0};
   std::unique_ptr<Connections> connections_;
   std::unique_ptr<Visitors> visitors_;
   std::unique_ptr<Discovery> discovery_;
