@@ -13,6 +13,9 @@
 namespace qvn::test {
 namespace {
 
+// Of the device that this thread writes to or whose visitor it runs.
+thread_local std::uint32_t visitedHandle = 0;
+
 std::string hex(const Data& data) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
   std::string text;
@@ -51,6 +54,7 @@ struct FakeTransport::Connection : Connectable {
   }
   void write(Data& data) override {
     FakeTransport& transport = instance();
+    visitedHandle = handle;
     const std::uint32_t length = data.getLength();
     const std::string bytes(bytesAsText(data));
     if (const std::uint32_t rc = transport.reached("write"); rc != QRN_ERROR_SUCCESS) {
@@ -84,10 +88,6 @@ struct FakeTransport::Connection : Connectable {
   std::atomic<int> opened{0};
   std::string name;
 };
-
-namespace {
-thread_local std::uint32_t visitedHandle = 0;
-}  // namespace
 
 struct FakeTransport::Visit : Visitor {
   explicit Visit(std::string visitorName) : name(std::move(visitorName)) {}

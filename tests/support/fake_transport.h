@@ -64,7 +64,7 @@ class __attribute__((visibility("default"))) FakeTransport {
   std::uint32_t deliver(Data data, std::uint32_t handle = 0);
   void deliver(Notification notification, std::uint32_t handle = 0);
   void loseConnection();
-  // The handle of the device whose visitor runs on this thread.
+  // The handle of the device that this thread writes to or whose visitor it runs.
   static std::uint32_t visited();
 
   struct Connection;

@@ -16,8 +16,6 @@
 namespace qvn::test {
 namespace {
 
-constexpr std::uint32_t kFailure = 64;
-
 // What a client does with its devices, from beginning to end. It goes on when something fails and closes what
 // it has opened.
 struct Use {
@@ -202,11 +200,8 @@ void discovery(Stage& stage) { stage.did("discover", QvnDiscovery(1, FakeTranspo
 
 // The local transports are searched for what is not stored.
 void lookUps(Stage& stage) {
-  std::string module;
-  ApplicationSettings().getString(setting_key::kNetworkTransports, FakeTransport::kName, module,
-                                  SettingsStore::kLocal);
-  ApplicationSettings().setString(setting_key::kLocalTransports, FakeTransport::kName, module,
-                                  SettingsStore::kLocal);
+  ApplicationSettings().setString(setting_key::kLocalTransports, FakeTransport::kName,
+                                  Stage::transportModule(), SettingsStore::kLocal);
   for (const auto& [what, lookUp] : {std::pair("printer", &QvnEnumSpecificPrinter),
                                      {"scanner", &QvnEnumSpecificScanner},
                                      {"hid", &QvnEnumSpecificHid}}) {

@@ -7,6 +7,8 @@
 #include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
 #include "support/store_documents.h"
 
 namespace qvn::test {
@@ -14,8 +16,15 @@ namespace {
 
 std::atomic<Stage*> current{nullptr};
 
+constexpr std::uint32_t kCancelZeros = 4096;
+const Data kCancelled = bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0});
+
+// The default model.
+constexpr std::uint32_t kVid = 0x43D, kPid = 0x101;
+
 bool isPrinter(std::uint32_t handle) { return handle < kScanner; }
 bool isHid(std::uint32_t handle) { return handle >= kHid; }
+bool isScanner(std::uint32_t handle) { return !isPrinter(handle) && !isHid(handle); }
 bool isBpd(std::uint32_t handle) { return handle % 10 > 7; }
 
 void hear(const std::string& what, std::uint32_t clientId) {
@@ -39,6 +48,12 @@ Stage::Stage() {
   fake.onExchange = [this](const Data& request) {
     return request.getBuffer()[0] == '<' ? answer(asText(request)) : reply(request);
   };
+  fake.onWrite = [this](Data& data) {
+    // The zeros with which a job is cancelled.
+    if (data.getLength() == kCancelZeros) fake.deliver(kCancelled, FakeTransport::visited());
+    data.setRc(failsWrites ? kFailure : QRN_ERROR_SUCCESS);
+    data.setCount(failsWrites ? 0 : data.getLength());
+  };
   fake.onVisitor = [this](const std::string& visitor, Data* data) { return visit(visitor, data); };
   fake.onDiscover = [](const std::string&) { return std::vector{FakeTransport::printerText(kPrinter)}; };
 }
@@ -47,20 +62,27 @@ Stage::~Stage() { fake.reset(); }
 
 void Stage::store(const std::vector<std::uint32_t>& handles) {
   for (const std::uint32_t handle : handles) {
-    const std::string family = isBpd(handle) ? "Bpd" : "Cpd";
-    const std::string port = "PORT" + std::to_string(handle);
-    if (isPrinter(handle)) {
-      PrinterStore::getInstance().persist(FakeTransport::deviceText(family + "Printer", handle, port));
-    } else if (isHid(handle)) {
-      HidStore::getInstance().persist(FakeTransport::deviceText("CpdHid", handle, port));
-    } else {
-      ScannerStore::getInstance().persist(FakeTransport::deviceText(family + "Scanner", handle, port));
-    }
+    const char* const kind = isPrinter(handle) ? "Printer" : isHid(handle) ? "Hid" : "Scanner";
+    std::string text = FakeTransport::deviceText((isBpd(handle) ? "Bpd" : "Cpd") + std::string(kind), handle,
+                                                 "PORT" + std::to_string(handle));
+    AttributeCodec::setLong(text, attribute::kVid, kVid);
+    AttributeCodec::setLong(text, attribute::kPid, kPid);
+    if (isPrinter(handle)) PrinterStore::getInstance().persist(text);
+    if (isScanner(handle)) ScannerStore::getInstance().persist(text);
+    if (isHid(handle)) HidStore::getInstance().persist(text);
   }
+  ApplicationSettings().setLong("Runtime\\", "DefaultModelId", kVid << 16 | kPid, SettingsStore::kLocal);
 }
 
 void Stage::set(const std::string& setting, std::uint32_t value) {
   ApplicationSettings().setLong(setting_key::kSettings, setting, value, SettingsStore::kLocal);
+}
+
+std::string Stage::transportModule() {
+  std::string module;
+  ApplicationSettings().getString(setting_key::kNetworkTransports, FakeTransport::kName, module,
+                                  SettingsStore::kLocal);
+  return module;
 }
 
 void Stage::note(const std::string& line) {

@@ -15,7 +15,11 @@ namespace qvn::test {
 
 // The handles. The scanner 407 is part of the same device as the printer 7.
 inline constexpr std::uint32_t kPrinter = 7, kOtherPrinter = 17, kBpdPrinter = 8, kPlainPrinter = 9;
-inline constexpr std::uint32_t kScanner = 407, kBpdScanner = 408, kOtherBpdScanner = 418, kHid = 807;
+inline constexpr std::uint32_t kScanner = 407, kBpdScanner = 408, kOtherBpdScanner = 418, kHid = 807,
+                               kOtherHid = 817;
+
+// How a transport's call fails.
+inline constexpr std::uint32_t kFailure = 64;
 
 inline const std::string kEndOfJob("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
 inline const Data kScanBlock = bytes({0x1B, 's', 'd', 1, 0, 0, 0, 0, 9});
@@ -42,6 +46,8 @@ class Stage {
   static void store(const std::vector<std::uint32_t>& handles);
   static void set(const std::string& setting, std::uint32_t value);
 
+  static std::string transportModule();
+
   std::uint32_t did(const std::string& what, std::uint32_t rc) {
     note(what + " " + std::to_string(rc));
     return rc;
@@ -66,7 +72,8 @@ class Stage {
 
   // Of a Bpd scanner: no job can be made.
   std::atomic<bool> failsJobs{false};
-  // Of a printer: its channel for the cache.
+  // Of a printer: it takes no data, and it has a channel for the cache.
+  std::atomic<bool> failsWrites{false};
   std::atomic<bool> hasCacheChannel{false};
 
   FakeTransport& fake = FakeTransport::instance();

@@ -1,0 +1,372 @@
+// From inside every kind of callback every function is called, on every device: it returns with one of the
+// codes it may have, what the callback came in goes on, and everything can be closed. The same while another
+// thread closes the device or takes the library down, and when the callback throws.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <random>
+#include <stdexcept>
+#include <thread>
+
+#include "common/exception.h"
+#include "support/manual_clock.h"
+#include "sweeps/call_table.h"
+#include "sweeps/case_watch.h"
+#include "sweeps/stage.h"
+
+namespace qvn::test {
+namespace {
+
+const std::vector<std::uint32_t> kDevices = {kPrinter,    kOtherPrinter,    kBpdPrinter, kScanner,
+                                             kBpdScanner, kOtherBpdScanner, kHid,        kOtherHid};
+
+// A kind of callback: what is heard, of which device (0: of none), and how it is brought about.
+struct Origin {
+  const char* name;
+  const char* heard;
+  std::uint32_t device;
+  std::function<void(Stage&)> prepare;
+  std::function<std::uint32_t(Stage&)> operate;  // the callback comes in this
+  std::uint32_t usual = 0;                       // what it gives
+  std::vector<std::uint32_t> also = {};          // codes that functions may have, because of its moment
+
+  friend void PrintTo(const Origin& origin, std::ostream* out) { *out << origin.name; }
+};
+
+std::uint32_t write(Stage&) {
+  std::uint32_t written = 0;
+  const auto* const data = reinterpret_cast<const std::uint8_t*>(kEndOfJob.data());
+  return QvnWritePrinter(1, kPrinter, data, static_cast<std::uint32_t>(kEndOfJob.size()), &written);
+}
+std::uint32_t start(Stage&) { return QvnStartJobPrinter(1, kPrinter, 1, "queue", "host", "job", "user"); }
+std::uint32_t end(Stage&) { return QvnEndJobPrinter(1, kPrinter); }
+void started(Stage& stage) { start(stage); }
+void written(Stage& stage) {
+  start(stage);
+  write(stage);
+}
+void cancelled(Stage& stage) {
+  start(stage);
+  QvnCancelJobPrinter(2, kPrinter);
+}
+void failing(Stage& stage) {
+  start(stage);
+  stage.failsWrites = true;
+}
+
+std::uint32_t startScan(Stage&) { return QvnStartJobScanner(1, kScanner, nullptr); }
+std::uint32_t endScan(Stage&) { return QvnEndJobScanner(1, kScanner); }
+void scanning(Stage& stage) { startScan(stage); }
+std::uint32_t status(Stage& stage) { return stage.fake.deliver(kScanStatus, kScanner); }
+void scanned(Stage& stage) {
+  startScan(stage);
+  status(stage);
+}
+std::uint32_t startBpdScan(Stage&) { return QvnStartJobScanner(1, kBpdScanner, nullptr); }
+void bpdScanning(Stage& stage) {
+  startBpdScan(stage);
+  stage.await("started");
+}
+
+auto telling(std::uint32_t handle, const char* block) {
+  return [=](Stage& stage) { return stage.tell(handle, block); };
+}
+std::uint32_t event(Stage& stage) {
+  static std::uint32_t id = 0;
+  stage.tellEvent(kHid, ++id);
+  return 0;
+}
+auto alerting(std::uint32_t handle) {
+  return [=](Stage& stage) { return stage.fake.deliver(kPanelAlert, handle); };
+}
+void nothing(Stage&) {}
+
+const std::vector<Origin> origins = {
+    {"DeviceFound", "found", 0, nothing,
+     [](Stage&) { return QvnEnumPrinters(1, FakeTransport::kName, nullptr, heard::device); }},
+    {"QueueFound", "queue", 0, nothing,
+     [](Stage&) { return QvnEnumWindowsScanners(1, FakeTransport::kName, heard::queue); }},
+    {"CpdAlert", "alert 7", kPrinter, nothing, alerting(kPrinter)},
+    {"BpdAlert", "alert 8", kBpdPrinter, nothing, alerting(kBpdPrinter)},
+    {"AlertInJob", "alert 7", kPrinter, written, alerting(kPrinter)},
+    {"Busy", "notification 1", kPrinter, nothing, start},
+    {"Error", "notification 2", kPrinter, failing, write, kFailure},
+    {"Idle", "notification 3", kPrinter, written, end},
+    {"Closed",
+     "notification 3",
+     kPrinter,
+     nothing,
+     [](Stage&) { return QvnClosePrinter(1, kPrinter); },
+     0,
+     {1, 6}},
+    {"Starting", "notification 4", kPrinter, nothing, start},
+    {"FirstData", "notification 5", kPrinter, started, write},
+    {"Ending", "notification 6", kPrinter, written, end},
+    {"Cancelled", "notification 7", kPrinter, cancelled, write},
+    {"TrueEnd", "notification 8", kPrinter, written, end},
+    {"ScanStarted", "notification 50", kScanner, nothing, startScan},
+    {"ScanDataEnded", "notification 51", kScanner, scanning, status},
+    {"ScanEnded", "notification 53", kScanner, scanned, endScan},
+    {"CpdScanData", "scan data", kScanner, scanning,
+     [](Stage& stage) { return stage.fake.deliver(kScanBlock, kScanner); }},
+    {"CpdLastStatus", "scan data", kScanner, scanning, status},
+    {"BpdScanData", "scan 1000 dots", kBpdScanner, bpdScanning, telling(kBpdScanner, "<Scan.Data>dots")},
+    {"BpdAlert2000", "scan 2000 Ring", kBpdScanner, nothing, telling(kBpdScanner, "<Ring>")},
+    {"BpdAlert4000", "scan 4000 Scanning", kBpdScanner, bpdScanning,
+     [](Stage& stage) { return stage.tellState(kBpdScanner, "Scanning"); }},
+    {"BpdJobEnd", "scan 2000 Job.End", kBpdScanner, bpdScanning,
+     [](Stage& stage) {
+       stage.tellState(kBpdScanner, "Complete");
+       return stage.tell(kBpdScanner, "<Job.End>");
+     }},
+    {"LibraryAlert2000", "scan 2000 TimeoutX", kBpdScanner, nothing, startBpdScan},
+    {"LibraryAlertAtEnd", "scan 2000 Job.Cancelling", kBpdScanner, bpdScanning,
+     [](Stage&) { return QvnEndJobScanner(1, kBpdScanner); }},
+    {"LibraryAlert4000", "scan 4000 Scanner.CommError", kBpdScanner,
+     [](Stage& stage) { stage.failsJobs = true; },
+     [](Stage& stage) {
+       const std::uint32_t rc = startBpdScan(stage);
+       stage.await("inside");
+       return rc;
+     }},
+    {"WatchdogAlert", "scan 2000 Job.DataTimeout", kBpdScanner, bpdScanning,
+     [](Stage& stage) {
+       platform::sleep(30000);
+       stage.await("inside");
+       return 0u;
+     }},
+    {"HidReport", "report", kHid, nothing, telling(kHid, "key")},
+    {"HidEvent", "event", kHid, nothing, event},
+};
+
+// A case: the stage with every device open and two clients that listen to all of them, up to the callback.
+class Case {
+ public:
+  explicit Case(std::function<void()> inside) : inside_(std::move(inside)) {
+    stage.onHeard = [this](const std::string& what, std::uint32_t clientId) {
+      if (clientId != 1 || !armed_ || !what.starts_with(heard_)) return;
+      if (armed_.exchange(false)) run();
+    };
+    EXPECT_EQ(QvnInitialize(), 0u);
+    Stage::store(kDevices);
+    Stage::set("CpdPrinterMwo", 0);
+    Stage::set("CpdScanPerformanceNotifications", 1);
+    for (const std::uint32_t handle : kDevices) {
+      EXPECT_EQ(kindOf(handle).open(1, handle), 0u) << handle;
+      for (const std::uint32_t clientId : {1u, 2u}) stage.listen(clientId, handle);
+    }
+  }
+
+  // Everything is closed, by the client and by what it asked for inside callbacks, and taken down.
+  ~Case() {
+    for (const std::uint32_t handle : kDevices) {
+      for (int opens = 0; opens < 1000 && kindOf(handle).close(1, handle) == 0; ++opens) {
+      }
+    }
+    for (const std::uint32_t handle : kDevices) {
+      std::uint32_t rc = 170;
+      while ((rc = kindOf(handle).remove(1, handle)) == 170) std::this_thread::yield();
+      EXPECT_THAT(rc, testing::AnyOf(0u, 1u, 2u)) << "removed " << handle;
+    }
+    const bool isUp = QvnSuspend() == 0;
+    while (QvnSuspend() == 0) EXPECT_EQ(QvnUninitialize(), 0u);
+    if (isUp) {
+      EXPECT_EQ(stage.fake.held(), "");
+    }
+  }
+  Case(const Case&) = delete;
+  Case& operator=(const Case&) = delete;
+
+  std::uint32_t play(const Origin& origin) {
+    origin.prepare(stage);
+    return playOn(origin);
+  }
+  std::uint32_t playOn(const Origin& origin) {
+    heard_ = origin.heard;
+    armed_ = true;
+    const std::uint32_t rc = origin.operate(stage);
+    EXPECT_FALSE(armed_.exchange(false)) << "the callback did not come";
+    return rc;
+  }
+  Stage stage;
+
+ private:
+  void run() {
+    struct Inside {
+      Stage& stage;
+      ~Inside() { stage.note("inside"); }
+    } const note{stage};
+    inside_();
+  }
+
+  std::function<void()> inside_;
+  std::string heard_;
+  std::atomic<bool> armed_{false};
+};
+
+class Reentrancy : public testing::TestWithParam<Origin> {
+ protected:
+  Reentrancy() {
+    setenv("QVN_TRANSPORT_PATH", FAKE_CUPS_DIRECTORY, 1);
+    setenv("QVN_FAKE_CUPS", "Lab qvn://PORT407\nOffice qvn://PORT408\n", 1);
+  }
+
+  bool begin(const std::string& what) {
+    return watch.begin(std::string(GetParam().name) + ": " + what + ".");
+  }
+
+  ManualClock clock{ManualClock::Mode::AutoAdvance, std::chrono::milliseconds(10)};
+  CaseWatch watch;
+};
+
+void callAndCheck(const ExportedCall& call, std::uint32_t handle, const std::vector<std::uint32_t>& also) {
+  std::vector<std::uint32_t> allowed = call.allowed;
+  allowed.insert(allowed.end(), also.begin(), also.end());
+  const std::uint32_t rc = call.call(handle);
+  EXPECT_TRUE(std::ranges::count(allowed, rc) > 0) << call.name << "(" << handle << ") gave " << rc;
+}
+
+template <typename Wanted>
+void callEach(Wanted&& wanted, const std::vector<std::uint32_t>& also) {
+  for (const ExportedCall& call : exportedCalls()) {
+    if (!wanted(call)) continue;
+    for (const std::uint32_t handle : call.handles) callAndCheck(call, handle, also);
+  }
+}
+
+TEST_P(Reentrancy, EveryFunctionInsideACallback) {
+  const Origin& origin = GetParam();
+  const auto run = [&](const std::string& what, const std::function<void()>& inside) {
+    if (!begin(what)) return;
+    SCOPED_TRACE(origin.name + (": " + what));
+    EXPECT_EQ(Case(inside).play(origin), origin.usual);
+  };
+  run("the harmless ones", [&] {
+    callEach([](const ExportedCall& call) { return call.company == Company::Together; }, origin.also);
+  });
+  for (const ExportedCall& call : exportedCalls()) {
+    if (call.company == Company::Together) continue;
+    for (const std::uint32_t handle : call.handles) {
+      run(call.name + "(" + std::to_string(handle) + ")", [&] { callAndCheck(call, handle, origin.also); });
+    }
+  }
+}
+
+TEST_P(Reentrancy, WhileTheDeviceIsClosedOrTheLibraryTakenDown) {
+  const Origin& origin = GetParam();
+  const auto meanwhile = [&](const std::string& what, const std::function<void()>& other) {
+    if (!begin(what)) return;
+    SCOPED_TRACE(origin.name + (": " + what));
+    std::thread thread;
+    {
+      Case aCase([&] {
+        thread = std::thread(other);
+        for (int i = 0; i < 1000 && QvnSuspend() == 0; ++i) std::this_thread::yield();
+        callEach([](const ExportedCall& call) { return call.company != Company::Global; },
+                 {0, 1, 5, 6, 170, 1168});
+      });
+      aCase.play(origin);
+      if (thread.joinable()) thread.join();
+    }
+  };
+  for (const std::uint32_t handle : kDevices) {
+    if (handle != origin.device) continue;
+    meanwhile("closed meanwhile", [=] { EXPECT_EQ(kindOf(handle).close(1, handle), 0u); });
+  }
+  meanwhile("taken down meanwhile", [] { EXPECT_EQ(QvnUninitialize(), 0u); });
+}
+
+TEST_P(Reentrancy, ACallbackThatThrows) {
+  const Origin& origin = GetParam();
+  const std::pair<const char*, std::function<void()>> throwers[] = {
+      {"throws an exception", [] { throw std::runtime_error("a client's own"); }},
+      {"throws the library's", [] { throw Win32Exception("a client's own", kFailure, "", 0); }},
+      {"throws an int", [] { throw 7; }}};
+  for (const auto& [what, thrower] : throwers) {
+    if (!begin(what)) continue;
+    SCOPED_TRACE(origin.name + (std::string(": ") + what));
+    Case aCase(thrower);
+    aCase.stage.take();
+    EXPECT_EQ(aCase.play(origin), origin.usual);
+    const auto byOthers = [&](std::uint32_t clientId) {
+      const auto lines = aCase.stage.take();
+      return std::ranges::count_if(lines, [&](const std::string& line) {
+        return line.starts_with(origin.heard) &&
+               (origin.device == 0 || line.ends_with(std::to_string(clientId)));
+      });
+    };
+    EXPECT_GT(byOthers(2), origin.device == 0 ? 1 : 0) << "whoever is next is called";
+    if (kindOf(origin.device).open != QvnOpenHid) continue;
+    origin.operate(aCase.stage);
+    EXPECT_EQ(byOthers(1), 0) << "who threw is called no more";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(In, Reentrancy, testing::ValuesIn(origins),
+                         [](const auto& origin) { return origin.param.name; });
+
+// Four threads play the devices and call what they like, and so do the callbacks.
+class RandomCalls {
+ public:
+  static void call() {
+    const auto& calls = exportedCalls();
+    while (true) {
+      const ExportedCall& chosen = calls[random(calls.size())];
+      if (chosen.company == Company::Global || chosen.name.starts_with("Delete")) continue;
+      chosen.call(chosen.handles[random(chosen.handles.size())]);
+      return;
+    }
+  }
+
+  static void play(Stage& stage, std::uint32_t seed) {
+    generator().seed(seed);
+    for (int round = 0; round < 200; ++round) {
+      const std::uint32_t handle = kDevices[random(kDevices.size())];
+      const std::string blocks[] = {asText(kPanelAlert), asText(kScanBlock), asText(kScanStatus), "<Ring>",
+                                    "<Scan.Data>dots",   "<Job.End>"};
+      stage.tell(handle, blocks[random(std::size(blocks))]);
+      if (handle == kHid) stage.tellEvent(handle, random(9));
+      if (random(4) == 0 && kindOf(handle).open(1, handle) == 0) stage.listen(1, handle);
+      call();
+    }
+  }
+
+  static inline std::atomic<bool> isOver{false};
+
+  static void inside() {
+    thread_local int depth = 0;
+    if (isOver || depth > 1) return;
+    ++depth;
+    call();
+    --depth;
+  }
+
+ private:
+  static std::mt19937& generator() {
+    static std::atomic<std::uint32_t> threads{0};
+    thread_local std::mt19937 generator(++threads);
+    return generator;
+  }
+  static std::uint32_t random(std::size_t below) { return static_cast<std::uint32_t>(generator()() % below); }
+};
+
+TEST(RandomReentrancy, FourThreadsAndTheCallbacksCallWhatTheyLike) {
+  ManualClock clock{ManualClock::Mode::AutoAdvance};
+  CaseWatch watch;
+  watch.begin("random calls");
+  Case aCase(nullptr);
+  aCase.stage.onHeard = [](const std::string&, std::uint32_t) { RandomCalls::inside(); };
+  std::vector<std::thread> threads;
+  for (std::uint32_t seed = 1; seed <= 4; ++seed) {
+    threads.emplace_back([&, seed] { RandomCalls::play(aCase.stage, seed); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  RandomCalls::isOver = true;
+}
+
+TEST(ExportedCalls, AreAllInTheTable) { EXPECT_EQ(exportedCalls().size(), 70u); }
+
+}  // namespace
+}  // namespace qvn::test
