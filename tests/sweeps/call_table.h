@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,21 +10,17 @@ namespace qvn::test {
 
 // How many of them run inside one callback.
 enum class Company {
-  // It leaves everything that the others need, so they run one after the other.
-  Together,
+  Together,  // leaves everything that the others need
   Alone,
-  // Alone, and it is about the library as a whole.
-  Global,
+  Global,  // alone, and it is about the library as a whole
 };
 
 struct ExportedCall {
   std::string name;
   Company company;
-  // The devices it is tried on; 0 for a function without.
-  std::vector<std::uint32_t> handles;
-  // What it may answer inside a callback, with every device open.
-  std::vector<std::uint32_t> allowed;
-  std::uint32_t (*call)(std::uint32_t handle);
+  std::vector<std::uint32_t> handles;  // the devices it is tried on; 0 for a function without
+  std::vector<std::uint32_t> allowed;  // what it may answer inside a callback, with every device open
+  std::function<std::uint32_t(std::uint32_t handle)> call;
 };
 
 const std::vector<ExportedCall>& exportedCalls();

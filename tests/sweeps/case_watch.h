@@ -16,27 +16,16 @@ namespace qvn::test {
 
 class CaseWatch {
  public:
-  CaseWatch() {
-    for (const int signal : {SIGSEGV, SIGABRT}) {
-      struct sigaction action {};
-      action.sa_handler = tell;
-      sigaction(signal, &action, &previous_[signal]);
-    }
-    thread_ = std::thread([this] { run(); });
-  }
-  ~CaseWatch() {
-    begin("", true);
-    thread_.join();
-    for (const int signal : {SIGSEGV, SIGABRT}) sigaction(signal, &previous_[signal], nullptr);
-  }
-  CaseWatch(const CaseWatch&) = delete;
-  CaseWatch& operator=(const CaseWatch&) = delete;
+  CaseWatch() { static_cast<void>(handling_); }
 
   // Whether the case is to run: QVN_SWEEP_CASE in the environment is a part of the names of those that are.
   bool begin(const std::string& name) {
     const char* const wanted = std::getenv("QVN_SWEEP_CASE");
     if (wanted != nullptr && name.find(wanted) == std::string::npos) return false;
-    begin(name, false);
+    const std::lock_guard guard(mutex_);
+    name_[("\nin the case \"" + name.substr(0, 200) + "\"\n").copy(name_, sizeof name_ - 1)] = '\0';
+    ++cases_;
+    changed_.notify_all();
     return true;
   }
 
@@ -47,31 +36,28 @@ class CaseWatch {
     static_cast<void>(!write(STDERR_FILENO, name_, std::strlen(name_)));
     sigaction(signal, &previous_[signal], nullptr);
   }
-
-  void begin(const std::string& name, bool over) {
-    const std::lock_guard guard(mutex_);
-    ("\nin the case: " + name.substr(0, sizeof name_ - 20) + "\n").copy(name_, sizeof name_ - 1);
-    name_[std::min(sizeof name_ - 1, name.size() + 15)] = '\0';
-    over_ = over;
-    ++cases_;
-    changed_.notify_all();
+  static bool handle() {
+    struct sigaction action {};
+    action.sa_handler = tell;
+    for (const int signal : {SIGSEGV, SIGABRT}) sigaction(signal, &action, &previous_[signal]);
+    return true;
   }
 
-  void run() {
+  void watch(const std::stop_token& over) {
     std::unique_lock lock(mutex_);
-    while (!over_) {
-      const int seen = cases_;
-      if (!changed_.wait_for(lock, kPatience, [&] { return cases_ != seen; })) std::abort();
+    while (!over.stop_requested()) {
+      const auto begun = [this, seen = cases_] { return cases_ != seen; };
+      if (!changed_.wait_for(lock, over, kPatience, begun) && !over.stop_requested()) std::abort();
     }
   }
 
-  static inline struct sigaction previous_[NSIG];
   static inline char name_[256];
+  static inline struct sigaction previous_[NSIG];
+  static inline const bool handling_ = handle();
   std::mutex mutex_;
-  std::condition_variable changed_;
+  std::condition_variable_any changed_;
   int cases_ = 0;
-  bool over_ = false;
-  std::thread thread_;
+  std::jthread thread_{[this](const std::stop_token& over) { watch(over); }};
 };
 
 }  // namespace qvn::test

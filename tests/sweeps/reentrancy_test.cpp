@@ -19,6 +19,8 @@
 namespace qvn::test {
 namespace {
 
+using testing::Contains;
+
 const std::vector<std::uint32_t> kDevices = {kPrinter,    kOtherPrinter,    kBpdPrinter, kScanner,
                                              kBpdScanner, kOtherBpdScanner, kHid,        kOtherHid};
 
@@ -27,118 +29,45 @@ struct Origin {
   const char* name;
   const char* heard;
   std::uint32_t device;
-  std::function<void(Stage&)> prepare;
-  std::function<std::uint32_t(Stage&)> operate;  // the callback comes in this
-  std::uint32_t usual = 0;                       // what it gives
-  std::vector<std::uint32_t> also = {};          // codes that functions may have, because of its moment
+  const char* before;
+  const char* words;                       // the callback comes in these
+  std::vector<std::uint32_t> usual = {0};  // what they give
+  std::vector<std::uint32_t> also = {};    // what functions inside may give at this moment
 
   friend void PrintTo(const Origin& origin, std::ostream* out) { *out << origin.name; }
 };
 
-std::uint32_t write(Stage&) {
-  std::uint32_t written = 0;
-  const auto* const data = reinterpret_cast<const std::uint8_t*>(kEndOfJob.data());
-  return QvnWritePrinter(1, kPrinter, data, static_cast<std::uint32_t>(kEndOfJob.size()), &written);
-}
-std::uint32_t start(Stage&) { return QvnStartJobPrinter(1, kPrinter, 1, "queue", "host", "job", "user"); }
-std::uint32_t end(Stage&) { return QvnEndJobPrinter(1, kPrinter); }
-void started(Stage& stage) { start(stage); }
-void written(Stage& stage) {
-  start(stage);
-  write(stage);
-}
-void cancelled(Stage& stage) {
-  start(stage);
-  QvnCancelJobPrinter(2, kPrinter);
-}
-void failing(Stage& stage) {
-  start(stage);
-  stage.failsWrites = true;
-}
-
-std::uint32_t startScan(Stage&) { return QvnStartJobScanner(1, kScanner, nullptr); }
-std::uint32_t endScan(Stage&) { return QvnEndJobScanner(1, kScanner); }
-void scanning(Stage& stage) { startScan(stage); }
-std::uint32_t status(Stage& stage) { return stage.fake.deliver(kScanStatus, kScanner); }
-void scanned(Stage& stage) {
-  startScan(stage);
-  status(stage);
-}
-std::uint32_t startBpdScan(Stage&) { return QvnStartJobScanner(1, kBpdScanner, nullptr); }
-void bpdScanning(Stage& stage) {
-  startBpdScan(stage);
-  stage.await("started");
-}
-
-auto telling(std::uint32_t handle, const char* block) {
-  return [=](Stage& stage) { return stage.tell(handle, block); };
-}
-std::uint32_t event(Stage& stage) {
-  static std::uint32_t id = 0;
-  stage.tellEvent(kHid, ++id);
-  return 0;
-}
-auto alerting(std::uint32_t handle) {
-  return [=](Stage& stage) { return stage.fake.deliver(kPanelAlert, handle); };
-}
-void nothing(Stage&) {}
-
-const std::vector<Origin> origins = {
-    {"DeviceFound", "found", 0, nothing,
-     [](Stage&) { return QvnEnumPrinters(1, FakeTransport::kName, nullptr, heard::device); }},
-    {"QueueFound", "queue", 0, nothing,
-     [](Stage&) { return QvnEnumWindowsScanners(1, FakeTransport::kName, heard::queue); }},
-    {"CpdAlert", "alert 7", kPrinter, nothing, alerting(kPrinter)},
-    {"BpdAlert", "alert 8", kBpdPrinter, nothing, alerting(kBpdPrinter)},
-    {"AlertInJob", "alert 7", kPrinter, written, alerting(kPrinter)},
-    {"Busy", "notification 1", kPrinter, nothing, start},
-    {"Error", "notification 2", kPrinter, failing, write, kFailure},
-    {"Idle", "notification 3", kPrinter, written, end},
-    {"Closed",
-     "notification 3",
-     kPrinter,
-     nothing,
-     [](Stage&) { return QvnClosePrinter(1, kPrinter); },
-     0,
-     {1, 6}},
-    {"Starting", "notification 4", kPrinter, nothing, start},
-    {"FirstData", "notification 5", kPrinter, started, write},
-    {"Ending", "notification 6", kPrinter, written, end},
-    {"Cancelled", "notification 7", kPrinter, cancelled, write},
-    {"TrueEnd", "notification 8", kPrinter, written, end},
-    {"ScanStarted", "notification 50", kScanner, nothing, startScan},
-    {"ScanDataEnded", "notification 51", kScanner, scanning, status},
-    {"ScanEnded", "notification 53", kScanner, scanned, endScan},
-    {"CpdScanData", "scan data", kScanner, scanning,
-     [](Stage& stage) { return stage.fake.deliver(kScanBlock, kScanner); }},
-    {"CpdLastStatus", "scan data", kScanner, scanning, status},
-    {"BpdScanData", "scan 1000 dots", kBpdScanner, bpdScanning, telling(kBpdScanner, "<Scan.Data>dots")},
-    {"BpdAlert2000", "scan 2000 Ring", kBpdScanner, nothing, telling(kBpdScanner, "<Ring>")},
-    {"BpdAlert4000", "scan 4000 Scanning", kBpdScanner, bpdScanning,
-     [](Stage& stage) { return stage.tellState(kBpdScanner, "Scanning"); }},
-    {"BpdJobEnd", "scan 2000 Job.End", kBpdScanner, bpdScanning,
-     [](Stage& stage) {
-       stage.tellState(kBpdScanner, "Complete");
-       return stage.tell(kBpdScanner, "<Job.End>");
-     }},
-    {"LibraryAlert2000", "scan 2000 TimeoutX", kBpdScanner, nothing, startBpdScan},
-    {"LibraryAlertAtEnd", "scan 2000 Job.Cancelling", kBpdScanner, bpdScanning,
-     [](Stage&) { return QvnEndJobScanner(1, kBpdScanner); }},
-    {"LibraryAlert4000", "scan 4000 Scanner.CommError", kBpdScanner,
-     [](Stage& stage) { stage.failsJobs = true; },
-     [](Stage& stage) {
-       const std::uint32_t rc = startBpdScan(stage);
-       stage.await("inside");
-       return rc;
-     }},
-    {"WatchdogAlert", "scan 2000 Job.DataTimeout", kBpdScanner, bpdScanning,
-     [](Stage& stage) {
-       platform::sleep(30000);
-       stage.await("inside");
-       return 0u;
-     }},
-    {"HidReport", "report", kHid, nothing, telling(kHid, "key")},
-    {"HidEvent", "event", kHid, nothing, event},
+const Origin origins[] = {
+    {"DeviceFound", "found", 0, "", "EnumPrinters"},
+    {"QueueFound", "queue", 0, "", "EnumWindowsScanners"},
+    {"CpdAlert", "alert 7", kPrinter, "", "alert"},
+    {"BpdAlert", "alert 8", kBpdPrinter, "", "alert"},
+    {"AlertInJob", "alert 7", kPrinter, "StartJob Write", "alert"},
+    {"Busy", "notification 1", kPrinter, "", "StartJob"},
+    {"Error", "notification 2", kPrinter, "StartJob failing", "Write", {kFailure, 0}},
+    {"WritersError", "notification 2", kPrinter, "buffered StartJob Write failing", "Write inside taking"},
+    {"Idle", "notification 3", kPrinter, "StartJob Write", "EndJob"},
+    {"Closed", "notification 3", kPrinter, "", "Close", {0}, {1, 6}},
+    {"Starting", "notification 4", kPrinter, "", "StartJob"},
+    {"FirstData", "notification 5", kPrinter, "StartJob", "Write"},
+    {"Ending", "notification 6", kPrinter, "StartJob Write", "EndJob"},
+    {"Cancelled", "notification 7", kPrinter, "StartJob cancel", "Write"},
+    {"TrueEnd", "notification 8", kPrinter, "StartJob Write", "EndJob"},
+    {"ScanStarted", "notification 50", kScanner, "", "StartJob"},
+    {"ScanDataEnded", "notification 51", kScanner, "StartJob", "status"},
+    {"ScanEnded", "notification 53", kScanner, "StartJob status", "EndJob"},
+    {"CpdScanData", "scan data", kScanner, "StartJob", "data"},
+    {"CpdLastStatus", "scan data", kScanner, "StartJob", "status"},
+    {"BpdScanData", "scan 1000 dots", kBpdScanner, "StartJob started", "data"},
+    {"BpdAlert2000", "scan 2000 Ring", kBpdScanner, "", "ring"},
+    {"BpdAlert4000", "scan 4000 Scanning", kBpdScanner, "StartJob started", "scanning"},
+    {"BpdJobEnd", "scan 2000 Job.End", kBpdScanner, "StartJob started complete", "jobEnd"},
+    {"LibraryAlert2000", "scan 2000 TimeoutX", kBpdScanner, "", "StartJob"},
+    {"LibraryAlertAtEnd", "scan 2000 Job.Cancelling", kBpdScanner, "StartJob started", "EndJob"},
+    {"LibraryAlert4000", "scan 4000 Scanner.CommError", kBpdScanner, "jobless", "StartJob inside"},
+    {"WatchdogAlert", "scan 2000 Job.DataTimeout", kBpdScanner, "StartJob started", "inside"},
+    {"HidReport", "report", kHid, "", "report"},
+    {"HidEvent", "event", kHid, "", "event"},
 };
 
 // A case: the stage with every device open and two clients that listen to all of them, up to the callback.
@@ -155,7 +84,7 @@ class Case {
     Stage::set("CpdScanPerformanceNotifications", 1);
     for (const std::uint32_t handle : kDevices) {
       EXPECT_EQ(kindOf(handle).open(1, handle), 0u) << handle;
-      for (const std::uint32_t clientId : {1u, 2u}) stage.listen(clientId, handle);
+      for (const std::uint32_t clientId : {1u, 2u}) Stage::listen(clientId, handle);
     }
   }
 
@@ -179,17 +108,16 @@ class Case {
   Case(const Case&) = delete;
   Case& operator=(const Case&) = delete;
 
+  // The origin's callback comes; the result of what it comes in.
   std::uint32_t play(const Origin& origin) {
-    origin.prepare(stage);
-    return playOn(origin);
-  }
-  std::uint32_t playOn(const Origin& origin) {
+    stage.play(origin.device, origin.before);
     heard_ = origin.heard;
     armed_ = true;
-    const std::uint32_t rc = origin.operate(stage);
+    const std::uint32_t rc = stage.play(origin.device, origin.words);
     EXPECT_FALSE(armed_.exchange(false)) << "the callback did not come";
     return rc;
   }
+
   Stage stage;
 
  private:
@@ -241,7 +169,7 @@ TEST_P(Reentrancy, EveryFunctionInsideACallback) {
   const auto run = [&](const std::string& what, const std::function<void()>& inside) {
     if (!begin(what)) return;
     SCOPED_TRACE(origin.name + (": " + what));
-    EXPECT_EQ(Case(inside).play(origin), origin.usual);
+    EXPECT_THAT(origin.usual, Contains(Case(inside).play(origin)));
   };
   run("the harmless ones", [&] {
     callEach([](const ExportedCall& call) { return call.company == Company::Together; }, origin.also);
@@ -265,7 +193,7 @@ TEST_P(Reentrancy, WhileTheDeviceIsClosedOrTheLibraryTakenDown) {
         thread = std::thread(other);
         for (int i = 0; i < 1000 && QvnSuspend() == 0; ++i) std::this_thread::yield();
         callEach([](const ExportedCall& call) { return call.company != Company::Global; },
-                 {0, 1, 5, 6, 170, 1168});
+                 {0, 1, 5, 6, 170, 1168, 1796});
       });
       aCase.play(origin);
       if (thread.joinable()) thread.join();
@@ -273,7 +201,7 @@ TEST_P(Reentrancy, WhileTheDeviceIsClosedOrTheLibraryTakenDown) {
   };
   for (const std::uint32_t handle : kDevices) {
     if (handle != origin.device) continue;
-    meanwhile("closed meanwhile", [=] { EXPECT_EQ(kindOf(handle).close(1, handle), 0u); });
+    meanwhile("closed meanwhile", [=] { EXPECT_LE(kindOf(handle).close(1, handle), 1u); });
   }
   meanwhile("taken down meanwhile", [] { EXPECT_EQ(QvnUninitialize(), 0u); });
 }
@@ -289,18 +217,18 @@ TEST_P(Reentrancy, ACallbackThatThrows) {
     SCOPED_TRACE(origin.name + (std::string(": ") + what));
     Case aCase(thrower);
     aCase.stage.take();
-    EXPECT_EQ(aCase.play(origin), origin.usual);
-    const auto byOthers = [&](std::uint32_t clientId) {
-      const auto lines = aCase.stage.take();
-      return std::ranges::count_if(lines, [&](const std::string& line) {
-        return line.starts_with(origin.heard) &&
-               (origin.device == 0 || line.ends_with(std::to_string(clientId)));
-      });
-    };
-    EXPECT_GT(byOthers(2), origin.device == 0 ? 1 : 0) << "whoever is next is called";
+    EXPECT_THAT(origin.usual, Contains(aCase.play(origin)));
+    // Of a search the next thing found; else what the other client hears, perhaps a moment later.
+    const std::string other = origin.device == 0 ? "1" : "2";
+    const std::ptrdiff_t calls = origin.device == 0 ? 2 : 1;
+    for (int i = 0; i < 10000 && aCase.stage.count(origin.heard, other) < calls; ++i) {
+      std::this_thread::yield();
+    }
+    EXPECT_GE(aCase.stage.count(origin.heard, other), calls) << "whoever is next is called";
     if (kindOf(origin.device).open != QvnOpenHid) continue;
-    origin.operate(aCase.stage);
-    EXPECT_EQ(byOthers(1), 0) << "who threw is called no more";
+    aCase.stage.take();
+    aCase.stage.play(origin.device, origin.words);
+    EXPECT_EQ(aCase.stage.count(origin.heard, "1"), 0) << "who threw is called no more";
   }
 }
 
@@ -324,11 +252,9 @@ class RandomCalls {
     generator().seed(seed);
     for (int round = 0; round < 200; ++round) {
       const std::uint32_t handle = kDevices[random(kDevices.size())];
-      const std::string blocks[] = {asText(kPanelAlert), asText(kScanBlock), asText(kScanStatus), "<Ring>",
-                                    "<Scan.Data>dots",   "<Job.End>"};
-      stage.tell(handle, blocks[random(std::size(blocks))]);
-      if (handle == kHid) stage.tellEvent(handle, random(9));
-      if (random(4) == 0 && kindOf(handle).open(1, handle) == 0) stage.listen(1, handle);
+      const char* const tales[] = {"alert", "data", "status", "ring", "jobEnd", "event"};
+      stage.play(handle, tales[random(std::size(tales))]);
+      if (random(4) == 0 && kindOf(handle).open(1, handle) == 0) Stage::listen(1, handle);
       call();
     }
   }

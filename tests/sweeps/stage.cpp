@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
+#include <sstream>
 #include <thread>
 
 #include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
+#include "platform/base/clock.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/store_documents.h"
+#include "sweeps/call_table.h"
 
 namespace qvn::test {
 namespace {
@@ -27,6 +31,93 @@ bool isHid(std::uint32_t handle) { return handle >= kHid; }
 bool isScanner(std::uint32_t handle) { return !isPrinter(handle) && !isHid(handle); }
 bool isBpd(std::uint32_t handle) { return handle % 10 > 7; }
 
+std::uint32_t tell(std::uint32_t handle, const std::string& block) {
+  return FakeTransport::instance().deliver(Data(block), handle);
+}
+std::uint32_t tellState(std::uint32_t handle, const std::string& state) {
+  return tell(handle, notification(std::to_string(handle) + "_Observer", "Job_1", "stateChanged",
+                                   entries("ScanJob", "state", state)));
+}
+std::uint32_t tellEvent(std::uint32_t handle) {
+  static std::atomic<std::uint32_t> latest{0};
+  Notification event;
+  event.category = 2;
+  event.id = ++latest;
+  FakeTransport::instance().deliver(event, handle);
+  return QRN_ERROR_SUCCESS;
+}
+
+std::optional<Data> reply(const Data& request) {
+  const std::uint8_t* const packet = request.getBuffer();
+  if (packet[0] == 0x1B) {
+    return packet[2] == 'V' ? bytes({0x1B, 's', 'v', 2, 0, 0, 0, 0, 'o', 'k'})
+                            : bytes({0x1B, 'S', 'S', 0, 0, 0, 0, 0});
+  }
+  const int command = packet[4];
+  const int sub = request.getLength() > 5 ? packet[5] : 0;
+  Data reply = bytes({0xA5, 0, 6, 0, command, sub, 0, 0, 5});
+  if (command == 5 && sub == 2) reply.append(Data(17, 0));  // the job is over
+  if (command == 1) reply.append(Data(23, 0));
+  if (command == 0xE0 && sub == 0x81) {
+    reply = bytes({0xA5, 0, 20, 0, 0xE0, 0x81, 0, 0xF0, 0, 0, 0, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 6, 7});
+  }
+  reply.getBuffer()[2] = static_cast<std::uint8_t>(reply.getLength() - 3);
+  return reply;
+}
+
+// What the words do that are no exported functions. They get the result of the word before, which those give
+// that have none of their own.
+using Rc = std::uint32_t;
+const std::map<std::string, std::function<Rc(Stage&, std::uint32_t handle, Rc rc)>> acts = {
+    {"alert", [](Stage&, auto h, Rc) { return tell(h, std::string("\xA5\0\5\0\xF0\xE1\0\0", 8)); }},
+    {"data", [](Stage&, auto h,
+                Rc) { return tell(h, isBpd(h) ? "<Scan.Data>dots" : std::string("\x1Bsd\1\0\0\0\0x", 9)); }},
+    {"status", [](Stage&, auto h, Rc) { return tell(h, std::string("\x1BSS\0\0\0\0\0", 8)); }},
+    {"ring", [](Stage&, auto h, Rc) { return tell(h, "<Ring>"); }},
+    {"scanning", [](Stage&, auto h, Rc) { return tellState(h, "Scanning"); }},
+    {"complete", [](Stage&, auto h, Rc) { return tellState(h, "Complete"); }},
+    {"jobEnd", [](Stage&, auto h, Rc) { return tell(h, "<Job.End>"); }},
+    {"report", [](Stage&, auto h, Rc) { return tell(h, "key"); }},
+    {"event", [](Stage&, auto h, Rc) { return tellEvent(h); }},
+    {"cancel",
+     [](Stage&, auto h, Rc rc) {
+       std::thread([&] { rc = QvnCancelJobPrinter(2, h); }).join();
+       return rc;
+     }},
+    // Settings and what the devices do.
+    {"buffered", [](Stage& stage, auto, Rc rc) { return stage.set("CpdPrinterMwo", 1), rc; }},
+    {"failing", [](Stage& stage, auto, Rc rc) { return stage.failsWrites = true, rc; }},
+    {"taking", [](Stage& stage, auto, Rc rc) { return stage.failsWrites = false, rc; }},
+    {"channel", [](Stage& stage, auto, Rc rc) { return stage.hasCacheChannel = true, rc; }},
+    {"jobless", [](Stage& stage, auto, Rc rc) { return stage.failsJobs = true, rc; }},
+    // A Bpd scanner's job has been started, or cannot be. Computing meanwhile keeps the clock from skipping a
+    // wait that is about to end.
+    {"started",
+     [](Stage& stage, auto, Rc rc) {
+       while (rc == 0 && stage.count("started by") + stage.count("scan 4000 Scanner.CommError") == 0) {
+         std::this_thread::yield();
+       }
+       return rc;
+     }},
+    // A callback that comes when another thread has waited for long enough.
+    {"inside",
+     [](Stage& stage, auto, Rc rc) {
+       while (stage.count("inside") == 0) platform::sleep(1000);
+       return rc;
+     }},
+    // The local transports are searched for what is not stored.
+    {"lookUps",
+     [](Stage& stage, auto, Rc rc) {
+       ApplicationSettings().setString(setting_key::kLocalTransports, FakeTransport::kName,
+                                       stage.transportModule(), SettingsStore::kLocal);
+       for (const auto lookUp : {QvnEnumSpecificPrinter, QvnEnumSpecificScanner, QvnEnumSpecificHid}) {
+         std::uint32_t handle = 0;
+         rc = rc * 10 + lookUp(1, "UNKNOWN", &handle);
+       }
+       return rc;
+     }},
+};
+
 void hear(const std::string& what, std::uint32_t clientId) {
   Stage& stage = *current;
   stage.note(what + " by " + std::to_string(clientId));
@@ -36,9 +127,9 @@ void hear(const std::string& what, std::uint32_t clientId) {
 }  // namespace
 
 const Kind& kindOf(std::uint32_t handle) {
-  static const Kind printer{QvnOpenPrinter, QvnClosePrinter, QvnDeletePrinter};
-  static const Kind scanner{QvnOpenScanner, QvnCloseScanner, QvnDeleteScanner};
-  static const Kind hid{QvnOpenHid, QvnCloseHid, QvnDeleteHid};
+  static const Kind printer{"Printer", QvnOpenPrinter, QvnClosePrinter, QvnDeletePrinter};
+  static const Kind scanner{"Scanner", QvnOpenScanner, QvnCloseScanner, QvnDeleteScanner};
+  static const Kind hid{"Hid", QvnOpenHid, QvnCloseHid, QvnDeleteHid};
   return isPrinter(handle) ? printer : isHid(handle) ? hid : scanner;
 }
 
@@ -51,8 +142,9 @@ Stage::Stage() {
   fake.onWrite = [this](Data& data) {
     // The zeros with which a job is cancelled.
     if (data.getLength() == kCancelZeros) fake.deliver(kCancelled, FakeTransport::visited());
-    data.setRc(failsWrites ? kFailure : QRN_ERROR_SUCCESS);
-    data.setCount(failsWrites ? 0 : data.getLength());
+    const bool fails = failsWrites && FakeTransport::visited() == kPrinter;
+    data.setRc(fails ? kFailure : QRN_ERROR_SUCCESS);
+    data.setCount(fails ? 0 : data.getLength());
   };
   fake.onVisitor = [this](const std::string& visitor, Data* data) { return visit(visitor, data); };
   fake.onDiscover = [](const std::string&) { return std::vector{FakeTransport::printerText(kPrinter)}; };
@@ -62,9 +154,9 @@ Stage::~Stage() { fake.reset(); }
 
 void Stage::store(const std::vector<std::uint32_t>& handles) {
   for (const std::uint32_t handle : handles) {
-    const char* const kind = isPrinter(handle) ? "Printer" : isHid(handle) ? "Hid" : "Scanner";
-    std::string text = FakeTransport::deviceText((isBpd(handle) ? "Bpd" : "Cpd") + std::string(kind), handle,
-                                                 "PORT" + std::to_string(handle));
+    const std::string family = isBpd(handle) ? "Bpd" : "Cpd";
+    std::string text =
+        FakeTransport::deviceText(family + kindOf(handle).name, handle, "PORT" + std::to_string(handle));
     AttributeCodec::setLong(text, attribute::kVid, kVid);
     AttributeCodec::setLong(text, attribute::kPid, kPid);
     if (isPrinter(handle)) PrinterStore::getInstance().persist(text);
@@ -95,78 +187,38 @@ std::vector<std::string> Stage::take() {
   return std::exchange(lines_, {});
 }
 
-bool Stage::await(const std::string& prefix) {
-  // Computing meanwhile keeps the clock from skipping a wait that is about to end.
-  while (true) {
-    {
-      const std::lock_guard guard(mutex_);
-      for (const std::string& line : lines_) {
-        if (line.starts_with(prefix)) return true;
-        if (line.starts_with("scan 4000 Scanner.CommError")) return false;
-      }
+std::ptrdiff_t Stage::count(const std::string& beginning, const std::string& ending) {
+  const std::lock_guard guard(mutex_);
+  return std::ranges::count_if(
+      lines_, [&](const std::string& line) { return line.starts_with(beginning) && line.ends_with(ending); });
+}
+
+std::uint32_t Stage::play(std::uint32_t handle, const std::string& words) {
+  std::istringstream stream(words);
+  std::uint32_t rc = QRN_ERROR_SUCCESS;
+  for (std::string word; stream >> word;) {
+    const auto act = acts.find(word);
+    if (act != acts.end()) {
+      rc = act->second(*this, handle, rc);
+    } else {
+      const std::string name = handle == 0 ? word : word + kindOf(handle).name;
+      rc = std::ranges::find(exportedCalls(), name, &ExportedCall::name)->call(handle);
     }
-    std::this_thread::yield();
+    note(word + " " + std::to_string(rc));
   }
+  return rc;
 }
 
 void Stage::listen(std::uint32_t clientId, std::uint32_t handle) {
   if (isPrinter(handle)) {
-    if (handle != kPlainPrinter) {
-      did("register alerts", QvnRegisterForAlertsPrinter(clientId, handle, kPanelAlerts, heard::alert));
-    }
-    did("register notifications",
-        QvnRegisterForNotificationsPrinter(clientId, handle, 1, heard::notification));
+    QvnRegisterForAlertsPrinter(clientId, handle, kAlerts, heard::alert);
+    QvnRegisterForNotificationsPrinter(clientId, handle, 1, heard::notification);
   } else if (isHid(handle)) {
-    did("register reports", QvnRegisterForReportsHid(clientId, handle, heard::report));
-    did("register events", QvnRegisterForNotificationsHid(clientId, handle, heard::notification));
+    QvnRegisterForReportsHid(clientId, handle, heard::report);
+    QvnRegisterForNotificationsHid(clientId, handle, heard::notification);
   } else {
-    did("register data", QvnRegisterForAsyncDataScanner(clientId, handle, 0x7000, heard::scan));
+    QvnRegisterForAsyncDataScanner(clientId, handle, 0x7000, heard::scan);
   }
-}
-
-void Stage::unlisten(std::uint32_t clientId, std::uint32_t handle) {
-  if (isPrinter(handle)) {
-    QvnUnregisterForAlertsPrinter(clientId, handle);
-    QvnUnregisterForNotificationsPrinter(clientId, handle);
-  } else if (isHid(handle)) {
-    QvnUnregisterForReportsHid(clientId, handle);
-    QvnUnregisterForNotificationsHid(clientId, handle);
-  } else {
-    QvnUnregisterForAsyncDataScanner(clientId, handle);
-  }
-}
-
-std::uint32_t Stage::tell(std::uint32_t handle, const std::string& block) {
-  return fake.deliver(Data(block), handle);
-}
-
-std::uint32_t Stage::tellState(std::uint32_t handle, const std::string& state) {
-  return tell(handle, notification(std::to_string(handle) + "_Observer", "Job_1", "stateChanged",
-                                   entries("ScanJob", "state", state)));
-}
-
-void Stage::tellEvent(std::uint32_t handle, std::uint32_t id) {
-  Notification event;
-  event.category = 2;
-  event.id = id;
-  fake.deliver(event, handle);
-}
-
-std::optional<Data> Stage::reply(const Data& request) {
-  const std::uint8_t* const packet = request.getBuffer();
-  if (packet[0] == 0x1B) {
-    return packet[2] == 'V' ? bytes({0x1B, 's', 'v', 2, 0, 0, 0, 0, 'o', 'k'}) : kScanStatus;
-  }
-  const int command = packet[4];
-  const int sub = request.getLength() > 5 ? packet[5] : 0;
-  Data reply = bytes({0xA5, 0, 6, 0, command, sub, 0, 0, 5});
-  if (command == 5 && sub == 2) reply.append(Data(17, 0));  // the job is over
-  if (command == 1) reply.append(Data(23, 0));
-  if (command == 0xE0 && sub == 0x81) {
-    reply = bytes({0xA5, 0, 20, 0, 0xE0, 0x81, 0, 0xF0, 0, 0, 0, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 6, 7});
-  }
-  reply.getBuffer()[2] = static_cast<std::uint8_t>(reply.getLength() - 3);
-  return reply;
 }
 
 std::optional<Data> Stage::answer(const std::string& document) {
@@ -182,7 +234,7 @@ std::optional<Data> Stage::answer(const std::string& document) {
   if (what == "callMethod jobFactory create") {
     return Data(failsJobs ? exception(id) : response(id, text("Job_1")));
   }
-  if (what == "callMethod Job_1 start") note("started");
+  if (what == "callMethod Job_1 start") note("started by its device");
   return Data(response(id, number(0)));
 }
 
@@ -210,7 +262,7 @@ void alert(std::uint32_t handle, const std::uint8_t*, std::uint32_t, std::uint32
 }
 void notification(std::uint32_t, std::uint32_t category, std::uint32_t id, const std::uint8_t*, std::uint32_t,
                   std::uint32_t clientId) {
-  hear((category == 2 ? "event " : "notification ") + std::to_string(id), clientId);
+  hear(category == 2 ? "event" : "notification " + std::to_string(id), clientId);
 }
 std::uint32_t scan(std::uint32_t clientId, std::uint32_t, std::uint32_t handle, std::uint32_t event,
                    const std::uint8_t* data, std::uint32_t length) {

@@ -1,4 +1,5 @@
-// Devices of every family on the fake transport, which do what such devices do, and what the clients hear.
+// Devices of every family on the fake transport, which do what such devices do, and a client that plays with
+// them and notes what it did and heard.
 #pragma once
 
 #include <atomic>
@@ -15,27 +16,26 @@ namespace qvn::test {
 
 // The handles. The scanner 407 is part of the same device as the printer 7.
 inline constexpr std::uint32_t kPrinter = 7, kOtherPrinter = 17, kBpdPrinter = 8, kPlainPrinter = 9;
-inline constexpr std::uint32_t kScanner = 407, kBpdScanner = 408, kOtherBpdScanner = 418, kHid = 807,
-                               kOtherHid = 817;
+inline constexpr std::uint32_t kScanner = 407, kBpdScanner = 408, kOtherBpdScanner = 418;
+inline constexpr std::uint32_t kHid = 807, kOtherHid = 817;
 
 // How a transport's call fails.
 inline constexpr std::uint32_t kFailure = 64;
 
+// All that a printer can be asked for.
+inline constexpr std::uint32_t kAlerts = 0x3FFFFFF;
+
 inline const std::string kEndOfJob("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
-inline const Data kScanBlock = bytes({0x1B, 's', 'd', 1, 0, 0, 0, 0, 9});
-inline const Data kScanStatus = bytes({0x1B, 'S', 'S', 0, 0, 0, 0, 0});
-inline const Data kPanelAlert = bytes({0xA5, 0, 5, 0, 0xF0, 0xE1, 0, 0});
-inline constexpr std::uint32_t kPanelAlerts = 0x80000;
 
 // The functions of one kind of device.
 struct Kind {
+  const char* name;
   std::uint32_t (*open)(std::uint32_t, std::uint32_t);
   std::uint32_t (*close)(std::uint32_t, std::uint32_t);
   std::uint32_t (*remove)(std::uint32_t, std::uint32_t);
 };
 const Kind& kindOf(std::uint32_t handle);
 
-// What happens, in order.
 class Stage {
  public:
   Stage();
@@ -43,43 +43,37 @@ class Stage {
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
 
+  // When the library is initialised.
   static void store(const std::vector<std::uint32_t>& handles);
   static void set(const std::string& setting, std::uint32_t value);
-
   static std::string transportModule();
 
-  std::uint32_t did(const std::string& what, std::uint32_t rc) {
-    note(what + " " + std::to_string(rc));
-    return rc;
-  }
-  void note(const std::string& line);
-  std::vector<std::string> take();
-  // What comes after a line that begins so has been heard, within the time that the CaseWatch gives.
-  bool await(const std::string& prefix);
+  // Plays on a device what the words say, one after the other: "Open StartJob Write EndJob Close". A word is
+  // an exported function, without the kind of device, or something that the device does, see stage.cpp. Each
+  // is noted with its result, the last of which is given.
+  std::uint32_t play(std::uint32_t handle, const std::string& words);
 
-  // Every callback notes what it heard, in this form, and then does this: "notification 4", "alert",
+  // Registers the client for everything that the device tells.
+  static void listen(std::uint32_t clientId, std::uint32_t handle);
+
+  // Every callback notes what it heard and by which client and then does this: "notification 4", "alert 7",
   // "scan data", "scan 1000 dots", "report", "event", "found 7", "queue Lab".
   std::function<void(const std::string& heard, std::uint32_t clientId)> onHeard;
 
-  // Registers the client for everything that the device tells.
-  void listen(std::uint32_t clientId, std::uint32_t handle);
-  static void unlisten(std::uint32_t clientId, std::uint32_t handle);
+  void note(const std::string& line);
+  std::vector<std::string> take();
+  // How many lines begin and end so.
+  std::ptrdiff_t count(const std::string& beginning, const std::string& ending = "");
 
-  // What a device tells unasked. The result is the device's.
-  std::uint32_t tell(std::uint32_t handle, const std::string& block);
-  std::uint32_t tellState(std::uint32_t handle, const std::string& state);
-  void tellEvent(std::uint32_t handle, std::uint32_t id);
-
-  // Of a Bpd scanner: no job can be made.
-  std::atomic<bool> failsJobs{false};
-  // Of a printer: it takes no data, and it has a channel for the cache.
+  // What the devices do from now on: the printer 7 takes no data, it has a channel for the cache, Bpd
+  // scanners make no jobs.
   std::atomic<bool> failsWrites{false};
   std::atomic<bool> hasCacheChannel{false};
+  std::atomic<bool> failsJobs{false};
 
   FakeTransport& fake = FakeTransport::instance();
 
  private:
-  static std::optional<Data> reply(const Data& request);
   std::optional<Data> answer(const std::string& document);
   std::uint32_t visit(const std::string& visitor, Data* data);
 
