@@ -26,6 +26,7 @@ void logCount(const char* function) {
 }
 
 void waitWhileGoingDown(std::unique_lock<std::mutex>& lock) {
+  if (isGoingDown) refuseInCallback("the library is being taken down");
   changed.wait(lock, [] { return !isGoingDown; });
 }
 
@@ -33,7 +34,6 @@ void waitWhileGoingDown(std::unique_lock<std::mutex>& lock) {
 
 std::uint32_t Initialization::initialize() {
   std::unique_lock<std::mutex> lock(initializationLock);
-  if (isGoingDown) refuseInCallback("the library is being taken down");
   waitWhileGoingDown(lock);
   if (initializeCount == 0) {
     System::getInstance();
@@ -75,7 +75,6 @@ std::uint32_t Initialization::uninitialize() {
 }
 
 Initialization::Hold::Hold() {
-  refuseInCallback("it may wait for the library to be taken down");
   std::unique_lock<std::mutex> lock(initializationLock);
   waitWhileGoingDown(lock);
   ++holds;
