@@ -57,20 +57,28 @@
  * Threads. Any thread may call any function at any time; calls on one device wait for each other. The last
  * QvnUninitialize lets no new call in and waits for those that are running. A device-found or queue-found
  * callback runs on the calling thread, before the function returns. Every other callback runs on a thread of
- * the library or of a transport, or of the client whose call it reports on; it should return soon and must
- * not throw. Data passed to a callback is valid only until the callback returns.
+ * the library or of a transport, or of the client whose call it reports on; it should return soon. Data
+ * passed to a callback is valid only until the callback returns.
  *
  * Processes. Each process initialises the library for itself; what one has open or registered is not
  * another's. A child made by fork may call only exec and _exit: it has none of the library's threads, and
  * what another thread had locked at the fork stays locked in it. A process that ends in the middle of a call
  * leaves what processes share (the registry, the log, the stored devices) usable.
  *
- * Inside a callback every function may be called; inside a notification the printer's opens and job
- * operations return 170, since the operation reported on is not over. What would end the callback's own
- * thread or device is done when the callback is over: QvnClosePrinter and the last QvnUninitialize then
- * return before it. When an unregistering function has returned no call of that registration begins or is
- * running, unless it was made from inside a callback of the same device. After the last QvnUninitialize no
- * callback runs, with the same exception.
+ * Callbacks. Inside a callback every function may be called, on any device, and returns soon: nothing waits
+ * there for another callback, for the end of a thread or of a device, or for an operation that another thread
+ * has begun on the device. What therefore cannot be done returns 170 and changes nothing: an operation on a
+ * device that another thread works with at that moment, or that the callback reports on (a notification); the
+ * end of a job that something must be waited for; the last QvnUninitialize. What needs no such wait is done
+ * as always: from inside its notification a printer can be opened once more and asked for what it is or has,
+ * other devices can be used. Three things are done at once or soon: unregistering takes effect, though a call
+ * that runs on another thread may still be running; a close returns 0 and is done when no callback is in its
+ * way; a removed transport is unloaded when nothing uses it any more.
+ *
+ * Outside callbacks, when an unregistering function or a device's last close has returned, no call of the
+ * registration begins or is running; hold no lock then that the callback takes. After the last
+ * QvnUninitialize no callback runs. What a callback throws is contained and logged, the next client is called
+ * all the same; a HID registration that throws is removed.
  */
 #ifndef QVN_QVN_H
 #define QVN_QVN_H
@@ -122,8 +130,8 @@ typedef void (*QvnNotificationCallback)(uint32_t deviceHandle, uint32_t category
  * without a terminator. From Cpd scanners `data` is one whole ESC command: a block of scan data (1B 's' 'd',
  * the payload's length in bytes 3 and 4, low byte first, the payload from byte 8 on) or a status (1B 'S' 'S',
  * its code in byte 3: 0x0B when the connection to the device was lost, else the device's). The next data is
- * delivered when the callback has returned; the callbacks of all Bpd scanners wait for each other. The result
- * is written to the log and has no other effect; return 0.
+ * delivered when the callback has returned; a Bpd scanner tells its clients one thing after the other. The
+ * result is written to the log and has no other effect; return 0.
  */
 typedef uint32_t (*QvnScanDataCallback)(uint32_t clientId, uint32_t job, uint32_t scannerHandle,
                                         uint32_t event, const uint8_t* data, uint32_t dataLength);
@@ -137,6 +145,7 @@ typedef void (*QvnHidReportCallback)(uint32_t clientId, uint32_t hidHandle, cons
 /*
  * Brings the library up in this process. Calls nest: only the first does something, and the library stays
  * up until QvnUninitialize has been called as often. Transports are loaded later, each on its first use.
+ * While another thread takes the library down it waits for that; inside a callback it returns 170 then.
  * Returns 0, or the code of what could not be set up; the call then does not count.
  */
 QVN_EXPORT uint32_t QvnInitialize(void);
@@ -144,8 +153,8 @@ QVN_EXPORT uint32_t QvnInitialize(void);
 /*
  * Undoes one QvnInitialize. The last one ends all registrations, unloads the transports and frees
  * everything; close devices before it. It also ends logging for the rest of the process. Calls beyond the
- * last do no harm.
- * Returns 0, or the code of a failure on the way.
+ * last do no harm, and return at once.
+ * Returns 0; 170 the last one inside a callback; or the code of a failure on the way.
  */
 QVN_EXPORT uint32_t QvnUninitialize(void);
 
@@ -177,7 +186,7 @@ QVN_EXPORT uint32_t QvnOpenPrinter(uint32_t clientId, uint32_t handle);
 
 /*
  * Undoes one open of the client. The client's last close while it owns the job cancels and ends that job;
- * the printer's last close ends the connection.
+ * the printer's last close ends the connection, the registrations for alerts, and a job that is left.
  * Returns 0; 6; 1 the client has no open; else what the transport answers to the end of the connection.
  */
 QVN_EXPORT uint32_t QvnClosePrinter(uint32_t clientId, uint32_t handle);
@@ -195,8 +204,8 @@ QVN_EXPORT uint32_t QvnDeletePrinter(uint32_t clientId, uint32_t handle);
  *   spoolerJobId  the job's number at the spooler, or 0.
  *   printObject   the name of the queue; required.
  *   hostName, jobName, userName  or null for empty; an empty user name is sent as one blank.
- * Returns 0; 6; 87; 5 a job is open; 1 the printer is not open; else what the device or its transport
- * answers.
+ * Returns 0; 6; 87; 5 a job is open, or the client identifier is 0; 1 the printer is not open; else what
+ * the device or its transport answers.
  */
 QVN_EXPORT uint32_t QvnStartJobPrinter(uint32_t clientId, uint32_t handle, uint32_t spoolerJobId,
                                        const char* printObject, const char* hostName, const char* jobName,
@@ -224,8 +233,8 @@ QVN_EXPORT uint32_t QvnWritePrinter(uint32_t clientId, uint32_t handle, const ui
  * Ends the job: sends what is still buffered, tells the device, and on a Cpd printer waits for the job's
  * true end for up to the setting TeojDuration (60 s). The client no longer owns the job, whatever the
  * result.
- * Returns 0; 6; 5 the client does not own a job; 1359 no device; else what the device or its transport
- * answers (1460: no answer in time).
+ * Returns 0; 6; 5 the client does not own a job; 170 a buffered job, inside a callback; 1359 no device; else
+ * what the device or its transport answers (1460: no answer in time).
  */
 QVN_EXPORT uint32_t QvnEndJobPrinter(uint32_t clientId, uint32_t handle);
 
@@ -390,8 +399,8 @@ QVN_EXPORT uint32_t QvnStartJobScanner(uint32_t clientId, uint32_t handle, void*
  * ScanCancelWaitDuration (60 s). The job of a Bpd scanner is cancelled when it still runs, and its parameters
  * are forgotten. A failure leaves a Bpd scanner's job to be ended again.
  * Returns 0; 6; 1 no job to end; of Bpd scanners also 87 another client's job, 5 it is being ended already,
- * 170 called from inside a scan data callback of a Bpd scanner, whose thread would have to deliver the
- * device's answers; else what the device or its transport answers.
+ * 170 inside a callback; of Cpd scanners 170 inside a callback when a last status is to be waited for; else
+ * what the device or its transport answers.
  */
 QVN_EXPORT uint32_t QvnEndJobScanner(uint32_t clientId, uint32_t handle);
 
@@ -432,8 +441,8 @@ QVN_EXPORT uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle
  *   key, value  required.
  * A Bpd scanner's parameters are kept for the client, whatever scanner it uses, until its job ends.
  * Returns 0; 6; 87 (also for "</0>" in the key or "</1>" in the value); 1 not open or a scan runs; of Bpd
- * scanners also 87 a key that cannot be an XML tag or a value with "<" or "&", 170 called from inside a scan
- * data callback while the scanner is busy; else what the device or its transport answers.
+ * scanners also 87 a key that cannot be an XML tag or a value with "<" or "&"; else what the device or its
+ * transport answers.
  */
 QVN_EXPORT uint32_t QvnSetJobStringScanner(uint32_t clientId, uint32_t handle, const char* key,
                                            const char* value);
@@ -457,8 +466,7 @@ QVN_EXPORT uint32_t QvnRegisterForAsyncDataScanner(uint32_t clientId, uint32_t h
                                                    QvnScanDataCallback callback);
 
 /*
- * Ends that registration. No callback of the client for this scanner runs or begins once this has returned,
- * unless it was called from inside one. Returns 0 whatever the scanner answers; 6 the handle is 0.
+ * Ends that registration. Returns 0 whatever the scanner answers; 6 the handle is 0.
  */
 QVN_EXPORT uint32_t QvnUnregisterForAsyncDataScanner(uint32_t clientId, uint32_t handle);
 
@@ -486,9 +494,7 @@ QVN_EXPORT uint32_t QvnRegisterForReportsHid(uint32_t clientId, uint32_t handle,
                                              QvnHidReportCallback callback);
 
 /*
- * Ends that registration. No report callback of the client for this HID runs or begins once this has
- * returned, unless it was called from inside one; it waits for a report that is being delivered to any
- * client. Returns 0, also when there was none; 6 the handle is 0; 1 the HID is not open.
+ * Ends that registration. Returns 0, also when there was none; 6 the handle is 0; 1 the HID is not open.
  */
 QVN_EXPORT uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle);
 

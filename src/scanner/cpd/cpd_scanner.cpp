@@ -154,7 +154,10 @@ void CpdScanner::endScan() {
 }
 
 void CpdScanner::waitForLastStatus() {
-  if (!hasEnded_) cancelEvent_.wait(cancelWaitDuration_);
+  if (!hasEnded_) {
+    refuseInCallback("the last status has not come");
+    cancelEvent_.wait(cancelWaitDuration_);
+  }
   logDetail(log_component::server(),
             [&] { return LogText() << "cancelWaitDuration_=" << cancelWaitDuration_ << "wait over."; });
 }
