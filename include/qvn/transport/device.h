@@ -87,7 +87,7 @@ class DeviceReference : private SubjectReference {
   explicit DeviceReference(Device& device) : SubjectReference(device) {}
 
   // Device's operations of these names, if the device is still there; it then stays until the call is over.
-  // False when it is gone.
+  // False when it is gone. Nothing that is thrown gets out; the data's result code is 1359 then.
   bool accept(Data& data) const;
   bool accept(Notification& notification) const;
   bool onConnectionLost() const;

@@ -1,7 +1,6 @@
 #include "scanner/cpd/cpd_scanner.h"
 
 #include "common/clients/operation_lock.h"
-#include "common/exception.h"
 #include "common/logging/basic_logger.h"
 #include "common/settings/application_settings.h"
 #include "common/settings/setting_table.h"
@@ -102,20 +101,11 @@ std::uint32_t CpdScanner::doGetCurrentState(std::uint32_t& value) {
   return QRN_ERROR_SUCCESS;
 }
 
-// The transport's thread must not end by what it delivers.
-void CpdScanner::doAccept(Data& data) {
-  try {
-    state().doAccept(*this, data);
-  } catch (...) {
-    data.setRc(codeOfCurrentException());
-  }
-}
+void CpdScanner::doAccept(Data& data) { state().doAccept(*this, data); }
 
 std::uint32_t CpdScanner::doOnConnectionLost() {
-  return resultOf([this] {
-    waitForStart();
-    return state().doOnConnectionLost(*this);
-  });
+  waitForStart();
+  return state().doOnConnectionLost(*this);
 }
 
 std::uint32_t CpdScanner::openBidi(const Connection& connection) {
