@@ -89,6 +89,36 @@ TEST_F(PrinterFunctionsTest, AJobFromOpenToClose) {
   EXPECT_THAT(fake.calls("discover"), testing::IsEmpty());
 }
 
+TEST_F(PrinterFunctionsTest, TheLastCloseEndsTheJobOfAClientThatDoesNotHaveThePrinterOpen) {
+  for (const std::uint32_t buffered : {0u, 1u}) {
+    set("CpdPrinterMwo", buffered);
+    EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
+    EXPECT_EQ(start(2), 0u);
+    EXPECT_EQ(write(2, "half a job"), 0u);
+    EXPECT_EQ(write(2, "more of it"), 0u);
+    fake.takeCalls();
+    EXPECT_EQ(QvnClosePrinter(1, 7), 0u);
+    EXPECT_EQ(fake.calls("close print").size(), 1u);
+    EXPECT_EQ(fake.calls("close bidi").size(), 1u);
+    EXPECT_EQ(QvnDeletePrinter(1, 7), 0u) << "nothing holds it";
+    PrinterStore::getInstance().persist(FakeTransport::printerText(7, "LAB12"));
+  }
+}
+
+TEST_F(PrinterFunctionsTest, ARemovedTransportStaysUntilNothingUsesIt) {
+  EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
+  std::string module;
+  ApplicationSettings().getString(setting_key::kNetworkTransports, FakeTransport::kName, module,
+                                  SettingsStore::kLocal);
+  EXPECT_EQ(QvnRemoveTransport(module.c_str()), 0u);
+  EXPECT_EQ(fake.calls("uninitialize").size(), 0u);
+  EXPECT_EQ(QvnClosePrinter(1, 7), 0u);
+  EXPECT_EQ(QvnOpenPrinter(1, 7), 1u) << "it has no transport any more";
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_THAT(fake.calls(), testing::IsSupersetOf({"close bidi", "uninitialize"}));
+  EXPECT_EQ(QvnInitialize(), 0u);
+}
+
 TEST_F(PrinterFunctionsTest, AFailedOpenLooksForTheDeviceAndTriesAgain) {
   int opens = 0;
   fake.onOpen = [&](const std::string&) { return ++opens == 1 ? 1225u : 0u; };

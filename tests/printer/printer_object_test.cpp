@@ -46,6 +46,8 @@ class PrinterObjectTest : public testing::Test {
 
 TEST_F(PrinterObjectTest, OneClientOwnsTheJob) {
   EXPECT_EQ(object.print(1, data), 5u);
+  EXPECT_EQ(object.print(0, data), 5u) << "nobody's job is not that of client 0";
+  EXPECT_EQ(object.startJob(0, {}), 5u);
   device->rc = 170;
   EXPECT_EQ(object.startJob(2, {}), 170u);
   device->rc = 0;

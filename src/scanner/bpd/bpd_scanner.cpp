@@ -28,7 +28,7 @@ BpdScanner::BpdScanner()
       endJobMutex_(false, "", false),
       startRunnable_(*this, &BpdScanner::runStart),
       watchdog_(*this) {
-  changeState(BpdScannerClosed::getInstance());
+  state().doEnterState(*this);
 }
 
 // The transport's threads call this object.

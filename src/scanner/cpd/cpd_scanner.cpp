@@ -29,7 +29,7 @@ CpdScanner::CpdScanner()
       performanceNotifications_(longSetting(setting::kCpdScanPerformanceNotifications) != 0),
       cancelWaitDuration_(longSetting(setting::kScanCancelWaitDuration)),
       cancelEvent_(false, false, "", false) {
-  changeState(CpdScannerClosed::getInstance());
+  state().doEnterState(*this);
 }
 
 // The transport's threads call this object.

@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "api/exported_call.h"
+#include "device/store/printer_store.h"
 #include "npa/job_commands.h"
 #include "printer/printer_fixture.h"
+#include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
 
 namespace qvn::test {
 namespace {
@@ -234,6 +237,26 @@ std::function<void()> duringNotification;
 void onNotification(std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t,
                     std::uint32_t) {
   duringNotification();
+}
+
+TEST_F(CpdPrinterTest, AttributesThatChangeWhileTheTransportIsToldOfAnotherOneStay) {
+  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+  fake.onVisitor = [this](const std::string& name, Data*) {
+    if (name != attribute::kTrueEndOfJob) return 0u;
+    return printer->changeAttributes([](std::string& text) {
+      return AttributeCodec::setLong(text, attribute::kMaxWritePacketSize, 4128);
+    });
+  };
+  EXPECT_EQ(printer->setLong(attribute::kTrueEndOfJob, 1), 0u);
+  std::string stored;
+  PrinterStore::getInstance().read(7, stored);
+  EXPECT_EQ(stored, printer->getAttributes());
+  for (const auto& [key, value] :
+       {std::pair{attribute::kTrueEndOfJob, 1u}, {attribute::kMaxWritePacketSize, 4128u}}) {
+    std::uint32_t number = 0;
+    EXPECT_EQ(AttributeCodec::getLong(stored, key, number), 0u);
+    EXPECT_EQ(number, value);
+  }
 }
 
 TEST_F(CpdPrinterTest, ANotificationCannotChangeWhatItReportsOn) {
