@@ -47,7 +47,7 @@ const Origin origins[] = {
     {"Error", "notification 2", kPrinter, "StartJob failing", "Write", {kFailure, 0}},
     {"WritersError", "notification 2", kPrinter, "buffered StartJob Write failing", "Write inside taking"},
     {"Idle", "notification 3", kPrinter, "StartJob Write", "EndJob"},
-    {"Closed", "notification 3", kPrinter, "", "Close", {0}, {1, 6}},
+    {"Closed", "notification 3", kPrinter, "", "Close", {0}, {1, 6, 170}},
     {"Starting", "notification 4", kPrinter, "", "StartJob"},
     {"FirstData", "notification 5", kPrinter, "StartJob", "Write"},
     {"Ending", "notification 6", kPrinter, "StartJob Write", "EndJob"},
