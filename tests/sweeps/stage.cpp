@@ -211,7 +211,7 @@ std::uint32_t Stage::play(std::uint32_t handle, const std::string& words) {
 
 void Stage::listen(std::uint32_t clientId, std::uint32_t handle) {
   if (isPrinter(handle)) {
-    QvnRegisterForAlertsPrinter(clientId, handle, kAlerts, heard::alert);
+    QvnRegisterForAlertsPrinter(clientId, handle, kPanelAlerts, heard::alert);
     QvnRegisterForNotificationsPrinter(clientId, handle, 1, heard::notification);
   } else if (isHid(handle)) {
     QvnRegisterForReportsHid(clientId, handle, heard::report);

@@ -22,8 +22,8 @@ inline constexpr std::uint32_t kHid = 807, kOtherHid = 817;
 // How a transport's call fails.
 inline constexpr std::uint32_t kFailure = 64;
 
-// All that a printer can be asked for.
-inline constexpr std::uint32_t kAlerts = 0x3FFFFFF;
+// Alerts of two kinds, of which a printer is told separately; the one that it sends is of the first.
+inline constexpr std::uint32_t kPanelAlerts = 0x80000, kAlerts = kPanelAlerts | 0x100000;
 
 inline const std::string kEndOfJob("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
 
