@@ -12,14 +12,21 @@
 
 namespace qvn {
 
-// Counts the owners of every module in the process. One lock serialises loading, unloading and counting.
+// Counts the owners of every module in the process.
 class ModuleOwners {
  public:
+  // Held from the first owner's loading until it is one, and while the last one unloads: that takes as long
+  // as the module's threads need.
   static OperationLock& lock();
-  // Each gives the number of owners afterwards.
-  static std::uint32_t add(const void* moduleIdentity);
-  static std::uint32_t remove(const void* moduleIdentity);
-  static std::uint32_t count(const void* moduleIdentity);
+
+  // For all others, who need not wait for that: one owner more, if there is one, and one less, unless it is
+  // the last.
+  static bool join(const void* moduleIdentity);
+  static bool leave(const void* moduleIdentity);
+
+  // With the lock held. Whether it was the last one.
+  static void add(const void* moduleIdentity);
+  static bool remove(const void* moduleIdentity);
 };
 
 // The handler's onLoad runs when the first owner loads the module, its onUnload before the last one lets go.
@@ -58,30 +65,29 @@ inline constexpr char kBasicDllFile[] = "../../export\\common/basicdll";
 template <typename Handler>
 void BasicDll<Handler>::init(const std::string& moduleName) {
   name_ = moduleName;
-  const OperationLock::Turn turn(ModuleOwners::lock(), OperationLock::Nested::Allowed);
   platform::ErrorCode error = platform::kSuccess;
-  auto module = platform::Module::load(moduleName, error);
-  if (!module) {
+  module_ = platform::Module::load(moduleName, error);
+  if (!module_) {
     throw Win32Exception("BasicDll<Handler>::init() Unable to load DLL=" + moduleName, error, kBasicDllFile,
                          296);
   }
-  module_ = std::move(module);
-  if (ModuleOwners::count(module_->identity()) == 0) {
-    try {
-      handler_.onLoad(*this);
-    } catch (...) {
-      module_.reset();
-      throw;
-    }
+  try {
+    if (ModuleOwners::join(module_->identity())) return;
+    const OperationLock::Turn turn(ModuleOwners::lock(), OperationLock::Nested::Allowed);
+    if (ModuleOwners::join(module_->identity())) return;
+    handler_.onLoad(*this);
+    ModuleOwners::add(module_->identity());
+  } catch (...) {
+    module_.reset();
+    throw;
   }
-  ModuleOwners::add(module_->identity());
 }
 
 template <typename Handler>
 BasicDll<Handler>::~BasicDll() {
-  if (!module_) return;
+  if (!module_ || ModuleOwners::leave(module_->identity())) return;
   const OperationLock::Turn turn(ModuleOwners::lock(), OperationLock::Nested::Allowed);
-  if (ModuleOwners::remove(module_->identity()) == 0) handler_.onUnload(*this);
+  if (ModuleOwners::remove(module_->identity())) handler_.onUnload(*this);
   module_.reset();
 }
 

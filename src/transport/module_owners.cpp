@@ -1,10 +1,13 @@
 #include <map>
+#include <mutex>
 
 #include "common/clients/operation_lock.h"
 #include "transport/basic_dll.h"
 
 namespace qvn {
 namespace {
+
+std::mutex ownersMutex;
 
 std::map<const void*, std::uint32_t>& owners() {
   static std::map<const void*, std::uint32_t> table;
@@ -18,19 +21,33 @@ OperationLock& ModuleOwners::lock() {
   return lock;
 }
 
-std::uint32_t ModuleOwners::add(const void* moduleIdentity) { return ++owners()[moduleIdentity]; }
-
-std::uint32_t ModuleOwners::remove(const void* moduleIdentity) {
+bool ModuleOwners::join(const void* moduleIdentity) {
+  const std::lock_guard<std::mutex> lock(ownersMutex);
   const auto found = owners().find(moduleIdentity);
-  if (found == owners().end()) return 0;
-  const std::uint32_t remaining = --found->second;
-  if (remaining == 0) owners().erase(found);
-  return remaining;
+  if (found == owners().end()) return false;
+  ++found->second;
+  return true;
 }
 
-std::uint32_t ModuleOwners::count(const void* moduleIdentity) {
+bool ModuleOwners::leave(const void* moduleIdentity) {
+  const std::lock_guard<std::mutex> lock(ownersMutex);
   const auto found = owners().find(moduleIdentity);
-  return found == owners().end() ? 0 : found->second;
+  if (found == owners().end() || found->second == 1) return false;
+  --found->second;
+  return true;
+}
+
+void ModuleOwners::add(const void* moduleIdentity) {
+  const std::lock_guard<std::mutex> lock(ownersMutex);
+  ++owners()[moduleIdentity];
+}
+
+bool ModuleOwners::remove(const void* moduleIdentity) {
+  const std::lock_guard<std::mutex> lock(ownersMutex);
+  const auto found = owners().find(moduleIdentity);
+  if (found == owners().end() || --found->second > 0) return false;
+  owners().erase(found);
+  return true;
 }
 
 }  // namespace qvn

@@ -17,7 +17,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::atomic<int> calls{0};
-std::atomic<std::uint32_t> answer{99};
 
 std::uint32_t count(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*,
                     std::uint32_t) {
@@ -32,7 +31,6 @@ class ScannerFunctionsTest : public LibraryTest {
   ScannerFunctionsTest() {
     ScannerStore::getInstance().persist(FakeTransport::deviceText("CpdScanner", 407, "LAB"));
     calls = 0;
-    answer = 99;
   }
 
   std::uint32_t exchange(std::initializer_list<int> request, std::uint32_t replySize = 64) {
@@ -96,20 +94,6 @@ TEST_F(ScannerFunctionsTest, AFailedOpenIsTriedAgainAfterLookingForTheDevice) {
     EXPECT_EQ(fake.calls("discoverSpecific").size(), failure == 170 ? 0u : 1u);
     QvnCloseScanner(1, 407);
   }
-}
-
-std::uint32_t closeInside(std::uint32_t clientId, std::uint32_t, std::uint32_t handle, std::uint32_t,
-                          const std::uint8_t*, std::uint32_t) {
-  answer = QvnUnregisterForAsyncDataScanner(clientId, handle) + QvnCloseScanner(clientId, handle);
-  return 0;
-}
-
-TEST_F(ScannerFunctionsTest, ACallbackMayCloseTheScannerItRunsOn) {
-  ASSERT_EQ(QvnOpenScanner(1, 407), 0u);
-  ASSERT_EQ(QvnRegisterForAsyncDataScanner(1, 407, 0, closeInside), 0u);
-  ASSERT_EQ(QvnStartJobScanner(1, 407, nullptr), 0u);
-  fake.deliver(kStatus);
-  EXPECT_EQ(answer, 0u);
 }
 
 // A client that leaves everything as it is: the library goes down while its device still sends.

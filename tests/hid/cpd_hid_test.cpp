@@ -8,7 +8,6 @@
 #include <thread>
 #include <vector>
 
-#include "common/exception.h"
 #include "hid/cpd_hid.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_report_manager.h"
@@ -133,29 +132,6 @@ TEST_F(CpdHidTest, AnEventIsHeardWhenItIsAnother) {
   HidNotificationManager::getInstance().unregisterClient(1, 807);
   send(9);
   EXPECT_THAT(heard, IsEmpty());
-}
-
-[[noreturn]] void throwFor(std::uint32_t clientId) {
-  heard.push_back(std::to_string(clientId) + ":throws");
-  if (clientId == 1) throw Win32Exception("no", 5, "", 0);
-  throw std::runtime_error("no");
-}
-
-TEST_F(CpdHidTest, AClientWhoseCallbackThrowsHearsNoMore) {
-  hid->doOpen();
-  for (const std::uint32_t clientId : {1u, 2u}) {
-    registerReports(clientId, [](std::uint32_t client, auto...) { throwFor(client); });
-    registerEvents(clientId, [](auto, auto, auto, auto, auto, std::uint32_t client) { throwFor(client); });
-  }
-  registerReports(3);
-  registerEvents(3);
-  for (int round = 0; round < 2; ++round) fake.deliver(bytes({'r'}));
-  EXPECT_THAT(heard, ElementsAre("1:throws", "2:throws", "3:r", "3:r"));
-  heard.clear();
-  send(4);
-  send(5);
-  EXPECT_THAT(heard, ElementsAre("1:throws", "2:throws", "3:4", "3:5"));
-  EXPECT_EQ(state(), 5u);
 }
 
 TEST_F(CpdHidTest, ACallbackMayChangeTheRegistrations) {

@@ -179,27 +179,5 @@ TEST_F(PrinterAlertTest, NoCallIsRunningWhenTheUnregistrationReturns) {
   EXPECT_EQ(heard.size(), 1u);
 }
 
-TEST_F(PrinterAlertTest, ACallbackMayCloseItsPrinter) {
-  printer->doClose();
-  fake.takeCalls();
-  PrinterStore::getInstance().persist(FakeTransport::printerText(9));
-  ASSERT_EQ(QvnOpenPrinter(1, 9), 0u);
-  ASSERT_EQ(QvnRegisterForAlertsPrinter(1, 9, 0x80000, onAlert), 0u);
-  duringAlert = [](std::uint32_t) {
-    std::uint32_t state = 0;
-    EXPECT_EQ(QvnClosePrinter(2, 9), 1u) << "not open by that client";
-    EXPECT_EQ(QvnUnregisterForAlertsPrinter(1, 9), 0u);
-    EXPECT_EQ(QvnClosePrinter(1, 9), 0u);
-    QvnGetCurrentStatePrinter(1, 9, &state);
-  };
-  fake.deliver(panel);
-  duringAlert = nullptr;
-  EXPECT_THAT(heard, ElementsAre("1:9:225:8"));
-  // The close is done when the callback is over; the last uninitialisation waits for it.
-  EXPECT_EQ(QvnUninitialize(), 0u);
-  EXPECT_EQ(fake.calls("close bidi").size(), 1u);
-  EXPECT_EQ(QvnInitialize(), 0u);
-}
-
 }  // namespace
 }  // namespace qvn::test

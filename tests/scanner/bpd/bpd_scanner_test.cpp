@@ -148,13 +148,13 @@ TEST_F(BpdScannerTest, CallsClientsByIdForWhatTheirMasksHave) {
   EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "the registrations ended with the close";
 }
 
-TEST_F(BpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
+TEST_F(BpdScannerTest, ACallbackMayChangeRegistrations) {
   openFor(1);
   for (const std::uint32_t client : {2u, 3u}) {
     scanner->doRegisterForAsyncData({kEverything, client, ReceivedBpdData::callback});
   }
   ReceivedBpdData::onCall = [this](const std::string& line) {
-    if (!line.starts_with("1/")) throw 5;
+    if (!line.starts_with("1/")) return;
     EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
     EXPECT_EQ(scanner->doUnregisterForAsyncData(2), 0u);
     EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 4, ReceivedBpdData::callback}), 0u);

@@ -273,16 +273,5 @@ TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
   }
 }
 
-TEST_F(CpdScannerTest, AClientOfThePrinterThatThrowsDoesNotReachTheTransport) {
-  set("CpdScanPerformanceNotifications", 1);
-  makeScanner();
-  startScan();
-  {
-    const PrinterBeside printer([](auto...) { throw std::runtime_error("a client's own"); });
-    EXPECT_EQ(fake.deliver(status(0)), 0u);
-  }
-  EXPECT_EQ(scanner->doEndJob(1), 0u) << "the scan has ended all the same";
-}
-
 }  // namespace
 }  // namespace qvn::test

@@ -92,7 +92,7 @@ CpdScanner* callbackScanner = nullptr;
 std::promise<void>* inCallback = nullptr;
 std::shared_future<void> mayReturn;
 
-TEST_F(CpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
+TEST_F(CpdScannerTest, ACallbackMayChangeRegistrations) {
   callbackScanner = scanner.get();
   scanner->doOpen();
   scanner->doRegisterForAsyncData(
@@ -101,7 +101,7 @@ TEST_F(CpdScannerTest, ACallbackMayChangeRegistrationsAndThrow) {
          callbackScanner->doUnregisterForAsyncData(2);
          callbackScanner->waitForCallbacks(2);
          callbackScanner->doRegisterForAsyncData({7, 5, ReceivedScanData::callback});
-         throw std::runtime_error("a client's own");
+         return 0;
        }});
   scanner->doRegisterForAsyncData({0, 2, ReceivedScanData::callback});
   scanner->doStartJob(1, nullptr);
