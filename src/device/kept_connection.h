@@ -28,12 +28,7 @@ class KeptConnection {
 
   // `isInUse`: whoever calls gives the connection back after that. Otherwise it is given back once more, so
   // that its manager has the occasion to drop it.
-  void end(bool isInUse = false) {
-    if (!connection_) return;
-    const Connection connection = std::exchange(connection_, {});
-    device_->doPersistConnection(connection, false);
-    if (!isInUse) connection.release();
-  }
+  void end(bool isInUse = false) noexcept;
 
  private:
   ConnectedDevice* device_ = nullptr;

@@ -83,27 +83,33 @@ std::uint32_t Printer::doSetLong(const std::string& descriptor, std::uint32_t va
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [&] { return LogText() << "Printer::doSetLong(" << descriptor << ")"; });
   logDetail(log_component::server(), [&] { return LogText() << "Printer::doSetLong, value=" << value; });
-  return configure(descriptor, [&](std::string& attributes) {
+  const std::uint32_t rc = configure(descriptor, [&](std::string& attributes) {
     return AttributeCodec::setLong(attributes, descriptor, value);
   });
+  trace.setRc(rc);
+  return rc;
 }
 
 std::uint32_t Printer::doSetString(const std::string& descriptor, const std::string& value) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [&] { return LogText() << "Printer::doSetString(" << descriptor << ")"; });
   logDetail(log_component::server(), [&] { return LogText() << "Printer::doSetString, value=" << value; });
-  return configure(descriptor, [&](std::string& attributes) {
+  const std::uint32_t rc = configure(descriptor, [&](std::string& attributes) {
     return AttributeCodec::setString(attributes, descriptor, value);
   });
+  trace.setRc(rc);
+  return rc;
 }
 
 std::uint32_t Printer::doSetByteArray(const std::string& descriptor, const std::uint8_t* bytes,
                                       std::uint32_t length) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [&] { return LogText() << "Printer::doSetByteArray(" << descriptor << ")"; });
-  return configure(descriptor, [&](std::string& attributes) {
+  const std::uint32_t rc = configure(descriptor, [&](std::string& attributes) {
     return AttributeCodec::setByteArray(attributes, descriptor, bytes, length);
   });
+  trace.setRc(rc);
+  return rc;
 }
 
 void Printer::doPersist() { PrinterStore::getInstance().persist(getAttributes()); }

@@ -38,6 +38,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 
   static BpdScanner scanner;
   Data data(sent.data(), static_cast<std::uint32_t>(sent.size()));
-  if (block.kind != ScanBlock::Kind::None) scanner.asyncDataTask()->updateClients(data);
+  if (block.kind != ScanBlock::Kind::None) scanner.asyncDataTask().updateClients(data);
   return 0;
 }
