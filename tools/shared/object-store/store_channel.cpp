@@ -115,7 +115,11 @@ StoreChannel::StoreChannel(std::uint32_t handle, std::function<void(const StoreE
 
 StoreChannel::~StoreChannel() {
   for (const auto& [object, event] : observed_) {
-    library_->scanner->objectStore().exchange(removeObserver(object, event, kObserver));
+    try {
+      library_->scanner->objectStore().exchange(removeObserver(object, event, kObserver));
+    } catch (...) {
+      // The device goes on telling nobody.
+    }
   }
   listener_.reset();
 }
