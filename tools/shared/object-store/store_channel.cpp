@@ -71,7 +71,10 @@ class StoreChannel::Listener : public Observer {
       : device_(device), onEvent_(std::move(onEvent)) {
     attachTo(device_);
   }
-  ~Listener() override { detachFrom(device_); }
+  ~Listener() override {
+    detachFrom(device_);
+    device_.waitForUpdates(*this);
+  }
 
  protected:
   using Observer::doUpdate;
