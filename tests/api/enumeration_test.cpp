@@ -1,11 +1,9 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
 #include "platform/process/system_information.h"
-#include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"
 
@@ -68,9 +66,7 @@ TEST_F(EnumerationTest, DiscoveryStoresWhatTheTransportReports) {
 }
 
 TEST_F(EnumerationTest, ALookUpByNameSearchesTheLocalTransportsOnce) {
-  std::string module;
-  ApplicationSettings().getString("Transports\\Network", "FAKE", module, 0);
-  ApplicationSettings().setString("Transports\\Local", "FAKE", module, 0);
+  ApplicationSettings().setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
   EXPECT_EQ(QvnDiscovery(1, "FAKE", ""), 0u);  // loads the transport, which discovers by itself
   fake.takeCalls();
   std::uint32_t handle = 9;

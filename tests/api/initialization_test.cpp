@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -113,17 +112,6 @@ TEST_F(InitializationTest, EightThreadsMayCallInitialiseAndUninitialiseAtOnce) {
     });
   }
   for (auto& thread : threads) thread.join();
-  EXPECT_EQ(QvnInitialize(), 0u);
-}
-
-TEST_F(InitializationTest, UninitialisingInTheMiddleOfAJobEndsItsWriter) {
-  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
-  fake.onExchange = [](const Data&) { return bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5}); };
-  ASSERT_EQ(QvnStartJobPrinter(1, 7, 1, "q", "h", "j", "u"), 0u);
-  std::uint32_t written = 0;
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(QvnWritePrinter(1, 7, bytes({1, 2}).getBuffer(), 2, &written), 0u);
-  EXPECT_EQ(QvnUninitialize(), 0u);
-  EXPECT_EQ(fake.calls("uninitialize").size(), 1u);
   EXPECT_EQ(QvnInitialize(), 0u);
 }
 

@@ -1,7 +1,6 @@
 // Setting the library up on a machine and taking it off.
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +16,7 @@
 #include "support/fake_transport.h"
 #include "support/manual_clock.h"
 #include "support/process/forked.h"
+#include "support/registry_values.h"
 
 namespace qvn::test {
 namespace {
@@ -29,32 +29,6 @@ using testing::IsEmpty;
 using testing::Not;
 
 constexpr char kBrand[] = "Software\\Quorin Tools";
-
-bool exists(const std::string& path) {
-  registry::Key key;
-  return registry::openKey(registry::Hive::LocalMachine, path, key) == platform::kSuccess;
-}
-
-bool existsBelowRoot(const std::string& key) { return exists(kLibraryRegistryRoot + key); }
-
-void setLong(const std::string& path, const std::string& name, std::uint32_t value) {
-  registry::Key key;
-  ASSERT_EQ(registry::createKey(registry::Hive::LocalMachine, path, {}, key), 0u) << path;
-  registry::setValue(key, name, registry::ValueType::Dword, {reinterpret_cast<char*>(&value), sizeof value});
-}
-
-void setText(const std::string& path, const std::string& name, const std::string& value) {
-  registry::Key key;
-  ASSERT_EQ(registry::createKey(registry::Hive::LocalMachine, path, {}, key), 0u) << path;
-  registry::setValue(key, name, registry::ValueType::String, value);
-}
-
-std::string text(const std::string& path, const std::string& name) {
-  registry::Key key;
-  registry::Value value;
-  if (registry::openKey(registry::Hive::LocalMachine, path, key) == 0) registry::getValue(key, name, value);
-  return value.data;
-}
 
 std::string belowRoot(const std::string& key) { return kLibraryRegistryRoot + key; }
 
@@ -78,12 +52,13 @@ class Installation : public testing::Test {
 
 TEST_F(Installation, ImportsTheScriptAndInstallsTheTransports) {
   EXPECT_EQ(QvnInstall(), 0u);
-  EXPECT_THAT(text(belowRoot("Transports\\Network"), "IPv4"), "qvn_ipv4.so") << "the one that is installed";
+  EXPECT_THAT(storedText(belowRoot("Transports\\Network"), "IPv4"), "qvn_ipv4.so")
+      << "the one that is installed";
   EXPECT_THAT(fake.takeCalls(), ElementsAre("initialize", "install", "uninitialize"));
 
   std::ofstream(scriptFile()) << "[Software\\Quorin Tools\\Own]\n\"a\"=\"b\"\n";
   EXPECT_EQ(QvnInstall(), 0u);
-  EXPECT_EQ(text("Software\\Quorin Tools\\Own", "a"), "b") << "this machine's own comes first";
+  EXPECT_EQ(storedText("Software\\Quorin Tools\\Own", "a"), "b") << "this machine's own comes first";
   EXPECT_THAT(fake.takeCalls(), Contains("install"));
 }
 
@@ -92,7 +67,7 @@ TEST_F(Installation, IsInstalledWithinAnInitialisedLibraryToo) {
   EXPECT_EQ(QvnInstall(), 0u);
   EXPECT_EQ(QvnSuspend(), 0u);
   EXPECT_EQ(QvnUninstall(), 0u);
-  EXPECT_FALSE(existsBelowRoot(""));
+  EXPECT_FALSE(keyExists(kLibraryRegistryRoot));
   EXPECT_EQ(QvnUninitialize(), 0u);
 }
 
@@ -106,8 +81,8 @@ TEST_F(Installation, GoesOnWithoutAScript) {
     fs::remove_all(scriptFile());
     make(scriptFile());
     EXPECT_EQ(QvnInstall(), 0u);
-    EXPECT_FALSE(exists("Software\\Half"));
-    EXPECT_FALSE(existsBelowRoot("Runtime")) << "nor is the script that was installed taken instead";
+    EXPECT_FALSE(keyExists("Software\\Half"));
+    EXPECT_FALSE(keyExists(belowRoot("Runtime"))) << "nor is the script that was installed taken instead";
     EXPECT_THAT(fake.takeCalls(), Contains("install"));
   }
 }
@@ -134,8 +109,8 @@ TEST_F(Installation, SeveralAtOnceComeToTheSame) {
   Forked second(install);
   Forked third(install);
   EXPECT_EQ(first.wait() + second.wait() + third.wait(), 0);
-  EXPECT_EQ(text(belowRoot("Transports\\Network"), "IPv4"), "qvn_ipv4.so");
-  EXPECT_EQ(text(belowRoot("Runtime"), "DefaultModelName"), "Quorin_Printer");
+  EXPECT_EQ(storedText(belowRoot("Transports\\Network"), "IPv4"), "qvn_ipv4.so");
+  EXPECT_EQ(storedText(belowRoot("Runtime"), "DefaultModelName"), "Quorin_Printer");
 }
 
 TEST_F(Installation, UninstallingKeepsWhatOthersNeed) {
@@ -154,43 +129,43 @@ TEST_F(Installation, UninstallingKeepsWhatOthersNeed) {
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "other " << c.otherModule << ", delete " << c.deleteStore);
     FakeTransport::registerModule();
-    setLong(qvn + "Shared\\Ip1\\Settings", "x", 1);
-    setText(qvn + "Shared\\Settings", "HostInfo", "kept");
-    setText(belowRoot("PrinterStore"), "7", "a printer");
-    setLong(belowRoot("Settings"), "DeleteStoreOnUninstall", c.deleteStore);
+    store(qvn + "Shared\\Ip1\\Settings", "x", 1);
+    store(qvn + "Shared\\Settings", "HostInfo", "kept");
+    store(belowRoot("PrinterStore"), "7", "a printer");
+    store(belowRoot("Settings"), "DeleteStoreOnUninstall", c.deleteStore);
     registry::Key local;
     ASSERT_EQ(registry::createKey(registry::Hive::LocalMachine, qvn + "Local", {}, local), 0u);
     if (c.otherModule) {
-      setText(qvn + "Local\\qa__\\Settings", "a", "b");
-    } else if (exists(qvn + "Local\\qa__")) {
+      store(qvn + "Local\\qa__\\Settings", "a", "b");
+    } else if (keyExists(qvn + "Local\\qa__")) {
       ASSERT_EQ(registry::deleteKey(local, "qa__\\Settings"), 0u);
       ASSERT_EQ(registry::deleteKey(local, "qa__"), 0u);
     }
     fake.takeCalls();
     EXPECT_EQ(QvnUninstall(), 0u);
     EXPECT_THAT(fake.calls(), ElementsAre("initialize", "uninstall", "uninitialize"));
-    EXPECT_FALSE(existsBelowRoot(""));
-    EXPECT_EQ(exists(qvn + "Local\\qa__\\Settings"), c.otherModule);
-    EXPECT_EQ(exists(qvn + "Shared\\Ip1\\Settings"), c.networkSettingsStay);
-    EXPECT_EQ(text(qvn + "Shared\\Settings", "HostInfo"), c.brandStays ? "kept" : "");
-    EXPECT_EQ(exists(kBrand), c.brandStays);
+    EXPECT_FALSE(keyExists(kLibraryRegistryRoot));
+    EXPECT_EQ(keyExists(qvn + "Local\\qa__\\Settings"), c.otherModule);
+    EXPECT_EQ(keyExists(qvn + "Shared\\Ip1\\Settings"), c.networkSettingsStay);
+    EXPECT_EQ(storedText(qvn + "Shared\\Settings", "HostInfo"), c.brandStays ? "kept" : "");
+    EXPECT_EQ(keyExists(kBrand), c.brandStays);
   }
   EXPECT_EQ(QvnUninstall(), 0u) << "nothing is there any more";
 }
 
 TEST_F(Installation, AKeyThatIsMissingDoesNotKeepTheOthers) {
-  setLong(belowRoot("Settings"), "DeleteStoreOnUninstall", 1);  // and no Shared\Ip1
+  store(belowRoot("Settings"), "DeleteStoreOnUninstall", 1);  // and no Shared\Ip1
   EXPECT_EQ(QvnUninstall(), 0u);
-  EXPECT_FALSE(exists(kBrand));
+  EXPECT_FALSE(keyExists(kBrand));
 }
 
 // With the log on from the beginning, and the lines in it.
 class LoggedInstallation : public Installation {
  protected:
   LoggedInstallation() {
-    setLong(belowRoot("Logger"), "startLog", 1);
-    setLong(belowRoot("Logger"), "All", 9);
-    setLong(belowRoot("Logger"), "Clocktime_In_Header", 0);
+    store(belowRoot("Logger"), "startLog", 1);
+    store(belowRoot("Logger"), "All", 9);
+    store(belowRoot("Logger"), "Clocktime_In_Header", 0);
     EXPECT_EQ(QvnInitialize(), 0u);
     BasicLogger::getInstance().deleteLogFile();
   }
@@ -207,7 +182,7 @@ class LoggedInstallation : public Installation {
     return found;
   }
 
-  void nameModel(const std::string& name) { setText(belowRoot("Runtime"), "DefaultModelName", name); }
+  void nameModel(const std::string& name) { store(belowRoot("Runtime"), "DefaultModelName", name); }
 };
 
 TEST_F(LoggedInstallation, UninstallingEndsTheLog) {
@@ -219,7 +194,7 @@ TEST_F(LoggedInstallation, UninstallingEndsTheLog) {
 }
 
 TEST_F(LoggedInstallation, SaysWhatFailed) {
-  setText(belowRoot("Transports\\Local"), "GONE", "/no/such/module.so");
+  store(belowRoot("Transports\\Local"), "GONE", "/no/such/module.so");
   std::ofstream(scriptFile()) << "";
   EXPECT_EQ(QvnInstall(), 0u);
   EXPECT_THAT(
@@ -232,7 +207,7 @@ TEST_F(LoggedInstallation, TheMonitorIsNamedAfterTheDefaultModel) {
   nameModel("Model_One_Two");
   EXPECT_EQ(QvnAddMonitor(), 0u);
   const std::string monitors = "System\\CurrentControlSet\\Control\\Print\\Monitors\\";
-  EXPECT_EQ(text(monitors + "Model One Two Port", "Driver"), "qr__qzpm.dll");
+  EXPECT_EQ(storedText(monitors + "Model One Two Port", "Driver"), "qr__qzpm.dll");
   const auto success = ElementsAre("COMServer: Print Monitor installed successfully",
                                    "Server: System::qvnAddMonitor() PrintMonitor event wait succeeded");
   EXPECT_THAT(lines(), success);

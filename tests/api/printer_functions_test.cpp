@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <future>
 #include <thread>
@@ -107,10 +106,7 @@ TEST_F(PrinterFunctionsTest, TheLastCloseEndsTheJobOfAClientThatDoesNotHaveThePr
 
 TEST_F(PrinterFunctionsTest, ARemovedTransportStaysUntilNothingUsesIt) {
   EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
-  std::string module;
-  ApplicationSettings().getString(setting_key::kNetworkTransports, FakeTransport::kName, module,
-                                  SettingsStore::kLocal);
-  EXPECT_EQ(QvnRemoveTransport(module.c_str()), 0u);
+  EXPECT_EQ(QvnRemoveTransport(FakeTransport::module()), 0u);
   EXPECT_EQ(fake.calls("uninitialize").size(), 0u);
   EXPECT_EQ(QvnClosePrinter(1, 7), 0u);
   EXPECT_EQ(QvnOpenPrinter(1, 7), 1u) << "it has no transport any more";

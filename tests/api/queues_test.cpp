@@ -1,15 +1,10 @@
 // Print queues: shared names in look-ups, and the queues of the default model.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <fstream>
-
-#include "common/logging/basic_logger.h"
 #include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
-#include "platform/files/paths.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"

@@ -1,10 +1,7 @@
 // The exported functions of scanners and HIDs on devices of the fake transport, opened by their handles.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
-#include <future>
-#include <thread>
 
 #include "device/store/hid_store.h"
 #include "device/store/scanner_store.h"
@@ -94,25 +91,6 @@ TEST_F(ScannerFunctionsTest, AFailedOpenIsTriedAgainAfterLookingForTheDevice) {
     EXPECT_EQ(fake.calls("discoverSpecific").size(), failure == 170 ? 0u : 1u);
     QvnCloseScanner(1, 407);
   }
-}
-
-// A client that leaves everything as it is: the library goes down while its device still sends.
-TEST_F(ScannerFunctionsTest, TheLibraryGoesDownInTheMiddleOfAScan) {
-  ASSERT_EQ(QvnOpenScanner(1, 407), 0u);
-  ASSERT_EQ(QvnRegisterForAsyncDataScanner(1, 407, 0, count), 0u);
-  ASSERT_EQ(QvnStartJobScanner(1, 407, nullptr), 0u);
-  std::atomic<bool> stop{false};
-  std::thread device([&] {
-    while (!stop) fake.deliver(bytes({0x1B, 's', 'd', 0, 0, 0, 0, 0}));
-  });
-  while (calls == 0) std::this_thread::yield();
-  EXPECT_EQ(QvnUninitialize(), 0u);
-  const int before = calls;
-  fake.deliver(kStatus);
-  EXPECT_EQ(calls, before);
-  stop = true;
-  device.join();
-  EXPECT_EQ(QvnInitialize(), 0u);
 }
 
 class HidFunctionsTest : public LibraryTest {

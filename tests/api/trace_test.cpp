@@ -1,17 +1,15 @@
 // The lines that exported functions write, as an administrator reads them.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "common/logging/basic_logger.h"
 #include "device/store/printer_store.h"
 #include "platform/files/paths.h"
-#include "platform/registry/registry.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/settings.h"
 #include "support/library_fixture.h"
+#include "support/registry_values.h"
 
 namespace qvn::test {
 namespace {
@@ -23,12 +21,9 @@ void alert(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
 // In the registry before the library looks: it looks again only after ten seconds.
 struct StartedLog {
   StartedLog() {
-    using namespace platform::registry;
-    Key key;
-    createKey(Hive::LocalMachine, std::string(kLibraryRegistryRoot) + "Logger", {}, key);
     for (const auto& [name, value] :
          {std::pair{"startLog", 1u}, {"All", 2u}, {"Clocktime_In_Header", 0u}, {"Bidi", 0u}}) {
-      setValue(key, name, ValueType::Dword, {reinterpret_cast<const char*>(&value), sizeof value});
+      store(std::string(kLibraryRegistryRoot) + "Logger", name, value);
     }
   }
 };

@@ -1,11 +1,8 @@
 // A Cpd HID's states, and who hears its reports and events.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <future>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "hid/cpd_hid.h"
@@ -132,46 +129,6 @@ TEST_F(CpdHidTest, AnEventIsHeardWhenItIsAnother) {
   HidNotificationManager::getInstance().unregisterClient(1, 807);
   send(9);
   EXPECT_THAT(heard, IsEmpty());
-}
-
-TEST_F(CpdHidTest, ACallbackMayChangeTheRegistrations) {
-  hid->doOpen();
-  registerReports(1, [](std::uint32_t clientId, auto...) {
-    HidReportManager::getInstance().unregisterForReports(807, clientId);
-    HidReportManager::getInstance().unregisterForReports(807, 2);
-    registerReports(3);
-  });
-  registerReports(2);
-  fake.deliver(bytes({'a'}));
-  EXPECT_THAT(heard, IsEmpty());
-  fake.deliver(bytes({'b'}));
-  EXPECT_THAT(heard, ElementsAre("3:b"));
-}
-
-std::promise<void>* entered = nullptr;
-std::shared_future<void> mayReturn;
-
-TEST_F(CpdHidTest, UnregisteringWaitsForADeliveryOfTheSameKindOnly) {
-  std::promise<void> isIn;
-  std::promise<void> leave;
-  entered = &isIn;
-  mayReturn = leave.get_future().share();
-  hid->doOpen();
-  registerReports(1, [](auto...) {
-    entered->set_value();
-    mayReturn.wait();
-  });
-  registerEvents(1);
-  std::thread device([&] { fake.deliver(bytes({'a'})); });
-  isIn.get_future().wait();
-  send(4);
-  EXPECT_THAT(heard, ElementsAre("1:4"));
-  auto unregistering = std::async(
-      std::launch::async, [] { return HidReportManager::getInstance().unregisterForReports(807, 1); });
-  EXPECT_EQ(unregistering.wait_for(std::chrono::milliseconds(1)), std::future_status::timeout);
-  leave.set_value();
-  EXPECT_EQ(unregistering.get(), 0u);
-  device.join();
 }
 
 }  // namespace

@@ -1,12 +1,7 @@
-// Alerts: which bit they belong to, what the printer is told, who is called, and what a callback may do.
+// Alerts: which bit they belong to, what the printer is told, and who is called.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <future>
-#include <thread>
 
 #include "common/logging/log_text.h"
-#include "device/store/printer_store.h"
 #include "printer/clients/printer_alert_type.h"
 #include "printer_fixture.h"
 
@@ -17,12 +12,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::vector<std::string> heard;
-std::function<void(std::uint32_t client)> duringAlert;
 
 void onAlert(std::uint32_t handle, const std::uint8_t* alert, std::uint32_t length, std::uint32_t client) {
   heard.push_back(std::to_string(client) + ":" + std::to_string(handle) + ":" + std::to_string(alert[5]) +
                   ":" + std::to_string(length));
-  if (duringAlert) duringAlert(client);
 }
 
 Data alertOf(std::initializer_list<int> fromByte5) {
@@ -61,11 +54,9 @@ class PrinterAlertTest : public CpdPrinterTest {
  protected:
   PrinterAlertTest() {
     heard.clear();
-    duringAlert = nullptr;
     printer->doOpen();
     fake.takeCalls();
   }
-  ~PrinterAlertTest() override { duringAlert = nullptr; }
 
   std::uint32_t add(std::uint32_t client, std::uint32_t mask) {
     return printer->doRegisterForAlerts({client, mask, onAlert});
@@ -138,45 +129,6 @@ TEST_F(PrinterAlertTest, AStatusAlertUpdatesTheCache) {
   EXPECT_EQ(cache.getBuffer()[22], 0);
   EXPECT_EQ(cache.getBuffer()[23], 0x2A);
   EXPECT_EQ(heard.size(), 2u);
-}
-
-TEST_F(PrinterAlertTest, ACallbackMayRegisterAndUnregister) {
-  add(1, 0x80000);
-  add(2, 0x80000);
-  duringAlert = [&](std::uint32_t client) {
-    if (client != 1) return;
-    EXPECT_EQ(printer->doUnregisterForAlerts(2), 0u) << "its turn does not come any more";
-    EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
-    EXPECT_EQ(add(3, 0x80000), 0u);
-  };
-  fake.deliver(panel);
-  EXPECT_THAT(heard, ElementsAre("1:7:225:8"));
-  fake.deliver(panel);
-  EXPECT_THAT(heard, ElementsAre("1:7:225:8", "3:7:225:8"));
-}
-
-TEST_F(PrinterAlertTest, NoCallIsRunningWhenTheUnregistrationReturns) {
-  add(1, 0x80000);
-  std::promise<void> inside;
-  std::promise<void> goOn;
-  std::atomic<bool> callEnded{false};
-  duringAlert = [&](std::uint32_t) {
-    inside.set_value();
-    goOn.get_future().wait();
-    callEnded = true;
-  };
-  std::thread delivering([&] { fake.deliver(panel); });
-  inside.get_future().wait();
-  std::thread unregistering([&] {
-    EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
-    EXPECT_TRUE(callEnded);
-  });
-  goOn.set_value();
-  unregistering.join();
-  delivering.join();
-  duringAlert = nullptr;
-  fake.deliver(panel);
-  EXPECT_EQ(heard.size(), 1u);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "printer/printer_object.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "support/library_fixture.h"
 

@@ -255,12 +255,14 @@ void FakeTransport::reset() {
   connections_ = std::make_unique<Connections>();  // Some are open yet.
 }
 
+const char* FakeTransport::module() { return QVN_FAKE_TRANSPORT_MODULE; }
+
 void FakeTransport::registerModule() {
   using namespace platform::registry;
   Key key;
   createKey(Hive::LocalMachine, std::string(kLibraryRegistryRoot) + "Transports\\Local", {}, key);
   createKey(Hive::LocalMachine, std::string(kLibraryRegistryRoot) + "Transports\\Network", {}, key);
-  setValue(key, kName, ValueType::String, QVN_FAKE_TRANSPORT_MODULE);
+  setValue(key, kName, ValueType::String, module());
 }
 
 std::string FakeTransport::deviceText(const std::string& family, std::uint32_t handle,
@@ -328,7 +330,7 @@ std::uint32_t FakeTransport::deliver(Data data, std::uint32_t handle) {
 void FakeTransport::deliver(Notification notification, std::uint32_t handle) {
   device(handle).accept(notification);
 }
-void FakeTransport::loseConnection() { device(0).onConnectionLost(); }
+void FakeTransport::loseConnection(std::uint32_t handle) { device(handle).onConnectionLost(); }
 std::uint32_t FakeTransport::visited() { return visitedHandle; }
 
 std::uint32_t FakeTransport::run(const char* entryPoint) {

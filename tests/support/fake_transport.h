@@ -25,7 +25,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   static FakeTransport& instance();
   // Forgets what it was told to do and what was asked of it.
   void reset();
-  // Puts the module's file under its name into the registry as a network transport.
+  // The module's file, and that put under its name into the registry as a network transport.
+  static const char* module();
   static void registerModule();
   // A device of this transport: of a family, or a Cpd printer.
   static std::string deviceText(const std::string& family, std::uint32_t handle,
@@ -63,7 +64,7 @@ class __attribute__((visibility("default"))) FakeTransport {
   // caller's thread. Gives the result code that the device left in the data.
   std::uint32_t deliver(Data data, std::uint32_t handle = 0);
   void deliver(Notification notification, std::uint32_t handle = 0);
-  void loseConnection();
+  void loseConnection(std::uint32_t handle = 0);
   // The handle of the device that this thread writes to or whose visitor it runs.
   static std::uint32_t visited();
 

@@ -96,5 +96,8 @@ class ManualClock final : public platform::Clock {
 struct SkippingClock {
   ManualClock clock{ManualClock::Mode::AutoAdvance};
 };
+struct StandingClock {
+  ManualClock clock;
+};
 
 }  // namespace qvn::test

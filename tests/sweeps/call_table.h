@@ -20,6 +20,8 @@ struct ExportedCall {
   Company company;
   std::vector<std::uint32_t> handles;  // the devices it is tried on; 0 for a function without
   std::vector<std::uint32_t> allowed;  // what it may answer inside a callback, with every device open
+  std::uint32_t unknown;               // what it gives for a handle that no store holds
+  std::vector<std::function<std::uint32_t()>> missing;  // with one required argument missing each
   std::function<std::uint32_t(std::uint32_t handle)> call;
 };
 

@@ -1,14 +1,10 @@
 // Every call to a transport fails once, in every way it can, in the middle of everything that clients do:
 // nothing crashes, hangs or stays behind, and afterwards the same can be done as if nothing had happened.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
-#include <thread>
 
 #include "common/exception.h"
-#include "qvn/transport/attributes.h"
 #include "support/manual_clock.h"
 #include "sweeps/case_watch.h"
 #include "sweeps/stage.h"

@@ -68,17 +68,22 @@ std::optional<Data> reply(const Data& request) {
 // What the words do that are no exported functions. They get the result of the word before, which those give
 // that have none of their own.
 using Rc = std::uint32_t;
-const std::map<std::string, std::function<Rc(Stage&, std::uint32_t handle, Rc rc)>> acts = {
-    {"alert", [](Stage&, auto h, Rc) { return tell(h, std::string("\xA5\0\5\0\xF0\xE1\0\0", 8)); }},
-    {"data", [](Stage&, auto h,
-                Rc) { return tell(h, isBpd(h) ? "<Scan.Data>dots" : std::string("\x1Bsd\1\0\0\0\0x", 9)); }},
-    {"status", [](Stage&, auto h, Rc) { return tell(h, std::string("\x1BSS\0\0\0\0\0", 8)); }},
-    {"ring", [](Stage&, auto h, Rc) { return tell(h, "<Ring>"); }},
+using Act = std::function<Rc(Stage&, std::uint32_t handle, Rc rc)>;
+Act telling(const std::string& block) {
+  return [=](Stage&, std::uint32_t handle, Rc) { return tell(handle, block); };
+}
+const std::string kScanData("\x1Bsd\1\0\0\0\0x", 9);
+const std::map<std::string, Act> acts = {
+    {"alert", telling({"\xA5\0\5\0\xF0\xE1\0\0", 8})},
+    {"data", [](Stage&, auto h, Rc) { return tell(h, isBpd(h) ? "<Scan.Data>dots" : kScanData); }},
+    {"status", telling({"\x1BSS\0\0\0\0\0", 8})},
+    {"ring", telling("<Ring>")},
     {"scanning", [](Stage&, auto h, Rc) { return tellState(h, "Scanning"); }},
     {"complete", [](Stage&, auto h, Rc) { return tellState(h, "Complete"); }},
-    {"jobEnd", [](Stage&, auto h, Rc) { return tell(h, "<Job.End>"); }},
-    {"report", [](Stage&, auto h, Rc) { return tell(h, "key"); }},
+    {"jobEnd", telling("<Job.End>")},
+    {"report", telling("key")},
     {"event", [](Stage&, auto h, Rc) { return tellEvent(h); }},
+    {"lost", [](Stage& stage, auto h, Rc rc) { return stage.fake.loseConnection(h), rc; }},
     {"cancel",
      [](Stage&, auto h, Rc rc) {
        std::thread([&] { rc = QvnCancelJobPrinter(2, h); }).join();
@@ -107,9 +112,9 @@ const std::map<std::string, std::function<Rc(Stage&, std::uint32_t handle, Rc rc
      }},
     // The local transports are searched for what is not stored.
     {"lookUps",
-     [](Stage& stage, auto, Rc rc) {
+     [](Stage&, auto, Rc rc) {
        ApplicationSettings().setString(setting_key::kLocalTransports, FakeTransport::kName,
-                                       stage.transportModule(), SettingsStore::kLocal);
+                                       FakeTransport::module(), SettingsStore::kLocal);
        for (const auto lookUp : {QvnEnumSpecificPrinter, QvnEnumSpecificScanner, QvnEnumSpecificHid}) {
          std::uint32_t handle = 0;
          rc = rc * 10 + lookUp(1, "UNKNOWN", &handle);
@@ -170,13 +175,6 @@ void Stage::set(const std::string& setting, std::uint32_t value) {
   ApplicationSettings().setLong(setting_key::kSettings, setting, value, SettingsStore::kLocal);
 }
 
-std::string Stage::transportModule() {
-  std::string module;
-  ApplicationSettings().getString(setting_key::kNetworkTransports, FakeTransport::kName, module,
-                                  SettingsStore::kLocal);
-  return module;
-}
-
 void Stage::note(const std::string& line) {
   const std::lock_guard guard(mutex_);
   lines_.push_back(line);
@@ -218,6 +216,18 @@ void Stage::listen(std::uint32_t clientId, std::uint32_t handle) {
     QvnRegisterForNotificationsHid(clientId, handle, heard::notification);
   } else {
     QvnRegisterForAsyncDataScanner(clientId, handle, 0x7000, heard::scan);
+  }
+}
+
+void Stage::listenNoMore(std::uint32_t clientId, std::uint32_t handle) {
+  if (isPrinter(handle)) {
+    QvnUnregisterForAlertsPrinter(clientId, handle);
+    QvnUnregisterForNotificationsPrinter(clientId, handle);
+  } else if (isHid(handle)) {
+    QvnUnregisterForReportsHid(clientId, handle);
+    QvnUnregisterForNotificationsHid(clientId, handle);
+  } else {
+    QvnUnregisterForAsyncDataScanner(clientId, handle);
   }
 }
 

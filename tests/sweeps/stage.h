@@ -25,8 +25,6 @@ inline constexpr std::uint32_t kFailure = 64;
 // Alerts of two kinds, of which a printer is told separately; the one that it sends is of the first.
 inline constexpr std::uint32_t kPanelAlerts = 0x80000, kAlerts = kPanelAlerts | 0x100000;
 
-inline const std::string kEndOfJob("\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8);
-
 // The functions of one kind of device.
 struct Kind {
   const char* name;
@@ -46,15 +44,15 @@ class Stage {
   // When the library is initialised.
   static void store(const std::vector<std::uint32_t>& handles);
   static void set(const std::string& setting, std::uint32_t value);
-  static std::string transportModule();
 
   // Plays on a device what the words say, one after the other: "Open StartJob Write EndJob Close". A word is
   // an exported function, without the kind of device, or something that the device does, see stage.cpp. Each
   // is noted with its result, the last of which is given.
   std::uint32_t play(std::uint32_t handle, const std::string& words);
 
-  // Registers the client for everything that the device tells.
+  // Registers the client for everything that the device tells, and takes that back.
   static void listen(std::uint32_t clientId, std::uint32_t handle);
+  static void listenNoMore(std::uint32_t clientId, std::uint32_t handle);
 
   // Every callback notes what it heard and by which client and then does this: "notification 4", "alert 7",
   // "scan data", "scan 1000 dots", "report", "event", "found 7", "queue Lab".

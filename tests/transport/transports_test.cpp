@@ -1,9 +1,6 @@
 #include "transport/transports.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
 
 #include "support/library_fixture.h"
 #include "transport/transport_names.h"
@@ -20,11 +17,6 @@ class TransportsTest : public LibraryTest {
  protected:
   Transports& transports = Transports::getInstance();
   ApplicationSettings settings;
-  std::string fakeModule = [] {
-    std::string path;
-    ApplicationSettings().getString("Transports\\Network", "FAKE", path, 0);
-    return path;
-  }();
 
   static std::string broken(const std::string& fault) {
     return std::string(QVN_BROKEN_MODULES) + "qvn_broken_" + fault + ".so";
@@ -51,7 +43,7 @@ TEST_F(TransportsTest, AModuleIsLoadedOnceAndInitialisedOnce) {
 }
 
 TEST_F(TransportsTest, ALocalTransportIsDiscoveredWhenItIsLoaded) {
-  settings.setString("Transports\\Local", "FAKE", fakeModule, 0);
+  settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
   settings.deleteValue("Transports\\Network", "FAKE", 0);
   EXPECT_EQ(openOf("FAKE"), 0u);
   EXPECT_EQ(openOf("FAKE"), 0u);
@@ -99,7 +91,7 @@ TEST_F(TransportsTest, WhatCannotBeLoadedSaysWhyAndIsReplacedByTheFallbacks) {
 
 TEST_F(TransportsTest, AddRegistersUnderTheKindThatTheModuleGives) {
   settings.deleteValue("Transports\\Network", "FAKE", 0);
-  EXPECT_EQ(QvnAddTransport(fakeModule.c_str()), 0u);
+  EXPECT_EQ(QvnAddTransport(FakeTransport::module()), 0u);
   EXPECT_THAT(transports.getTransportNames("NETWORK_TRANSPORT"), ElementsAre("FAKE"));
   EXPECT_THAT(fake.calls("install"), ElementsAre("install"));
   EXPECT_THAT(fake.calls("discover"), ElementsAre("discover")) << "an added transport is searched";
@@ -111,11 +103,11 @@ TEST_F(TransportsTest, AddRegistersUnderTheKindThatTheModuleGives) {
 
 TEST_F(TransportsTest, RemoveTakesTheTransportsOrTheModulesName) {
   EXPECT_EQ(openOf("FAKE"), 0u);
-  EXPECT_EQ(QvnRemoveTransport(fakeModule.c_str()), 0u);
+  EXPECT_EQ(QvnRemoveTransport(FakeTransport::module()), 0u);
   EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
   EXPECT_EQ(openOf("FAKE"), kFallbackOpen);
 
-  settings.setString("Transports\\Network", "FAKE", fakeModule, 0);
+  settings.setString("Transports\\Network", "FAKE", FakeTransport::module(), 0);
   EXPECT_EQ(QvnRemoveTransport("FAKE"), 126u) << "removed, yet no module of that name";
   EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
 }

@@ -1,6 +1,5 @@
 // The search for a job's account number in its print data.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "printer/bpd/job/account_number_search.h"
 

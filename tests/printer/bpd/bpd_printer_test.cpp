@@ -1,14 +1,11 @@
 // The states of a Bpd printer: what each operation does, in which order it asks the transport, what it
 // answers.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "common/byte_reader.h"
 #include "device/store/printer_store.h"
 #include "printer/bpd/bpd_printer.h"
-#include "printer/printer_object.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"

@@ -1,7 +1,6 @@
 // The states of a Cpd printer: what each operation does, in which order it asks the transport, what it
 // answers.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "api/exported_call.h"
 #include "device/store/printer_store.h"

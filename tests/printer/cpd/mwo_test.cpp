@@ -2,7 +2,6 @@
 #include "printer/cpd/mwo.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -79,11 +78,7 @@ class Sink : public Printer {
   std::string text_;
 };
 
-struct StillClock {
-  ManualClock clock;
-};
-
-class MwoTest : public StillClock, public LibraryTest {
+class MwoTest : public StandingClock, public LibraryTest {
  protected:
   std::uint32_t print(Mwo& mwo, const std::string& text) {
     Data request(text);

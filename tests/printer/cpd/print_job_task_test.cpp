@@ -1,6 +1,5 @@
 // The tasks of a print job: their packets, settings, retries and waits.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "common/logging/log_text.h"
 #include "printer/bpd/dc_summary_task.h"

@@ -1,6 +1,5 @@
 // The jobs of a Bpd scanner: how they are started, go on, are watched over and end.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <future>
 
@@ -34,14 +33,10 @@ constexpr char kUnobserveSystem[] = "removeObserver system systemUpdate Observer
 constexpr platform::Milliseconds kFirstWait = 25000;
 
 // Time stands still: a wait ends by what it waits for, or when the test moves the time.
-// Not at 0: request ids begin with the time.
-struct StandingClock {
-  StandingClock() { clock.advance(1); }
-  ManualClock clock;
-};
-
 class BpdScanJobTest : public StandingClock, public BpdScannerTest {
  protected:
+  BpdScanJobTest() { clock.advance(1); }  // request ids begin with the time
+
   // Starts a job, which runs when this returns.
   void startJob() {
     ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);

@@ -1,9 +1,6 @@
 // A Bpd scanner without a job: its states, the parameters of its clients, what it makes of what the device
 // delivers, and whom it calls.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 #include "api/exported_call.h"
 #include "scanner/bpd/bpd_scanner_fixture.h"
@@ -148,34 +145,13 @@ TEST_F(BpdScannerTest, CallsClientsByIdForWhatTheirMasksHave) {
   EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "the registrations ended with the close";
 }
 
-TEST_F(BpdScannerTest, ACallbackMayChangeRegistrations) {
-  openFor(1);
-  for (const std::uint32_t client : {2u, 3u}) {
-    scanner->doRegisterForAsyncData({kEverything, client, ReceivedBpdData::callback});
-  }
-  ReceivedBpdData::onCall = [this](const std::string& line) {
-    if (!line.starts_with("1/")) return;
-    EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
-    EXPECT_EQ(scanner->doUnregisterForAsyncData(2), 0u);
-    EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 4, ReceivedBpdData::callback}), 0u);
-  };
-  deliver("<Ring>");
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: Ring", "3/0/2000: Ring"));
-  deliver("<Ring>");
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("3/0/2000: Ring", "4/0/2000: Ring"));
-}
-
-TEST_F(BpdScannerTest, InsideACallbackTheEndOfAJobIsRefusedAndUnregisteringNeverWaits) {
+TEST_F(BpdScannerTest, InsideACallbackTheEndOfAJobIsRefused) {
   openFor(1);
   ReceivedBpdData::onCall = [this](const std::string&) {
     EXPECT_EQ(guardedCall([this] { return scanner->doEndJob(1); }), 170u);
-    EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
-    scanner->waitForCallbacks(1);
   };
   deliver("<Ring>");
   EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: Ring"));
-  deliver("<Ring>");
-  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty());
 }
 
 }  // namespace

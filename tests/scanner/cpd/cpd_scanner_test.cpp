@@ -1,7 +1,6 @@
 // The states of a Cpd scanner: what each operation does, in which order it asks the transport, what it
 // answers, and how a scan ends when several want to end it.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
@@ -9,7 +8,6 @@
 #include <thread>
 
 #include "device/store/printer_store.h"
-#include "printer/printer_object.h"
 #include "scanner/cpd/scanner_fixture.h"
 
 namespace qvn::test {
@@ -181,22 +179,6 @@ TEST_F(CpdScannerTest, ALostConnectionReachesTheClientsAsAStatusAndACloseNot) {
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
 }
 
-// An open printer of the same device, whose client is told how far the scan is.
-class PrinterBeside {
- public:
-  explicit PrinterBeside(QvnNotificationCallback callback) {
-    PrinterStore::getInstance().persist(FakeTransport::printerText(7));
-    EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
-    EXPECT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, callback), 0u);
-  }
-  ~PrinterBeside() {
-    QvnUnregisterForNotificationsPrinter(1, 7);
-    QvnClosePrinter(1, 7);
-  }
-  PrinterBeside(const PrinterBeside&) = delete;
-  PrinterBeside& operator=(const PrinterBeside&) = delete;
-};
-
 TEST_F(WaitingCpdScannerTest, ASecondCancelDoesNotMakeTheEndWaitForAStatusThatHasBeen) {
   makeScanner();
   startScan();
@@ -206,44 +188,6 @@ TEST_F(WaitingCpdScannerTest, ASecondCancelDoesNotMakeTheEndWaitForAStatusThatHa
   EXPECT_EQ(scanner->doEndJob(1), 0u) << "the clock stands still";
   EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
   EXPECT_EQ(fake.deliver(block(1)), 0u) << "nothing of the old scan ends the new one";
-}
-
-// Four threads that all want to end scans, over and over; whatever wins, the scanner can be used afterwards.
-TEST_F(CpdScannerTest, EndingsMayRaceEachOther) {
-  set("ScanCancelWaitDuration", 100);
-  makeScanner();
-  startScan();
-  std::atomic<bool> stop{false};
-  const auto repeat = [&](auto&& operation) {
-    return std::thread([&, operation] {
-      while (!stop) operation();
-    });
-  };
-  std::thread cancelling = repeat([&] { scanner->doCancelJob(1); });
-  std::thread ending = repeat([&] {
-    scanner->doEndJob(1);
-    scanner->doStartJob(1, nullptr);
-  });
-  std::thread closing = repeat([&] {
-    scanner->doClose();
-    scanner->doOpen();
-  });
-  std::thread device = repeat([&] {
-    fake.deliver(block(1));
-    fake.deliver(status(0));
-    fake.loseConnection();
-  });
-  for (int i = 0; i < 300; ++i) {
-    Data data("x");
-    scanner->doExchangeData(2, data);
-    std::this_thread::yield();
-  }
-  stop = true;
-  for (std::thread* thread : {&cancelling, &ending, &closing, &device}) thread->join();
-  closeScanner();
-  startScan();
-  fake.deliver(status(0));
-  EXPECT_EQ(scanner->doEndJob(1), 0u);
 }
 
 std::vector<std::uint32_t> progressIds;
@@ -256,7 +200,9 @@ void recordProgress(std::uint32_t handle, std::uint32_t category, std::uint32_t 
 }
 
 TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
-  const PrinterBeside printer(recordProgress);
+  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
+  EXPECT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, recordProgress), 0u);
   for (const std::uint32_t wanted : {0u, 1u}) {
     progressIds.clear();
     set("CpdScanPerformanceNotifications", wanted);
@@ -271,6 +217,8 @@ TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
     const std::vector<std::uint32_t> all = {50, 51, 53, 50};
     EXPECT_EQ(progressIds, wanted == 0 ? std::vector<std::uint32_t>() : all);
   }
+  QvnUnregisterForNotificationsPrinter(1, 7);
+  QvnClosePrinter(1, 7);
 }
 
 }  // namespace

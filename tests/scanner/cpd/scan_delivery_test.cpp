@@ -1,9 +1,5 @@
 // Who gets what a Cpd scanner sends: the exchange that waits for a reply, or the registered clients.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <future>
-#include <thread>
 
 #include "scanner/cpd/scanner_fixture.h"
 
@@ -86,54 +82,6 @@ TEST_F(CpdScannerTest, EveryClientGetsEveryPieceInTheOrderOfRegistration) {
   Data foreign = block(4);
   CpdScannerAsyncDataManager::getInstance().accept(408, foreign);
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "of another scanner";
-}
-
-CpdScanner* callbackScanner = nullptr;
-std::promise<void>* inCallback = nullptr;
-std::shared_future<void> mayReturn;
-
-TEST_F(CpdScannerTest, ACallbackMayChangeRegistrations) {
-  callbackScanner = scanner.get();
-  scanner->doOpen();
-  scanner->doRegisterForAsyncData(
-      {0, 1, [](std::uint32_t clientId, auto...) -> std::uint32_t {
-         callbackScanner->doUnregisterForAsyncData(clientId);
-         callbackScanner->doUnregisterForAsyncData(2);
-         callbackScanner->waitForCallbacks(2);
-         callbackScanner->doRegisterForAsyncData({7, 5, ReceivedScanData::callback});
-         return 0;
-       }});
-  scanner->doRegisterForAsyncData({0, 2, ReceivedScanData::callback});
-  scanner->doStartJob(1, nullptr);
-  fake.deliver(block(1));
-  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1), "2/0")))
-      << "what is being delivered still reaches who was removed";
-  fake.deliver(block(2));
-  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(2), "5/7")));
-}
-
-TEST_F(CpdScannerTest, AClientIsInNoCallbackOnceThatWasWaitedFor) {
-  std::promise<void> entered;
-  std::promise<void> leave;
-  inCallback = &entered;
-  mayReturn = leave.get_future().share();
-  scanner->doOpen();
-  scanner->doRegisterForAsyncData({0, 1, [](auto...) {
-                                     inCallback->set_value();
-                                     mayReturn.wait();
-                                     return 0u;
-                                   }});
-  scanner->doStartJob(1, nullptr);
-  std::thread device([&] { fake.deliver(block(1)); });
-  entered.get_future().wait();
-  // A callback that blocks keeps nobody from the scanner.
-  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
-  EXPECT_EQ(scanner->doCancelJob(1), 0u);
-  auto waiting = std::async(std::launch::async, [&] { scanner->waitForCallbacks(1); });
-  EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(1)), std::future_status::timeout);
-  leave.set_value();
-  waiting.get();
-  device.join();
 }
 
 }  // namespace

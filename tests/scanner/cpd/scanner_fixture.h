@@ -76,9 +76,6 @@ class ScannerTest : public Clock, public LibraryTest {
 class CpdScannerTest : public ScannerTest<SkippingClock> {};
 
 // Time stands still: a wait ends by what it waits for, or never.
-struct StandingClock {
-  ManualClock clock;
-};
 class WaitingCpdScannerTest : public ScannerTest<StandingClock> {};
 
 }  // namespace qvn::test

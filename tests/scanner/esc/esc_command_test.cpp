@@ -1,12 +1,11 @@
 // Which command some bytes are, what answers it, how long it is, and how it is put together from pieces.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "common/exception.h"
 #include "scanner/esc/esc_command_factory.h"
 #include "scanner/esc/esc_commands.h"
 #include "scanner/esc/standard_esc_command.h"
 #include "support/library_fixture.h"
+#include "support/throws.h"
 
 namespace qvn::test {
 namespace {
@@ -22,16 +21,6 @@ Data fromHex(std::string_view text) {
 
 std::unique_ptr<EscCommand> classify(const Data& data) {
   return EscCommandFactory::getInstance().makeCommand(data);
-}
-
-template <typename Action>
-std::string failureOf(Action&& action) {
-  try {
-    action();
-  } catch (const Win32Exception& exception) {
-    return exception.getMessage() + " " + std::to_string(exception.getCode());
-  }
-  return {};
 }
 
 struct Expected {
@@ -150,10 +139,11 @@ TEST(EscCommand, WhatIsNoCommandIsNull) {
 }
 
 TEST(EscCommand, AClassRefusesTheBytesOfAnother) {
-  EXPECT_EQ(failureOf([] { HScanDpiEscCommand{fromHex("1B53430000000000")}; }),
-            "HScanDpiEscCommand(const Data&): data does not contain a HScanDpiEscCommand. 87");
-  EXPECT_EQ(failureOf([] { StandardEscCommand{fromHex("1B")}; }),
-            "StandardEscCommand(const Data&): command is not a EscCommand 87");
+  EXPECT_THAT(
+      [] { HScanDpiEscCommand{fromHex("1B53430000000000")}; },
+      throwsWin32("HScanDpiEscCommand(const Data&): data does not contain a HScanDpiEscCommand.", 87));
+  EXPECT_THAT([] { StandardEscCommand{fromHex("1B")}; },
+              throwsWin32("StandardEscCommand(const Data&): command is not a EscCommand", 87));
   EXPECT_EQ(HScanDpiEscCommand().create(fromHex("1B53430000000000")), nullptr);
   EXPECT_TRUE(HScanGoEscCommand().equals(fromHex("1B53470000000000")));
   EXPECT_TRUE(HScanDpiEscCommand().notEquals(fromHex("1B53440000000001")));
