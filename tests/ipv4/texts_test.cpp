@@ -21,12 +21,44 @@ using test::toHex;
 
 const Packet kReply = hex("A5 00 05 20 E0 82 02 02");
 
+void receive(NpaStream& stream, PacketView bytes) { stream.add(bytes); }
+
+void receive(ReceiveBuffer& stream, PacketView bytes) {
+  const auto room = stream.room();
+  EXPECT_GE(room.size(), bytes.size());
+  std::copy(bytes.begin(), bytes.end(), room.begin());
+  stream.add(bytes.size());
+}
+
+// The stream finds the same in bytes that come in steps of any length. With `givesUp`, after all have come,
+// what has begun is given up until nothing has.
+template <typename Stream, typename Describe>
+void expectFound(const std::string& bytes, const std::vector<std::string>& expected, const Describe& describe,
+                 bool givesUp = false, bool isBroken = false) {
+  const Packet all = hex(bytes);
+  for (std::size_t step = 1; step <= all.size() + 1; ++step) {
+    Stream stream;
+    std::vector<std::string> found;
+    const auto find = [&] {
+      while (const auto item = stream.next()) found.push_back(describe(*item));
+    };
+    for (PacketView rest(all); !rest.empty(); rest = rest.subspan(std::min(step, rest.size()))) {
+      receive(stream, rest.first(std::min(step, rest.size())));
+      find();
+    }
+    if constexpr (requires { stream.giveUpPartial(); }) {
+      for (; givesUp && stream.isPartial(); find()) stream.giveUpPartial();
+    } else {
+      EXPECT_EQ(stream.isBroken(), isBroken) << bytes << " by " << step;
+    }
+    EXPECT_EQ(found, expected) << bytes << " by " << step;
+  }
+}
+
+using Found = std::vector<std::string>;
+
 TEST(NpaStream, FindsPacketsHoweverTheyArrive) {
-  struct Case {
-    const char* bytes;
-    std::vector<const char*> packets;
-  };
-  const Case kCases[] = {
+  const std::pair<const char*, Found> cases[] = {
       {"", {}},
       {"A5 00 02 20 01", {"A5 00 02 20 01"}},
       {"A5 00 02 20 01 A5 00 03 20 01 00", {"A5 00 02 20 01", "A5 00 03 20 01 00"}},
@@ -34,19 +66,7 @@ TEST(NpaStream, FindsPacketsHoweverTheyArrive) {
       {"A5 00 00 A5 00 01 A5 00 02 20 01", {"A5 00 02 20 01"}},
       {"A5 00 09 20 01 00", {}},
   };
-  for (const Case& c : kCases) {
-    const Packet bytes = hex(c.bytes);
-    for (const std::size_t step : {bytes.size(), std::size_t{1}, std::size_t{4}}) {
-      NpaStream stream;
-      std::vector<std::string> packets;
-      for (std::size_t at = 0; at < bytes.size(); at += step) {
-        stream.add(PacketView(bytes).subspan(at, std::min(step, bytes.size() - at)));
-        while (const auto packet = stream.next()) packets.push_back(toHex(*packet));
-      }
-      EXPECT_EQ(packets, std::vector<std::string>(c.packets.begin(), c.packets.end()))
-          << c.bytes << " in steps of " << step;
-    }
-  }
+  for (const auto& [bytes, packets] : cases) expectFound<NpaStream>(bytes, packets, toHex);
 }
 
 TEST(NpaStream, GetsBehindGarbageOfEveryLength) {
@@ -82,12 +102,11 @@ TEST(NpaStream, GetsBehindGarbageOfEveryLength) {
 }
 
 TEST(NpaPackets, ReplyMatchesItsRequestOnly) {
-  struct Case {
+  const struct {
     const char* reply;
     const char* request;
     bool answers;
-  };
-  constexpr Case kCases[] = {
+  } kCases[] = {
       {"A5 00 03 20 01 00", "A5 00 03 50 01 00", true},
       {"A5 00 02 20 01", "A5 00 03 50 01 00", true},
       {"A5 00 03 20 01 01", "A5 00 03 50 01 00", false},
@@ -98,49 +117,20 @@ TEST(NpaPackets, ReplyMatchesItsRequestOnly) {
       {"A5 00 03 A0 E0 82", "A5 00 04 50 E0 82 02", true},
       {"A5 00 01 20", "A5 00 03 50 01 00", false},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     EXPECT_EQ(answers(hex(c.reply), hex(c.request)), c.answers) << c.reply << " to " << c.request;
   }
-}
-
-// What a stream gives when bytes come in steps of that length.
-template <typename Stream, typename Describe>
-std::vector<std::string> read(Stream& stream, const Packet& bytes, std::size_t step,
-                              const Describe& describe) {
-  std::vector<std::string> items;
-  for (std::size_t at = 0; at < bytes.size(); at += step) {
-    const std::size_t length = std::min(step, bytes.size() - at);
-    const auto room = stream.room();
-    EXPECT_GE(room.size(), length);
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), length, room.begin());
-    stream.add(length);
-    while (const auto item = stream.next()) items.push_back(describe(*item));
-  }
-  return items;
-}
-
-// With `givesUp`, after all have come, what has begun is given up until nothing has.
-template <typename Stream, typename Describe>
-std::vector<std::string> read(const Packet& bytes, std::size_t step, bool givesUp, const Describe& describe) {
-  Stream stream;
-  std::vector<std::string> items = read(stream, bytes, step, describe);
-  while (givesUp && stream.isPartial()) {
-    stream.giveUpPartial();
-    while (const auto item = stream.next()) items.push_back(describe(*item));
-  }
-  return items;
 }
 
 TEST(EscStream, FindsCommandsHoweverTheyArrive) {
   const std::string status = "1B 53 53 00 00 00 00 00";
   const std::string block = "1B 73 64 03 00 01 00 00 1B 53 53";
   const std::string unknown = "1B 58 59 5A 02 00 00 00 41 42";
-  struct Case {
+  const struct {
     std::string bytes;
-    std::vector<std::string> commands;
-    std::vector<std::string> afterGivingUp;
-  };
-  const Case kCases[] = {
+    Found commands;
+    Found afterGivingUp;
+  } kCases[] = {
       {"", {}, {}},
       {status, {status}, {status}},
       {status + block + unknown + status, {status, block, unknown, status}, {status, block, unknown, status}},
@@ -154,30 +144,16 @@ TEST(EscStream, FindsCommandsHoweverTheyArrive) {
       {"1B 73 64 0C 00 01 00 00 1B 73 64 0C 00 01 00 00", {}, {}},
   };
   const auto describe = [](esc::Bytes command) { return toHex({command.begin(), command.end()}); };
-  const auto spaced = [](const std::vector<std::string>& commands) {
-    std::vector<std::string> all;
-    for (const std::string& command : commands) all.push_back(toHex(hex(command)));
-    return all;
-  };
-  for (const Case& c : kCases) {
-    const Packet bytes = hex(c.bytes);
-    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
-      EXPECT_EQ(read<EscStream>(bytes, step, false, describe), spaced(c.commands))
-          << c.bytes << " by " << step;
-      EXPECT_EQ(read<EscStream>(bytes, step, true, describe), spaced(c.afterGivingUp))
-          << c.bytes << " by " << step;
-    }
+  for (const auto& c : kCases) {
+    expectFound<EscStream>(c.bytes, c.commands, describe);
+    expectFound<EscStream>(c.bytes, c.afterGivingUp, describe, true);
   }
 }
 
 TEST(HidStream, FindsFramesHoweverTheyArrive) {
-  struct Case {
-    std::string bytes;
-    std::vector<std::string> frames;
-  };
   std::string content;  // of 258 bytes: 02 01
   for (int i = 0; i < 258; ++i) content += " 41";
-  const Case kCases[] = {
+  const std::pair<std::string, Found> cases[] = {
       {"", {}},
       {"01 02 00 41 42 02 00 00 07 01 00 43", {"1: 41 42", "2: ", "7: 43"}},
       {"01 00 00 01 03 00 41 42", {"1: "}},
@@ -187,13 +163,8 @@ TEST(HidStream, FindsFramesHoweverTheyArrive) {
   const auto describe = [](const HidFrame& frame) {
     return std::to_string(frame.type) + ": " + toHex({frame.content.begin(), frame.content.end()});
   };
-  for (const Case& c : kCases) {
-    const Packet bytes = hex(c.bytes);
-    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
-      for (const bool givesUp : {false, true}) {
-        EXPECT_EQ(read<HidStream>(bytes, step, givesUp, describe), c.frames) << c.bytes << " by " << step;
-      }
-    }
+  for (const auto& [bytes, frames] : cases) {
+    for (const bool givesUp : {false, true}) expectFound<HidStream>(bytes, frames, describe, givesUp);
   }
 }
 
@@ -214,12 +185,11 @@ std::string describeBlock(const Block& block) {
 TEST(BlockStream, FindsBlocksHoweverTheyArriveUntilAHeaderIsWrong) {
   const std::string two = "42 4B 01 00 00 00 00 02 41 42";
   const std::string failed = "42 4B 02 00 00 00 00 04 81 02 03 04";
-  struct Case {
+  const struct {
     std::string bytes;
-    std::vector<std::string> blocks;
+    Found blocks;
     bool isBroken = false;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {"", {}},
       {two + failed + two, {"0: 41 42", "2164392708: ", "0: 41 42"}},
       {"42 4B 01 00 00 00 00 00" + two, {"0: ", "0: 41 42"}},
@@ -235,22 +205,16 @@ TEST(BlockStream, FindsBlocksHoweverTheyArriveUntilAHeaderIsWrong) {
       {"42 4B 02 00 00 00 00 03" + two, {}, true},
       {"42 4B 02 00 00 00 00 05" + two, {}, true},
   };
-  for (const Case& c : kCases) {
-    const Packet bytes = hex(c.bytes);
-    for (std::size_t step = 1; step <= bytes.size() + 1; ++step) {
-      BlockStream stream;
-      EXPECT_EQ(read(stream, bytes, step, describeBlock), c.blocks) << c.bytes << " by " << step;
-      EXPECT_EQ(stream.isBroken(), c.isBroken) << c.bytes << " by " << step;
-    }
+  for (const auto& c : kCases) {
+    expectFound<BlockStream>(c.bytes, c.blocks, describeBlock, false, c.isBroken);
   }
 }
 
 TEST(StoreDocument, HasTheIdOfARequest) {
-  struct Case {
+  const struct {
     const char* document;
     const char* id;
-  };
-  constexpr Case kCases[] = {
+  } kCases[] = {
       {"<?xml version=\"1.0\"?>\r\n<method name=\"callMethod\" requestID=\"123000\">\r\n</method>", "123000"},
       {"<method requestID='1'/>", "1"},
       {"<?xml version=\"1.0\"?><!-- <method requestID=\"2\"> -->\n<method name=\">\" requestID=\"1\"/>", "1"},
@@ -267,7 +231,7 @@ TEST(StoreDocument, HasTheIdOfARequest) {
       {"<response requestID=\"1\"/>", ""},
       {"", ""},
   };
-  for (const Case& c : kCases) EXPECT_EQ(requestIdOf(c.document), c.id) << c.document;
+  for (const auto& c : kCases) EXPECT_EQ(requestIdOf(c.document), c.id) << c.document;
   // Cut anywhere it has no id, or the whole of it.
   const std::string_view whole = kCases[0].document;
   for (std::size_t length = 0; length < whole.size(); ++length) {
@@ -280,12 +244,11 @@ TEST(StoreDocument, HasTheIdThatAReplyAnswers) {
   const std::string response =
       "<?xml version=\"1.0\"?><response requestID=\"42\"><IntegerElem>7</IntegerElem>";
   const std::string exception = "<?xml version=\"1.0\"?><exception requestID=\"42\"/>";
-  struct Case {
+  const struct {
     Packet frame;
     std::string document;
     const char* id;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {{}, response, "42"},
       {{}, exception, "42"},
       {{}, "<?xml version=\"1.0\"?><method requestID=\"42\"/>", ""},
@@ -299,20 +262,19 @@ TEST(StoreDocument, HasTheIdThatAReplyAnswers) {
       {hex("AA 00 00 00 00 00 00"), response, ""},
       {hex("AA"), "", ""},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     const Packet block = test::operator+(c.frame, test::bytesOf(c.document));
     EXPECT_EQ(answeredIdOf(block), c.id) << toHex(c.frame) << " " << c.document;
   }
 }
 
 TEST(SearchText, ListsPlacesOrRefuses) {
-  struct Case {
+  const struct {
     const char* text;
     std::vector<std::string> places;
     bool valid = true;
     bool services = false;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {"", {}},
       {"dns-sd", {}, true, true},
       {"10.0.0.1, dns-sd ,10.0.0.2", {"10.0.0.1:9200", "10.0.0.2:9200"}, true, true},
@@ -335,7 +297,7 @@ TEST(SearchText, ListsPlacesOrRefuses) {
       {"printer", {}, false},
       {"10.0.0.1-", {}, false},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     SearchText search;
     EXPECT_EQ(parseSearchText(c.text, search), c.valid ? 0u : 87u) << c.text;
     EXPECT_EQ(search.services, c.services) << c.text;
@@ -392,14 +354,13 @@ TEST(DeviceAnswer, TakesCompleteAnswersOnly) {
 TEST(ServiceDescription, TakesWhatMayBeToldOfAnAnnouncedPrinter) {
   using Texts = std::map<std::string, std::string>;
   const std::string tag = "</Nickname><Handle>1</Handle>";
-  struct Case {
+  const struct {
     std::string name;
     Texts texts;
     std::string serial;  // empty: nothing is told
     std::string model;
     std::string nickname;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {"Hall",
        {{"usb_ser", "X1"}, {"uuid", "u"}, {"ty", "Laser 5"}, {"product", "(P)"}},
        "X1",
@@ -417,7 +378,7 @@ TEST(ServiceDescription, TakesWhatMayBeToldOfAnAnnouncedPrinter) {
       {std::string(64, 'x'), {{"usb_ser", "X1"}}, "X1", "X1", "X1"},
       {"", {}, "", "", ""},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     const auto device = describeService({c.name, {0x0A000001, 9100}, c.texts});
     ASSERT_EQ(device.has_value(), !c.serial.empty()) << c.name;
     if (!device) continue;

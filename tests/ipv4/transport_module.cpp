@@ -3,16 +3,14 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "platform/registry/registry.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/plugin.h"
 #include "qvn/transport/settings.h"
+#include "support/registry_values.h"
 
 namespace qvn::test {
 namespace {
-
-namespace registry = platform::registry;
 
 std::unique_ptr<platform::Module> loadModule(const char* path) {
   platform::ErrorCode error = 0;
@@ -32,22 +30,10 @@ Function* find(const platform::Module& module, const char* name) {
 
 }  // namespace
 
-void installSettings() {
-  registry::Key key;
-  if (registry::createKey(registry::Hive::LocalMachine, kLibraryRegistryRoot, {}, key) != 0) {
-    throw std::runtime_error("cannot make the library's key");
-  }
-  setSetting("9200UnicastDiscoveryTimeout", 300);
-}
+void installSettings() { setSetting("9200UnicastDiscoveryTimeout", 300); }
 
 void setSetting(const char* name, std::uint32_t value) {
-  registry::Key key;
-  const std::string path = std::string(kLibraryRegistryRoot) + "Ip1\\Settings\\";
-  const std::string_view bytes(reinterpret_cast<const char*>(&value), sizeof value);
-  if (registry::createKey(registry::Hive::LocalMachine, path, {}, key) != 0 ||
-      registry::setValue(key, name, registry::ValueType::Dword, bytes) != 0) {
-    throw std::runtime_error("cannot store the setting");
-  }
+  store(std::string(kLibraryRegistryRoot) + "Ip1\\Settings\\", name, value);
 }
 
 TransportModule::TransportModule() : TransportModule(QVN_IPV4_MODULE) {}
@@ -105,17 +91,23 @@ void PrintTo(const ExchangeResult& result, std::ostream* out) {
   *out << "result " << result.result << ", reply code " << result.replyCode;
 }
 
+std::uint32_t visit(TransportModule& module, Connectable& connection, const std::string& visitorName,
+                    Data* data, Device* device) {
+  Visitor* const visitor = module.visitors.getVisitor(visitorName);
+  if (data != nullptr) visitor->setData(*data);
+  if (device != nullptr) visitor->setDevice(*device);
+  connection.accept(*visitor);
+  const std::uint32_t result = visitor->getResult();
+  module.visitors.releaseVisitor(visitor);
+  return result;
+}
+
 ExchangeResult exchange(TransportModule& module, Connectable& connection, Device& device,
                         std::string_view request, const char* visitorName) {
   const Bytes bytes = hex(request);
   Data data(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  Visitor* visitor = module.visitors.getVisitor(visitorName);
-  visitor->setData(data);
-  visitor->setDevice(device);
-  connection.accept(*visitor);
-  const ExchangeResult result{visitor->getResult(), data.getRc()};
-  module.visitors.releaseVisitor(visitor);
-  return result;
+  const std::uint32_t result = visit(module, connection, visitorName, &data, &device);
+  return {result, data.getRc()};
 }
 
 }  // namespace qvn::test

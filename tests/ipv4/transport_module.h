@@ -67,6 +67,9 @@ struct ExchangeResult {
 };
 void PrintTo(const ExchangeResult& result, std::ostream* out);
 
+// Runs a visitor with that data and device, if any; its result.
+std::uint32_t visit(TransportModule& module, Connectable& connection, const std::string& visitorName,
+                    Data* data = nullptr, Device* device = nullptr);
 ExchangeResult exchange(TransportModule& module, Connectable& connection, Device& device,
                         std::string_view request, const char* visitorName = visitor_name::kNpaData);
 

@@ -6,8 +6,6 @@
 #include <fstream>
 
 #include "ipv4/transport_module.h"
-#include "qvn/transport/attribute_codec.h"
-#include "qvn/transport/attributes.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
@@ -22,19 +20,10 @@ class BpdOperations : public testing::Test {
  protected:
   BpdOperations() { installSettings(); }
 
-  std::uint32_t run(const char* name, Connectable& connection, Device& device, Data& data) {
-    Visitor* visitor = module.visitors.getVisitor(name);
-    visitor->setData(data);
-    visitor->setDevice(device);
-    connection.accept(*visitor);
-    const std::uint32_t result = visitor->getResult();
-    module.visitors.releaseVisitor(visitor);
-    return result;
-  }
   std::uint32_t run(const char* name, Connectable& connection, Device& device, std::string_view bytes) {
     const Bytes content = hex(bytes);
     Data data(content.data(), static_cast<std::uint32_t>(content.size()));
-    return run(name, connection, device, data);
+    return visit(module, connection, name, &data, &device);
   }
 
   std::uint32_t npaMode(const std::string& attributes) {
@@ -42,7 +31,7 @@ class BpdOperations : public testing::Test {
     const OpenConnection bidi(module, attributes, "bidi");
     EXPECT_EQ(bidi.openCode(), 0u);
     Data answer(4, 0xFF);
-    EXPECT_EQ(run(visitor_name::kGetNpaMode, *bidi, device, answer), 0u);
+    EXPECT_EQ(visit(module, *bidi, visitor_name::kGetNpaMode, &answer, &device), 0u);
     std::uint32_t mode = 99;
     if (answer.getLength() == sizeof mode) std::memcpy(&mode, answer.getBuffer(), sizeof mode);
     return mode;
@@ -71,13 +60,12 @@ TEST_F(BpdOperations, AnswersByDeviceAndByTheFormOfTheData) {
   SimulatorProcess simulator({"--family", "BpdPrinter"});
   const std::string header =
       "<JobName>j</JobName><NpaSupported>1</NpaSupported><SpoolerJobId>3</SpoolerJobId>";
-  struct Case {
+  const struct {
     const char* name;
     Bytes data;
     std::uint32_t npa;
     std::uint32_t plain;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {visitor_name::kGetNpaMode, hex("00 00"), 87, 87},
       {visitor_name::kGetNpaMode, {}, 87, 87},
       {visitor_name::kSetNpaWrapMode, hex(kNumber), 0, 0},
@@ -102,11 +90,13 @@ TEST_F(BpdOperations, AnswersByDeviceAndByTheFormOfTheData) {
   for (const char* name : {"bidi", "print"}) {
     const OpenConnection onNpa(module, npa.getAttributes(), name);
     const OpenConnection onPlain(module, plain.getAttributes(), name);
-    for (const Case& c : kCases) {
+    for (const auto& c : kCases) {
       Data forNpa(c.data.data(), static_cast<std::uint32_t>(c.data.size()));
       Data forPlain(forNpa);
-      EXPECT_EQ(run(c.name, *onNpa, npa, forNpa), c.npa) << c.name << " on " << name << " " << toHex(c.data);
-      EXPECT_EQ(run(c.name, *onPlain, plain, forPlain), c.plain) << c.name << ", plain, on " << name;
+      EXPECT_EQ(visit(module, *onNpa, c.name, &forNpa, &npa), c.npa)
+          << c.name << " on " << name << " " << toHex(c.data);
+      EXPECT_EQ(visit(module, *onPlain, c.name, &forPlain, &plain), c.plain)
+          << c.name << ", plain, on " << name;
     }
   }
   EXPECT_TRUE(rawPort.accept().receive(1).empty()) << "a raw receiver gets the job's bytes and no others";

@@ -6,7 +6,6 @@
 #include <thread>
 
 #include "ipv4/transport_module.h"
-#include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/plugin.h"
 #include "support/simulator/simulator_process.h"
@@ -66,12 +65,11 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReachInTime) 
   const Stream filling = Stream::connect("127.0.0.1", full.port());  // the queue takes no other one
   std::uint16_t unused = 0;
   { unused = Listener().port(); }
-  struct Case {
+  const struct {
     const char* name;
     std::string attributes;
     std::uint32_t code;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {"cache", "", 0},
       {"configuration", "", 0},
       {"scan", "", 1},
@@ -90,7 +88,7 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReachInTime) 
       {"alert", partText("CpdHid", 0), 87},
       {"bidi", partText("CpdHid", unused), 1},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     EXPECT_EQ(OpenConnection(module, c.attributes, c.name).openCode(), c.code)
         << c.name << " " << c.attributes;
   }
@@ -99,12 +97,11 @@ TEST_F(Ipv4Transport, OpensWhatNeedsNoChannelAndRefusesWhatItCannotReachInTime) 
 TEST_F(Ipv4Transport, AnswersEachVisitorByName) {
   TransportModule module;
   const std::string good = attributeText(1, 2);
-  struct Case {
+  const struct {
     std::string name;
     std::string data;
     std::uint32_t result;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {"startJobPrinter", "", 0},
       {"flushPrintBufferVisitor", "", 0},
       {"setMaxPacketSizeVisitor", "<MaxWritePacketSize>512</MaxWritePacketSize>", 0},
@@ -124,14 +121,9 @@ TEST_F(Ipv4Transport, AnswersEachVisitorByName) {
   };
   Device device;
   const OpenConnection connection(module, good, "configuration");
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     Data data(c.data);
-    Visitor* visitor = module.visitors.getVisitor(c.name);
-    visitor->setData(data);
-    visitor->setDevice(device);
-    connection->accept(*visitor);
-    EXPECT_EQ(visitor->getResult(), c.result) << c.name << " " << c.data;
-    module.visitors.releaseVisitor(visitor);
+    EXPECT_EQ(visit(module, *connection, c.name, &data, &device), c.result) << c.name << " " << c.data;
   }
   module.visitors.releaseVisitor(nullptr);
 }

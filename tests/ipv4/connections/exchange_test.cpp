@@ -1,14 +1,8 @@
 // Packet exchanges and alerts on the "bidi" connection, against the simulated printer with each of its faults
 // and against a peer that sends what it likes.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <atomic>
-#include <optional>
-#include <thread>
-
-#include "ipv4/connections/logging_device.h"
-#include "ipv4/transport_module.h"
+#include "ipv4/connections/connection_test.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
@@ -26,28 +20,11 @@ constexpr char kPanelRegistration[] = "A5 00 05 50 E0 E1 03 01";
 constexpr char kPanelAlert[] = "A5 00 05 20 F0 E1 00 00";
 constexpr char kReset[] = "A5 00 05 20 FF 01 00 00";
 
-// For tests that wait for it.
-constexpr std::uint32_t kShortTimeout = 200;
-
-constexpr ExchangeResult kReplied{0, 0};
-constexpr ExchangeResult kNoReply{0, 1460};
-constexpr ExchangeResult kLost{64, 64};
-
-// A device and the module it is reached through.
-class ExchangeTest : public testing::Test {
+class ExchangeTest : public ConnectionTest {
  protected:
-  ExchangeTest() {
-    installSettings();
-    module.emplace();
-  }
-  ~ExchangeTest() override { module.reset(); }
-
   ExchangeResult ask(const OpenConnection& bidi, const char* request) {
     return exchange(*module, *bidi, device, request);
   }
-
-  LoggingDevice device;
-  std::optional<TransportModule> module;
 };
 
 class Exchange : public ExchangeTest {
@@ -60,17 +37,11 @@ TEST_F(Exchange, DeliversTheReplyOnTheReadersThreadBeforeItReturns) {
   const OpenConnection bidi(*module, attributes(), "bidi");
   const Bytes request = hex(kLock);
   Data data(request.data(), static_cast<std::uint32_t>(request.size()));
-  Visitor* visitor = module->visitors.getVisitor("npaDataVisitor");
-  bidi->accept(*visitor);
-  EXPECT_EQ(visitor->getResult(), 87u) << "without data and device";
-  visitor->setData(data);
-  visitor->setDevice(device);
-  bidi->accept(*visitor);
-  EXPECT_EQ(visitor->getResult(), 0u);
+  EXPECT_EQ(visit(*module, *bidi, "npaDataVisitor"), 87u) << "without data and device";
+  EXPECT_EQ(visit(*module, *bidi, "npaDataVisitor", &data, &device), 0u);
   EXPECT_EQ(data.getRc(), 0u);
   EXPECT_EQ(data.getCount(), 8u);
   EXPECT_EQ(data.getLength(), 8u) << "the request stays to compare replies with";
-  module->visitors.releaseVisitor(visitor);
   EXPECT_THAT(device.deliveries(), ElementsAre(kLocked));
   EXPECT_NE(device.deliveringThread(), std::this_thread::get_id());
 }
@@ -95,12 +66,11 @@ TEST_F(Exchange, RefusesWhatIsNoPacket) {
 
 TEST_F(Exchange, MeetsEachFaultWithACodeAndGoesOn) {
   setSetting("ReadTimeout", kShortTimeout);
-  struct Case {
+  const struct {
     const char* fault;
     ExchangeResult result;
     const char* reply;
-  };
-  constexpr Case kCases[] = {
+  } kCases[] = {
       {"drop-reply=lock:1", kNoReply, nullptr},     {"corrupt-reply=lock:1", kNoReply, nullptr},
       {"misframe-reply=lock:1", kNoReply, nullptr}, {"delay-reply=20:lock:1", kReplied, kLocked},
       {"double-reply=lock:1", kReplied, kLocked},   {"reject=lock:1", kReplied, "A5 00 03 A0 E0 82"},
@@ -108,7 +78,7 @@ TEST_F(Exchange, MeetsEachFaultWithACodeAndGoesOn) {
   };
   const OpenConnection bidi(*module, attributes(), "bidi");
   std::vector<std::string> expected;
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     simulator.command(std::string("fault ") + c.fault);
     EXPECT_EQ(ask(bidi, kLock), c.result) << c.fault;
     if (c.reply != nullptr) expected.push_back(c.reply);
@@ -210,18 +180,7 @@ TEST_F(Exchange, MayBeClosedFromInsideAnAlert) {
 
 TEST_F(Exchange, ServesSeveralThreadsInTurn) {
   const OpenConnection bidi(*module, attributes(), "bidi");
-  std::atomic<int> replies{0};
-  std::vector<std::thread> clients;
-  for (const char* request : {kLock, kCache, kPanelRegistration, kStartJob}) {
-    clients.emplace_back([&, request] {
-      for (int i = 0; i < 50; ++i) {
-        if (ask(bidi, request) == kReplied) ++replies;
-      }
-    });
-  }
-  for (std::thread& client : clients) client.join();
-  EXPECT_EQ(replies, 200);
-  EXPECT_EQ(device.deliveries().size(), 200u);
+  askFromThreads(*bidi, {kLock, kCache, kPanelRegistration, kStartJob}, visitor_name::kNpaData);
 }
 
 // A peer of the test's own in place of the printer.

@@ -1,14 +1,10 @@
 // The "alert" connection of a HID, against a peer that plays the device.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <atomic>
 #include <future>
-#include <optional>
 
-#include "ipv4/connections/logging_device.h"
+#include "ipv4/connections/connection_test.h"
 #include "ipv4/connections/open_part.h"
-#include "ipv4/transport_module.h"
 
 namespace qvn::test {
 namespace {
@@ -19,31 +15,13 @@ constexpr char kReport[] = "01 01 03 00 00 00 00 00";
 constexpr char kReportFrame[] = "01 08 00 01 01 03 00 00 00 00 00";
 constexpr char kEventFrame[] = "02 08 00 04 03 02 81 02 00 00 00";
 
-class Hid : public testing::Test {
+class Hid : public ConnectionTest {
  protected:
-  Hid() {
-    installSettings();
-    module.emplace();
-    alert.emplace(*module, partText("CpdHid", listener->port()), *listener, device, "alert");
-  }
-  ~Hid() override {
-    alert.reset();
-    module.reset();
-  }
-
-  std::uint32_t openAgain() {
-    Visitor* visitor = module->visitors.getVisitor(visitor_name::kOpenHid);
-    visitor->setDevice(device);
-    (*alert)->accept(*visitor);
-    const std::uint32_t result = visitor->getResult();
-    module->visitors.releaseVisitor(visitor);
-    return result;
-  }
+  std::uint32_t openAgain() { return visit(*module, **alert, visitor_name::kOpenHid, nullptr, &device); }
 
   std::optional<Listener> listener{std::in_place};
-  LoggingDevice device;
-  std::optional<TransportModule> module;
-  std::optional<OpenPart> alert;
+  std::optional<OpenPart> alert{std::in_place, *module, partText("CpdHid", listener->port()),
+                                *listener,     device,  "alert"};
 };
 
 TEST_F(Hid, GetsReportsAndEventsHoweverTheyArrive) {

@@ -1,14 +1,10 @@
 // The "bidi" connection of a Bpd scanner, against a peer that plays the device.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <future>
-#include <optional>
-#include <thread>
 
-#include "ipv4/connections/logging_device.h"
+#include "ipv4/connections/connection_test.h"
 #include "ipv4/connections/open_part.h"
-#include "ipv4/transport_module.h"
 
 namespace qvn::test {
 namespace {
@@ -18,11 +14,6 @@ using testing::IsEmpty;
 using Deliveries = std::vector<std::string>;
 
 constexpr std::uint32_t kForEver = 3600000;  // the test's own limit is shorter
-// For tests that wait for it.
-constexpr std::uint32_t kShortTimeout = 200;
-
-constexpr ExchangeResult kReplied{0, 0};
-constexpr ExchangeResult kNoReply{0, 1460};
 constexpr ExchangeResult kCancelled{1236, 1236};
 
 std::string request(int id) {
@@ -71,14 +62,9 @@ class Exchange {
   Visitor* const visitor_;
 };
 
-class ObjectStore : public testing::Test {
+class ObjectStore : public ConnectionTest {
  protected:
-  ObjectStore() {
-    installSettings();
-    setSetting("ReadTimeout", kForEver);
-    module.emplace();
-  }
-  ~ObjectStore() override { module.reset(); }
+  ObjectStore() { setSetting("ReadTimeout", kForEver); }
 
   std::string attributes() const { return partText("BpdScanner", listener.port()); }
 
@@ -96,8 +82,6 @@ class ObjectStore : public testing::Test {
   }
 
   Listener listener;
-  LoggingDevice device;
-  std::optional<TransportModule> module;
 };
 
 TEST_F(ObjectStore, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
@@ -106,12 +90,11 @@ TEST_F(ObjectStore, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
   const std::string page = "<Scan.Data>" + reply(7);
   const std::string notification = reply(7, "method");
   const Bytes failedRead = hex("42 4B 02 00 00 00 00 04 00 00 00 05");
-  struct Case {
+  const struct {
     Bytes answer;
     ExchangeResult result;
     Deliveries deliveries;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {block(framed), kReplied, {noted(framed)}},
       {block(reply(7, "exception")), kReplied, {noted(reply(7, "exception"))}},
       {block(page) + failedRead + block(reply(8)) + block(reply(7)),
@@ -123,7 +106,7 @@ TEST_F(ObjectStore, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
       {failedRead, kNoReply, {"code 5"}},
       {{}, kNoReply, {}},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     SCOPED_TRACE(testing::PrintToString(c.deliveries));
     LoggingDevice scanner;
     OpenPart bidi(*module, attributes(), listener, scanner);
@@ -241,18 +224,17 @@ TEST_F(ObjectStore, CanBeCancelledAtAnyTime) {
 
 TEST_F(ObjectStore, EndsAllExchangesWithTheirConnection) {
   enum class By { End, Reset, WrongHeader, Close };
-  struct Case {
+  const struct {
     By by;
     std::uint32_t code;
     Deliveries deliveries;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {By::End, 64, {noted("<Job.Start>"), "code 64", "lost"}},
       {By::Reset, 64, {noted("<Job.Start>"), "code 64", "lost"}},
       {By::WrongHeader, 13, {noted("<Job.Start>"), "code 13", "lost"}},
       {By::Close, 1236, {noted("<Job.Start>")}},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     SCOPED_TRACE(c.code);
     LoggingDevice scanner;
     std::optional<OpenPart> bidi(std::in_place, *module, attributes(), listener, scanner);
@@ -303,10 +285,7 @@ TEST_F(ObjectStore, SendsNothingButDocumentsThatCanBeAnswered) {
   Data data(request(1));
   bidi->write(data);
   EXPECT_EQ(data.getRc(), 1u);
-  Visitor* visitor = module->visitors.getVisitor(visitor_name::kObjectStoreData);
-  bidi->accept(*visitor);
-  EXPECT_EQ(visitor->getResult(), 87u) << "without data and device";
-  module->visitors.releaseVisitor(visitor);
+  EXPECT_EQ(visit(*module, *bidi, visitor_name::kObjectStoreData), 87u) << "without data and device";
   EXPECT_EQ(exchange(*module, *bidi, device, "1B 53 44 00 00 00 00 00", visitor_name::kEscCommand).result,
             1u);
   bidi->close();

@@ -1,16 +1,13 @@
 // The "bidi" connection of a scanner, against a peer that plays the device.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 #include <future>
 #include <memory>
-#include <optional>
 
-#include "ipv4/connections/logging_device.h"
+#include "ipv4/connections/connection_test.h"
 #include "ipv4/connections/open_part.h"
-#include "ipv4/transport_module.h"
 
 namespace qvn::test {
 namespace {
@@ -30,21 +27,8 @@ constexpr char kBusy[] = "1B 53 53 01 00 00 00 00";
 constexpr char kVersionReply[] = "1B 73 76 02 00 00 00 00 41 0A";
 constexpr char kBlock[] = "1B 73 64 03 00 01 00 00 1B 53 53";  // a payload that looks like a status
 
-// For tests that wait for it.
-constexpr std::uint32_t kShortTimeout = 200;
-
-constexpr ExchangeResult kReplied{0, 0};
-constexpr ExchangeResult kNoReply{0, 1460};
-constexpr ExchangeResult kLost{64, 64};
-
-class Scanner : public testing::Test {
+class Scanner : public ConnectionTest {
  protected:
-  Scanner() {
-    installSettings();
-    module.emplace();
-  }
-  ~Scanner() override { module.reset(); }
-
   std::string attributes() const { return partText("CpdScanner", listener.port()); }
 
   ExchangeResult ask(Connectable& connection, const char* request) {
@@ -72,19 +56,16 @@ class Scanner : public testing::Test {
   }
 
   Listener listener;
-  LoggingDevice device;
-  std::optional<TransportModule> module;
 };
 
 TEST_F(Scanner, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
   setSetting("ReadTimeout", kShortTimeout);
-  struct Case {
+  const struct {
     const char* request;
     std::string answer;
     ExchangeResult result;
     Deliveries deliveries;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {kDpi, kBusy, kReplied, {kBusy}},
       {kVersion, kVersionReply, kReplied, {kVersionReply}},
       {kOther, kOtherReply, kReplied, {kOtherReply}},
@@ -98,7 +79,7 @@ TEST_F(Scanner, GetsTheReplyOnTheReadersThreadAndTellsItFromWhatElseComes) {
       {kVersion, "1B 73 76 FF FF 00 00 00 41", kNoReply, {}},
       {"1B 43 53 53 01 00 00 00", kBusy, kNoReply, {kBusy}},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     SCOPED_TRACE(std::string(c.request) + " answered by " + c.answer);
     LoggingDevice scanner;
     OpenPart bidi(*module, attributes(), listener, scanner);
@@ -333,10 +314,7 @@ TEST_F(Scanner, AnswersACodeWhenNothingCanBeSent) {
   Connectable* unopened = module->connections.getConnection(attributes(), "bidi");
   EXPECT_EQ(write(*unopened, kGo), 1229u);
   EXPECT_EQ(ask(*unopened, kDpi), (ExchangeResult{1229, 1229}));
-  Visitor* visitor = module->visitors.getVisitor(visitor_name::kEscCommand);
-  unopened->accept(*visitor);
-  EXPECT_EQ(visitor->getResult(), 87u) << "without data and device";
-  module->visitors.releaseVisitor(visitor);
+  EXPECT_EQ(visit(*module, *unopened, visitor_name::kEscCommand), 87u) << "without data and device";
   module->connections.releaseConnection(unopened);
 
   // A device that never reads takes what the system holds for it.
@@ -358,19 +336,8 @@ TEST_F(Scanner, ServesSeveralThreadsInTurn) {
       bidi.peer->send(hex(request == kVersion ? kVersionReply : request == kOther ? kOtherReply : kStatus));
     }
   });
-  std::atomic<int> replies{0};
-  std::vector<std::thread> clients;
-  for (const char* request : {kDpi, kColor, kVersion, kOther}) {
-    clients.emplace_back([&, request] {
-      for (int i = 0; i < 50; ++i) {
-        if (ask(*bidi, request) == kReplied) ++replies;
-      }
-    });
-  }
-  for (std::thread& client : clients) client.join();
+  askFromThreads(*bidi, {kDpi, kColor, kVersion, kOther}, visitor_name::kEscCommand);
   answering.get();
-  EXPECT_EQ(replies, 200);
-  EXPECT_EQ(device.deliveries().size(), 200u);
 }
 
 }  // namespace
