@@ -20,11 +20,10 @@ Bytes receiveMessage(Stream& host) {
 }
 
 TEST(SimulatedPanel, SendsWhatItIsTold) {
-  struct Case {
+  const struct {
     const char* command;
     std::vector<const char*> messages;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {"button 3", {"01 08 00 01 01 03 00 00 00 00 00", "01 08 00 01 01 00 00 00 00 00 00"}},
       {"button 0xFF", {"01 08 00 01 01 FF 00 00 00 00 00", "01 08 00 01 01 00 00 00 00 00 00"}},
       {"report DE AD BE EF 00", {"01 05 00 DE AD BE EF 00"}},
@@ -36,8 +35,8 @@ TEST(SimulatedPanel, SendsWhatItIsTold) {
   SimulatorProcess device;
   Stream first = hidOf(device);
   Stream second = hidOf(device);
-  for (const Case& c : kCases) {
-    EXPECT_EQ(device.command(c.command).dump(), R"({"ok":true})") << c.command;
+  for (const auto& c : kCases) {
+    device.order(c.command);
     for (Stream* host : {&first, &second}) {
       for (const char* message : c.messages) EXPECT_EQ(toHex(receiveMessage(*host)), message) << c.command;
       EXPECT_TRUE(host->isSilent()) << c.command;
@@ -54,7 +53,7 @@ TEST(SimulatedPanel, LosesNoReportOfAHundredThousand) {
   SimulatorProcess device;
   Stream reads = hidOf(device);
   Stream doesNotRead = hidOf(device);
-  EXPECT_EQ(device.command("reports " + std::to_string(kCount)).dump(), R"({"ok":true})");
+  device.order("reports " + std::to_string(kCount));
   device.command("button 1");
   for (Stream* host : {&reads, &doesNotRead}) {  // the second has them still to come
     for (std::uint32_t i = 0; i < kCount; ++i) {
@@ -74,7 +73,7 @@ TEST(SimulatedPanel, EndsAHostThatNeverReadsAndServesTheOthers) {
   leaves.reset();
   // Each host that does not read is owed so much, and not more.
   const std::string large = "report " + std::string(60000, 'A');
-  for (int i = 0; i < 200; ++i) ASSERT_EQ(device.command(large).dump(), R"({"ok":true})");
+  for (int i = 0; i < 200; ++i) device.order(large);
   EXPECT_TRUE(deaf.isEnded());
   Stream late = hidOf(device);
   late.send(bytesOf("nobody asked"));

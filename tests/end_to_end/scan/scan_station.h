@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "end_to_end/scan/scan_picture.h"
 #include "support/content_of.h"
+#include "support/pictures/picture.h"
 #include "support/process/child.h"
 #include "support/process/eventually.h"
 #include "support/process/successful_run.h"

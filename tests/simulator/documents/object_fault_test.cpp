@@ -1,6 +1,5 @@
 // Each fault that the scanner of a simulated BpdPrinter can be told to have.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "support/simulator/object_host.h"
 
@@ -18,7 +17,6 @@ class SimulatedObjectFaults : public testing::Test {
  protected:
   SimulatedObjectFaults() : device({"--family", "BpdPrinter", "--block", "1000"}), host(device) {}
 
-  void fault(const std::string& text) { ASSERT_EQ(device.command("fault " + text).dump(), R"({"ok":true})"); }
   // Scans a page in the host mode, and waits for the next original.
   std::vector<std::string> scan(const std::string& until = "stateChanged Wait Next Original") {
     job = host.createJob(kScan);
@@ -44,8 +42,7 @@ class SimulatedObjectFaults : public testing::Test {
 };
 
 TEST_F(SimulatedObjectFaults, SpoilDocumentsAsOftenAsAsked) {
-  host.addObserver("system", "systemUpdate");
-  EXPECT_EQ(host.receive(), "response 0");
+  host.observe("system", "systemUpdate");
   struct Case {
     const char* fault;
     std::vector<const char*> words;  // of one removeObserver and one exitHostUSBSendMode, sent together
@@ -66,7 +63,7 @@ TEST_F(SimulatedObjectFaults, SpoilDocumentsAsOftenAsAsked) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.fault);
-    fault(c.fault);
+    device.order("fault " + std::string(c.fault));
     host.removeObserver("nothing", "nothing");
     host.call("system", "exitHostUSBSendMode");
     const bool waits = std::string_view(c.fault).starts_with("late");
@@ -77,21 +74,20 @@ TEST_F(SimulatedObjectFaults, SpoilDocumentsAsOftenAsAsked) {
     host.call("system", "exitHostUSBSendMode");
     EXPECT_THAT(host.receiveAll(), ElementsAre(kDone, kTold)) << "no longer";
   }
-  fault("wrong-id=removeObserver:1");
+  device.order("fault wrong-id=removeObserver:1");
   host.removeObserver("nothing", "nothing");
   EXPECT_THAT(host.receive(), testing::MatchesRegex("response to 1073[0-9]* 0"));
 }
 
 TEST_F(SimulatedObjectFaults, MakeDocumentsUnreadable) {
-  host.addObserver("system", "systemUpdate");
-  EXPECT_EQ(host.receive(), "response 0");
-  fault("corrupt-reply=any:2");
+  host.observe("system", "systemUpdate");
+  device.order("fault corrupt-reply=any:2");
   host.call("system", "exitHostUSBSendMode");
   EXPECT_EQ(host.receive(), "response 0");
   EXPECT_THAT(host.text(), HasSubstr("<unclosed></response>"));
   EXPECT_EQ(host.receive(), "systemUpdate HostSend Exited");
   EXPECT_THAT(host.text(), HasSubstr("<unclosed></method>"));
-  fault("oversize-reply=any:2");
+  device.order("fault oversize-reply=any:2");
   host.call("system", "exitHostUSBSendMode");
   for (const char* words : {"response 0", "systemUpdate HostSend Exited"}) {
     EXPECT_EQ(host.receive(), words);
@@ -101,7 +97,7 @@ TEST_F(SimulatedObjectFaults, MakeDocumentsUnreadable) {
 
 TEST_F(SimulatedObjectFaults, StayInTheHostMode) {
   host.enterHostMode();
-  fault("host-mode-stay:1");
+  device.order("fault host-mode-stay:1");
   host.call("system", "exitHostUSBSendMode");
   EXPECT_THAT(host.receiveAll(), ElementsAre("response 0"));
   ObjectHost other(device);
@@ -122,7 +118,7 @@ TEST_F(SimulatedObjectFaults, TellOfReadsThatFailed) {
                         Case{"read-error=5:1", kPageLength, kPageLength},
                         Case{"read-error=99:1", kPageLength, kPageLength}, Case{"no-data:1", 0, 0}}) {
     SCOPED_TRACE(c.fault);
-    fault(c.fault);
+    device.order("fault " + std::string(c.fault));
     scan("read error 1117");
     EXPECT_EQ(host.data.size(), c.before);
     const std::vector<std::string> rest = host.receiveUntil("stateChanged Wait Next Original");
@@ -136,13 +132,13 @@ TEST_F(SimulatedObjectFaults, TellOfReadsThatFailed) {
 
 TEST_F(SimulatedObjectFaults, IgnoreACancelledJob) {
   host.enterHostMode();
-  fault("slow-scan=0");
+  device.order("fault slow-scan=0");
   scan("<Page.Start>");
   EXPECT_THAT(host.receiveAll(), ElementsAre());
-  fault("ignore-abort:1");
+  device.order("fault ignore-abort:1");
   host.call(job, "cancel");
   EXPECT_THAT(host.receiveAll(), ElementsAre());
-  fault("slow-scan=50000");
+  device.order("fault slow-scan=50000");
   host.receiveUntil("stateChanged Wait Next Original");
   EXPECT_EQ(host.data.size(), kPageLength);
   endJob();
@@ -152,7 +148,7 @@ TEST_F(SimulatedObjectFaults, IgnoreACancelledJob) {
 
 TEST_F(SimulatedObjectFaults, PromiseMoreThanABlockHas) {
   host.enterHostMode();
-  fault("wrong-length=2:1");
+  device.order("fault wrong-length=2:1");
   scan("<Scan.Data>");
   EXPECT_EQ(host.receive(), "<Scan.Data>");
   EXPECT_EQ(host.dataLengths.back(), 1000u);
@@ -161,9 +157,9 @@ TEST_F(SimulatedObjectFaults, PromiseMoreThanABlockHas) {
 
 TEST_F(SimulatedObjectFaults, HaveThePageWaitBehindWhatIsDelayed) {
   host.enterHostMode();
-  fault("delay-reply=20:stateChanged:1");
+  device.order("fault delay-reply=20:stateChanged:1");
   expectWholePage();
-  fault("delay-reply=60000:stateChanged:1");
+  device.order("fault delay-reply=60000:stateChanged:1");
   job = host.createJob(kScan);
   host.startJob(job);
   EXPECT_TRUE(host.stream().isSilent());

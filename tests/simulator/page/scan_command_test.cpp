@@ -96,7 +96,7 @@ TEST(SimulatedScanner, DescribesItselfAndWhatWasSet) {
   ScanHost(device).set(75, ScanFormat::Color);  // another connection's own
   host.set(600, ScanFormat::BlackAndWhite, {1, 2, 3, 4});
   host.setSource("feeder");
-  EXPECT_EQ(device.command("load 300").dump(), R"({"ok":true})");
+  device.order("load 300");
   EXPECT_EQ(answer(kGetParameters),
             "source=feeder\ndpi=600\nmode=bw\nleft=1\ntop=2\nwidth=3\nheight=4\nsheets=300\n");
   EXPECT_EQ(host.ask(kFeederStatus), "1B 53 53 00 FF 00 00 00") << "255 for more";

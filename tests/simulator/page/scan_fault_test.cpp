@@ -19,7 +19,6 @@ class SimulatedScanFaults : public testing::Test {
     host.set(75, ScanFormat::Gray, kArea);
   }
 
-  void fault(const std::string& text) { ASSERT_EQ(device.command("fault " + text).dump(), R"({"ok":true})"); }
   void expectWholePage(ScanHost& on) {
     const ScannedPage page = on.scan();
     EXPECT_EQ(page.data.size(), kPageLength);
@@ -47,50 +46,50 @@ TEST_F(SimulatedScanFaults, SpoilRepliesAsOftenAsAsked) {
   };
   for (const Case& c : kCases) {
     SCOPED_TRACE(c.fault);
-    fault(c.fault);
+    device.order("fault " + std::string(c.fault));
     host.send(std::string(kFeederStatus) + kScanStatus);
     for (const char* reply : c.replies) EXPECT_EQ(toHex(host.receive()), reply);
     EXPECT_EQ(host.ask(kFeederStatus), kPageStatus) << "once only";
     device.command("clear-faults");
   }
-  fault("close-bidi=feeder-status:1");
+  device.order("fault close-bidi=feeder-status:1");
   host.send(kFeederStatus);
   EXPECT_TRUE(host.stream().isEnded());
   EXPECT_EQ(ScanHost(device).ask(kFeederStatus), kPageStatus);
 }
 
 TEST_F(SimulatedScanFaults, DelayOrDropAPageAsAReplyToGo) {
-  fault("delay-reply=20:go:1");
+  device.order("fault delay-reply=20:go:1");
   host.send(std::string(kScanGo) + kScanStatus);
   EXPECT_EQ(host.receivePage().data.size(), kPageLength);
   EXPECT_EQ(toHex(host.receive()), kSending) << "waited behind the page";
-  fault("delay-reply=60000:go:1");
+  device.order("fault delay-reply=60000:go:1");
   host.send(std::string(kScanGo) + kScanAbort);
   EXPECT_TRUE(host.stream().isSilent());
   ScanHost other(device);
   other.set(75, ScanFormat::Gray, kArea);
   expectWholePage(other);
-  fault("drop-reply=go:1");
+  device.order("fault drop-reply=go:1");
   other.send(kScanGo);
   expectWholePage(other);
 }
 
 TEST_F(SimulatedScanFaults, TellTheStatusLateOrTwice) {
-  fault("status-late=20:1");
+  device.order("fault status-late=20:1");
   expectWholePage(host);
-  fault("status-late=60000:1");
+  device.order("fault status-late=60000:1");
   host.send(kScanGo);
   for (std::size_t got = 0; got < kPageLength;) got += host.receive().size() - 8;
   EXPECT_EQ(host.ask(kScanStatus), kSending) << "as long as the status is missing";
   EXPECT_EQ(host.ask(kScanAbort), kScanAborted);
-  fault("status-twice:1");
+  device.order("fault status-twice:1");
   expectWholePage(host);
   EXPECT_EQ(toHex(host.receive()), kPageStatus);
   expectWholePage(host);
 }
 
 TEST_F(SimulatedScanFaults, PromiseMoreThanABlockHas) {
-  fault("wrong-length=2:1");
+  device.order("fault wrong-length=2:1");
   host.send(kScanGo);
   EXPECT_EQ(host.receive().size(), 1008u);
   EXPECT_EQ(host.receive().size(), 1008u);
@@ -104,8 +103,8 @@ TEST_F(SimulatedScanFaults, PromiseMoreThanABlockHas) {
 }
 
 TEST_F(SimulatedScanFaults, IgnoreAnAbort) {
-  fault("slow-scan=0");
-  fault("ignore-abort:1");
+  device.order("fault slow-scan=0");
+  device.order("fault ignore-abort:1");
   host.send(kScanGo);
   host.send(kScanAbort);
   EXPECT_EQ(host.ask(kScanStatus), kSending);

@@ -8,50 +8,14 @@
 #include <set>
 
 #include "support/content_of.h"
+#include "support/pictures/picture.h"
 #include "support/simulator/scan_host.h"
 
 namespace qvn::test {
 namespace {
 
-// Red, green and blue of each dot.
-struct Image {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
-  Bytes pixels;
-};
-
-Image randomImage(std::uint32_t width, std::uint32_t height) {
-  Image image{width, height, Bytes(std::size_t{3} * width * height)};
-  std::uint32_t state = 1;
-  for (std::uint8_t& value : image.pixels) {
-    state = state * 1664525 + 1013904223;
-    value = static_cast<std::uint8_t>(state >> 24);
-  }
-  return image;
-}
-
-void writePng(const std::filesystem::path& file, const Image& from) {
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = from.width;
-  image.height = from.height;
-  image.format = PNG_FORMAT_RGB;
-  ASSERT_NE(png_image_write_to_file(&image, file.c_str(), 0, from.pixels.data(), 0, nullptr), 0)
-      << image.message;
-}
-
-Image readPng(const std::filesystem::path& file) {
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  if (png_image_begin_read_from_file(&image, file.c_str()) == 0) return {};
-  image.format = PNG_FORMAT_RGB;
-  Image result{image.width, image.height, Bytes(PNG_IMAGE_SIZE(image))};
-  png_image_finish_read(&image, nullptr, result.pixels.data(), 0, nullptr);
-  return result;
-}
-
 // The lines of a page that shows a picture, dot by dot.
-Bytes expectedPage(const Image& picture, std::uint64_t dpi, ScanFormat format, const ScanArea& area) {
+Bytes expectedPage(const Picture& picture, std::uint64_t dpi, ScanFormat format, const ScanArea& area) {
   const std::uint64_t dots = area.width * dpi / 1200;
   const std::uint64_t lines = area.height * dpi / 1200;
   Bytes page;
@@ -60,7 +24,7 @@ Bytes expectedPage(const Image& picture, std::uint64_t dpi, ScanFormat format, c
     std::uint8_t bits = 0;
     for (std::uint64_t x = 0; x < dots; ++x) {
       const std::uint64_t column = (area.left + x * 1200 / dpi) * picture.width / 10200;
-      const std::uint8_t* rgb = picture.pixels.data() + 3 * (row * picture.width + column);
+      const std::uint8_t* rgb = picture.rgb.data() + 3 * (row * picture.width + column);
       const auto gray = static_cast<std::uint8_t>((299 * rgb[0] + 587 * rgb[1] + 114 * rgb[2] + 500) / 1000);
       if (format == ScanFormat::Color) page.insert(page.end(), rgb, rgb + 3);
       if (format == ScanFormat::Gray) page.push_back(gray);
@@ -85,16 +49,15 @@ class SimulatedPages : public testing::Test {
 };
 
 TEST_F(SimulatedPages, ShowThePictureWhereItLies) {
-  const Image picture = randomImage(101, 77);
+  const Picture picture = noise(101, 77);
   writePng(home / "page.png", picture);
   const SimulatorProcess device({"--page", (home / "page.png").string()});
   ScanHost host(device);
-  struct Case {
+  const struct {
     std::uint16_t dpi;
     ScanFormat format;
     ScanArea area;
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {75, ScanFormat::Gray, {}},
       {75, ScanFormat::Color, {}},
       {75, ScanFormat::BlackAndWhite, {}},
@@ -106,7 +69,7 @@ TEST_F(SimulatedPages, ShowThePictureWhereItLies) {
       {1200, ScanFormat::Color, {10100, 0, 100, 1000}},
       {1200, ScanFormat::BlackAndWhite, {10199, 14039, 1, 1}},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     host.set(c.dpi, c.format, c.area);
     const ScannedPage page = host.scan();
     EXPECT_EQ(page.status, kScanGood);
@@ -206,30 +169,29 @@ TEST_F(SimulatedPages, CannotHaveAnAreaBeyondTheGlass) {
 }
 
 TEST_F(SimulatedPages, AreKeptAsPictures) {
-  struct Case {
+  const struct {
     ScanFormat format;
     std::uint16_t dpi;
     std::vector<std::uint8_t> depthAndType;  // of the PNG
     std::string dotsPerMetre;                // each way, as it stands there
-  };
-  const Case kCases[] = {
+  } kCases[] = {
       {ScanFormat::BlackAndWhite, 100, {1, 0}, {"\0\0\x0F\x61\0\0\x0F\x61", 8}},
       {ScanFormat::Gray, 300, {8, 0}, {"\0\0\x2E\x23\0\0\x2E\x23", 8}},
       {ScanFormat::Color, 200, {8, 2}, {"\0\0\x1E\xC2\0\0\x1E\xC2", 8}},
   };
-  writePng(home / "page.png", randomImage(64, 64));
+  writePng(home / "page.png", noise(64, 64));
   const std::vector<std::string> arguments = {"--page", (home / "page.png").string(), "--scans",
                                               scans.string()};
   {
     const SimulatorProcess device(arguments);
     ScanHost host(device);
     int number = 0;
-    for (const Case& c : kCases) {
+    for (const auto& c : kCases) {
       host.set(c.dpi, c.format);
       const Bytes data = host.scan().data;
       const std::filesystem::path file = scans / ("page-" + std::to_string(++number) + ".png");
       SCOPED_TRACE(file.string());
-      const Image kept = readPng(file);
+      const Picture kept = readPng(file);
       ASSERT_EQ(kept.width, 10200u * c.dpi / 1200);
       ASSERT_EQ(kept.height, 14040u * c.dpi / 1200);
       EXPECT_TRUE(expectedPage(kept, c.dpi, c.format, {}) == data) << "what was kept is what was sent";

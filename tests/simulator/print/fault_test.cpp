@@ -18,7 +18,6 @@ class SimulatedFaults : public testing::Test {
  protected:
   SimulatedFaults() : device({"--events"}), bidi(Stream::connect(device.address(), device.bidiPort())) {}
 
-  void fault(const std::string& text) { ASSERT_EQ(device.command("fault " + text).dump(), R"({"ok":true})"); }
   Stream print() { return Stream::connect(device.address(), device.printPort()); }
 
   SimulatorProcess device;
@@ -26,7 +25,7 @@ class SimulatedFaults : public testing::Test {
 };
 
 TEST_F(SimulatedFaults, DoubleRepliesAsOftenAsAsked) {
-  fault("double-reply=any:2");
+  device.order("fault double-reply=any:2");
   bidi.send(hex(kLock) + hex(kUnlock));
   for (const char* reply : {kGranted, kGranted, kUnlocked, kUnlocked}) {
     EXPECT_EQ(toHex(bidi.receivePacket()), reply);
@@ -36,7 +35,7 @@ TEST_F(SimulatedFaults, DoubleRepliesAsOftenAsAsked) {
 }
 
 TEST_F(SimulatedFaults, NeverFinishAJob) {
-  fault("never-finish");
+  device.order("fault never-finish");
   print().send(bytesOf("page") + kMarker);
   EXPECT_EQ(device.nextJob().at("outcome"), "complete");
   EXPECT_EQ(bidi.ask(kQueryJobs), "A5 00 08 20 05 02 00 00 00 00 00");

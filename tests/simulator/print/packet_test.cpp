@@ -1,7 +1,6 @@
 // What the simulated printer answers on its bidi and discovery ports.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <random>
 
 #include "support/simulator/simulator_process.h"
@@ -75,12 +74,11 @@ TEST_F(SimulatedPackets, LocksForOneHostUntilItUnlocksOrGoes) {
 }
 
 TEST_F(SimulatedPackets, TellsEachHostTheAlertsItAskedFor) {
-  struct Case {
+  const struct {
     const char* registration;
     const char* covered;
     const char* notCovered;
-  };
-  constexpr Case kCases[] = {
+  } kCases[] = {
       {"A5 00 04 50 E0 03 80", "A5 00 05 20 F0 03 80 00", "A5 00 05 20 F0 03 40 00"},
       {"A5 00 05 50 E0 E1 03 01", "A5 00 05 20 F0 E1 00 00", "A5 00 05 20 F0 03 01 00"},
       {"A5 00 06 50 E0 73 01 01 10", "A5 00 08 20 F0 73 00 01 00 00 00", "A5 00 08 20 F0 73 00 00 00 01 00"},
@@ -89,7 +87,7 @@ TEST_F(SimulatedPackets, TellsEachHostTheAlertsItAskedFor) {
       {"A5 00 0F 50 E0 73 07 08 00 00 05 00 00 00 00 00 01 00", "A5 00 08 20 F0 73 00 00 00 00 04",
        "A5 00 08 20 F0 73 00 00 00 00 02"},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     Stream bidi = host();
     EXPECT_EQ(bidi.ask(kSummary).substr(0, 11), "A5 00 1C 20");
     device.command(std::string("alert ") + c.covered);  // not registered yet
@@ -104,7 +102,7 @@ TEST_F(SimulatedPackets, TellsEachHostTheAlertsItAskedFor) {
 TEST_F(SimulatedPackets, TellsStatusAndResetUnasked) {
   Stream bidi = host();
   bidi.ask(kSummary);
-  EXPECT_EQ(device.command("status 5 42").dump(), R"({"ok":true})");
+  device.order("status 5 42");
   EXPECT_EQ(toHex(bidi.receivePacket()),
             "A5 00 15 20 F0 73 01 01 10 01 10 00 00 00 00 00 11 01 05 00 12 02 00 2A");
   EXPECT_EQ(bidi.ask(kCache), "A5 00 15 20 E0 81 00 F0 00 00 00 00 00 00 00 00 11 01 05 00 12 02 00 2A");

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "support/store_documents.h"
+
 namespace qvn::test {
 namespace {
 
@@ -12,13 +14,6 @@ std::size_t big32(const Bytes& bytes, std::size_t offset) {
   std::size_t value = 0;
   for (std::size_t i = 0; i < 4; ++i) value = value << 8 | bytes.at(offset + i);
   return value;
-}
-
-std::string between(std::string_view text, std::string_view before, std::string_view after) {
-  const std::size_t start = text.find(before);
-  if (start == std::string_view::npos) return {};
-  const std::string_view rest = text.substr(start + before.size());
-  return std::string(rest.substr(0, rest.find(after)));
 }
 
 // Data blocks in a row are told once.
@@ -156,9 +151,13 @@ void ObjectHost::expect(std::string_view words) {
   if (came != words) throw std::runtime_error(came + " instead of " + std::string(words));
 }
 
-void ObjectHost::enterHostMode() {
-  addObserver("system", "systemUpdate", "Observer_System");
+void ObjectHost::observe(std::string_view object, std::string_view event, std::string_view observer) {
+  addObserver(object, event, observer);
   expect("response 0");
+}
+
+void ObjectHost::enterHostMode() {
+  observe("system", "systemUpdate", "Observer_System");
   call("system", "enterHostUSBSendMode", scanParameters({}));
   expect("response 0");
   expect("systemUpdate Enter HostSend OK");
@@ -169,10 +168,7 @@ std::string ObjectHost::createJob(const ObjectScan& scan) {
   const std::string words = receive();
   if (!words.starts_with("response HostSendJob_")) throw std::runtime_error(words);
   const std::string job = words.substr(std::string_view("response ").size());
-  for (const char* event : {"stateChanged", "pageScanned"}) {
-    addObserver(job, event);
-    expect("response 0");
-  }
+  for (const char* event : {"stateChanged", "pageScanned"}) observe(job, event);
   return job;
 }
 

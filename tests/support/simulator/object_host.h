@@ -42,6 +42,8 @@ class ObjectHost {
   void call(std::string_view object, std::string_view method, std::string_view params = kNoParams);
   void addObserver(std::string_view object, std::string_view event, std::string_view observer = kObserver);
   void removeObserver(std::string_view object, std::string_view event, std::string_view observer = kObserver);
+  // Observes, which the device must accept; throws when it does not.
+  void observe(std::string_view object, std::string_view event, std::string_view observer = kObserver);
   // Sends a payload in a block.
   void send(std::string_view payload) { stream_.send(blockOf(bytesOf(payload))); }
 

@@ -32,6 +32,11 @@ nlohmann::json SimulatorProcess::command(const std::string& line) {
   return nextLine();
 }
 
+void SimulatorProcess::order(const std::string& line) {
+  const nlohmann::json answer = command(line);
+  if (answer != nlohmann::json({{"ok", true}})) throw std::runtime_error(line + ": " + answer.dump());
+}
+
 nlohmann::json SimulatorProcess::nextLine() {
   const std::optional<std::string> line = child_.readLine();
   if (!line) throw std::runtime_error("the simulator says nothing: " + child_.errors());

@@ -34,6 +34,8 @@ class SimulatorProcess {
 
   // Has the device carry out one line of its standard input and gives its answer.
   nlohmann::json command(const std::string& line);
+  // The same, of what it must accept: throws std::runtime_error when it does not.
+  void order(const std::string& line);
   // The next line the device prints; throws std::runtime_error when none comes.
   nlohmann::json nextLine();
   // The record of the next job that ends; the device needs "--events".

@@ -1,4 +1,4 @@
-#include "end_to_end/scan/scan_picture.h"
+#include "support/pictures/picture.h"
 
 #include <png.h>
 #include <tiffio.h>
