@@ -9,10 +9,10 @@
 #include <fstream>
 
 #include "platform/files/paths.h"
-#include "platform/registry/registry.h"
 #include "platform/threads/event.h"
 #include "support/manual_clock.h"
 #include "support/process/forked.h"
+#include "support/registry_values.h"
 
 namespace qvn::platform {
 namespace {
@@ -119,15 +119,9 @@ TEST_F(Spooler, AMonitorIsRecordedOnceAndHasStartedEachTime) {
     EXPECT_EQ(addPrintMonitor(monitor), expected);
     EXPECT_EQ(started->wait(0), WaitResult::Signalled);
   }
-  registry::Key key;
-  registry::Value value;
-  ASSERT_EQ(registry::openKey(registry::Hive::LocalMachine,
-                              "System\\CurrentControlSet\\Control\\Print\\Monitors\\Model One Port", key),
-            kSuccess);
-  EXPECT_EQ(registry::getValue(key, "Driver", value), kSuccess);
-  EXPECT_EQ(value.data, "qr__qzpm.dll");
-  EXPECT_EQ(registry::getValue(key, "Environment", value), kSuccess);
-  EXPECT_EQ(value.data, "W32X86");
+  const std::string key = "System\\CurrentControlSet\\Control\\Print\\Monitors\\Model One Port";
+  EXPECT_EQ(test::storedText(key, "Driver"), "qr__qzpm.dll");
+  EXPECT_EQ(test::storedText(key, "Environment"), "W32X86");
 }
 
 TEST_F(Spooler, AMonitorThatCannotBeRecordedHasNotStarted) {

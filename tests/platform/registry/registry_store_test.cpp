@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <sstream>
 #include <thread>
 
 #include "platform/files/paths.h"
@@ -69,45 +68,6 @@ std::string makeStore() {
   });
   EXPECT_EQ(maker.wait(), 0);
   return contentOf(storeFile());
-}
-
-TEST(RegistryStore, NothingAcknowledgedIsLostWhenTheWriterIsKilled) {
-  constexpr int kRounds = 25;
-  Key key;
-  ASSERT_EQ(make("Killed", key), kSuccess);
-  ASSERT_EQ(setString(key, "last", "0"), kSuccess);
-  std::minstd_rand random(7);
-  int acknowledged = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    Pipe acknowledgements;
-    Forked writer([&] {
-      for (int i = acknowledged + 1;; ++i) {
-        const std::string text = std::to_string(i);
-        const ErrorCode error = transaction([&] {
-          const ErrorCode first = setString(key, "last", text);
-          return first == kSuccess
-                     ? setString(key, "twin", text + std::string(static_cast<std::size_t>(i) % 9000, ' '))
-                     : first;
-        });
-        if (error != kSuccess) return static_cast<int>(error);
-        acknowledgements.tell(i);
-      }
-    });
-    const int target = acknowledged + 1 + static_cast<int>(random() % 8);
-    while (acknowledged < target) {
-      acknowledged = acknowledgements.hear();
-      ASSERT_GT(acknowledged, 0);
-    }
-    for (std::size_t spin = random() % 20'000; spin > 0; --spin)
-      std::atomic_signal_fence(std::memory_order_seq_cst);
-    writer.kill();
-    const int last = numberOf(key, "last");
-    EXPECT_GE(last, acknowledged);
-    EXPECT_EQ(numberOf(key, "twin"), last);
-    acknowledged = last;
-  }
-  Forked fresh([&] { return numberOf(key, "last") == acknowledged ? 0 : 1; });
-  EXPECT_EQ(fresh.wait(), 0) << "as a process that opens the store anew sees it";
 }
 
 TEST(RegistryStore, ProcessesAndThreadsWriteSideBySide) {
