@@ -2,7 +2,6 @@
 #include "shared/alerts/alert_words.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace qvn::alerts {
 namespace {

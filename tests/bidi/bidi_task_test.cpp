@@ -1,7 +1,6 @@
 #include "bidi/bidi_task.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "bidi/generic_bidi_task.h"
 #include "npa/job_commands.h"

@@ -1,6 +1,5 @@
 // The command line as a process, as far as no device is needed.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>

@@ -4,7 +4,6 @@
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "bidi/xml/xml_visitor.h"
 

@@ -1,7 +1,5 @@
 // The verbs that set the library up, and the registry scripts behind them.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <signal.h>
 
 #include <filesystem>
 #include <fstream>
@@ -112,26 +110,6 @@ TEST_F(InstallationCommands, AScriptWithoutEndIsRefused) {
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_THAT(result.errors,
               AllOf(HasSubstr("line 2: a script has at most 64 MiB"), HasSubstr("nothing was imported")));
-}
-
-TEST_F(InstallationCommands, AnImportThatIsKilledHasHappenedWholeOrNotAtAll) {
-  std::string script = "[Software\\Killed]\n";
-  for (int i = 0; i < 20'000; ++i) script += "\"" + std::to_string(i) + "\"=dword:1\n";
-  // Each is killed a little later than the one before.
-  for (int round = 0; round < 12; ++round) {
-    ok({"registry", "import", "-"}, "[-Software]\n");
-    {
-      Child importer({QVN_COMMAND, "registry", "import", "-"});
-      importer.write(script);
-      importer.closeInput();
-      for (int others = 0; others < round; ++others) ok({"--version"});
-      importer.signal(SIGKILL);
-      importer.wait();
-    }
-    const Result left = qvn({"registry", "export", "--key", "Software\\Killed"});
-    const auto lines = std::count(left.output.begin(), left.output.end(), '\n');
-    EXPECT_EQ(lines, left.exitCode == 0 ? 20'001 : 0) << "round " << round;
-  }
 }
 
 }  // namespace

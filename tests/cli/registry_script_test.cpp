@@ -1,7 +1,6 @@
 #include "shared/registry-script/registry_script.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace qvn {
 namespace {

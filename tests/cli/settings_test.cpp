@@ -1,7 +1,6 @@
 // What "qvn settings" says of settings that others than the library's table have the defaults of, and of a
 // registry that cannot be read.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>

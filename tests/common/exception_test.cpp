@@ -1,7 +1,6 @@
 #include "common/exception.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace qvn {
 namespace {

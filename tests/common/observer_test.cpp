@@ -1,7 +1,6 @@
 #include "qvn/transport/observer.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <future>

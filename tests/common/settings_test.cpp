@@ -1,6 +1,5 @@
 // The registry as the library reaches it: keys, stores of settings, and who the library is.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 

@@ -1,6 +1,5 @@
 // The parts of the backend that need no printer.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>

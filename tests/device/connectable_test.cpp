@@ -1,6 +1,5 @@
 #include "qvn/transport/connectable.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "qvn/transport/data.h"

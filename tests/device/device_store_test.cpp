@@ -1,16 +1,13 @@
 // Devices: their attributes, their stores, the factories and the tables of live objects.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <thread>
 
 #include "device/factories/device_factories.h"
-#include "device/store/persistence_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/printer_table.h"
 #include "device/store/scanner_store.h"
 #include "printer/printer_object.h"
-#include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/library_fixture.h"
 

@@ -2,14 +2,12 @@
 // to.
 #include "bidi/object_store/object_store_bidi_task.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "bidi/object_store/object_store_command.h"
 #include "bidi/object_store/reply_frame.h"
-#include "scanner/cpd/cpd_scanner.h"
+#include "device/scanner.h"
 #include "support/library_fixture.h"
 #include "support/store_documents.h"
 
