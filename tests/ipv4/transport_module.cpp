@@ -77,13 +77,16 @@ std::string partText(const char* family, std::uint16_t channel) {
   return text;
 }
 
-OpenConnection::OpenConnection(TransportModule& module, const std::string& attributes, const char* name)
-    : module_(module),
-      connection_(module.connections.getConnection(attributes, name)),
-      openCode_(connection_->open()) {}
+OpenConnection::OpenConnection(TransportModule& module, const std::string& attributes, const char* name,
+                               Device* child)
+    : module_(module), connection_(module.connections.getConnection(attributes, name)) {
+  if (child != nullptr) connection_->setChild(0, child);
+  openCode_ = connection_->open();
+}
 
 OpenConnection::~OpenConnection() {
   connection_->close();
+  connection_->setChild(0, nullptr);
   module_.connections.releaseConnection(connection_);
 }
 

@@ -44,10 +44,11 @@ std::string attributeText(std::uint16_t printPort, std::uint16_t bidiPort,
 // Of a scanner or a HID, whose one port that is.
 std::string partText(const char* family, std::uint16_t channel);
 
-// A printer with one connection of the module, as the library holds one.
+// A device with one connection of the module, as the library holds one; what comes is delivered to `child`.
 class OpenConnection {
  public:
-  OpenConnection(TransportModule& module, const std::string& attributes, const char* name);
+  OpenConnection(TransportModule& module, const std::string& attributes, const char* name,
+                 Device* child = nullptr);
   ~OpenConnection();
   Connectable* operator->() const { return connection_; }
   Connectable& operator*() const { return *connection_; }
@@ -57,7 +58,7 @@ class OpenConnection {
  private:
   TransportModule& module_;
   Connectable* const connection_;
-  const std::uint32_t openCode_;
+  std::uint32_t openCode_ = 0;
 };
 
 struct ExchangeResult {

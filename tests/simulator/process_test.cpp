@@ -52,6 +52,25 @@ TEST(SimulatorProcessTest, RefusesWrongArguments) {
   EXPECT_EQ(runSimulator({"--bidi-port", std::to_string(device.bidiPort())}), 1) << "taken";
 }
 
+TEST(SimulatorProcessTest, RefusesFaultsThatItDoesNotKnow) {
+  SimulatorProcess device;
+  const char* const kBad[] = {
+      "", "dance",
+      // Replies: what they are to, how late they come and how often that happens.
+      "drop-reply=dance", "drop-reply=lock:x", "drop-reply=lock:1:2", "drop-reply:go", "delay-reply",
+      "delay-reply=soon", "late-reply=1:lock:1:1", "late-reply=1:version", "corrupt-reply=go", "reject=size",
+      "reject=stateChanged", "misframe-reply=other", "misframe-reply=pageScanned", "wrong-id=systemUpdate",
+      "wrong-id=summary", "wrong-id=enter", "close-bidi=systemUpdate", "oversize-reply=version",
+      // Jobs and pages.
+      "busy=1", "busy:1", "slow-print", "slow-print=1:1", "close-mid-job=-1", "status-early",
+      "status-early=x", "status-early:1", "status-late=1:2:3", "status-twice=1", "status-never:x",
+      "wrong-length=-1", "stop-page=99999999999999", "slow-scan", "slow-scan=1:1", "ignore-abort=1:1",
+      "read-error", "read-error=x", "no-data=1", "host-mode-fail=1"};
+  for (const char* const bad : kBad) {
+    EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
+  }
+}
+
 TEST(SimulatorProcessTest, TracesPackets) {
   const std::filesystem::path file = std::filesystem::path(std::getenv("QVN_HOME")) / "trace";
   {

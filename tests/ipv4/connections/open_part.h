@@ -11,28 +11,16 @@
 namespace qvn::test {
 
 // Open as the library opens it.
-class OpenPart {
+class OpenPart : public OpenConnection {
  public:
   OpenPart(TransportModule& module, const std::string& attributes, Listener& listener, Device& device,
            const char* name = "bidi")
-      : module_(module), connection_(module.connections.getConnection(attributes, name)) {
-    connection_->setChild(0, &device);
-    EXPECT_EQ(connection_->open(), 0u);
+      : OpenConnection(module, attributes, name, &device) {
+    EXPECT_EQ(openCode(), 0u);
     peer.emplace(listener.accept());
   }
-  ~OpenPart() {
-    connection_->close();
-    connection_->setChild(0, nullptr);
-    module_.connections.releaseConnection(connection_);
-  }
-  Connectable* operator->() const { return connection_; }
-  Connectable& operator*() const { return *connection_; }
 
   std::optional<Stream> peer;
-
- private:
-  TransportModule& module_;
-  Connectable* const connection_;
 };
 
 }  // namespace qvn::test

@@ -35,6 +35,11 @@ class Discovery : public testing::Test {
     log.parts.clear();
     return module.discoverer.discover(options);
   }
+  std::uint32_t discoverSpecific(const std::string& text) {
+    log.texts.clear();
+    log.parts.clear();
+    return module.discoverer.discoverSpecific(text);
+  }
 
   TransportModule module;
   DiscoveryLog log;
@@ -69,9 +74,7 @@ TEST_F(Discovery, DescribesADeviceAndItsPartsSoThatTheyCanBeUsed) {
   EXPECT_EQ(OpenConnection(module, parts[1], "alert").openCode(), 0u);
   // Each is found by itself, and tells of the others.
   for (const std::string& text : parts) {
-    log.texts.clear();
-    log.parts.clear();
-    EXPECT_EQ(module.discoverer.discoverSpecific(text), 0u);
+    EXPECT_EQ(discoverSpecific(text), 0u);
     EXPECT_EQ(log.texts.size(), 1u);
     EXPECT_EQ(log.parts, parts);
   }
@@ -235,13 +238,11 @@ TEST_F(Discovery, TriesThePrintPortOfADeviceThatAnswersNoQuestions) {
       {"", 87},
   };
   for (const Case& c : kCases) {
-    log.texts.clear();
-    EXPECT_EQ(module.discoverer.discoverSpecific(c.attributes), c.code) << c.attributes;
+    EXPECT_EQ(discoverSpecific(c.attributes), c.code) << c.attributes;
     EXPECT_EQ(log.texts, c.code == 0 ? std::vector{c.attributes} : std::vector<std::string>())
         << c.attributes;
   }
-  log.texts.clear();
-  EXPECT_EQ(module.discoverer.discoverSpecific(nameless + "<Unverified>1</Unverified>"), 0u);
+  EXPECT_EQ(discoverSpecific(nameless + "<Unverified>1</Unverified>"), 0u);
   EXPECT_EQ(log.texts, std::vector{nameless + "<Unverified>0</Unverified>"});
 }
 

@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -15,6 +14,7 @@
 #include "scanner/bpd/bpd_scanner.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
+#include "support/process/eventually.h"
 #include "support/store_documents.h"
 
 namespace qvn::test {
@@ -126,15 +126,6 @@ class BpdScannerTest : public LibraryTest {
   void setParameter(const std::string& key, const std::string& value, std::uint32_t clientId = 1) {
     Data data("<0>" + key + "</0><1>" + value + "</1>");
     ASSERT_EQ(scanner->doExchangeData(clientId, data), 0u);
-  }
-
-  static bool eventually(const std::function<bool()>& holds) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!holds()) {
-      if (std::chrono::steady_clock::now() > end) return false;
-      std::this_thread::yield();
-    }
-    return true;
   }
 
   std::unique_ptr<BpdScanner> scanner = std::make_unique<BpdScanner>();

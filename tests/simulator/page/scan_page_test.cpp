@@ -269,10 +269,6 @@ TEST_F(SimulatedPages, AreForOneHostAtATime) {
   EXPECT_EQ(second.ask("1B 53 4B 00 00 00 00 00"), "1B 53 4B 00 01 00 00 00");
   second.send(kScanAbort);  // not its page
   EXPECT_EQ(second.ask(kScanGo), kScanBusy);
-  first.stream().reset();
-  ScannedPage page;
-  for (int tries = 0; tries < 1000 && page.data.empty(); ++tries) page = second.scan();
-  EXPECT_EQ(page.data.size(), 637u * 877u) << "a lost connection ends its page";
 }
 
 }  // namespace

@@ -144,6 +144,16 @@ TEST_F(SimulatedJobs, KeepsZeroBytesInsideAJob) {
   EXPECT_EQ(stored(1), repeated(8192, 0) + bytesOf("more"));
 }
 
+TEST_F(SimulatedJobs, AreNotPrintedWhenTheyNeverFinish) {
+  SimulatorProcess device(arguments({"--fault", "never-finish"}));
+  Stream bidi = bidiOf(device);
+  printOf(device).send(bytesOf("page") + kMarker);
+  EXPECT_EQ(device.nextJob().at("outcome"), "complete");
+  EXPECT_EQ(bidi.ask(kQueryJobs), "A5 00 08 20 05 02 00 00 00 00 00");
+  device.command("clear-faults");
+  EXPECT_EQ(queryLength(bidi), kCompleteLength);
+}
+
 TEST_F(SimulatedJobs, TellsWhatBecomesOfJobsThatAreCutShort) {
   SimulatorProcess device(arguments());
   Stream print = printOf(device);
