@@ -24,6 +24,7 @@ struct Source {
 
 const Source sources[] = {
     {"Alerts", kPrinter, "Open", "alert", "alert 7", false, "GetCurrentState"},
+    {"Notifications", kPrinter, "Open", "StartJob EndJob", "notification 4", false, "GetCurrentState"},
     {"CpdScanData", kScanner, "Open StartJob", "data", "scan data", true, "CancelJob"},
     {"BpdEvents", kBpdScanner, "Open", "ring", "scan 2000 Ring", false, "GetString"},
     {"HidReports", kHid, "Open", "report", "report", false, "event"},
