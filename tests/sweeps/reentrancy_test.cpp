@@ -2,7 +2,6 @@
 // codes it may have, what the callback came in goes on, and everything can be closed. The same while another
 // thread closes the device or takes the library down, and when the callback throws.
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <random>
@@ -135,11 +134,6 @@ class Case {
 
 class Reentrancy : public testing::TestWithParam<Origin> {
  protected:
-  Reentrancy() {
-    setenv("QVN_TRANSPORT_PATH", FAKE_CUPS_DIRECTORY, 1);
-    setenv("QVN_FAKE_CUPS", "Lab qvn://PORT407\nOffice qvn://PORT408\n", 1);
-  }
-
   bool begin(const std::string& what) {
     return watch.begin(std::string(GetParam().name) + ": " + what + ".");
   }

@@ -1,5 +1,7 @@
 #include "sweeps/stage.h"
 
+#include <stdlib.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -140,6 +142,9 @@ const Kind& kindOf(std::uint32_t handle) {
 
 Stage::Stage() {
   current = this;
+  // Before anything loads libcups, which stays.
+  setenv("QVN_TRANSPORT_PATH", FAKE_CUPS_DIRECTORY, 1);
+  setenv("QVN_FAKE_CUPS", "Lab qvn://PORT407\nOffice qvn://PORT408\n", 1);
   FakeTransport::registerModule();
   fake.onExchange = [this](const Data& request) {
     return request.getBuffer()[0] == '<' ? answer(asText(request)) : reply(request);
