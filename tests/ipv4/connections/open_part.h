@@ -19,6 +19,8 @@ class OpenPart : public OpenConnection {
     EXPECT_EQ(openCode(), 0u);
     peer.emplace(listener.accept());
   }
+  // Before the peer ends, who would be lost otherwise.
+  ~OpenPart() { (*this)->close(); }
 
   std::optional<Stream> peer;
 };
