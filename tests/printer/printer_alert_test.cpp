@@ -80,6 +80,7 @@ TEST_F(PrinterAlertTest, ThePrinterIsToldWhatTheClientsTogetherWant) {
   EXPECT_TRUE(printer->areAlertsRegistered());
   EXPECT_EQ(add(2, 0x80000), 0u);
   EXPECT_THAT(takeExchanges(), IsEmpty()) << "covered already";
+  EXPECT_THAT(fake.held(), testing::HasSubstr("tag 2")) << "kept for the open printer and for the alerts";
   EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
   EXPECT_THAT(takeExchanges(), ElementsAre("npa bidi 0303000000", "npa bidi E073010100",
                                            "npa bidi E073070800000000000000000100", "npa bidi E00300"))
@@ -87,6 +88,7 @@ TEST_F(PrinterAlertTest, ThePrinterIsToldWhatTheClientsTogetherWant) {
   EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
   EXPECT_EQ(printer->doUnregisterForAlerts(2), 0u);
   EXPECT_THAT(takeExchanges(), ElementsAre("npa bidi E0E10300"));
+  EXPECT_THAT(fake.held(), testing::HasSubstr("tag 1"));
   EXPECT_FALSE(printer->areAlertsRegistered());
 }
 

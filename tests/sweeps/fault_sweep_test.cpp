@@ -162,5 +162,25 @@ TEST_P(FaultSweep, EveryCallToTheTransport) {
 INSTANTIATE_TEST_SUITE_P(Of, FaultSweep, testing::ValuesIn(uses),
                          [](const auto& use) { return use.param.name; });
 
+TEST(TakenDown, WithEverythingOpenItGivesAllBack) {
+  ManualClock clock{ManualClock::Mode::AutoAdvance};
+  Stage stage;
+  ASSERT_EQ(QvnInitialize(), 0u);
+  const std::pair<std::uint32_t, const char*> open[] = {
+      {kPrinter, "buffered Open RegisterForAlerts RegisterForNotifications StartJob Write Write"},
+      {kBpdPrinter, "Open RegisterForAlerts StartJob Write"},
+      {kScanner, "Open RegisterForAsyncData StartJob data"},
+      {kBpdScanner, "Open RegisterForAsyncData StartJob started data"},
+      {kHid, "Open RegisterForReports RegisterForNotifications report"},
+  };
+  for (const auto& [device, words] : open) {
+    Stage::store({device});
+    EXPECT_EQ(stage.play(device, words), 0u) << device;
+    EXPECT_THAT(stage.fake.held(), testing::HasSubstr("of " + std::to_string(device)));
+  }
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(stage.fake.held(), "");
+}
+
 }  // namespace
 }  // namespace qvn::test
