@@ -118,32 +118,38 @@ void BasicLogger::log(const Component& component, std::uint32_t level, const cha
 
 void BasicLogger::log(const Component& component, std::uint32_t level, const std::string& text) {
   if (!mutex_) return;
-  const std::string line = composeLine(component, level, text);
+  const Header header = readHeader();
   try {
     InterProcessLock lock(*mutex_);
-    writeLine(line);
+    // With the mutex held, so that time stamps never go backwards in the file.
+    writeLine(composeLine(header, component, level, text));
   } catch (const Win32Exception&) {
     // Without the mutex the line could cut another process's line in two.
   }
 }
 
-std::string BasicLogger::composeLine(const Component& component, std::uint32_t level,
-                                     const std::string& text) {
+BasicLogger::Header BasicLogger::readHeader() const {
   const auto shows = [this](const LongSetting& field) {
     std::uint32_t value = field.byDefault;
     getLong(field.name, value, field.byDefault);
     return value != 0;
   };
+  return {shows(setting::kClocktimeInHeader), shows(setting::kProcIdInHeader),
+          shows(setting::kThreadIdInHeader)};
+}
+
+std::string BasicLogger::composeLine(const Header& header, const Component& component, std::uint32_t level,
+                                     const std::string& text) {
   std::string line = prefix(component, level);
-  if (shows(setting::kClocktimeInHeader)) {
+  if (header.clocktime) {
     const platform::LocalTime t = platform::localTime(platform::clock().now());
     std::array<char, 96> stamp{};
     std::snprintf(stamp.data(), stamp.size(), "%04d/%02d/%02d-%02d:%02d:%02d.%03d ", t.year, t.month, t.day,
                   t.hour, t.minute, t.second, t.millisecond);
     line += stamp.data();
   }
-  if (shows(setting::kProcIdInHeader)) line += idField("pid", platform::currentProcessId());
-  if (shows(setting::kThreadIdInHeader)) line += idField("tid", platform::currentThreadId());
+  if (header.processId) line += idField("pid", platform::currentProcessId());
+  if (header.threadId) line += idField("tid", platform::currentThreadId());
 
   std::string name = component.getName();
   if (name.size() < nameWidth_) name.resize(nameWidth_, ' ');

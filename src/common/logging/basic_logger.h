@@ -62,7 +62,15 @@ class BasicLogger {
   virtual bool isWanted(const Component& component, std::uint32_t level) const;
 
  private:
-  std::string composeLine(const Component& component, std::uint32_t level, const std::string& text);
+  // What a line shows before its component.
+  struct Header {
+    bool clocktime;
+    bool processId;
+    bool threadId;
+  };
+  Header readHeader() const;
+  std::string composeLine(const Header& header, const Component& component, std::uint32_t level,
+                          const std::string& text);
   void writeLine(const std::string& line);
   std::int32_t depth();
 

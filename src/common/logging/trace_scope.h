@@ -51,9 +51,11 @@ class [[nodiscard]] TraceScope : public TraceScopeBase {
   }
   ~TraceScope() { leave(); }
 
-  // Writes a detail line: the scope's text followed by what `detail` gives.
+  // Writes a detail line: the scope's text followed by what `detail` gives. Nothing when the scope was not
+  // entered.
   template <typename Detail>
   void logDetail(Detail&& detail) {
+    if (!isEntered()) return;
     qvn::logDetail(component_, [&] { return compose_() << detail().str(); });
   }
 
