@@ -81,6 +81,12 @@ TEST_F(SettingsTest, AKeySaysWhatIsWrong) {
               throwsWin32("RegistryKey::getValue(ulong)text : incorrect value type", 0));
   EXPECT_THAT([] { RegistryKey("Software\\Nowhere", false, kHive); },
               throwsWin32("RegistryKey::openKey()", 2));
+  const RegistryKey deleted = settingsKey();
+  RegistryKey::deleteTree(std::string(kLibraryRegistryRoot), kHive);
+  Data binary;
+  EXPECT_FALSE(deleted.getValue("text", binary)) << "binary values only";
+  EXPECT_THAT([&] { deleted.getValue("text", value); },
+              throwsWin32("RegistryKey::getValue(ulong)text", 1018));
 }
 
 TEST_F(SettingsTest, EveryTypeIsWrittenAndReadBack) {
@@ -126,7 +132,7 @@ TEST_F(SettingsTest, RemoveAllKeepsTheRootWhileAnotherModuleHasABranch) {
 }
 
 TEST(RegistryKey, RecursiveDeletionEmptiesAKeyNamedSoftwareAndKeepsIt) {
-  for (const char* const path : {"Software\\A\\B", "Software\\A\\C\\D", "Other\\A"})
+  for (const char* const path : {"Software\\A\\software\\B", "Software\\A\\C\\D", "Other\\A"})
     RegistryKey(path, true, kHive);
   RegistryKey root("Other", false, kHive);
   root.recurseDeleteKey("absent");
@@ -135,7 +141,11 @@ TEST(RegistryKey, RecursiveDeletionEmptiesAKeyNamedSoftwareAndKeepsIt) {
   RegistryKey(std::string("Other\\sOftware\\X"), true, kHive);
   root.recurseDeleteKey("SOFTWARE");
   EXPECT_THAT(RegistryKey("Other\\Software", false, kHive).getChildrenNames(9), ElementsAre());
-  EXPECT_THAT(root.getChildrenNames(1), ElementsAre("A"));
+  EXPECT_THAT(root.getChildrenNames(9), ElementsAre("A", "sOftware"));
+  RegistryKey::deleteTree("Other", kHive);
+  EXPECT_THROW(RegistryKey("Other", false, kHive), Win32Exception);
+  RegistryKey::deleteTree("", kHive);
+  EXPECT_NO_THROW(RegistryKey("Software", false, kHive));
 }
 
 TEST_F(SettingsTest, SupportedDevicesAndTheDefaultModel) {

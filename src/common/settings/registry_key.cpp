@@ -1,6 +1,7 @@
 #include "common/settings/registry_key.h"
 
 #include <string_view>
+#include <type_traits>
 
 #include "common/exception.h"
 #include "common/settings/stored_value.h"
@@ -22,7 +23,8 @@ void check(ErrorCode code, const std::string& message, std::int32_t line) {
   if (code != platform::kSuccess) fail(message, code, line);
 }
 
-// Reads a value of one type: false when it is absent. `failure` begins the message of what else goes wrong.
+// Reads a value of one type: false when it is absent, or binary and cannot be read. `failure` begins the
+// message of what else goes wrong.
 template <typename Value>
 bool readTyped(const registry::Key& key, const std::string& name, Value& value, const char* failure,
                const std::string& failureName, std::int32_t line) {
@@ -32,6 +34,7 @@ bool readTyped(const registry::Key& key, const std::string& name, Value& value, 
         typeMatches = type == StoredValue<Value>::type && StoredValue<Value>::decode(bytes, value);
       });
   if (code == platform::kFileNotFound) return false;
+  if (std::is_same_v<Value, Data> && code != platform::kSuccess) return false;
   if (code != platform::kSuccess || !typeMatches) {
     fail(failure + failureName + (typeMatches ? "" : " : incorrect value type"), code, line);
   }
@@ -91,9 +94,11 @@ void RegistryKey::deleteValue(const std::string& name) {
   if (code != platform::kFileNotFound) check(code, "RegistryKey::deleteValue()", __LINE__);
 }
 
-void RegistryKey::recurseDeleteKey(const std::string& path) { recurseDeleteKey(path, key_); }
+void RegistryKey::recurseDeleteKey(const std::string& path) {
+  recurseDeleteKey(path, key_, equalsIgnoringCase(path, "SOFTWARE"));
+}
 
-void RegistryKey::recurseDeleteKey(const std::string& path, const registry::Key& parent) {
+void RegistryKey::recurseDeleteKey(const std::string& path, const registry::Key& parent, bool keep) {
   registry::Key key;
   const ErrorCode code = registry::openSubkey(parent, path, key);
   if (code == platform::kFileNotFound) return;
@@ -102,17 +107,18 @@ void RegistryKey::recurseDeleteKey(const std::string& path, const registry::Key&
     std::vector<std::string> first;
     check(registry::listSubkeys(key, 1, first), "RegistryKey::recurseDeleteKey() RegOpenKey()", __LINE__);
     if (first.empty()) break;
-    recurseDeleteKey(first.front(), key);
+    // Whatever it is called: a key that stayed would be the first one again.
+    recurseDeleteKey(first.front(), key, false);
   }
-  if (equalsIgnoringCase(path, "SOFTWARE")) return;
+  if (keep) return;
   check(registry::deleteKey(parent, path), "RegistryKey::recurseDeleteKey() RegDeleteKey()", __LINE__);
 }
 
 void RegistryKey::deleteTree(std::string path, registry::Hive root) {
   while (path.ends_with('\\')) path.pop_back();
-  const std::size_t separator = path.rfind('\\');
-  if (separator == std::string::npos) return;
-  RegistryKey(path.substr(0, separator), false, root).recurseDeleteKey(path.substr(separator + 1));
+  if (path.empty()) return;
+  const std::size_t name = path.rfind('\\') + 1;  // 0 when there is only one component
+  RegistryKey(path.substr(0, name), false, root).recurseDeleteKey(path.substr(name));
 }
 
 std::vector<std::string> RegistryKey::getChildrenNames(std::size_t limit) const {

@@ -26,8 +26,8 @@ class RegistryKey {
   // The new keys are open to everyone.
   void createKey(const std::string& path, platform::registry::Hive root);
 
-  // False, the out-value untouched, when the value is absent. A value of another type is a failure, for a
-  // DWORD with code 0.
+  // False, the out-value untouched, when the value is absent, or binary and cannot be read. A value of
+  // another type is a failure with code 0.
   bool getValue(const std::string& name, std::uint32_t& value) const;
   bool getValue(const std::string& name, std::string& value) const;
   bool getValue(const std::string& name, Data& value) const;
@@ -39,10 +39,10 @@ class RegistryKey {
   // An absent value is no failure.
   void deleteValue(const std::string& name);
 
-  // Deletes a key below this one with everything below it; an absent one is no failure. A key named SOFTWARE,
-  // in any case, is emptied and kept.
+  // Deletes a key below this one with everything below it; an absent one is no failure. When it is itself
+  // named SOFTWARE, in any case, it is emptied and kept.
   void recurseDeleteKey(const std::string& path);
-  // The same for a key named by its whole path.
+  // The same for a key named by its whole path; does nothing for an empty one.
   static void deleteTree(std::string path, platform::registry::Hive root);
 
   std::vector<std::string> getChildrenNames(std::size_t limit) const;
@@ -52,7 +52,7 @@ class RegistryKey {
                                              std::string_view data)>& reader) const;
 
  private:
-  static void recurseDeleteKey(const std::string& path, const platform::registry::Key& parent);
+  static void recurseDeleteKey(const std::string& path, const platform::registry::Key& parent, bool keep);
 
   platform::registry::Key key_;
   SecurityEveryone security_{true};
