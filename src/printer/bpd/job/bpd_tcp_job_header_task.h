@@ -4,11 +4,12 @@
 #include "device/connection.h"
 #include "device/printer.h"
 #include "printer/job/print_job_task.h"
+#include "qvn/transport/observer.h"
 
 namespace qvn {
 
 // A transport without job headers (1) is as good as one that took it (0).
-class BpdTcpJobHeaderTask : public PrintJobTask {
+class BpdTcpJobHeaderTask : public PrintJobTask, public Observer {
  public:
   // `npaMode`: the printer takes NPA packets.
   BpdTcpJobHeaderTask(Printer& printer, const Connection& connection, bool npaMode)
