@@ -7,8 +7,8 @@
 
 namespace qvn {
 
-// The names of the visitors that the library asks for. The visitor that applies a changed attribute of a
-// device is named by the attribute's descriptor (attribute_codec.h).
+// The names of the visitors, those that the library asks for first. The visitor that applies a changed
+// attribute of a device is named by the attribute's descriptor (attribute_codec.h).
 namespace visitor_name {
 inline constexpr char kStartJobPrinter[] = "startJobPrinter";
 inline constexpr char kFlushPrintBuffer[] = "flushPrintBufferVisitor";
@@ -42,6 +42,19 @@ inline constexpr char kOpenHid[] = "openHidVisitor";
 // its requestID has been delivered to the device. The data's code is 0, or why there was no reply. Can be
 // cancelled (Visitor::cancel).
 inline constexpr char kObjectStoreData[] = "objectStoreDataVisitor";
+
+// The rest of the vocabulary, which the library never asks for.
+inline constexpr char kUsb1AdapterParms[] = "usb1AdapterParmsVisitor";
+inline constexpr char kUsb1ProtocolParms[] = "usb1ProtocolParmsVisitor";
+inline constexpr char kRegisterScanHost[] = "registerScanHostVisitor";
+inline constexpr char kStartScan[] = "startScanVisitor";
+inline constexpr char kTeoj[] = "teojVisitor";
+inline constexpr char kTeojInfo[] = "teojInfoVisitor";
+inline constexpr char kBlockingWrite[] = "blockingWriteVisitor";
+inline constexpr char kNonBlockingWrite[] = "nonBlockingWriteVisitor";
+inline constexpr char kDiscovery[] = "discoveryVisitor";
+inline constexpr char kXmlData[] = "xmlDataVisitor";
+inline constexpr char kEscData[] = "escDataVisitor";
 }  // namespace visitor_name
 
 // Lives as long as its module is loaded; any thread may call it.
