@@ -39,6 +39,6 @@ Connection Scanner::doGetConnection(const std::string& connectionName) {
   return ConnectedDevice::doGetConnection(connectionName);
 }
 
-void Scanner::doUpdate() { ScannerStore::getInstance().persist(getAttributes()); }
+void Scanner::doUpdate() { ScannerStore::getInstance().update(getAttributes()); }
 
 }  // namespace qvn

@@ -26,9 +26,7 @@ std::uint32_t DeviceStore::findByPortname(const std::string& portName, std::stri
 }
 
 std::uint32_t DeviceStore::enumerate(std::vector<std::string>& texts) {
-  texts.clear();
-  forEach([&](std::string_view text) { texts.emplace_back(text); });
-  return QRN_ERROR_SUCCESS;
+  return PersistenceStore::getInstance().enumerate(name_, texts);
 }
 
 void DeviceStore::forEach(const std::function<void(std::string_view)>& reader) {

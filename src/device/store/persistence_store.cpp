@@ -69,6 +69,12 @@ std::uint32_t PersistenceStore::findByPortname(const std::string& store, const s
   return rc;
 }
 
+std::uint32_t PersistenceStore::enumerate(const std::string& store, std::vector<std::string>& texts) {
+  texts.clear();
+  forEach(store, [&](std::string_view text) { texts.emplace_back(text); });
+  return QRN_ERROR_SUCCESS;
+}
+
 void PersistenceStore::forEach(const std::string& store,
                                const std::function<void(std::string_view)>& reader) {
   InterProcessLock lock(mutex_);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/process_service.h"
 #include "common/settings/application_settings.h"
@@ -28,8 +29,10 @@ class PersistenceStore : public ProcessService<PersistenceStore> {
   // The first text, in the order of writing, that carries the port name, compared without case: 0; 1796 when
   // none does; 1359 when a text before it cannot be read.
   std::uint32_t findByPortname(const std::string& store, const std::string& portName, std::string& text);
-  // Lends every text that can be read to `reader`, in the order of writing. It must not call the registry,
-  // and therefore not log.
+  // Every text that can be read, in the order of writing; always 0.
+  std::uint32_t enumerate(const std::string& store, std::vector<std::string>& texts);
+  // The same without a copy: `reader` is lent each text. It must not call the registry, and therefore not
+  // log.
   void forEach(const std::string& store, const std::function<void(std::string_view)>& reader);
 
  private:
