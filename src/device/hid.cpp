@@ -23,6 +23,9 @@ Connection Hid::doGetConnection(const std::string& connectionName) {
   return ConnectedDevice::doGetConnection(connectionName);
 }
 
-void Hid::doUpdate() { HidStore::getInstance().persist(getAttributes()); }
+void Hid::doUpdate() {
+  const std::string text = getAttributes();
+  storeReported(text, [&] { return HidStore::getInstance().persist(text); });
+}
 
 }  // namespace qvn

@@ -114,6 +114,9 @@ std::uint32_t Printer::doSetByteArray(const std::string& descriptor, const std::
 
 void Printer::doPersist() { PrinterStore::getInstance().persist(getAttributes()); }
 
-void Printer::doUpdate() { PrinterStore::getInstance().update(getAttributes()); }
+void Printer::doUpdate() {
+  const std::string text = getAttributes();
+  storeReported(text, [&] { return PrinterStore::getInstance().update(text); });
+}
 
 }  // namespace qvn

@@ -39,6 +39,9 @@ Connection Scanner::doGetConnection(const std::string& connectionName) {
   return ConnectedDevice::doGetConnection(connectionName);
 }
 
-void Scanner::doUpdate() { ScannerStore::getInstance().update(getAttributes()); }
+void Scanner::doUpdate() {
+  const std::string text = getAttributes();
+  storeReported(text, [&] { return ScannerStore::getInstance().update(text); });
+}
 
 }  // namespace qvn

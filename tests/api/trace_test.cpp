@@ -14,6 +14,7 @@
 namespace qvn::test {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 
 void alert(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
@@ -84,6 +85,12 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
   EXPECT_THAT(lines(), ElementsAre()) << "these two are not traced";
   QvnGetCurrentStatePrinter(5, 7, &number);
   EXPECT_EQ(lines().back(), "-QvnGetCurrentStatePrinter(7) clientId=5 rc=0 state=3");
+}
+
+TEST_F(TraceTest, DiscoveriesAndWhatTheyFailAt) {
+  fake.onDiscover = [](const std::string&) { return std::vector<std::string>{"<Device>CpdPrinter</Device>"}; };
+  QvnDiscovery(5, "FAKE", "");
+  EXPECT_THAT(lines(), Contains("  Unable to store device: <Device>CpdPrinter</Device> rc=1168"));
 }
 
 TEST_F(TraceTest, DetailLinesComeWithTheirLevel) {

@@ -1,11 +1,20 @@
 #include "device/store/device_store.h"
 
+#include "common/clients/operation_lock.h"
+#include "common/logging/basic_logger.h"
 #include "device/store/persistence_store.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 
 namespace qvn {
+
+void storeReported(const std::string& text, const std::function<std::uint32_t()>& store) {
+  const std::uint32_t rc = resultOf(store);
+  if (rc == QRN_ERROR_SUCCESS) return;
+  logError(log_component::server(),
+           [&] { return LogText() << "Unable to store device: " << text << " rc=" << rc; });
+}
 
 std::uint32_t DeviceStore::persist(const std::string& text) {
   std::uint32_t handle = 0;

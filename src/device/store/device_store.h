@@ -12,6 +12,9 @@
 
 namespace qvn {
 
+// Stores by `store` what a transport reported of a device; a failure stays in the log, since nobody is told.
+void storeReported(const std::string& text, const std::function<std::uint32_t()>& store);
+
 class DeviceStore {
  public:
   DeviceStore(const DeviceStore&) = delete;
