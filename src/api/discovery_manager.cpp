@@ -14,14 +14,24 @@
 
 namespace qvn {
 
+template <typename Call>
+std::uint32_t DiscoveryManager::ask(const std::string& transport, const char* what, Call&& call) {
+  try {
+    const auto discoverer = Transports::getInstance().getDiscoverer(transport);
+    return transportResult(what, [&] {
+      const Observation observation(*this, *discoverer.service);
+      return call(*discoverer.service);
+    });
+  } catch (...) {
+    return codeOfCurrentException();
+  }
+}
+
 std::uint32_t DiscoveryManager::discover(const std::string& transport, const std::string& options) {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(),
                    [] { return LogText() << "DiscoveryManager::discover()"; });
-  const auto discoverer = Transports::getInstance().getDiscoverer(transport);
-  const std::uint32_t rc = transportResult("discover", [&] {
-    const Observation observation(*this, *discoverer.service);
-    return discoverer.service->discover(options);
-  });
+  const std::uint32_t rc =
+      ask(transport, "discover", [&](Discoverer& discoverer) { return discoverer.discover(options); });
   trace.setRc(rc);
   return rc;
 }
@@ -32,11 +42,8 @@ std::uint32_t DiscoveryManager::discoverSpecific(const std::string& deviceAttrib
   std::string transport;
   std::uint32_t rc = AttributeCodec::getString(deviceAttributes, attribute::kTransport, transport);
   if (rc == QRN_ERROR_SUCCESS) {
-    const auto discoverer = Transports::getInstance().getDiscoverer(transport);
-    rc = transportResult("discoverSpecific", [&] {
-      const Observation observation(*this, *discoverer.service);
-      return discoverer.service->discoverSpecific(deviceAttributes);
-    });
+    rc = ask(transport, "discoverSpecific",
+             [&](Discoverer& discoverer) { return discoverer.discoverSpecific(deviceAttributes); });
   }
   trace.setRc(rc);
   return rc;

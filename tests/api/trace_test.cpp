@@ -3,6 +3,7 @@
 
 #include <fstream>
 
+#include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
 #include "device/store/printer_store.h"
 #include "platform/files/paths.h"
@@ -88,6 +89,10 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
 }
 
 TEST_F(TraceTest, DiscoveriesAndWhatTheyFailAt) {
+  fake.onCall = [](const char*) -> std::uint32_t { throw CallbackRefusal("loading"); };
+  QvnDiscovery(5, "FAKE", "");
+  EXPECT_EQ(lines().back(), "-QvnDiscovery() clientId=5 rc=170 transport=FAKE");
+  fake.onCall = nullptr;
   fake.onDiscover = [](const std::string&) { return std::vector<std::string>{"<Device>CpdPrinter</Device>"}; };
   QvnDiscovery(5, "FAKE", "");
   EXPECT_THAT(lines(), Contains("  Unable to store device: <Device>CpdPrinter</Device> rc=1168"));
