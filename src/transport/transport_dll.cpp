@@ -24,9 +24,12 @@ void TransportDllHandler::onLoad(const TransportDll& dll) {
     }
   }
   const auto initialize = dll.entry<transport_entry::Initialize>(transport_entry::kInitialize);
+  platform::setLastError(platform::kSuccess);
   const std::uint32_t rc = callTransport(transport_entry::kInitialize, initialize);
   if (rc != QRN_ERROR_SUCCESS) {
-    throw Win32Exception("Unable to initialize DLL=", platform::lastError(), "TransportDllHandler", 32);
+    const platform::ErrorCode reason = platform::lastError();
+    throw Win32Exception("Unable to initialize DLL=", reason != platform::kSuccess ? reason : rc,
+                         "TransportDllHandler", 32);
   }
 }
 

@@ -191,7 +191,7 @@ void Transports::unload(const std::string& transport) {
 }
 
 std::uint32_t Transports::getTransportInfo(const std::string& moduleName, std::string& transport,
-                                           std::string& kind) {
+                                           std::string& kind, std::uint32_t failureLevel) {
   try {
     const ModuleForNow dll(moduleName);
     std::array<char, kInfoSize> buffer{};
@@ -207,9 +207,8 @@ std::uint32_t Transports::getTransportInfo(const std::string& moduleName, std::s
     if (kindRc != QRN_ERROR_SUCCESS) return kindRc;
     return AttributeCodec::getString(info, attribute::kTransport, transport);
   } catch (const Win32Exception& exception) {
-    logError(log_component::server(), [&] {
-      return LogText() << "Transports::getTransportInfo() exception=" << exception.describe();
-    });
+    log(log_component::server(), failureLevel,
+        [&] { return LogText() << "Transports::getTransportInfo() exception=" << exception.describe(); });
     return exception.getCode();
   }
 }
@@ -219,15 +218,17 @@ std::uint32_t Transports::addTransport(const std::string& moduleName) {
                    [&] { return LogText() << "Transports::addTransport() module name=" << moduleName; });
   std::string transport;
   std::string kind;
-  const std::uint32_t rc = getTransportInfo(moduleName, transport, kind);
-  if (rc != QRN_ERROR_SUCCESS) return rc;
-  const char* const key = registrationKey(kind);
-  if (key == nullptr) return QRN_ERROR_SUCCESS;
-  return settings_.setString(key, transport, moduleName, kLocalSelection) ? QRN_ERROR_SUCCESS
-                                                                          : QRN_ERROR_INVALID_PARAMETER;
+  std::uint32_t rc = getTransportInfo(moduleName, transport, kind);
+  const char* const key = rc == QRN_ERROR_SUCCESS ? registrationKey(kind) : nullptr;
+  if (key != nullptr && !settings_.setString(key, transport, moduleName, kLocalSelection)) {
+    rc = QRN_ERROR_INVALID_PARAMETER;
+  }
+  trace.setRc(rc);
+  return rc;
 }
 
 std::uint32_t Transports::removeTransport(const std::string& name) {
+  const bool wasRegistered = !registeredModule(name).empty();
   const bool localOpened = settings_.deleteValue(kLocalTransports, name, kLocalSelection);
   const bool networkOpened = settings_.deleteValue(kNetworkTransports, name, kLocalSelection);
   if (!localOpened || !networkOpened) {
@@ -236,7 +237,9 @@ std::uint32_t Transports::removeTransport(const std::string& name) {
   }
   std::string transport;
   std::string kind;
-  const std::uint32_t rc = getTransportInfo(name, transport, kind);
+  // The name of a transport, which is removed by now, need not be that of a module: no error then.
+  const std::uint32_t rc =
+      getTransportInfo(name, transport, kind, wasRegistered ? log_level::kDetail : log_level::kError);
   if (rc != QRN_ERROR_SUCCESS) return rc;
   if (const char* const key = registrationKey(kind)) settings_.deleteValue(key, transport, kLocalSelection);
   unload(transport);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/logging/log_component.h"
 #include "common/process_service.h"
 #include "common/settings/application_settings.h"
 #include "qvn/transport/connection_manager.h"
@@ -42,8 +43,9 @@ class Transports : public ProcessService<Transports> {
   // The names that a kind covers; anything but a kind is itself the only name.
   std::vector<std::string> getTransportNames(const std::string& kindOrName) const;
 
-  // What the module says of itself.
-  std::uint32_t getTransportInfo(const std::string& moduleName, std::string& transport, std::string& kind);
+  // What the module says of itself; a module that cannot be loaded is logged.
+  std::uint32_t getTransportInfo(const std::string& moduleName, std::string& transport, std::string& kind,
+                                 std::uint32_t failureLevel = log_level::kError);
 
   std::uint32_t addTransport(const std::string& moduleName);
   // Takes the name of a transport or of its module.

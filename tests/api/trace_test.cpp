@@ -68,8 +68,8 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
   expectTraced("QvnOpenPrinter(0) clientId=5", " rc=6");
   QvnStartJobPrinter(5, 7, 3, "obj", nullptr, nullptr, nullptr);
   expectTraced("QvnStartJobPrinter(7) clientId=5", " rc=6 printObject=obj spoolerJobId=3");
-  QvnStartJobPrinter(5, 7, 3, nullptr, nullptr, nullptr, nullptr);
-  expectTraced("QvnStartJobPrinter(7) clientId=5", " rc=87");
+  QvnRemoveTransport("FAKE");
+  expectTraced("QvnRemoveTransport()", " rc=126 transport=FAKE");
   QvnWritePrinter(5, 7, bytes({1}).getBuffer(), 1, &number);
   expectTraced("QvnWritePrinter(7) clientId=5 bufferSize=1", " rc=6 bytesWritten=0");
   QvnExchangeNpaPrinter(5, 7, bytes({1}).getBuffer(), 1, bytesOut, 8, &number);
@@ -86,6 +86,8 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
   EXPECT_THAT(lines(), ElementsAre()) << "these two are not traced";
   QvnGetCurrentStatePrinter(5, 7, &number);
   EXPECT_EQ(lines().back(), "-QvnGetCurrentStatePrinter(7) clientId=5 rc=0 state=3");
+  QvnAddTransport("nowhere.so");
+  EXPECT_THAT(lines(), Contains(" -Transports::addTransport() module name=nowhere.so rc=126"));
 }
 
 TEST_F(TraceTest, DiscoveriesAndWhatTheyFailAt) {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/base/error.h"
 #include "support/library_fixture.h"
 #include "transport/transport_names.h"
 
@@ -68,6 +69,10 @@ TEST_F(TransportsTest, WhatCannotBeLoadedSaysWhyAndIsReplacedByTheFallbacks) {
   std::string name;
   std::string kind;
   EXPECT_EQ(transports.getTransportInfo(broken("bad_info"), name, kind), 1168u);
+  platform::setLastError(31);
+  fake.onCall = [](const char*) { return 77u; };
+  EXPECT_EQ(transports.getTransportInfo(fakeModule, name, kind), 77u) << "its answer, for want of a reason";
+  fake.onCall = nullptr;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     if (!c.module.empty()) {
