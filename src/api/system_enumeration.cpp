@@ -97,31 +97,36 @@ std::uint32_t System::qvnEnumPrinters(std::uint32_t clientId, const std::string&
                                       const std::string& filter, QvnDeviceFoundCallback callback) {
   const Filter wanted(filter);
   const std::vector<std::string> names = Transports::getInstance().getTransportNames(transport);
-  std::vector<std::uint32_t> handles;
-  std::vector<std::string> nameless;
+  struct Found {
+    std::uint32_t handle;
+    std::string textWithoutHandle;
+  };
+  std::vector<Found> inStoreOrder;
   PrinterStore::getInstance().forEach([&](std::string_view text) {
     if (!wanted.matches(text)) return;
     const DeviceIdentity device = DeviceIdentity::of(text);
     if (!device.handle) {
-      nameless.emplace_back(text);
+      inStoreOrder.push_back({0, std::string(text)});
     } else if (device.transport && contains(names, *device.transport)) {
-      handles.push_back(*device.handle);
+      inStoreOrder.push_back({*device.handle, {}});
     }
   });
-  for (const std::string& text : nameless) {
-    logError(log_component::server(),
-             [&] { return LogText() << "TransportString is missing device key: " << text; });
-  }
   // Asked once, not for each of what may be thousands.
   const bool isLogged = BasicLogger::isEnabled(log_component::server(), log_level::kDetail);
-  for (const std::uint32_t handle : handles) {
+  for (const auto& [handle, textWithoutHandle] : inStoreOrder) {
+    if (!textWithoutHandle.empty()) {
+      logError(log_component::server(), [&text = textWithoutHandle] {
+        return LogText() << "TransportString is missing device key: " << text;
+      });
+      continue;
+    }
     if (isLogged) {
-      logDetail(log_component::server(), [&] {
+      logDetail(log_component::server(), [&, handle = handle] {
         return LogText() << "System::QvnEnumPrinters()"
                          << " callback(" << clientId << "," << handle << ")";
       });
     }
-    tellFound(clientId, [&] { callback(clientId, handle); });
+    tellFound(clientId, [&, handle = handle] { callback(clientId, handle); });
   }
   return QRN_ERROR_SUCCESS;
 }

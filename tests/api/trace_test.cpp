@@ -102,6 +102,12 @@ TEST_F(TraceTest, DiscoveriesAndWhatTheyFailAt) {
 
 TEST_F(TraceTest, DetailLinesComeWithTheirLevel) {
   ApplicationSettings().setLong("Logger", "All", 8, 0);
+  ApplicationSettings().setString("PrinterStore", "8", "no handle", 0);
+  PrinterStore::getInstance().persist(FakeTransport::printerText(9));
+  QvnEnumPrinters(5, "FAKE", "", [](std::uint32_t, std::uint32_t) {});
+  EXPECT_THAT(lines(), ElementsAre("System::QvnEnumPrinters() callback(5,7)",
+                                   "TransportString is missing device key: no handle",
+                                   "System::QvnEnumPrinters() callback(5,9)"));
   std::uint32_t value = 0;
   QvnGetLongHid(5, 7, attribute::kVid, &value);
   EXPECT_THAT(lines(), ElementsAre(std::string("QvnGetLongHid(clientId=5, handle=7, key=") + attribute::kVid +
