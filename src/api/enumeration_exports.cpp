@@ -5,20 +5,32 @@
 #include "api/exported_call.h"
 #include "api/system.h"
 #include "qvn/qvn.h"
+#include "transport/transport_names.h"
 
 using namespace qvn;
 
 namespace {
 
-using EnumSpecific = std::uint32_t (*)(std::uint32_t clientId, const std::string& name,
-                                       std::uint32_t& handle);
+using EnumSpecific = std::uint32_t (*)(const std::string& name, std::uint32_t& handle);
 
-std::uint32_t enumSpecificCall(const char* function, std::uint32_t clientId, const char* name,
-                               std::uint32_t* handle, EnumSpecific forward) {
+// When there is no such device, of which `notFound` tells in the log, the local transports look for devices,
+// and it is looked up once more.
+std::uint32_t enumSpecificCall(const char* function, const char* notFound, std::uint32_t clientId,
+                               const char* name, std::uint32_t* handle, EnumSpecific forward) {
   return tracedCall([=] { return entryText(function, clientId); },
                     [&](ExitDetail& exit) -> std::uint32_t {
                       if (name == nullptr || handle == nullptr) return QRN_ERROR_INVALID_PARAMETER;
-                      const std::uint32_t rc = forward(clientId, name, *handle);
+                      std::uint32_t rc = forward(name, *handle);
+                      if (rc == QRN_ERROR_UNKNOWN_PORT) {
+                        if (exit.isWanted()) {
+                          logDetail(log_component::server(), [=] {
+                            return entryText(function, clientId)
+                                   << " " << function << "() " << notFound << ", performing local discovery";
+                          });
+                        }
+                        QvnDiscovery(clientId, kLocalTransport, "");
+                        rc = forward(name, *handle);
+                      }
                       exit.set([&] { return LogText() << " name=" << name << " handle=" << *handle; });
                       return rc;
                     });
@@ -73,17 +85,18 @@ uint32_t QvnEnumWindowsHids(uint32_t clientId, const char* transport, QvnQueueFo
 }
 
 uint32_t QvnEnumSpecificPrinter(uint32_t clientId, const char* portName, uint32_t* handle) {
-  return enumSpecificCall("QvnEnumSpecificPrinter", clientId, portName, handle,
+  return enumSpecificCall("QvnEnumSpecificPrinter", "failed", clientId, portName, handle,
                           System::qvnEnumSpecificPrinter);
 }
 
 uint32_t QvnEnumSpecificScanner(uint32_t clientId, const char* deviceName, uint32_t* handle) {
-  return enumSpecificCall("QvnEnumSpecificScanner", clientId, deviceName, handle,
+  return enumSpecificCall("QvnEnumSpecificScanner", "rc=1796", clientId, deviceName, handle,
                           System::qvnEnumSpecificScanner);
 }
 
 uint32_t QvnEnumSpecificHid(uint32_t clientId, const char* deviceName, uint32_t* handle) {
-  return enumSpecificCall("QvnEnumSpecificHid", clientId, deviceName, handle, System::qvnEnumSpecificHid);
+  return enumSpecificCall("QvnEnumSpecificHid", "rc=1796", clientId, deviceName, handle,
+                          System::qvnEnumSpecificHid);
 }
 
 uint32_t QvnDiscovery(uint32_t clientId, const char* transport, const char* options) {

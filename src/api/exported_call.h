@@ -21,6 +21,7 @@ class ExitDetail {
   void set(Compose&& compose) {
     if (wanted_) text_ = compose().str();
   }
+  bool isWanted() const { return wanted_; }
   // The exit line then shows no result code either.
   void omitRc() { showRc_ = false; }
 

@@ -113,14 +113,10 @@ class System : public ProcessService<System> {
                                        QvnDeviceFoundCallback callback);
   static std::uint32_t qvnEnumHids(std::uint32_t clientId, const std::string& transport,
                                    QvnDeviceFoundCallback callback);
-  // The handle of the device with that name; when there is none, the local transports look for devices
-  // first.
-  static std::uint32_t qvnEnumSpecificPrinter(std::uint32_t clientId, const std::string& portName,
-                                              std::uint32_t& handle);
-  static std::uint32_t qvnEnumSpecificScanner(std::uint32_t clientId, const std::string& deviceName,
-                                              std::uint32_t& handle);
-  static std::uint32_t qvnEnumSpecificHid(std::uint32_t clientId, const std::string& deviceName,
-                                          std::uint32_t& handle);
+  // The handle of the stored device with that name; 1796 when there is none.
+  static std::uint32_t qvnEnumSpecificPrinter(const std::string& portName, std::uint32_t& handle);
+  static std::uint32_t qvnEnumSpecificScanner(const std::string& deviceName, std::uint32_t& handle);
+  static std::uint32_t qvnEnumSpecificHid(const std::string& deviceName, std::uint32_t& handle);
   static std::uint32_t qvnDiscovery(const std::string& transport, const std::string& options);
   static std::uint32_t qvnValidatePortName(const std::string& name);
   static std::uint32_t qvnGetDiscoveryDefaults(const std::string& transport, char* buffer,

@@ -21,7 +21,6 @@
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/discoverer.h"
 #include "transport/call_transport.h"
-#include "transport/transport_names.h"
 #include "transport/transports.h"
 
 namespace qvn {
@@ -75,20 +74,6 @@ std::uint32_t enumerate(const char* function, const std::vector<std::string>& te
     });
   }
   return QRN_ERROR_SUCCESS;
-}
-
-// Looks the device up by name; when there is none, lets the local transports look for devices and tries
-// again. `function` and `notFound` say so in the log.
-template <typename Store>
-std::uint32_t enumSpecific(const char* function, const char* notFound, std::uint32_t clientId,
-                           const std::string& name, std::uint32_t& handle) {
-  const std::uint32_t rc = findByName<Store>(name, handle);
-  if (rc != QRN_ERROR_UNKNOWN_PORT) return rc;
-  logDetail(log_component::server(), [&] {
-    return LogText() << function << "() clientId=" << clientId << notFound << ", performing local discovery";
-  });
-  System::qvnDiscovery(kLocalTransport, "");
-  return findByName<Store>(name, handle);
 }
 
 }  // namespace
@@ -145,22 +130,16 @@ std::uint32_t System::qvnEnumHids(std::uint32_t clientId, const std::string& tra
   return enumerate("qvnEnumHids", texts, clientId, transport, callback);
 }
 
-std::uint32_t System::qvnEnumSpecificPrinter(std::uint32_t clientId, const std::string& portName,
-                                             std::uint32_t& handle) {
-  return enumSpecific<PrinterStore>("QvnEnumSpecificPrinter", " QvnEnumSpecificPrinter() failed", clientId,
-                                    portName, handle);
+std::uint32_t System::qvnEnumSpecificPrinter(const std::string& portName, std::uint32_t& handle) {
+  return findByName<PrinterStore>(portName, handle);
 }
 
-std::uint32_t System::qvnEnumSpecificScanner(std::uint32_t clientId, const std::string& deviceName,
-                                             std::uint32_t& handle) {
-  return enumSpecific<ScannerStore>("QvnEnumSpecificScanner", " QvnEnumSpecificScanner() rc=1796", clientId,
-                                    deviceName, handle);
+std::uint32_t System::qvnEnumSpecificScanner(const std::string& deviceName, std::uint32_t& handle) {
+  return findByName<ScannerStore>(deviceName, handle);
 }
 
-std::uint32_t System::qvnEnumSpecificHid(std::uint32_t clientId, const std::string& deviceName,
-                                         std::uint32_t& handle) {
-  return enumSpecific<HidStore>("QvnEnumSpecificHid", " QvnEnumSpecificHid() rc=1796", clientId, deviceName,
-                                handle);
+std::uint32_t System::qvnEnumSpecificHid(const std::string& deviceName, std::uint32_t& handle) {
+  return findByName<HidStore>(deviceName, handle);
 }
 
 std::uint32_t System::qvnDiscovery(const std::string& transport, const std::string& options) {

@@ -98,6 +98,16 @@ TEST_F(TraceTest, DiscoveriesAndWhatTheyFailAt) {
   fake.onDiscover = [](const std::string&) { return std::vector<std::string>{"<Device>CpdPrinter</Device>"}; };
   QvnDiscovery(5, "FAKE", "");
   EXPECT_THAT(lines(), Contains("  Unable to store device: <Device>CpdPrinter</Device> rc=1168"));
+
+  ApplicationSettings().setLong("Logger", "All", 10, 0);
+  std::uint32_t handle = 0;
+  QvnEnumSpecificHid(5, "H", &handle);
+  EXPECT_THAT(lines(), ElementsAre("+QvnEnumSpecificHid() clientId=5",
+                                   " QvnEnumSpecificHid() clientId=5 QvnEnumSpecificHid() rc=1796, performing "
+                                   "local discovery",
+                                   " +QvnDiscovery() clientId=5",
+                                   " -QvnDiscovery() clientId=5 rc=0 transport=LOCAL_TRANSPORT",
+                                   "-QvnEnumSpecificHid() clientId=5 rc=1796 name=H handle=0"));
 }
 
 TEST_F(TraceTest, DetailLinesComeWithTheirLevel) {
