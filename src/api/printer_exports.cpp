@@ -90,8 +90,9 @@ uint32_t QvnGetCachePrinter(uint32_t clientId, uint32_t handle, uint8_t* buffer,
     *required = 0;
     Data cache(kCacheSize, kCacheFill);
     const std::uint32_t rc = System::qvnGetCachePrinter(clientId, handle, cache);
-    if (rc != QRN_ERROR_SUCCESS) return rc;
+    if (rc != QRN_ERROR_SUCCESS) cache = Data();
     exit.set([&] { return (LogText() << " cache=").hex(cache); });
+    if (rc != QRN_ERROR_SUCCESS) return rc;
     return copyOut(cache.getBuffer(), cache.getLength(), buffer, bufferSize, *required);
   });
 }

@@ -64,8 +64,8 @@ TEST_F(TraceTest, EntryAndExitShowArgumentsAndResult) {
   expectTraced("QvnSuspend()", " rc=0");
   QvnSetClientInfo(5, "k", "v");
   expectTraced("QvnSetClientInfo() clientId=5", " rc=0 key=k value=v");
-  QvnOpenPrinter(5, 0);
-  expectTraced("QvnOpenPrinter(0) clientId=5", " rc=6");
+  QvnGetCachePrinter(5, 9, bytesOut, 8, &number);
+  expectTraced("QvnGetCachePrinter(9) clientId=5", " rc=6 cache=");
   QvnStartJobPrinter(5, 7, 3, "obj", nullptr, nullptr, nullptr);
   expectTraced("QvnStartJobPrinter(7) clientId=5", " rc=6 printObject=obj spoolerJobId=3");
   QvnRemoveTransport("FAKE");
