@@ -23,7 +23,8 @@
  * operating system gives. No exception leaves a function.
  *
  * Initialisation. Outside a QvnInitialize/QvnUninitialize pair every function returns 1 and does nothing,
- * except QvnInitialize, QvnUninitialize, QvnGetClientId, QvnInstall and QvnUninstall, which need none.
+ * except QvnInitialize, QvnUninitialize, QvnGetClientId, QvnInstall, QvnUninstall and QvnGetLongHid, which
+ * need none.
  *
  * Client identifier. The first argument of nearly every function is the caller's identifier from
  * QvnGetClientId. It tags registrations, the ownership of jobs and log lines; the library keeps no table of
@@ -512,7 +513,7 @@ QVN_EXPORT uint32_t QvnRegisterForNotificationsHid(uint32_t clientId, uint32_t h
 QVN_EXPORT uint32_t QvnUnregisterForNotificationsHid(uint32_t clientId, uint32_t handle);
 
 /*
- * Reads a Long attribute.
+ * Reads a Long attribute. Works before QvnInitialize.
  *   key, value  required; tested before the handle.
  * Returns 0; 87; 6; 1168; 1629.
  */

@@ -1,6 +1,9 @@
 // The exported functions of HID devices.
 #include "api/device_exports.h"
+#include "api/initialization.h"
+#include "api/library_load.h"
 #include "api/system.h"
+#include "common/settings/localize.h"
 #include "device/notification.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/data.h"
@@ -50,15 +53,22 @@ uint32_t QvnUnregisterForNotificationsHid(uint32_t clientId, uint32_t handle) {
 }
 
 uint32_t QvnGetLongHid(uint32_t clientId, uint32_t handle, const char* key, uint32_t* value) {
-  return untracedCall([&]() -> std::uint32_t {
-    std::uint32_t rc = QRN_ERROR_SUCCESS;
-    if (key == nullptr || value == nullptr) {
-      rc = QRN_ERROR_INVALID_PARAMETER;
-    } else if (handle == 0) {
-      rc = QRN_ERROR_INVALID_HANDLE;
-    } else {
-      rc = System::qvnGetLongHid(handle, key, *value);
-    }
+  const auto read = [&]() -> std::uint32_t {
+    if (key == nullptr || value == nullptr) return QRN_ERROR_INVALID_PARAMETER;
+    if (handle == 0) return QRN_ERROR_INVALID_HANDLE;
+    return System::qvnGetLongHid(handle, key, *value);
+  };
+  const CallGate::Pass pass;
+  if (!pass.entered()) {
+    // The stored devices are there without the library being initialised.
+    return guardedCall([&] {
+      const Initialization::Hold hold;
+      Localize::createInstance(moduleHandle());
+      return read();
+    });
+  }
+  return guardedCall([&] {
+    const std::uint32_t rc = guardedCall(read);
     logDetail(log_component::server(), [&] {
       LogText text;
       text << "QvnGetLongHid(clientId=" << clientId << ", handle=" << handle << ", key=" << key

@@ -13,7 +13,7 @@ class Initialization {
   static std::uint32_t uninitialize();
 
   // For the functions that use the library's services whether it is initialised or not: they are not taken
-  // down for as long as this lives. Not inside a callback.
+  // down for as long as this lives. Inside a callback it is refused while they are.
   class [[nodiscard]] Hold {
    public:
     Hold();
