@@ -33,9 +33,12 @@
  * Handles. A device is named by an unsigned 32-bit handle, unique among the devices of its kind (printers,
  * scanners, HIDs) and the same in every process and after a restart. A handle of 0 returns 6 before
  * anything else is done, except where a comment says otherwise. A handle that no stored device carries
- * returns 6 too. Opening, setting attributes, and reading the current state or the printer cache work on
- * any stored device; the other operations on a device need it to be open in this process and return 6 when
- * it is not.
+ * returns 6 too, but for the functions that need no device: those that read attributes return 1168, those
+ * that delete one 0 or the registry's code, and QvnCancelJobPrinter, QvnRegisterForAsyncDataScanner,
+ * QvnUnregisterForAsyncDataScanner, QvnUnregisterForReportsHid, QvnRegisterForNotificationsHid and
+ * QvnUnregisterForNotificationsHid return 0. Opening, setting attributes, and reading the current state or
+ * the printer cache work on any stored device; the other operations on a device need it to be open in this
+ * process and return 6 when it is not.
  *
  * Arguments. A required pointer that is null, or a required size that is 0, returns 87 and nothing is done.
  * Texts are NUL-terminated 8-bit strings, passed through as bytes; they and all buffers belong to the
@@ -329,7 +332,7 @@ QVN_EXPORT uint32_t QvnSetLongPrinter(uint32_t clientId, uint32_t handle, const 
 /*
  * Sets a String attribute, as QvnSetLongPrinter does.
  *   key, value   required.
- *   valueLength  how many bytes of `value` to take; no terminator is looked for.
+ *   valueLength  how many bytes of `value` to take at most: a terminator before that ends it.
  * Returns as QvnSetLongPrinter; also 87 for a value that contains the closing tag of its own attribute.
  */
 QVN_EXPORT uint32_t QvnSetStringPrinter(uint32_t clientId, uint32_t handle, const char* key,
@@ -495,7 +498,7 @@ QVN_EXPORT uint32_t QvnRegisterForReportsHid(uint32_t clientId, uint32_t handle,
                                              QvnHidReportCallback callback);
 
 /*
- * Ends that registration. Returns 0, also when there was none; 6 the handle is 0; 1 the HID is not open.
+ * Ends that registration. Returns 0, also when there was none or the HID is not open; 6 the handle is 0.
  */
 QVN_EXPORT uint32_t QvnUnregisterForReportsHid(uint32_t clientId, uint32_t handle);
 
