@@ -31,9 +31,11 @@ void readLimits() {
   const auto readMark = [&](const LongSetting& setting, std::uint32_t& mark, std::uint32_t byDefault) {
     return settings.getLongOrDefault(setting.key, setting.name, mark, byDefault, SettingsStore::kLocal);
   };
-  const bool bothRead = readMark(setting::kMwoBufferHwm, read.highWaterMark, current.highWaterMark) &&
-                        readMark(setting::kMwoBufferLwm, read.lowWaterMark, current.lowWaterMark);
-  if (bothRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark) processLimits = read;
+  // Both, whatever the first comes to: reading a setting stores its default.
+  const bool isHighRead = readMark(setting::kMwoBufferHwm, read.highWaterMark, current.highWaterMark);
+  const bool isLowRead = readMark(setting::kMwoBufferLwm, read.lowWaterMark, current.lowWaterMark);
+  if (isHighRead && isLowRead && read.highWaterMark != 0 && read.highWaterMark > read.lowWaterMark)
+    processLimits = read;
 }
 
 }  // namespace
@@ -147,7 +149,7 @@ void Mwo::writeOldest(Data& buffer) {
   } else {
     logError(log_component::server(), [&] {
       return LogText() << "Mwo::writeData() Printer::writePrintData() failed"
-                       << " errorCode=" << rc;
+                       << "errorCode=" << rc;
     });
     platform::sleep(kRetryPause);
   }

@@ -22,16 +22,18 @@ std::uint32_t StartPrintJobTask::doExecute() {
   job.setPrinterJobId(0);
   StartJobCommand command;
   Data reply;
-  const std::uint32_t rc = exchange(command.packet(), reply);
+  std::uint32_t rc = exchange(command.packet(), reply);
   if (rc == QRN_ERROR_SUCCESS) {
     std::uint32_t id = kDefaultJobId;
     command.getJobId(reply, id);
     job.setPrinterJobId(id);
     trace.logDetail([&] { return LogText() << " PrinterJobId=" << id; });
-    return QRN_ERROR_SUCCESS;
+  } else if (rc == QRN_ERROR_INVALID_FUNCTION) {
+    rc = QRN_ERROR_SUCCESS;
+  } else {
+    logError(log_component::server(), [&] { return LogText() << "StartJobTask failed, rc=" << rc; });
   }
-  if (rc == QRN_ERROR_INVALID_FUNCTION) return QRN_ERROR_SUCCESS;
-  logError(log_component::server(), [&] { return LogText() << "StartJobTask failed, rc=" << rc; });
+  trace.setRc(rc);
   return rc;
 }
 

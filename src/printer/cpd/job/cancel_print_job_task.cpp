@@ -34,14 +34,14 @@ std::uint32_t CancelPrintJobTask::doExecute() {
         break;
       }
       total += written;
-      trace.logDetail([&] {
+      logDetail(log_component::server(), [&] {
         return LogText() << "CancelPrintJobTask wrote " << written << " bytes, " << total << " bytes total";
       });
       platform::sleep(kPassInterval);
     }
   }
   if (acknowledged_) {
-    trace.logDetail([&] {
+    logDetail(log_component::server(), [&] {
       return LogText() << "CancelPrintJobTask sent " << passes * (kBytesPerPass / 1024)
                        << "k of NULLs before getting response";
     });
@@ -49,6 +49,7 @@ std::uint32_t CancelPrintJobTask::doExecute() {
     logError(log_component::server(),
              [] { return LogText() << "Cancel Print Acknowledge alert never received from printer"; });
   }
+  trace.setRc(QRN_ERROR_SUCCESS);
   return QRN_ERROR_SUCCESS;
 }
 

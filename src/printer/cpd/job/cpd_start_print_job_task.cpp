@@ -44,13 +44,13 @@ std::uint32_t CpdStartPrintJobTask::doExecute() {
   TraceScope trace(BasicLogger::getInstance(), log_component::server(), [&] {
     return LogText() << "CpdStartPrintJobTask::doExecute() handle=" << printer_.getHandle();
   });
-  if (longSetting(setting::kAioLockEnabled) != 0) {
-    const std::uint32_t rc = lockDevice();
-    if (rc != QRN_ERROR_SUCCESS) return rc;
+  std::uint32_t rc = QRN_ERROR_SUCCESS;
+  if (longSetting(setting::kAioLockEnabled) != 0) rc = lockDevice();
+  if (rc == QRN_ERROR_SUCCESS) {
+    if (longSetting(setting::kCpdPrinterDate) != 0) sendDate();
+    rc = StartPrintJobTask::doExecute();
+    if (rc == QRN_ERROR_SUCCESS) setJobCacheEntry(cpdPrinter_, true);
   }
-  if (longSetting(setting::kCpdPrinterDate) != 0) sendDate();
-  const std::uint32_t rc = StartPrintJobTask::doExecute();
-  if (rc == QRN_ERROR_SUCCESS) setJobCacheEntry(cpdPrinter_, true);
   trace.setRc(rc);
   return rc;
 }
