@@ -1,5 +1,6 @@
 #include "printer/bpd/bpd_printer.h"
 
+#include <optional>
 #include <utility>
 
 #include "common/clients/operation_lock.h"
@@ -7,6 +8,7 @@
 #include "common/settings/application_settings.h"
 #include "common/settings/setting_table.h"
 #include "device/store/printer_store.h"
+#include "printer/bpd/job/account_number_search.h"
 #include "printer/bpd/states/bpd_printer_closed.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
@@ -83,8 +85,7 @@ std::uint32_t BpdPrinter::verify() {
 }
 
 std::uint32_t BpdPrinter::getAccountNumber(const Data& data, std::string& account) {
-  if (!accountSearch_) accountSearch_.emplace(longSetting(setting::kJobAccountMarker));
-  const auto found = accountSearch_->feed(bytesOf(data));
+  const auto found = findAccountNumber(bytesAsText(data), longSetting(setting::kJobAccountMarker));
   logDetail(log_component::server(), [&] {
     LogText text;
     text << "BpdPrinter::getAccountNumber(handle=" << getHandle();

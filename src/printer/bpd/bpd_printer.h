@@ -5,11 +5,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "device/job_description.h"
-#include "printer/bpd/job/account_number_search.h"
 #include "printer/bpd/states/bpd_printer_state.h"
 #include "printer/clients/printer_alert_task.h"
 #include "printer/state_printer.h"
@@ -41,12 +39,10 @@ class BpdPrinter : public StatePrinter<BpdPrinter, BpdPrinterState> {
   bool isNpaMode() const { return npaMode_; }
   void setNpaMode(bool npaMode) { npaMode_ = npaMode; }
 
-  // A new job's data is searched from its beginning.
-  void beginAccountSearch() { accountSearch_.reset(); }
-  // Whether the job's first data has been searched. The search may go on after that: isAccountSearchOver.
-  bool isAccountSearched() const { return accountSearch_.has_value(); }
-  bool isAccountSearchOver() const { return accountSearch_ && accountSearch_->isOver(); }
-  // Searches the next data of the job: 0 with the account number, 1168 when it is not there.
+  // Whether the data of the open job has been searched for its account number.
+  bool isAccountSearched() const { return accountSearched_; }
+  void setAccountSearched(bool searched) { accountSearched_ = searched; }
+  // Searches a job's first data: 0 with the account number, 1168 when it is not there.
   std::uint32_t getAccountNumber(const Data& data, std::string& account);
 
  protected:
@@ -56,7 +52,7 @@ class BpdPrinter : public StatePrinter<BpdPrinter, BpdPrinterState> {
  private:
   const Verify verify_;
   bool npaMode_ = false;
-  std::optional<AccountNumberSearch> accountSearch_;  // of the open job, from its first data on
+  bool accountSearched_ = false;
 };
 
 }  // namespace qvn

@@ -162,25 +162,28 @@ TEST_F(BpdPrinterTest, AnNpaJobWithAlertsIsStartedNamedAndEnded) {
   EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
 }
 
-TEST_F(BpdPrinterTest, AnAccountNumberInLaterDataNamesTheJobOnceMore) {
+TEST_F(BpdPrinterTest, TheFirstDataAloneNamesTheJob) {
   printer->doOpen();
   printer->doRegisterForAlerts({1, 0x100000, recordAlert});
   printer->doStartJob({});
   fake.takeCalls();
-  const std::string head = "\n@PJL LJOBINFO ACCOUNTNUMBER = \"7";
-  print(head);
+  const std::string line = "\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"";
+  print("x");
   EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:;"));
-  print("7\"");
-  EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:77;"));
-  print(head + "8\"");
-  EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 2u);
+  print(line);
+  EXPECT_EQ(printer->jobDescription().accountNumber(), "");
+  EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 1u);
   printer->doEndJob();
 
-  // Every job is searched from its own beginning, with the limit of that time.
+  // Every job is searched, with the limit of that time.
+  printer->doStartJob({});
+  print(line);
+  EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:77;"));
+  printer->doEndJob();
   set("JobAccountMarker", 2);
   printer->doStartJob({});
   EXPECT_EQ(printer->jobDescription().accountNumber(), "");
-  print("123" + head + "7\"");
+  print("123" + line);
   EXPECT_EQ(printer->jobDescription().accountNumber(), "");
   EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 3u);
 }

@@ -87,7 +87,7 @@ std::uint32_t BpdPrinterOpen::doStartJob(BpdPrinter& printer, const JobRequest& 
   if (rc != QRN_ERROR_SUCCESS) return rc;
   printer.keepPrintConnection(std::move(print));
   printer.changeState(BpdPrinterPrinting::getInstance());
-  printer.beginAccountSearch();
+  printer.setAccountSearched(false);
   return QRN_ERROR_SUCCESS;
 }
 

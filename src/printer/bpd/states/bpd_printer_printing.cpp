@@ -12,21 +12,17 @@
 namespace qvn {
 namespace {
 
-// Tells the printer whose job it is before the first data goes out, and once more when the account number
-// comes with later data.
-void nameJob(BpdPrinter& printer, const Data& request) {
-  const bool isFirst = !printer.isAccountSearched();
-  if (!isFirst && printer.isAccountSearchOver()) return;
+// Tells the printer whose job it is, before the first data goes out.
+void nameJob(BpdPrinter& printer, const Data& firstRequest) {
   std::string account;
-  const bool found = printer.getAccountNumber(request, account) == QRN_ERROR_SUCCESS;
-  if (found) {
+  if (printer.getAccountNumber(firstRequest, account) == QRN_ERROR_SUCCESS) {
     printer.jobDescription().setAccountNumber(account);
     logDetail(log_component::server(), [&] {
       return LogText() << "BpdPrinterPrinting(handle=" << printer.getHandle()
                        << ") Found account number:" << account;
     });
   }
-  if (isFirst || found) BpdNamePrintJobTask(printer, printer.printConnection()).execute();
+  BpdNamePrintJobTask(printer, printer.printConnection()).execute();
 }
 
 }  // namespace
@@ -39,7 +35,10 @@ const BpdPrinterPrinting& BpdPrinterPrinting::getInstance() {
 std::uint32_t BpdPrinterPrinting::doPrint(BpdPrinter& printer, Data& request) const {
   logDetail(log_component::server(),
             [&] { return LogText() << "BpdPrinterPrinting::doPrint(handle=" << printer.getHandle(); });
-  nameJob(printer, request);
+  if (!printer.isAccountSearched()) {
+    printer.setAccountSearched(true);
+    nameJob(printer, request);
+  }
   printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
   if (rc != QRN_ERROR_SUCCESS) printer.changeState(BpdPrinterPrintingError::getInstance());

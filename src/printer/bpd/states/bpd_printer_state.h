@@ -32,8 +32,8 @@ class BpdPrinterState {
   virtual ~BpdPrinterState();
 
   // Always idle: these printers report neither a job nor an error.
-  std::uint32_t stateCode() const;
-  void doEnterState(BpdPrinter& printer) const;
+  virtual std::uint32_t stateCode() const;
+  virtual void doEnterState(BpdPrinter& printer) const;
   virtual std::uint32_t doOpen(BpdPrinter& printer) const;
   virtual std::uint32_t doClose(BpdPrinter& printer) const;
   virtual std::uint32_t doStartJob(BpdPrinter& printer, const JobRequest& job) const;
