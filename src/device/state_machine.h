@@ -20,7 +20,7 @@ class StateMachine {
   StateMachine& operator=(const StateMachine&) = delete;
 
   // The one way from state to state: stores the new one and enters it.
-  void changeState(const State& state) {
+  void setState(const State& state) {
     const OperationLock::Turn turn(stateLock_, OperationLock::Nested::Allowed);
     state_ = &state;
     state.doEnterState(static_cast<Owner&>(*this));

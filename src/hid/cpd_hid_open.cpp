@@ -34,7 +34,7 @@ std::uint32_t CpdHidOpen::doClose(CpdHid& hid) const {
     logDetail(log_component::serverHid(),
               [&] { return LogText() << "CpdHid::doClose(handle=" << hid.getHandle() << ") opencount=0"; });
     rc = hid.closeAlert();
-    hid.changeState(CpdHidClosed::getInstance());
+    hid.setState(CpdHidClosed::getInstance());
   }
   logDetail(log_component::serverHid(), [&] {
     return LogText() << "CpdHidOpen::doClose(handle=" << hid.getHandle()

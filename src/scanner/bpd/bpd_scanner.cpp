@@ -40,7 +40,7 @@ void BpdScanner::shutDown() {
   withState([this](const BpdScannerState&) {
     if (bidi_) closeConnection();
     setOpenCount(0);
-    changeState(BpdScannerClosed::getInstance());
+    setState(BpdScannerClosed::getInstance());
   });
   watchdog_.waitForEnd();
   asyncDataTask_.unregisterAll();

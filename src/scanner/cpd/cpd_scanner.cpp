@@ -140,7 +140,7 @@ void CpdScanner::endScan() {
   hasEnded_ = true;
   cancelEvent_.set();
   const OperationLock::Turn turn(stateLock(), Nested::Allowed);
-  if (isIn(CpdScannerScanning::getInstance())) changeState(CpdScannerEndJobPending::getInstance());
+  if (isIn(CpdScannerScanning::getInstance())) setState(CpdScannerEndJobPending::getInstance());
 }
 
 void CpdScanner::waitForLastStatus() {

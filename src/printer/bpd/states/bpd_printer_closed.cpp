@@ -56,7 +56,7 @@ std::uint32_t BpdPrinterClosed::doOpen(BpdPrinter& printer) const {
   printer.setBidiAllowed(npaMode);
   printer.keepBidi(std::move(bidi));
   printer.setOpenCount(1);
-  printer.changeState(BpdPrinterOpen::getInstance());
+  printer.setState(BpdPrinterOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

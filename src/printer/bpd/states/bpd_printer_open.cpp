@@ -69,7 +69,7 @@ std::uint32_t BpdPrinterOpen::doClose(BpdPrinter& printer) const {
     return QRN_ERROR_SUCCESS;
   }
   const std::uint32_t rc = printer.closeConnections();
-  printer.changeState(BpdPrinterClosed::getInstance());
+  printer.setState(BpdPrinterClosed::getInstance());
   return rc;
 }
 
@@ -86,7 +86,7 @@ std::uint32_t BpdPrinterOpen::doStartJob(BpdPrinter& printer, const JobRequest& 
   rc = BpdStartPrintJobTask(printer, *connection, printer.isNpaMode()).execute();
   if (rc != QRN_ERROR_SUCCESS) return rc;
   printer.keepPrintConnection(std::move(print));
-  printer.changeState(BpdPrinterPrinting::getInstance());
+  printer.setState(BpdPrinterPrinting::getInstance());
   printer.setAccountSearched(false);
   return QRN_ERROR_SUCCESS;
 }

@@ -41,14 +41,14 @@ std::uint32_t BpdPrinterPrinting::doPrint(BpdPrinter& printer, Data& request) co
   }
   printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
-  if (rc != QRN_ERROR_SUCCESS) printer.changeState(BpdPrinterPrintingError::getInstance());
+  if (rc != QRN_ERROR_SUCCESS) printer.setState(BpdPrinterPrintingError::getInstance());
   return rc;
 }
 
 std::uint32_t BpdPrinterPrinting::doEndJob(BpdPrinter& printer) const {
   const std::uint32_t rc = runEndJobTask(printer);
   printer.setBidiAllowed(printer.isNpaMode());
-  printer.changeState(BpdPrinterOpen::getInstance());
+  printer.setState(BpdPrinterOpen::getInstance());
   return rc;
 }
 

@@ -18,13 +18,13 @@ const BpdPrinterPrintingError& BpdPrinterPrintingError::getInstance() {
 std::uint32_t BpdPrinterPrintingError::doPrint(BpdPrinter& printer, Data& request) const {
   printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
-  if (rc == QRN_ERROR_SUCCESS) printer.changeState(BpdPrinterPrinting::getInstance());
+  if (rc == QRN_ERROR_SUCCESS) printer.setState(BpdPrinterPrinting::getInstance());
   return rc;
 }
 
 std::uint32_t BpdPrinterPrintingError::doEndJob(BpdPrinter& printer) const {
   const std::uint32_t rc = runEndJobTask(printer);
-  printer.changeState(BpdPrinterOpen::getInstance());
+  printer.setState(BpdPrinterOpen::getInstance());
   return rc;
 }
 
@@ -32,7 +32,7 @@ std::uint32_t BpdPrinterPrintingError::doCancelPrint(BpdPrinter& printer) const 
   logDetail(log_component::server(), [&] {
     return LogText() << "BpdPrinterPrintingError::doCancelPrint(handle=" << printer.getHandle();
   });
-  printer.changeState(BpdPrinterPrintCanceled::getInstance());
+  printer.setState(BpdPrinterPrintCanceled::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

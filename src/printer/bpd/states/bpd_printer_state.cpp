@@ -48,7 +48,7 @@ std::uint32_t BpdPrinterState::doClose(BpdPrinter& printer) const {
   if (count > 1) return QRN_ERROR_SUCCESS;
   // A job that nobody could end any more: what is left of it would be in the way of the next one.
   printer.closeConnections();
-  printer.changeState(BpdPrinterClosed::getInstance());
+  printer.setState(BpdPrinterClosed::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

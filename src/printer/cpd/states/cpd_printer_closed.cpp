@@ -29,7 +29,7 @@ std::uint32_t CpdPrinterClosed::doOpen(CpdPrinter& printer) const {
   printer.keepBidi(std::move(bidi));
   // Before clients are told of the state, who may open once more.
   printer.setOpenCount(1);
-  printer.changeState(CpdPrinterOpen::getInstance());
+  printer.setState(CpdPrinterOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

@@ -45,7 +45,7 @@ std::uint32_t CpdPrinterOpen::doClose(CpdPrinter& printer) const {
   if (printer.openCount() > 0) return QRN_ERROR_SUCCESS;
 
   const std::uint32_t rc = printer.closeConnections();
-  printer.changeState(CpdPrinterClosed::getInstance());
+  printer.setState(CpdPrinterClosed::getInstance());
   return rc;
 }
 
@@ -63,9 +63,9 @@ std::uint32_t CpdPrinterOpen::doStartJob(CpdPrinter& printer, const JobRequest& 
   printer.setBidiAllowed(false);
   if (rc == QRN_ERROR_BAD_COMMAND) {
     // The printer does not want the job: its client may send it all the same, into nothing.
-    printer.changeState(CpdPrinterPrintCanceled::getInstance());
+    printer.setState(CpdPrinterPrintCanceled::getInstance());
   } else {
-    printer.changeState(CpdPrinterPrinting::getInstance());
+    printer.setState(CpdPrinterPrinting::getInstance());
     VisitorRun(printer, visitor_name::kStartJobPrinter).run(*connection);
   }
   return QRN_ERROR_SUCCESS;

@@ -44,7 +44,7 @@ std::uint32_t CpdPrinterPrinting::doPrint(CpdPrinter& printer, Data& request) co
     printer.sendJobStatus(job_status::kFirstData);
   }
   const std::uint32_t rc = request.getRc();
-  if (rc != QRN_ERROR_SUCCESS) printer.changeState(CpdPrinterPrintingError::getInstance());
+  if (rc != QRN_ERROR_SUCCESS) printer.setState(CpdPrinterPrintingError::getInstance());
   return rc;
 }
 
@@ -52,12 +52,12 @@ std::uint32_t CpdPrinterPrinting::doEndJob(CpdPrinter& printer) const {
   printer.sendJobStatus(job_status::kEndJob);
   const std::uint32_t rc = resultOf([&] { return runEndJobTask(printer); });
   printer.closePrintConnection();
-  printer.changeState(CpdPrinterOpen::getInstance());
+  printer.setState(CpdPrinterOpen::getInstance());
   return rc;
 }
 
 std::uint32_t CpdPrinterPrinting::doCancelPrint(CpdPrinter& printer) const {
-  printer.changeState(CpdPrinterPrintCanceled::getInstance());
+  printer.setState(CpdPrinterPrintCanceled::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

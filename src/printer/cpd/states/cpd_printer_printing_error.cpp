@@ -28,7 +28,7 @@ std::uint32_t CpdPrinterPrintingError::doPrint(CpdPrinter& printer, Data& reques
   printer.printConnection().write(request);
   const std::uint32_t rc = request.getRc();
   if (rc == QRN_ERROR_SUCCESS) {
-    printer.changeState(CpdPrinterPrinting::getInstance());
+    printer.setState(CpdPrinterPrinting::getInstance());
   } else if (rc == QRN_ERROR_INSUFFICIENT_BUFFER) {
     platform::sleep(kFullBufferPause);
   }
@@ -38,7 +38,7 @@ std::uint32_t CpdPrinterPrintingError::doPrint(CpdPrinter& printer, Data& reques
 std::uint32_t CpdPrinterPrintingError::doEndJob(CpdPrinter& printer) const { return endBrokenJob(printer); }
 
 std::uint32_t CpdPrinterPrintingError::doCancelPrint(CpdPrinter& printer) const {
-  printer.changeState(CpdPrinterPrintCanceled::getInstance());
+  printer.setState(CpdPrinterPrintCanceled::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

@@ -40,7 +40,7 @@ std::uint32_t CpdPrinterState::doClose(CpdPrinter& printer) const {
   // next one.
   printer.writer().abandon();
   printer.closeConnections();
-  printer.changeState(CpdPrinterClosed::getInstance());
+  printer.setState(CpdPrinterClosed::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 
@@ -70,7 +70,7 @@ std::uint32_t CpdPrinterState::runEndJobTask(CpdPrinter& printer) {
 std::uint32_t CpdPrinterState::endBrokenJob(CpdPrinter& printer) {
   const std::uint32_t rc = resultOf([&] { return runEndJobTask(printer); });
   printer.closePrintConnection();
-  printer.changeState(CpdPrinterOpen::getInstance());
+  printer.setState(CpdPrinterOpen::getInstance());
   return rc;
 }
 

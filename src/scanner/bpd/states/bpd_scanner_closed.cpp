@@ -15,7 +15,7 @@ std::uint32_t BpdScannerClosed::doOpen(BpdScanner& scanner) const {
   const std::uint32_t rc = scanner.openConnection();
   if (rc != QRN_ERROR_SUCCESS) return rc;
   scanner.setOpenCount(1);
-  scanner.changeState(BpdScannerOpen::getInstance());
+  scanner.setState(BpdScannerOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

@@ -22,11 +22,11 @@ const BpdScannerOpen& BpdScannerOpen::getInstance() {
 std::uint32_t BpdScannerOpen::doStartJob(BpdScanner& scanner, std::uint32_t clientId,
                                          void* /*parameters*/) const {
   if (scanner.job().isActive()) return QRN_ERROR_BUSY;
-  scanner.changeState(BpdScannerScanning::getInstance());
+  scanner.setState(BpdScannerScanning::getInstance());
   try {
     scanner.beginJob(clientId);
   } catch (...) {
-    scanner.changeState(*this);
+    scanner.setState(*this);
     throw;
   }
   return QRN_ERROR_SUCCESS;

@@ -44,7 +44,7 @@ std::uint32_t BpdScannerScanning::doEndJob(BpdScanner& scanner, std::uint32_t cl
     return rc;
   }
   scanner.job().setActive(false);
-  scanner.changeState(BpdScannerOpen::getInstance());
+  scanner.setState(BpdScannerOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

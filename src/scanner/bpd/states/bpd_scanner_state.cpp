@@ -80,7 +80,7 @@ std::uint32_t BpdScannerOpenedState::doClose(BpdScanner& scanner) const {
     scanner.closeConnection();
     return QRN_ERROR_SUCCESS;
   });
-  scanner.changeState(BpdScannerClosed::getInstance());
+  scanner.setState(BpdScannerClosed::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

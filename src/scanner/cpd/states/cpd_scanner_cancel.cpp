@@ -20,7 +20,7 @@ std::uint32_t CpdScannerCancel::doCancelJob(CpdScanner& /*scanner*/, std::uint32
 
 std::uint32_t CpdScannerCancel::doEndJob(CpdScanner& scanner) const {
   scanner.waitForLastStatus();
-  scanner.changeState(CpdScannerOpen::getInstance());
+  scanner.setState(CpdScannerOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

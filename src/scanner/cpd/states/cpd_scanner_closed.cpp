@@ -17,7 +17,7 @@ std::uint32_t CpdScannerClosed::doOpen(CpdScanner& scanner) const {
   const ConnectionUse connection(scanner, connection_name::kBidi);
   const std::uint32_t rc = scanner.openBidi(*connection);
   if (rc != QRN_ERROR_SUCCESS) return rc;
-  scanner.changeState(CpdScannerOpen::getInstance());
+  scanner.setState(CpdScannerOpen::getInstance());
   scanner.setOpenCount(1);
   return QRN_ERROR_SUCCESS;
 }

@@ -19,7 +19,7 @@ std::uint32_t CpdScannerEndJobPending::doCancelJob(CpdScanner& /*scanner*/,
 
 std::uint32_t CpdScannerEndJobPending::doEndJob(CpdScanner& scanner) const {
   scanner.reportProgress(scan_progress::kJobEnded);
-  scanner.changeState(CpdScannerOpen::getInstance());
+  scanner.setState(CpdScannerOpen::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

@@ -20,7 +20,7 @@ std::uint32_t CpdScannerOpen::doStartJob(CpdScanner& scanner, std::uint32_t /*cl
   const CpdScanner::Start start(scanner);
   HScanGoEscCommand go;
   const std::uint32_t rc = scanner.send(go);
-  if (rc == QRN_ERROR_SUCCESS) scanner.changeState(CpdScannerScanning::getInstance());
+  if (rc == QRN_ERROR_SUCCESS) scanner.setState(CpdScannerScanning::getInstance());
   return rc;
 }
 

@@ -22,7 +22,7 @@ const CpdScannerScanning& CpdScannerScanning::getInstance() {
 }
 
 std::uint32_t CpdScannerScanning::doCancelJob(CpdScanner& scanner, std::uint32_t /*clientId*/) const {
-  scanner.changeState(CpdScannerCancel::getInstance());
+  scanner.setState(CpdScannerCancel::getInstance());
   return QRN_ERROR_SUCCESS;
 }
 

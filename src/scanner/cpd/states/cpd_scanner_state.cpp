@@ -79,7 +79,7 @@ std::uint32_t CpdScannerOpenedState::doClose(CpdScanner& scanner) const {
   if (scanner.openCount() > 0) scanner.setOpenCount(scanner.openCount() - 1);
   if (scanner.openCount() > 0) return QRN_ERROR_SUCCESS;
   const std::uint32_t rc = scanner.closeBidi();
-  scanner.changeState(CpdScannerClosed::getInstance());
+  scanner.setState(CpdScannerClosed::getInstance());
   return rc;
 }
 
