@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 
 #include "common/clients/client_call.h"
 #include "common/clients/operation_lock.h"
@@ -47,8 +48,11 @@ class StateMachine {
   template <typename Operation>
   auto withStateToOpen(Operation&& operation) {
     const OperationLock::Turn turn(stateLock_, Nested::Allowed);
-    if (turn.isNested() && isIn(closed_)) throw CallbackRefusal("the close is not over");
+    refuseFirstOpen(turn);
     return operation(state());
+  }
+  void refuseFirstOpen(const OperationLock::Turn& turn) const {
+    if (turn.isNested() && isIn(closed_)) throw CallbackRefusal("the close is not over");
   }
 
   OperationLock& stateLock() { return stateLock_; }
@@ -79,15 +83,23 @@ class TracedStateMachine : public StateMachine<Owner, State> {
   ~TracedStateMachine() = default;
 
   // Runs an operation of the current state, as withState or withStateToOpen does, with its result in the exit
-  // line.
+  // line, which is written before the state lock is given back: the lines stand in the order of the results.
   template <typename Details, typename Operation>
-  std::uint32_t traced(const char* operation, Details&& details, Operation&& run,
-                       Nested nested = Nested::Refused) {
-    return trace(operation, details, [&] { return this->withState(run, nested); });
+  std::uint32_t traced(const char* operation, Details&& details, Operation&& run) {
+    std::optional<OperationLock::Turn> turn;
+    return trace(operation, details, [&] {
+      turn.emplace(this->stateLock());
+      return run(this->state());
+    });
   }
   template <typename Operation>
   std::uint32_t tracedOpen(Operation&& run) {
-    return trace("doOpen", noDetails, [&] { return this->withStateToOpen(run); });
+    std::optional<OperationLock::Turn> turn;
+    return trace("doOpen", noDetails, [&] {
+      turn.emplace(this->stateLock(), Nested::Allowed);
+      this->refuseFirstOpen(*turn);
+      return run(this->state());
+    });
   }
 
   // Who is called back is changed without the state lock inside a callback, which must not wait for it:
