@@ -31,4 +31,8 @@ std::uint32_t StandardEscCommand::getPayloadLength() const {
   return static_cast<std::uint32_t>(esc::payloadLength(bytesOf(*this), esc::kOtherPayloadField));
 }
 
+std::unique_ptr<EscCommand> StandardEscCommand::create(const Data& data) const {
+  return isA(data) ? std::make_unique<StandardEscCommand>(data) : nullptr;
+}
+
 }  // namespace qvn

@@ -19,6 +19,8 @@ class StandardEscCommand final : public EscCommand {
   std::string getName() const override;
   bool isResponse(const EscCommand& other) const override;
   std::uint32_t getPayloadLength() const override;
+  std::unique_ptr<EscCommand> create(const Data& data) const override;
+  using EscCommand::create;
 
  private:
   // Bytes 1 to 3, which a reply has too.

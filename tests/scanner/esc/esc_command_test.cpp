@@ -145,6 +145,9 @@ TEST(EscCommand, AClassRefusesTheBytesOfAnother) {
   EXPECT_THAT([] { StandardEscCommand{fromHex("1B")}; },
               throwsWin32("StandardEscCommand(const Data&): command is not a EscCommand", 87));
   EXPECT_EQ(HScanDpiEscCommand().create(fromHex("1B53430000000000")), nullptr);
+  const StandardEscCommand standard(fromHex("1B58595A00000080"));
+  EXPECT_EQ(standard.create(fromHex("1B")), nullptr);
+  EXPECT_TRUE(standard.create(fromHex("1B53430000000000"))->equals(fromHex("1B53430000000000")));
   EXPECT_TRUE(HScanGoEscCommand().equals(fromHex("1B53470000000000")));
   EXPECT_TRUE(HScanDpiEscCommand().notEquals(fromHex("1B53440000000001")));
   EXPECT_FALSE(HScanAbortEscCommand().equals(static_cast<const EscCommand&>(HScanGoEscCommand())));
