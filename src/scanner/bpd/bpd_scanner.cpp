@@ -71,19 +71,21 @@ std::uint32_t BpdScanner::doEndJob(std::uint32_t clientId) { return endJob(clien
 std::uint32_t BpdScanner::endJob(std::uint32_t clientId, std::uint32_t jobNumber) {
   refuseInCallback("the job's threads are not over");
   const MutexLock end(endJobMutex_, 0);
-  if (!end.acquired()) {
-    const bool isOwner = clientId == job_.clientId();
-    logDetail(log_component::server(), [&] {
-      LogText text;
-      text << "BpdScanner::doEndJob(handle=" << getHandle();
-      if (isOwner) return text << ") end job already executing";
-      return text << ") invalid client Id, expected:" << job_.clientId();
-    });
-    return isOwner ? QRN_ERROR_ACCESS_DENIED : QRN_ERROR_INVALID_PARAMETER;
-  }
+  if (!end.acquired()) return refuseEndJob(clientId);
   return traced("doEndJob", ofClient(clientId), [&](const BpdScannerState& state) {
     return jobNumber == job_.number() ? state.doEndJob(*this, clientId) : QRN_ERROR_INVALID_FUNCTION;
   });
+}
+
+std::uint32_t BpdScanner::refuseEndJob(std::uint32_t clientId) {
+  const std::uint32_t owner = job_.clientId();
+  logDetail(log_component::server(), [&] {
+    LogText text;
+    text << "BpdScannerScanning::doEndJob(handle=" << getHandle();
+    if (clientId == owner) return text << ") end job already executing";
+    return text << ") invalid client Id, expected:" << owner;
+  });
+  return clientId == owner ? QRN_ERROR_ACCESS_DENIED : QRN_ERROR_INVALID_PARAMETER;
 }
 
 std::uint32_t BpdScanner::doExchangeData(std::uint32_t clientId, Data& data) {

@@ -82,6 +82,8 @@ class BpdScanner : public Scanner, public TracedStateMachine<BpdScanner, BpdScan
   void abortStart();
   // Client data that arrives from now on belongs to the job.
   void startJobData();
+  // Why the client cannot end the job: it is another client's (87), or is being ended already (5).
+  std::uint32_t refuseEndJob(std::uint32_t clientId);
   // The start has come to nothing.
   void endFailedStart();
   // The device waits for the next original: there is none.

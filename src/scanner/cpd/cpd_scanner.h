@@ -15,7 +15,8 @@
 namespace qvn {
 
 // What the device sends gets through while a client's operation holds the state lock: an exchange waits for
-// its reply, the end of a cancelled job for its status.
+// its reply, the end of a cancelled job for its status. Only while the command that starts a scan is being
+// written does a delivery wait: what it brings may be the scan's already.
 class CpdScanner : public Scanner, public TracedStateMachine<CpdScanner, CpdScannerState> {
  public:
   CpdScanner();

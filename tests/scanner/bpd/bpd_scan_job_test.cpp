@@ -162,9 +162,9 @@ TEST_F(BpdScanJobTest, AStartThatFailsTellsWhyAndLeavesHostMode) {
     const char* last;  // document sent
   } rows[] = {
       {"no observer", kObserveSystem, "exception", {}, 87, kObserveSystem},
-      {"no answer", kObserveSystem, "nothing", {}, 1460, kObserveSystem},
       {"host mode raises", kEnter, "exception", {}, 87, kLeave},
       {"host mode refused", kEnter, "<IntegerElem>-1</IntegerElem>", {}, 170, kEnter},
+      {"the transport is busy", kEnter, "busy", {}, 170, kLeave},
       {"host mode failed", kEnter, "<IntegerElem>0</IntegerElem>", failHostMode, 1460, kLeave},
       {"no job", kCreate, "exception", {}, 87, kLeave},
       {"a job without name", kCreate, "<NullElem/>", {}, 1359, kLeave},
@@ -186,6 +186,9 @@ TEST_F(BpdScanJobTest, AStartThatFailsTellsWhyAndLeavesHostMode) {
     before = normalBefore;
     answerTo(row.document, row.answer);
     if (row.before) before[kEnter] = row.before;
+    fake.onVisitor = [&](const std::string&, const Data* data) {
+      return std::string(row.answer) == "busy" && summary(asText(*data)) == row.document ? 170u : 0u;
+    };
     scanner->job().setInHostMode(false);
     std::string job;
     EXPECT_EQ(BpdScanStartJobTask(*scanner, 1, job).execute(), row.rc);

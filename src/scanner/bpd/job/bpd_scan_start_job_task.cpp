@@ -40,8 +40,9 @@ std::uint32_t BpdScanStartJobTask::doExecute() {
   std::uint32_t rc =
       exchange(addObserver(scan_object::kSystem, scan_object::kSystemUpdate, scan_object::kSystemObserver));
   if (rc != QRN_ERROR_SUCCESS) return rc;
-  rc = enterHostMode();
-  if (rc == QRN_ERROR_BUSY) return rc;  // it is another host's
+  bool refused = false;
+  rc = enterHostMode(refused);
+  if (refused) return QRN_ERROR_BUSY;  // it is another host's
   using Step = std::uint32_t (BpdScanStartJobTask::*)();
   for (const Step step : {&BpdScanStartJobTask::waitForHostMode, &BpdScanStartJobTask::createJob,
                           &BpdScanStartJobTask::observeJob, &BpdScanStartJobTask::startJob}) {
@@ -62,13 +63,13 @@ std::uint32_t BpdScanStartJobTask::exchange(const StoreMessage& message) {
   return exchange(message, response);
 }
 
-std::uint32_t BpdScanStartJobTask::enterHostMode() {
+std::uint32_t BpdScanStartJobTask::enterHostMode(bool& refused) {
   const auto parameters = makeScanParameterTree(clientId_);
   std::string response;
   const std::uint32_t rc =
       exchange(callMethod(scan_object::kSystem, "enterHostUSBSendMode", parameters.get()), response);
-  if (rc != QRN_ERROR_SUCCESS) return rc;
-  return responseResult(response) == kRefused ? QRN_ERROR_BUSY : QRN_ERROR_SUCCESS;
+  refused = rc == QRN_ERROR_SUCCESS && responseResult(response) == kRefused;
+  return rc;
 }
 
 std::uint32_t BpdScanStartJobTask::waitForHostMode() {

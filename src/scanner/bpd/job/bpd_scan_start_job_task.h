@@ -32,7 +32,8 @@ class BpdScanStartJobTask : public BpdScanTask {
   std::uint32_t exchange(const StoreMessage& message, std::string& response);
   std::uint32_t exchange(const StoreMessage& message);
 
-  std::uint32_t enterHostMode();
+  // `refused`: the device said no.
+  std::uint32_t enterHostMode(bool& refused);
   std::uint32_t waitForHostMode();
   std::uint32_t createJob();
   std::uint32_t observeJob();

@@ -1,7 +1,6 @@
 #include "scanner/bpd/states/bpd_scanner_scanning.h"
 
 #include "common/clients/operation_lock.h"
-#include "common/logging/basic_logger.h"
 #include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
 #include "scanner/bpd/job/bpd_scan_end_job_task.h"
@@ -24,13 +23,7 @@ std::uint32_t BpdScannerScanning::doStartJob(BpdScanner& scanner, std::uint32_t 
 }
 
 std::uint32_t BpdScannerScanning::doEndJob(BpdScanner& scanner, std::uint32_t clientId) const {
-  if (clientId != scanner.job().clientId()) {
-    logDetail(log_component::server(), [&] {
-      return LogText() << "BpdScannerScanning::doEndJob(handle=" << scanner.getHandle()
-                       << ") invalid client Id, expected:" << scanner.job().clientId();
-    });
-    return QRN_ERROR_INVALID_PARAMETER;
-  }
+  if (clientId != scanner.job().clientId()) return scanner.refuseEndJob(clientId);
   scanner.job().signalEnd();
   scanner.abortStart();
   JobParameterStore::getInstance().clearJobParameters(clientId);
