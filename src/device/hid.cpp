@@ -19,7 +19,8 @@ std::uint32_t Hid::doSetCurrentState(std::uint32_t /*state*/) { return QRN_ERROR
 void Hid::shutDown() {}
 
 Connection Hid::doGetConnection(const std::string& connectionName) {
-  logDetail(log_component::server(), [&] { return LogText() << "Hid::doGetConnection()" << connectionName; });
+  logDetail(log_component::serverHid(),
+            [&] { return LogText() << "Hid::doGetConnection()" << connectionName; });
   return ConnectedDevice::doGetConnection(connectionName);
 }
 

@@ -44,7 +44,7 @@ std::uint32_t CpdHid::doRegisterForReports(const ReportRegistration& registratio
 }
 
 std::uint32_t CpdHid::doUnregisterForReports(std::uint32_t clientId) {
-  return tracedRegistration("doUnregisterForReports", noDetails, [&](const CpdHidState& state) {
+  return tracedRegistration("doUnregisterForReports", ofClient(clientId), [&](const CpdHidState& state) {
     return state.doUnregisterForReports(*this, clientId);
   });
 }

@@ -1,5 +1,7 @@
 #include "hid/cpd_hid_open.h"
 
+#include <optional>
+
 #include "common/logging/basic_logger.h"
 #include "device/connection.h"
 #include "device/connection_use.h"
@@ -18,9 +20,10 @@ const CpdHidOpen& CpdHidOpen::getInstance() {
 }
 
 std::uint32_t CpdHidOpen::doOpen(CpdHid& hid) const {
+  std::optional<ConnectionUse> connection;  // given back after the visitor
   VisitorRun visitor(hid, visitor_name::kOpenHid);
-  const ConnectionUse connection(hid, connection_name::kAlert);
-  const std::uint32_t rc = visitor.run(*connection);
+  connection.emplace(hid, connection_name::kAlert);
+  const std::uint32_t rc = visitor.run(**connection);
   // 1: a transport that has nothing to do for it.
   if (rc != QRN_ERROR_SUCCESS && rc != QRN_ERROR_INVALID_FUNCTION) return rc;
   hid.setOpenCount(hid.openCount() + 1);

@@ -30,7 +30,7 @@ class CpdHidState {
   virtual std::uint32_t doUnregisterForReports(CpdHid& hid, std::uint32_t clientId) const;
 
  protected:
-  explicit CpdHidState(const char* name) : name_(name) {}
+  explicit CpdHidState(const char* name = "state") : name_(name) {}
 
  private:
   const char* const name_;

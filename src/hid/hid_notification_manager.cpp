@@ -42,10 +42,10 @@ void HidNotificationManager::acceptNotification(const Notification& notification
                            << " clientID=" << client.clientId;
         });
       },
-      [&](const Registration& client, const std::string& description) {
+      [&](const Registration& /*client*/, const std::string& description) {
         logDetail(log_component::server(), [&] {
           return LogText() << "Caught Exception removing client handle=" << notification.handle
-                           << " clientID=" << client.clientId << " Exception=" << description;
+                           << " Exception=" << description;
         });
       });
 }

@@ -41,12 +41,10 @@ std::uint32_t HidReportManager::unregisterForReports(std::uint32_t handle, std::
 }
 
 void HidReportManager::accept(std::uint32_t handle, Data& report) {
-  const auto trace = [&](const auto& detail) {
-    logDetail(log_component::serverHid(), [&] {
-      return ((LogText() << "HidReportManager::accept(handle=" << handle << ", report=").hex(report) << "): ")
-             << detail().str();
-    });
-  };
+  const auto trace = [](const auto& text) { logDetail(log_component::serverHid(), text); };
+  trace([&] {
+    return (LogText() << "HidReportManager::accept(handle=" << handle << ", report=").hex(report) << "): ";
+  });
   if (report.getLength() == 0) return trace([] { return LogText() << "report empty."; });
   if (isNullReport(report)) {
     return trace([] { return LogText() << "Null HID report (01 01 00 00 00 00 00 00)."; });
