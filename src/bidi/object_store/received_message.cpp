@@ -1,10 +1,11 @@
 #include "bidi/object_store/received_message.h"
 
+#include <cstdlib>
+
 #include "bidi/element/element_text.h"
 #include "bidi/element/map_elem.h"
 #include "bidi/xml/xml_message_parser.h"
 #include "common/exception.h"
-#include "common/leading_number.h"
 
 namespace qvn {
 namespace {
@@ -37,6 +38,11 @@ MessageType typeOf(const MapElem& message) {
   return MessageType::Method;
 }
 
+// As the C library reads a decimal number, modulo 2^32: documents are sent with the id as a signed one.
+std::uint32_t requestIdOf(const MapElem& message) {
+  return static_cast<std::uint32_t>(std::strtoull(entryOf(&message, "requestID").c_str(), nullptr, 10));
+}
+
 }  // namespace
 
 ReceivedMessage classifyMessage(std::string_view document) {
@@ -45,7 +51,7 @@ ReceivedMessage classifyMessage(std::string_view document) {
   ReceivedMessage received;
   received.type = typeOf(*message);
   if (received.type == MessageType::Method) return received;
-  received.requestId = leadingNumber<std::uint32_t>(entryOf(message.get(), "requestID"));
+  received.requestId = requestIdOf(*message);
   if (received.type == MessageType::Response) received.result = entryOf(message.get(), "result");
   return received;
 }
