@@ -38,10 +38,6 @@ std::uint32_t ObjectStoreBidiTask::doExecuteBackground() {
   TraceScope trace(BasicLogger::getInstance(), log_component::bidi(),
                    [] { return LogText() << "ObjectStoreBidiTask::doExecuteBackground()"; });
   shutdownThread();
-  {
-    const std::lock_guard<std::mutex> lock(cancelLock_);
-    cancelled_ = false;
-  }
   running_ = true;
   thread_ = std::make_unique<Thread>(runnable_);
   thread_->launch();
@@ -54,17 +50,23 @@ std::uint32_t ObjectStoreBidiTask::shutdownThread() {
                    [] { return LogText() << "ObjectStoreBidiTask::shutdownThread()"; });
   if (thread_ != nullptr && running_) {
     trace.logDetail([] { return LogText() << "Need to kill thread"; });
-    cancel();
+    cancelBecause(ending_);
   }
   thread_.reset();
   running_ = false;
+  {
+    const std::lock_guard<std::mutex> lock(cancelLock_);
+    ending_ = false;
+  }
   trace.setRc(QRN_ERROR_SUCCESS);
   return QRN_ERROR_SUCCESS;
 }
 
-void ObjectStoreBidiTask::cancel() {
+void ObjectStoreBidiTask::cancel() { cancelBecause(cancelled_); }
+
+void ObjectStoreBidiTask::cancelBecause(bool& reason) {
   const std::lock_guard<std::mutex> lock(cancelLock_);
-  cancelled_ = true;
+  reason = true;
   if (visitorRun_ != nullptr) visitorRun_->cancel();
 }
 
@@ -104,7 +106,7 @@ std::uint32_t ObjectStoreBidiTask::send(Data& request) {
   {
     const std::lock_guard<std::mutex> lock(cancelLock_);
     visitorRun_ = &visitor;
-    if (cancelled_) visitor.cancel();
+    if (cancelled_ || ending_) visitor.cancel();
   }
   const struct AtWork {
     ObjectStoreBidiTask& task;

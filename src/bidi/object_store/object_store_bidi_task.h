@@ -31,7 +31,7 @@ class ObjectStoreBidiTask : public Task, public Observer {
   ~ObjectStoreBidiTask() override;
 
   // Begins the exchange and returns 0 at once. What the last one left running is ended first.
-  std::uint32_t executeBackground() { return doExecuteBackground(); }
+  virtual std::uint32_t executeBackground() { return doExecuteBackground(); }
 
   // Ends the exchange, if there is one: afterwards nothing of it is attached or running. Always 0. How long
   // that takes is the transport's matter (Visitor::cancel).
@@ -48,6 +48,8 @@ class ObjectStoreBidiTask : public Task, public Observer {
 
  private:
   std::uint32_t runMethod();
+  // Sets the flag, which is guarded, and cancels the visitor that is at work.
+  void cancelBecause(bool& reason);
   // Applies the visitor; its result.
   std::uint32_t send(Data& request);
 
@@ -64,7 +66,8 @@ class ObjectStoreBidiTask : public Task, public Observer {
   // Guards what follows; cancel() comes from another thread.
   std::mutex cancelLock_;
   VisitorRun* visitorRun_ = nullptr;  // while one is at work
-  bool cancelled_ = false;
+  bool cancelled_ = false;            // by cancel(): for good
+  bool ending_ = false;               // by shutdownThread(): until it is over
 };
 
 }  // namespace qvn

@@ -138,6 +138,9 @@ TEST_F(ObjectStoreTaskTest, ACancelEndsTheExchangeWhenverItComes) {
     ObjectStoreBidiTask task = makeTask();
     task.cancel();
     EXPECT_EQ(task.execute(), 1236u) << "before";
+    fake.takeCalls();
+    task.executeBackground();
+    while (fake.calls("cancel").empty()) std::this_thread::yield();
   }
   ObjectStoreBidiTask task = makeTask();
   fake.onExchange = [&](const Data&) -> std::optional<Data> {
