@@ -1,10 +1,8 @@
 #include "bidi/xml/xml_message_parser.h"
 
-#include <charconv>
 #include <cstdio>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "bidi/element/base64.h"
@@ -17,6 +15,7 @@
 #include "bidi/element/string_elem.h"
 #include "bidi/element/string_to_i.h"
 #include "bidi/xml/expat_reader.h"
+#include "platform/base/number.h"
 
 namespace qvn {
 namespace {
@@ -52,21 +51,6 @@ Tag tagOf(std::string_view name) {
     if (name.starts_with(known.first)) return known.second;
   }
   return Tag::Unknown;
-}
-
-// What strtod reads in the "C" locale: the number in front, 0 when there is none.
-double toDouble(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t\n\v\f\r");
-  if (first == std::string_view::npos) return 0;
-  text.remove_prefix(first);
-  if (text.starts_with('+')) text.remove_prefix(1);
-  const char* end = text.data() + text.size();
-  double value = 0;
-  if (std::from_chars(text.data(), end, value).ec != std::errc::result_out_of_range) return value;
-  // Too small or too large: the wider type tells which.
-  long double wide = 0;
-  std::from_chars(text.data(), end, wide);
-  return static_cast<double>(wide);
 }
 
 // Reads one document. The frames of the tags that are open stand on a stack, each with what it holds so far.
@@ -133,7 +117,7 @@ class MessageReader : private ExpatReader {
       case Tag::Boolean:
         return std::make_unique<BooleanElem>(closed.text);
       case Tag::Double:
-        return std::make_unique<DoubleElem>(toDouble(closed.text));
+        return std::make_unique<DoubleElem>(platform::toDouble(closed.text.c_str()));
       case Tag::Null:
         return std::make_unique<NullElem>();
       case Tag::Binary:
