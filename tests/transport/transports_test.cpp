@@ -71,7 +71,8 @@ TEST_F(TransportsTest, WhatCannotBeLoadedSaysWhyAndIsReplacedByTheFallbacks) {
   EXPECT_EQ(transports.getTransportInfo(broken("bad_info"), name, kind), 1168u);
   platform::setLastError(31);
   fake.onCall = [](const char*) { return 77u; };
-  EXPECT_EQ(transports.getTransportInfo(fakeModule, name, kind), 77u) << "its answer, for want of a reason";
+  EXPECT_EQ(transports.getTransportInfo(FakeTransport::module(), name, kind), 77u)
+      << "its answer, for want of a reason";
   fake.onCall = nullptr;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);

@@ -50,9 +50,13 @@ void Session::finish() {
   for (std::thread& thread : threads_) thread.join();
 }
 
-void Session::endLocked(std::uint32_t code) {
+void Session::markEndedLocked(std::uint32_t code) {
   if (endedBy_ == 0) endedBy_ = code;
   socket_.shutDown();
+}
+
+void Session::endLocked(std::uint32_t code) {
+  markEndedLocked(code);
   wakeLocked();
 }
 

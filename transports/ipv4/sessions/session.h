@@ -51,7 +51,9 @@ class Session {
   // Whom what comes is for now.
   DeviceReference currentDevice() const;
 
-  // Why the connection has ended; what came first counts. Wakes whoever waits.
+  // Why the connection has ended; what came first counts.
+  void markEndedLocked(std::uint32_t code);
+  // The same, and wakes whoever waits.
   void endLocked(std::uint32_t code);
 
   virtual void wakeLocked() { changed_.notify_all(); }

@@ -68,6 +68,9 @@ class StreamSession : public Session {
       if (isOver(endCode)) break;
     }
     deliverEnd();
+    // Only then, so that what comes of an exchange that failed is told after the reason.
+    const std::lock_guard<std::mutex> lock(mutex_);
+    wakeLocked();
   }
 
   // Before anything is received: between, it would be neither unread nor being read.
@@ -97,7 +100,7 @@ class StreamSession : public Session {
       partial_ = stream_.isPartial();
       reading_ = false;
       settleLocked();
-      if (endCode != QRN_ERROR_SUCCESS) endLocked(endCode);
+      if (endCode != QRN_ERROR_SUCCESS) markEndedLocked(endCode);
       over = endedBy_ != 0;
     }
     // Without the lock: who wakes up needs it at once, and would only wait again.
