@@ -484,6 +484,7 @@ TEST_F(BpdScanJobTest, ACloseEndsEverythingThatGoesOn) {
     openFor();
     row.bring();
     EXPECT_EQ(scanner->doClose(), 0u);
+    EXPECT_EQ(fake.held(), "") << "nothing uses the connection any more";
     EXPECT_FALSE(scanner->isScanning() || scanner->job().isActive() || scanner->job().isInHostMode());
     takeSent();
     ReceivedBpdData::take();
