@@ -113,7 +113,10 @@ class FaultSweep : public testing::TestWithParam<Use> {
     if (device != 0) {
       EXPECT_EQ(kindOf(device).remove(1, device), 0u);
     }
-    return stage.take();
+    // When its thread starts a Bpd scanner's job differs.
+    std::vector<std::string> lines = stage.take();
+    std::erase(lines, "started by its device");
+    return lines;
   }
 
   // Its threads may still compute while the time of another one is up.
