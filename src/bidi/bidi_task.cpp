@@ -44,6 +44,7 @@ std::uint32_t BidiTask::runMethod() {
 }
 
 void BidiTask::doUpdate(Data& data) {
+  const std::lock_guard<std::mutex> lock(updateMutex_);
   if (!NpaPacket(data).isReplyTo(NpaPacket(request_))) return;
   response_ = data;
   // Later data is not taken for this exchange.

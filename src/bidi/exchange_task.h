@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 #include "common/tasks/observation.h"
@@ -36,6 +37,8 @@ class ExchangeTask : public Task, public Observer {
     return visitor.run(connection_, &request_);
   }
 
+  // Held while what the device sent is looked at: a transport may deliver on several threads at once.
+  std::mutex updateMutex_;
   Data& request_;
   Data& response_;
   Device& device_;

@@ -119,6 +119,7 @@ std::uint32_t ObjectStoreBidiTask::send(Data& request) {
 }
 
 void ObjectStoreBidiTask::doUpdate(Data& data) {
+  const std::lock_guard<std::mutex> lock(updateMutex_);
   if (data.getLength() == 0) return;
   const std::string_view payload = unwrapReply(bytesAsText(data));
   bool isException = false;

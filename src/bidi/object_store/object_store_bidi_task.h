@@ -53,6 +53,8 @@ class ObjectStoreBidiTask : public Task, public Observer {
   // Applies the visitor; its result.
   std::uint32_t send(Data& request);
 
+  // Held while what the device sent is looked at: a transport may deliver on several threads at once.
+  std::mutex updateMutex_;
   Device& device_;
   const std::uint32_t requestId_;
   std::atomic<bool> isException_{false};

@@ -37,6 +37,7 @@ std::uint32_t DcSummaryTask::runMethod() {
 }
 
 void DcSummaryTask::doUpdate(Data& data) {
+  const std::lock_guard<std::mutex> lock(updateMutex_);
   logDetail(log_component::server(), [] { return LogText() << "DcSummaryTask::doUpdate"; });
   if (!command_.isReplyTo(data)) return;
   response_ = data;

@@ -26,6 +26,7 @@ std::uint32_t CacheTask::doExecute() {
 }
 
 void CacheTask::doUpdate(Data& data) {
+  const std::lock_guard<std::mutex> lock(updateMutex_);
   if (received_ || !GetCacheCommand().isReplyTo(data)) return;
   const auto reply = bytesOf(data);
   if (!output_.fill(reply.data(), data.getLength())) {

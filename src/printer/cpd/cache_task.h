@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 
 #include "device/connection.h"
 #include "device/printer.h"
@@ -25,6 +26,8 @@ class CacheTask : public PrintJobTask, public Observer {
   void doUpdate(Data& data) override;
 
  private:
+  // Held while what the device sent is looked at: a transport may deliver on several threads at once.
+  std::mutex updateMutex_;
   Data& output_;
   std::atomic<bool> received_{false};
 };

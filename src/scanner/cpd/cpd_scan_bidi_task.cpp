@@ -11,6 +11,7 @@ CpdScanBidiTask::CpdScanBidiTask(Device& scanner, const Connection& connection, 
       command_(EscCommandFactory::getInstance().makeCommand(request)) {}
 
 void CpdScanBidiTask::doUpdate(Data& data) {
+  const std::lock_guard<std::mutex> lock(updateMutex_);
   if (command_ == nullptr) return;
   if (!command_->expectsResponse()) {
     detachFrom(device_);
