@@ -34,6 +34,9 @@ std::uint32_t transportResult(const char* what, Call&& call) {
     logError(log_component::server(),
              [&] { return LogText() << what << " exception=" << exception.describe(); });
     return exception.getCode();
+  } catch (...) {
+    // No memory for the exception.
+    return codeOfCurrentException();
   }
 }
 

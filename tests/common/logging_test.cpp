@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <memory>
+#include <new>
 #include <thread>
 
 #include "common/logging/library_logger.h"
@@ -133,6 +135,24 @@ TEST_F(LoggingTest, AScopeEnteredWhileUnwantedWritesNothingLater) {
     clock.advance(20000);
     scope.logDetail([] { return LogText() << " detail"; });
   }
+  EXPECT_THAT(contents(), IsEmpty());
+}
+
+TEST_F(LoggingTest, ALineThatCannotBeMadeFailsNobody) {
+  struct WithoutMemory : BasicLogger {
+    WithoutMemory() : BasicLogger("qr__.log") {}
+    bool isWanted(const Component&, std::uint32_t) const override { throw std::bad_alloc(); }
+  };
+  const auto use = [this] {
+    const auto noText = []() -> LogText { throw std::bad_alloc(); };
+    logError(server, noText);
+    const TraceScope scope(BasicLogger::getInstance(), server, noText);
+  };
+  set("startLog", 1);
+  EXPECT_NO_THROW(use());
+  BasicLogger::destroyInstance();
+  BasicLogger::setInstance(std::make_unique<WithoutMemory>());
+  EXPECT_NO_THROW(use());
   EXPECT_THAT(contents(), IsEmpty());
 }
 

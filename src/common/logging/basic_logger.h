@@ -85,8 +85,8 @@ class BasicLogger {
 // Writes the line that `compose` puts together, if it is wanted; composing costs nothing when it is not.
 template <typename Compose>
 void log(const Component& component, std::uint32_t level, Compose&& compose) {
-  if (!BasicLogger::isEnabled(component, level)) return;
   try {
+    if (!BasicLogger::isEnabled(component, level)) return;
     BasicLogger::getInstance().log(component, level, compose().str());
   } catch (...) {
     // A line that cannot be composed or written is lost.

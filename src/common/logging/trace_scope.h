@@ -47,7 +47,11 @@ class [[nodiscard]] TraceScope : public TraceScopeBase {
   TraceScope(BasicLogger& logger, const Component& component, Compose compose,
              std::uint32_t level = log_level::kTrace, bool enabled = true)
       : TraceScopeBase(logger, component, level), compose_(std::move(compose)) {
-    if (enabled && BasicLogger::isEnabled(component, level)) enter(compose_().str());
+    try {
+      if (enabled && BasicLogger::isEnabled(component, level)) enter(compose_().str());
+    } catch (...) {
+      // An operation must not fail because its entry could not be logged.
+    }
   }
   ~TraceScope() { leave(); }
 
