@@ -91,6 +91,11 @@ TEST_F(ScannerFunctionsTest, AFailedOpenIsTriedAgainAfterLookingForTheDevice) {
     EXPECT_EQ(fake.calls("discoverSpecific").size(), failure == 170 ? 0u : 1u);
     QvnCloseScanner(1, 407);
   }
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  fake.onCall = [](const char* call) {
+    return std::string(call) == "discoverSpecific" && QvnDeleteScanner(1, 407) == 0 ? 2u : 0u;
+  };
+  EXPECT_EQ(QvnOpenScanner(1, 407), 6u) << "deleted meanwhile";
 }
 
 class HidFunctionsTest : public LibraryTest {
