@@ -32,7 +32,7 @@ BpdScanner::BpdScanner()
 }
 
 // The transport's threads call this object.
-BpdScanner::~BpdScanner() { shutDown(); }
+BpdScanner::~BpdScanner() { BpdScanner::shutDown(); }
 
 void BpdScanner::shutDown() {
   endReferences();

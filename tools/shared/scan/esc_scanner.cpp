@@ -18,7 +18,7 @@ EscScanner::EscScanner(std::uint32_t handle, std::chrono::milliseconds patience)
 EscScanner::~EscScanner() {
   drop();
   try {
-    unlock();
+    EscScanner::unlock();
   } catch (const Error&) {
     // The lock ends with the connection.
   }

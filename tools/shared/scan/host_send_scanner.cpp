@@ -75,7 +75,7 @@ void HostSendScanner::apply(const Settings& settings) {
 }
 
 std::shared_ptr<Page> HostSendScanner::beginPage() {
-  const auto page = std::make_shared<Page>(cancelSignal());
+  auto page = std::make_shared<Page>(cancelSignal());
   if (job_) {
     job_->offer(page);
   } else {
