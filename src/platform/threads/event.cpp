@@ -1,5 +1,7 @@
 #include "platform/threads/event.h"
 
+#include <atomic>
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -14,7 +16,9 @@ constexpr Milliseconds kRecheck = 250;
 
 // Without any lock, so nobody can be killed holding one.
 struct EventState {
-  WaitWord set;
+  std::atomic<std::uint32_t> isSet;
+  // What waiters wait on: the flag may be what they saw again although it was set in between.
+  WaitWord sets;
   bool manualReset;
 };
 static_assert(sizeof(EventState) <= SharedObject::kPayloadSize);
@@ -25,22 +29,23 @@ class NativeEvent final : public NamedEvent {
       : object_(std::move(object)), state_(*static_cast<EventState*>(object_->payload())) {}
 
   ErrorCode set() override {
-    state_.set.store(1);
+    state_.isSet.store(1);
+    state_.sets.fetch_add(1);
     // An auto-reset event wakes all waiters too: a single one might be killed before it takes the event.
-    wakeWaiters(state_.set);
+    wakeWaiters(state_.sets);
     return kSuccess;
   }
 
   ErrorCode reset() override {
-    state_.set.store(0);
+    state_.isSet.store(0);
     return kSuccess;
   }
 
   WaitResult wait(Milliseconds timeout) override {
-    const bool taken = waitOnWord(state_.set, timeout, object_->isShared() ? kRecheck : kInfinite, [this] {
-      if (state_.manualReset) return state_.set.load() == 1;
+    const bool taken = waitOnWord(state_.sets, timeout, object_->isShared() ? kRecheck : kInfinite, [this] {
+      if (state_.manualReset) return state_.isSet.load() == 1;
       std::uint32_t expected = 1;
-      return state_.set.compare_exchange_strong(expected, 0);
+      return state_.isSet.compare_exchange_strong(expected, 0);
     });
     return taken ? WaitResult::Signalled : WaitResult::TimedOut;
   }
@@ -59,7 +64,7 @@ std::unique_ptr<NamedEvent> NamedEvent::create(const std::string& name, bool man
   auto object = SharedObjectPtr::open(
       name, SharedObject::Kind::Event, access,
       [&](void* payload) {
-        new (payload) EventState{.set = initiallySet ? 1U : 0U, .manualReset = manualReset};
+        new (payload) EventState{.isSet = initiallySet ? 1U : 0U, .sets = 0, .manualReset = manualReset};
       },
       error);
   if (!object) return nullptr;
