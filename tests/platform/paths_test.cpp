@@ -61,7 +61,14 @@ TEST(Paths, TheStateDirectoryIsChosenAndMadeForWhoAsks) {
   fs::create_directory(kept);
   ASSERT_EQ(chmod(kept.c_str(), 0711), 0);
 
-  const mode_t own = geteuid() == 0 ? 02770 : 0700;
+  // Of root's, shared before the group's accounts were kept from each other's files.
+  const fs::path shared = base + "/shared";
+  fs::create_directory(shared);
+  ASSERT_EQ(chmod(shared.c_str(), 02770), 0);
+  fs::create_directory_symlink(kept, base + "/link");
+
+  const bool isRoot = geteuid() == 0;
+  const mode_t own = isRoot ? 03770 : 0700;
   const struct {
     const char* as;
     std::string home;  // empty: unset
@@ -73,6 +80,8 @@ TEST(Paths, TheStateDirectoryIsChosenAndMadeForWhoAsks) {
       {"user", base + "/user", "/no", base + "/user", 0700},
       {"user", "", base + "/state", base + "/state/qvn", 0700},
       {"user", kept, "", kept, 0711},
+      {"user", base + "/link", "", kept, 0711},
+      {"self", shared, "", shared, isRoot ? mode_t{03770} : mode_t{02770}},
       {"user", "", "", "", 0},
       {"self", "/proc/no/such", "", "", 0},
   };

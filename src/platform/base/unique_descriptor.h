@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace qvn::platform {
@@ -17,8 +18,12 @@ class UniqueDescriptor {
     std::swap(descriptor_, other.descriptor_);
     return *this;
   }
+  // Leaves errno alone: it may be about to be asked for.
   ~UniqueDescriptor() {
-    if (descriptor_ >= 0) close(descriptor_);
+    if (descriptor_ < 0) return;
+    const int error = errno;
+    close(descriptor_);
+    errno = error;
   }
 
   explicit operator bool() const { return descriptor_ >= 0; }

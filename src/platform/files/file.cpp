@@ -12,6 +12,7 @@
 #include "platform/files/file_size_signal.h"
 #include "platform/files/paths.h"
 #include "platform/files/state_directory.h"
+#include "platform/files/state_file.h"
 
 namespace qvn::platform {
 namespace {
@@ -48,11 +49,10 @@ class NativeFile final : public File {
 };
 
 UniqueDescriptor openNative(const std::filesystem::path& path, File::Open how, Access access) {
-  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOCTTY;
   while (true) {
-    UniqueDescriptor existing(::open(path.c_str(), kFlags));
+    UniqueDescriptor existing = openStateFile(path, O_RDWR);
     if (existing || errno != ENOENT || how == File::Open::Existing) return existing;
-    UniqueDescriptor made(::open(path.c_str(), kFlags | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR));
+    UniqueDescriptor made = openStateFile(path, O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
     if (made) {
       // Not left to the process's umask: another account must be able to append.
       if (fchmod(made.get(), fileMode(access)) != 0) return {};
@@ -84,7 +84,7 @@ std::unique_ptr<File> File::open(const std::string& path, Open how, Access acces
 ErrorCode deleteFile(const std::string& path) {
   const std::filesystem::path native = nativePath(path);
   if (native.empty()) return lastError();
-  return unlink(native.c_str()) != 0 ? failWithErrno() : kSuccess;
+  return fail(errorFromErrno(removeStateFile(native)));
 }
 
 }  // namespace qvn::platform

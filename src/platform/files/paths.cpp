@@ -15,12 +15,15 @@
 
 #include "platform/base/access.h"
 #include "platform/base/failure.h"
+#include "platform/base/unique_descriptor.h"
 #include "platform/files/state_directory.h"
 
 namespace qvn::platform {
 namespace {
 
 constexpr const char* kGroup = "qvn";
+// The group may add files, and nobody may take away or rename another one's.
+constexpr mode_t kSharedMode = S_ISGID | S_ISVTX | S_IRWXU | S_IRWXG;
 constexpr std::string_view kSeparators = "\\/";
 constexpr const char* kWindowsDirectory = "c:\\windows";
 constexpr const char* kSystemDirectory = "c:\\windows\\system32";
@@ -58,6 +61,9 @@ ErrorCode prepareStateDirectory(std::filesystem::path& directory) {
   if (!directory.has_filename()) directory = directory.parent_path();  // It ended in a slash.
   std::filesystem::create_directories(directory.parent_path(), error);
   if (error) return errorFromErrno(error.value());
+  // Whoever chose it may have chosen a link.
+  directory = std::filesystem::weakly_canonical(directory, error);
+  if (error) return errorFromErrno(error.value());
   return makeStateDirectory(directory);
 }
 
@@ -71,7 +77,23 @@ int shareWithGroup(const std::filesystem::path& directory) {
       chown(directory.c_str(), static_cast<uid_t>(-1), found->gr_gid) != 0) {
     return errno;
   }
-  return chmod(directory.c_str(), S_ISGID | S_IRWXU | S_IRWXG) != 0 ? errno : 0;
+  return chmod(directory.c_str(), kSharedMode) != 0 ? errno : 0;
+}
+
+// A link to one is none.
+bool isDirectory(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::is_directory(std::filesystem::symlink_status(path, error));
+}
+
+// A directory that root once shared without the sticky bit gets it.
+ErrorCode protectEntries(const std::filesystem::path& directory) {
+  const UniqueDescriptor opened(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  struct stat status {};
+  if (geteuid() != 0 || !opened || fstat(opened.get(), &status) != 0) return kSuccess;
+  const bool isShared = status.st_uid == 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+  if (!isShared || (status.st_mode & S_ISVTX) != 0) return kSuccess;
+  return fchmod(opened.get(), (status.st_mode & ALLPERMS) | S_ISVTX) != 0 ? errorFromErrno(errno) : kSuccess;
 }
 
 // The component with every byte that a file name cannot hold replaced.
@@ -97,8 +119,7 @@ ErrorCode existingDirectory(const char* directory, std::string& path) {
 }  // namespace
 
 ErrorCode makeStateDirectory(const std::filesystem::path& directory) {
-  std::error_code error;
-  if (std::filesystem::is_directory(directory, error)) return kSuccess;
+  if (isDirectory(directory)) return protectEntries(directory);
   // Made under another name: nobody meets it before it has its group and mode.
   std::string made = directory.string() + ".new-XXXXXX";
   if (mkdtemp(made.data()) == nullptr) return errorFromErrno(errno);
@@ -109,7 +130,7 @@ ErrorCode makeStateDirectory(const std::filesystem::path& directory) {
   if (failure == 0) return kSuccess;
   rmdir(made.c_str());
   if (failure != EEXIST) return errorFromErrno(failure);
-  return std::filesystem::is_directory(directory, error) ? kSuccess : kPathNotFound;
+  return isDirectory(directory) ? kSuccess : kPathNotFound;
 }
 
 mode_t fileMode(Access access) {

@@ -13,7 +13,7 @@
 
 namespace qvn::platform {
 
-// The state directory, created on first use (0700 for a user, 2770 for root, with the group qvn when that
+// The state directory, created on first use (0700 for a user, 3770 for root, with the group qvn when that
 // exists). Empty with the thread's last error set when it cannot be.
 QVN_PLATFORM_API std::filesystem::path stateDirectory();
 

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -16,6 +17,7 @@
 #include "platform/base/unique_descriptor.h"
 #include "platform/files/file_lock.h"
 #include "platform/files/file_size_signal.h"
+#include "platform/files/state_file.h"
 #include "platform/registry/registry.h"
 #include "platform/registry/registry_check.h"
 #include "platform/registry/registry_path.h"
@@ -28,7 +30,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFileName = "registry.mdb";
 constexpr const char* kLockSuffix = "-lock";
-constexpr const char* kNewSuffix = ".new";
+constexpr const char* kNewSuffix = ".new-XXXXXX";
 
 // The most that the store may grow to; the file is only as large as its content.
 constexpr std::size_t kMapSize = std::size_t{1} << 30;
@@ -103,15 +105,17 @@ int writeFirstEntries(MDB_env* environment) {
   return mdb_txn_commit(transaction);
 }
 
-// Makes the store under another name first: a file with the store's name is always a whole one.
+// Makes the store in a directory of its maker's own first: a file with the store's name is always a whole
+// one.
 StoreFailure makeStore(const fs::path& directory, const fs::path& file) {
-  const UniqueDescriptor gate(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const UniqueDescriptor gate = openStateDirectory(directory);
   if (!gate || !lockFile(gate.get(), LOCK_EX)) return describeStoreError(directory, errno);
   struct stat status {};
   if (lstat(file.c_str(), &status) == 0) return {};
 
-  const fs::path made = fs::path(file) += kNewSuffix;
-  unlink(made.c_str());
+  std::string own = file.string() + kNewSuffix;
+  if (mkdtemp(own.data()) == nullptr) return describeStoreError(directory, errno);
+  const fs::path made = fs::path(own) / kFileName;
   const mode_t mode = modeFor(directory);
   const FileSizeSignalBlock block;
   int error = 0;
@@ -120,10 +124,24 @@ StoreFailure makeStore(const fs::path& directory, const fs::path& file) {
     error = openEnvironment(made, MDB_NOLOCK, mode, environment);
     if (error == 0) error = writeFirstEntries(environment.get());
   }
-  if (error == 0 && (chmod(made.c_str(), mode) != 0 || link(made.c_str(), file.c_str()) != 0)) error = errno;
+  if (error == 0 && (chmod(made.c_str(), mode) != 0 || rename(made.c_str(), file.c_str()) != 0))
+    error = errno;
   unlink(made.c_str());
+  rmdir(own.c_str());
   if (error == 0 && fsync(gate.get()) != 0) error = errno;
   return error == 0 ? StoreFailure{} : describeStoreError(file, error);
+}
+
+// LMDB opens its files by their names. What the system's own account uses is made its own, so that nobody
+// else can have put another file in its place by then.
+int holdInPlace(const fs::path& file, const UniqueDescriptor& opened) {
+  if (geteuid() != 0) return 0;
+  struct stat status {};
+  struct stat named {};
+  if (fstat(opened.get(), &status) != 0) return errno;
+  if (status.st_uid == 0) return 0;
+  if (fchown(opened.get(), 0, static_cast<gid_t>(-1)) != 0 || lstat(file.c_str(), &named) != 0) return errno;
+  return named.st_dev == status.st_dev && named.st_ino == status.st_ino ? 0 : EACCES;
 }
 
 // Makes the lock file at its full size, with disk blocks behind it: it is mapped, and a store into a hole on
@@ -133,9 +151,10 @@ int prepareLockFile(const fs::path& file, mode_t mode) {
   const fs::path lock = fs::path(file) += kLockSuffix;
   constexpr off_t kBlockSize = 512;
   const FileSizeSignalBlock block;
-  const UniqueDescriptor existing(open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode));
+  const UniqueDescriptor existing = openStateFile(lock, O_RDWR | O_CREAT, mode);
   struct stat status {};
   if (!existing || fstat(existing.get(), &status) != 0) return errno;
+  if (const int error = holdInPlace(lock, existing); error != 0) return error;
   if (status.st_size >= kLockFileSize && status.st_blocks * kBlockSize >= kLockFileSize) return 0;
   if (status.st_uid == geteuid() && fchmod(existing.get(), mode) != 0) return errno;
   return posix_fallocate(existing.get(), 0, kLockFileSize);
@@ -147,8 +166,9 @@ StoreFailure damaged(const fs::path& file, const std::string& what) {
 }
 
 StoreFailure checkHead(const fs::path& file) {
-  const UniqueDescriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  const UniqueDescriptor descriptor = openStateFile(file, O_RDONLY);
   if (!descriptor) return describeStoreError(file, errno);
+  if (const int error = holdInPlace(file, descriptor); error != 0) return describeStoreError(file, error);
   return damaged(file, findDamageInHead(descriptor.get()));
 }
 
@@ -197,6 +217,7 @@ StoreFailure describeStoreError(const fs::path& file, int error) {
       return because(kNotEnoughMemory, "cannot be mapped");
     case EACCES:
     case EPERM:
+    case ELOOP:
     case EROFS:
       return because(kAccessDenied, "cannot be written");
     default:

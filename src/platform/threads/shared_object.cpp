@@ -20,6 +20,7 @@
 #include "platform/files/file_size_signal.h"
 #include "platform/files/paths.h"
 #include "platform/files/state_directory.h"
+#include "platform/files/state_file.h"
 
 namespace qvn::platform {
 
@@ -32,7 +33,7 @@ struct SharedObject::Header {
 namespace {
 
 // Spells "QVN" and the version of the layout.
-constexpr std::uint32_t kMagic = 0x51564E01;
+constexpr std::uint32_t kMagic = 0x51564E02;
 constexpr std::size_t kMaxFileName = 255;
 
 // The objects that this process has open. Those with a name: one mapping each, however often they are opened,
@@ -99,12 +100,10 @@ ErrorCode SharedObject::map(Kind kind, Access access, const std::function<void(v
 
   // Opening is one step for all processes: the lock on the directory goes with the descriptor, or with the
   // process should it be killed here.
-  const UniqueDescriptor gate(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const UniqueDescriptor gate = openStateDirectory(directory);
   if (!gate || !lockFile(gate.get(), LOCK_EX)) return errorFromErrno(errno);
 
-  const std::filesystem::path path = directory / file;
-  descriptor_ =
-      UniqueDescriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+  descriptor_ = openStateFile(directory / file, O_RDWR | O_CREAT, S_IRUSR | S_IWUSR);
   if (!descriptor_) return errorFromErrno(errno);
 
   const bool alone = lockFile(descriptor_.get(), LOCK_EX | LOCK_NB);
@@ -123,7 +122,7 @@ ErrorCode SharedObject::map(Kind kind, Access access, const std::function<void(v
 
   struct stat status {};
   if (fstat(descriptor_.get(), &status) != 0) return errorFromErrno(errno);
-  if (!S_ISREG(status.st_mode) || status.st_size < static_cast<off_t>(sizeof(Header))) return kInvalidHandle;
+  if (status.st_size < static_cast<off_t>(sizeof(Header))) return kInvalidHandle;
   void* const memory =
       mmap(nullptr, sizeof(Header), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_.get(), 0);
   if (memory == MAP_FAILED) return errorFromErrno(errno);
