@@ -2,8 +2,8 @@
  * Result codes: unsigned 32-bit numbers from the published system error codes; 0 is success.
  *
  * Every exported function returns one, every transport operation answers one. The codes below are those that
- * the library itself produces; any other code that a transport, the registry or the operating system returns
- * reaches the client unchanged.
+ * the library and its own transports produce; any other code that a transport, the registry or the operating
+ * system returns reaches the client unchanged.
  */
 #ifndef QVN_RESULT_CODES_H
 #define QVN_RESULT_CODES_H
@@ -15,12 +15,18 @@
 #define QRN_ERROR_ACCESS_DENIED 5u
 /* No such device: a handle of 0, or one that the table of its kind cannot supply. */
 #define QRN_ERROR_INVALID_HANDLE 6u
+/* What a device sent cannot be told apart. */
+#define QRN_ERROR_INVALID_DATA 13u
 /* The device answered a command with its reject flag set. */
 #define QRN_ERROR_BAD_COMMAND 22u
 /* A name is in use already, or another client holds the device. */
 #define QRN_ERROR_DUP_NAME 52u
+/* The device ended the connection. */
+#define QRN_ERROR_NETNAME_DELETED 64u
 /* A required pointer, name or size is null or zero, or a key is not one of those accepted. */
 #define QRN_ERROR_INVALID_PARAMETER 87u
+/* The disk is full. */
+#define QRN_ERROR_DISK_FULL 112u
 /* The caller's buffer is too small (the required size is reported), or the print buffers are full: retry. */
 #define QRN_ERROR_INSUFFICIENT_BUFFER 122u
 /* The device is open or in use by another client. */
@@ -31,6 +37,19 @@
 #define QRN_ERROR_WAIT_TIMEOUT 258u
 /* A registry value or a stored attribute does not exist. */
 #define QRN_ERROR_NOT_FOUND 1168u
+/* An operation was ended by who asked for it. */
+#define QRN_ERROR_CANCELLED 1223u
+/* Nothing listens at the device's address. */
+#define QRN_ERROR_CONNECTION_REFUSED 1225u
+/* The connection is not open. */
+#define QRN_ERROR_CONNECTION_INVALID 1229u
+/* No way leads to the device's network, or to the device. */
+#define QRN_ERROR_NETWORK_UNREACHABLE 1231u
+#define QRN_ERROR_HOST_UNREACHABLE 1232u
+/* This side ended the connection meanwhile. */
+#define QRN_ERROR_CONNECTION_ABORTED 1236u
+/* A transport module is built for another version of the interface. */
+#define QRN_ERROR_REVISION_MISMATCH 1306u
 /* An internal step failed. */
 #define QRN_ERROR_INTERNAL_ERROR 1359u
 /* The device did not answer in time. */

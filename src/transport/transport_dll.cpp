@@ -9,7 +9,6 @@ namespace qvn {
 namespace {
 
 // The published code for a module of another revision.
-constexpr std::uint32_t kRevisionMismatch = 1306;
 
 }  // namespace
 
@@ -20,7 +19,7 @@ void TransportDllHandler::onLoad(const TransportDll& dll) {
     if (version != QVN_TRANSPORT_ABI_VERSION) {
       throw Win32Exception("Transport interface version=" + std::to_string(version) + " of DLL=" +
                                dll.getName() + " is not " + std::to_string(QVN_TRANSPORT_ABI_VERSION),
-                           kRevisionMismatch, "TransportDllHandler", __LINE__);
+                           QRN_ERROR_REVISION_MISMATCH, "TransportDllHandler", __LINE__);
     }
   }
   const auto initialize = dll.entry<transport_entry::Initialize>(transport_entry::kInitialize);

@@ -18,8 +18,6 @@ using namespace qvn;
 
 namespace {
 
-constexpr std::uint32_t kDiskFull = 112;
-
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -46,7 +44,7 @@ class PrintConnection : public Connectable {
     const std::size_t written = file_ ? std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) : 0;
     data.consume(static_cast<std::uint32_t>(written), false);
     data.setCount(static_cast<std::uint32_t>(written));
-    data.setRc(written == bytes.size() ? QRN_ERROR_SUCCESS : kDiskFull);
+    data.setRc(written == bytes.size() ? QRN_ERROR_SUCCESS : QRN_ERROR_DISK_FULL);
   }
 
  private:

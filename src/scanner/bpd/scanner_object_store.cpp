@@ -2,14 +2,12 @@
 
 #include <utility>
 
+#include "qvn/result_codes.h"
 #include "scanner/bpd/bpd_scanner.h"
 #include "scanner/bpd/job/bpd_scan_job.h"
 
 namespace qvn {
 namespace {
-
-constexpr std::uint32_t kConnectionAborted = 1236;
-constexpr std::uint32_t kCancelled = 1223;
 
 // What clients are told before a document is sent.
 constexpr char kSending[] = "?Sending";
@@ -41,8 +39,8 @@ std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message, std::str
                                            const std::atomic<bool>* aborted) {
   if (scanner_.job().isTracked()) scanner_.raise(kSending);
   std::unique_lock<std::mutex> lock(mutex_);
-  if (!connection_) return kConnectionAborted;
-  if (aborted != nullptr && *aborted) return kCancelled;
+  if (!connection_) return QRN_ERROR_CONNECTION_ABORTED;
+  if (aborted != nullptr && *aborted) return QRN_ERROR_CANCELLED;
   const Connection connection = connection_;
   ObjectStoreBidiTask task(scanner_, connection, message.requestId, message.document, response);
   running_.push_back(&task);

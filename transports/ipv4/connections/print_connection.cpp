@@ -37,7 +37,7 @@ std::uint32_t PrintConnection::doClose() {
 
 void PrintConnection::write(Data& data) {
   std::size_t sent = 0;
-  std::uint32_t rc = kNotConnected;
+  std::uint32_t rc = QRN_ERROR_CONNECTION_INVALID;
   const auto bytes = bytesOf(data);
   if (socket_.isOpen()) rc = socket_.send(bytes.data(), bytes.size(), writeTimeout_, sent);
   const auto count = static_cast<std::uint32_t>(sent);

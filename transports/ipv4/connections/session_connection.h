@@ -7,6 +7,7 @@
 
 #include "base/ip_settings.h"
 #include "connections/ip_connection.h"
+#include "qvn/result_codes.h"
 #include "qvn/transport/device.h"
 #include "sessions/retired_sessions.h"
 
@@ -82,7 +83,7 @@ class SessionConnection : public IpConnection {
       timeouts = timeouts_;
       device = device_;
     }
-    if (session == nullptr) return kNotConnected;
+    if (session == nullptr) return QRN_ERROR_CONNECTION_INVALID;
     if (session->isAlive() && isUsable(*session)) return QRN_ERROR_SUCCESS;
     // The old one goes first: the device may take only one connection, or hold a lock for it.
     session->close();
@@ -93,7 +94,7 @@ class SessionConnection : public IpConnection {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (!isWantedLocked() || session_ != session) {
       retired_.retire(std::move(made));
-      return kConnectionAborted;
+      return QRN_ERROR_CONNECTION_ABORTED;
     }
     made->setDevice(device_);
     session_ = made;

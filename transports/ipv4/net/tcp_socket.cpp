@@ -56,15 +56,15 @@ std::uint32_t codeFromErrno(int error) {
     case ECONNABORTED:
     case EPIPE:
     case ENOTCONN:
-      return kConnectionLost;
+      return QRN_ERROR_NETNAME_DELETED;
     case ECONNREFUSED:
-      return kConnectionRefused;
+      return QRN_ERROR_CONNECTION_REFUSED;
     case ENETUNREACH:
     case ENETDOWN:
-      return kNetworkUnreachable;
+      return QRN_ERROR_NETWORK_UNREACHABLE;
     case EHOSTUNREACH:
     case EHOSTDOWN:
-      return kHostUnreachable;
+      return QRN_ERROR_HOST_UNREACHABLE;
     case ETIMEDOUT:
       return QRN_ERROR_TIMEOUT;
     default:

@@ -1,4 +1,4 @@
-// A TCP connection to a device, and the result codes of this transport.
+// A TCP connection to a device.
 #pragma once
 
 #include <cstddef>
@@ -7,15 +7,6 @@
 #include <tuple>
 
 namespace qvn::ipv4 {
-
-// From the published system error codes, beside those of qvn/result_codes.h.
-inline constexpr std::uint32_t kInvalidData = 13;          // what the device sent cannot be told apart
-inline constexpr std::uint32_t kConnectionLost = 64;       // the device closed or reset the connection
-inline constexpr std::uint32_t kConnectionRefused = 1225;  // nothing listens there
-inline constexpr std::uint32_t kNotConnected = 1229;       // the connection is not open
-inline constexpr std::uint32_t kNetworkUnreachable = 1231;
-inline constexpr std::uint32_t kHostUnreachable = 1232;
-inline constexpr std::uint32_t kConnectionAborted = 1236;  // this side closed the connection meanwhile
 
 // Where a service of a device is.
 struct Endpoint {

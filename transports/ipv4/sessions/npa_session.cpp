@@ -108,7 +108,7 @@ void NpaSession::takeInLocked(std::vector<std::uint8_t>& buffer) {
   for (int reads = 0; reads < kReadsPerTurn; ++reads) {
     const ssize_t got = recv(socket_.fd(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (got <= 0) {
-      if (got == 0) endLocked(kConnectionLost);
+      if (got == 0) endLocked(QRN_ERROR_NETNAME_DELETED);
       if (got < 0 && errno != EAGAIN && errno != EINTR) endLocked(codeFromErrno(errno));
       break;
     }

@@ -8,13 +8,14 @@
 #include <optional>
 
 #include "net/tcp_socket.h"
+#include "qvn/result_codes.h"
 
 namespace qvn::ipv4 {
 
 class PendingReply {
  public:
   // Any thread, also before the wait has begun.
-  void cancel() { end(kConnectionAborted); }
+  void cancel() { end(QRN_ERROR_CONNECTION_ABORTED); }
 
   // Ends the wait: 0 when the reply has been delivered, else why there is none. What came first counts.
   void end(std::uint32_t code) {

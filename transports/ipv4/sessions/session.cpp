@@ -27,7 +27,7 @@ DeviceReference Session::currentDevice() const {
 void Session::close() {
   const std::lock_guard<std::mutex> lock(mutex_);
   device_ = DeviceReference();
-  endLocked(kConnectionAborted);
+  endLocked(QRN_ERROR_CONNECTION_ABORTED);
 }
 
 std::uint32_t Session::startThread(std::function<void()> body) {

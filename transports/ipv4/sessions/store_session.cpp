@@ -63,7 +63,7 @@ void StoreSession::deliver(const Block& block) {
 }
 
 void StoreSession::settleLocked() {
-  if (stream_.isBroken()) endLocked(kInvalidData);
+  if (stream_.isBroken()) endLocked(QRN_ERROR_INVALID_DATA);
 }
 
 void StoreSession::deliverEnd() {

@@ -86,7 +86,7 @@ class StreamSession : public Session {
     if (got > 0) {
       stream_.add(static_cast<std::size_t>(got));
     } else if (got == 0) {
-      return kConnectionLost;
+      return QRN_ERROR_NETNAME_DELETED;
     } else if (errno != EAGAIN && errno != EINTR) {
       return codeFromErrno(errno);
     }

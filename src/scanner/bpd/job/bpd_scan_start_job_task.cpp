@@ -22,7 +22,6 @@ namespace qvn {
 namespace {
 
 constexpr platform::Milliseconds kHostModeWait = 15000;
-constexpr std::uint32_t kCancelled = 1223;
 
 // The result of a method that the device does not carry out now.
 constexpr std::int32_t kRefused = -1;
@@ -46,7 +45,7 @@ std::uint32_t BpdScanStartJobTask::doExecute() {
   using Step = std::uint32_t (BpdScanStartJobTask::*)();
   for (const Step step : {&BpdScanStartJobTask::waitForHostMode, &BpdScanStartJobTask::createJob,
                           &BpdScanStartJobTask::observeJob, &BpdScanStartJobTask::startJob}) {
-    if (rc == QRN_ERROR_SUCCESS && aborted_) rc = kCancelled;
+    if (rc == QRN_ERROR_SUCCESS && aborted_) rc = QRN_ERROR_CANCELLED;
     if (rc == QRN_ERROR_SUCCESS) rc = (this->*step)();
   }
   // An aborted start leaves that to the end of the job.
