@@ -15,6 +15,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/base/failure.h"
@@ -112,9 +113,10 @@ Failure checkOwner(const fs::path& path) {
   return {};
 }
 
-Failure checkTrusted(const fs::path& path) {
+// `path` becomes the one that was looked at, without links.
+Failure checkTrusted(fs::path& path) {
   std::error_code error;
-  const fs::path real = fs::canonical(path, error);
+  fs::path real = fs::canonical(path, error);
   if (error) {
     const bool missing = error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
     return {missing ? kModuleNotFound : errorFromErrno(error.value()),
@@ -122,6 +124,7 @@ Failure checkTrusted(const fs::path& path) {
   }
   Failure failure = checkOwner(real.parent_path());
   if (failure.code == kSuccess) failure = checkOwner(real);
+  path = std::move(real);
   return failure;
 }
 
@@ -165,7 +168,7 @@ void* open(const std::string& name, Failure& failure) {
     failure = {kModuleNotFound, "the module has no name"};
     return nullptr;
   }
-  const fs::path path = locate(name);
+  fs::path path = locate(name);
   if (!path.empty()) {
     failure = checkTrusted(path);
     if (failure.code == kSuccess) failure = checkWhole(path);
@@ -180,7 +183,8 @@ void* open(const std::string& name, Failure& failure) {
     return nullptr;
   }
   const link_map* const map = linkMap(handle);
-  failure = map != nullptr ? checkTrusted(map->l_name) : Failure{kAccessDenied, name + " has no file"};
+  fs::path loaded = map != nullptr ? map->l_name : "";
+  failure = map != nullptr ? checkTrusted(loaded) : Failure{kAccessDenied, name + " has no file"};
   if (failure.code == kSuccess) return handle;
   dlclose(handle);
   return nullptr;
