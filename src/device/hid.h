@@ -16,11 +16,11 @@ class Hid : public ConnectedDevice {
   Hid();
   ~Hid() override = 0;
 
-  virtual std::uint32_t doRegisterForReports(const ReportRegistration& registration);
-  virtual std::uint32_t doUnregisterForReports(std::uint32_t clientId);
   // The number of the last event.
   virtual std::uint32_t doGetCurrentState(std::uint32_t& state);
   virtual std::uint32_t doSetCurrentState(std::uint32_t state);
+  virtual std::uint32_t doRegisterForReports(const ReportRegistration& registration);
+  virtual std::uint32_t doUnregisterForReports(std::uint32_t clientId);
 
   // Ends what the transport's threads do with the HID. Before the services they use go.
   virtual void shutDown();

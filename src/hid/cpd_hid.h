@@ -19,15 +19,15 @@ class CpdHid : public Hid, public TracedStateMachine<CpdHid, CpdHidState> {
   CpdHid();
   ~CpdHid() override;
 
+  std::uint32_t doAccept(Notification& notification) override;
+  void doAccept(Data& report) override;
   std::uint32_t doOpen() override;
   std::uint32_t doClose() override;
-  std::uint32_t doRegisterForReports(const ReportRegistration& registration) override;
-  std::uint32_t doUnregisterForReports(std::uint32_t clientId) override;
+  std::uint32_t doOnConnectionLost() override;
   std::uint32_t doGetCurrentState(std::uint32_t& state) override;
   std::uint32_t doSetCurrentState(std::uint32_t state) override;
-  void doAccept(Data& report) override;
-  std::uint32_t doAccept(Notification& notification) override;
-  std::uint32_t doOnConnectionLost() override;
+  std::uint32_t doRegisterForReports(const ReportRegistration& registration) override;
+  std::uint32_t doUnregisterForReports(std::uint32_t clientId) override;
   void shutDown() override;
 
   // For the states, which are called with the state lock held.

@@ -60,13 +60,13 @@ class Device : public Connectable, public Subject {
 
   bool isBidiAllowed() const { return bidiAllowed_; }
 
+  // An event of a HID: the transport fills in category and id. 0 or, for a device without events, 1.
+  virtual std::uint32_t doAccept(Notification& notification);
   // One thing that the device sent, whole: an ESC command of a Cpd scanner, a data block or XML document of a
   // Bpd scanner (empty, with a code, for a read that failed), or a report of a HID. Ends when the
   // clients' callbacks have returned; the next one is delivered only then. The data's result code is 1 when
   // nobody wants it now. Here: the observers are notified.
   virtual void doAccept(Data& data);
-  // An event of a HID: the transport fills in category and id. 0 or, for a device without events, 1.
-  virtual std::uint32_t doAccept(Notification& notification);
   // The connection to the device ended without being closed. 0, or 1 when it makes no difference now.
   virtual std::uint32_t doOnConnectionLost();
 

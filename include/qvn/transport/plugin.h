@@ -11,7 +11,7 @@
 // The version of the interface that the headers in this folder describe: it changes whenever a class here
 // gets, loses or moves a virtual operation or a member. 4: Data reads through a virtual operation, its last
 // one, and may be replaced by assignment also when it is lent in place.
-#define QVN_TRANSPORT_ABI_VERSION 4u
+#define QVN_TRANSPORT_ABI_VERSION 5u
 
 #define QVN_TRANSPORT_EXPORT extern "C" __attribute__((visibility("default")))
 
