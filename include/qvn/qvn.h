@@ -65,8 +65,10 @@
  * passed to a callback is valid only until the callback returns.
  *
  * Processes. Each process initialises the library for itself; what one has open or registered is not
- * another's. A child made by fork may call only exec and _exit: it has none of the library's threads, and
- * what another thread had locked at the fork stays locked in it. A process that ends in the middle of a call
+ * another's. A child made by fork while the library is initialised, or while another thread is in a function
+ * of it, has none of the library's threads, and what they had locked stays locked: there every function
+ * but QvnGetClientId returns 1 and does nothing, QvnInitialize too; it may exec, and end in any way. A child
+ * made before or after that initialises the library for itself. A process that ends in the middle of a call
  * leaves what processes share (the registry, the log, the stored devices) usable.
  *
  * Callbacks. Inside a callback every function may be called, on any device, and returns soon: nothing waits

@@ -5,7 +5,9 @@
 
 namespace qvn {
 
-// Open while the library is initialised. No lock: entering and leaving are one atomic operation each.
+// Open while the library is initialised. No lock: entering and leaving are one atomic operation each. In a
+// child made by fork while the gate was open or a call in flight it lets nobody in: what the parent's other
+// threads had locked or begun stays so.
 class CallGate {
  public:
   // One call's pass. Without `entered` the library is not initialised and none of its services may be used.
@@ -19,6 +21,16 @@ class CallGate {
 
    private:
     bool entered_;
+  };
+
+  // A call that runs whether the gate is open or not; close() does not wait for it.
+  class [[nodiscard]] Visit {
+   public:
+    // Throws 1 when nobody is let in.
+    Visit();
+    ~Visit();
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
   };
 
   static void open();

@@ -15,7 +15,12 @@ namespace {
 // The initialisation lock guards what follows and the making of System. It is not held while System is taken
 // down: that waits for threads whose callbacks may call the two functions here.
 std::mutex initializationLock;
-std::condition_variable changed;
+// Never destroyed: that would wait for who waits here while the process ends.
+union Forever {
+  Forever() : condition() {}
+  ~Forever() {}
+  std::condition_variable condition;
+} changed;
 std::int32_t initializeCount = 0;
 bool isGoingDown = false;
 std::uint32_t holds = 0;
@@ -27,12 +32,13 @@ void logCount(const char* function) {
 
 void waitWhileGoingDown(std::unique_lock<std::mutex>& lock) {
   if (isGoingDown) refuseInCallback("the library is being taken down");
-  changed.wait(lock, [] { return !isGoingDown; });
+  changed.condition.wait(lock, [] { return !isGoingDown; });
 }
 
 }  // namespace
 
 std::uint32_t Initialization::initialize() {
+  const CallGate::Visit visit;
   std::unique_lock<std::mutex> lock(initializationLock);
   waitWhileGoingDown(lock);
   if (initializeCount == 0) {
@@ -45,6 +51,7 @@ std::uint32_t Initialization::initialize() {
 }
 
 std::uint32_t Initialization::uninitialize() {
+  const CallGate::Visit visit;
   {
     const std::lock_guard<std::mutex> lock(initializationLock);
     if (initializeCount == 1) refuseInCallback("callbacks are not over");
@@ -62,13 +69,13 @@ std::uint32_t Initialization::uninitialize() {
     ~GoingDown() {
       const std::lock_guard<std::mutex> lock(initializationLock);
       isGoingDown = false;
-      changed.notify_all();
+      changed.condition.notify_all();
     }
   } goingDown;
   CallGate::close();
   {
     std::unique_lock<std::mutex> lock(initializationLock);
-    changed.wait(lock, [] { return holds == 0; });
+    changed.condition.wait(lock, [] { return holds == 0; });
   }
   System::destroyInstance();
   return QRN_ERROR_SUCCESS;
@@ -83,7 +90,7 @@ Initialization::Hold::Hold() {
 Initialization::Hold::~Hold() {
   const std::lock_guard<std::mutex> lock(initializationLock);
   --holds;
-  changed.notify_all();
+  changed.condition.notify_all();
 }
 
 }  // namespace qvn

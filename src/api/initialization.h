@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "api/call_gate.h"
+
 namespace qvn {
 
 class Initialization {
@@ -20,6 +22,9 @@ class Initialization {
     ~Hold();
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
+
+   private:
+    CallGate::Visit visit_;
   };
 };
 

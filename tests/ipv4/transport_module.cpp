@@ -28,6 +28,11 @@ Function* find(const platform::Module& module, const char* name) {
   return reinterpret_cast<Function*>(address);
 }
 
+std::unique_ptr<platform::Module> initialized(std::unique_ptr<platform::Module> module) {
+  find<transport_entry::Initialize>(*module, transport_entry::kInitialize)();
+  return module;
+}
+
 }  // namespace
 
 void installSettings() { setSetting("9200UnicastDiscoveryTimeout", 300); }
@@ -37,16 +42,14 @@ void setSetting(const char* name, std::uint32_t value) {
 }
 
 TransportModule::TransportModule() : TransportModule(QVN_IPV4_MODULE) {}
-TransportModule::TransportModule(const char* path) : TransportModule(loadModule(path)) {}
+TransportModule::TransportModule(const char* path) : TransportModule(initialized(loadModule(path))) {}
 
 TransportModule::TransportModule(std::unique_ptr<platform::Module> module)
     : connections(
           *find<transport_entry::GetConnectionManager>(*module, transport_entry::kGetConnectionManager)()),
       visitors(*find<transport_entry::GetVisitorManager>(*module, transport_entry::kGetVisitorManager)()),
       discoverer(*find<transport_entry::GetDiscoverer>(*module, transport_entry::kGetDiscoverer)()),
-      module_(std::move(module)) {
-  find<transport_entry::Initialize>(*module_, transport_entry::kInitialize)();
-}
+      module_(std::move(module)) {}
 
 TransportModule::~TransportModule() {
   find<transport_entry::Uninitialize>(*module_, transport_entry::kUninitialize)();

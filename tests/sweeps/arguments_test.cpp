@@ -1,8 +1,9 @@
-// Every exported function with arguments that are missing, with handles that name no device, and while the
-// library is not initialised.
+// Every exported function with arguments that are missing, with handles that name no device, while the
+// library is not initialised, and in a child made by fork.
 #include <gmock/gmock.h>
 
 #include "qvn/transport/attributes.h"
+#include "support/process/forked.h"
 #include "sweeps/call_table.h"
 #include "sweeps/stage.h"
 
@@ -51,6 +52,43 @@ TEST(NotInitialised, EveryTracedFunctionGivesOneAndDoesNothing) {
     EXPECT_EQ(QvnSuspend(), 0u);
     EXPECT_EQ(QvnResume(), 0u);
     EXPECT_EQ(QvnSetClientInfo(1, "k", "v"), 0u);
+    EXPECT_EQ(QvnUninitialize(), 0u);
+  }
+}
+
+TEST_F(Arguments, AChildOfAProcessThatHasTheLibraryAtWorkGetsOneAndCanEnd) {
+  Stage stage;
+  Stage::store({kPrinter, kScanner, kHid});
+  for (const std::uint32_t handle : {kPrinter, kScanner, kHid}) {
+    EXPECT_EQ(stage.play(handle, "Open"), 0u);
+    Stage::listen(1, handle);
+  }
+  // In the middle of a call.
+  stage.onHeard = [](const std::string&, std::uint32_t) {
+    inOwnProcess([] {
+      for (const ExportedCall& call : exportedCalls()) {
+        EXPECT_EQ(call.call(call.handles.front()), call.name == "GetClientId" ? 0u : 1u) << call.name;
+      }
+    });
+  };
+  EXPECT_EQ(QvnEnumPrinters(1, FakeTransport::kName, nullptr, heard::device), 0u);
+  EXPECT_GT(stage.count("found"), 0);
+  stage.onHeard = nullptr;
+  for (const std::uint32_t handle : {kPrinter, kScanner, kHid}) {
+    Stage::listenNoMore(1, handle);
+    EXPECT_EQ(stage.play(handle, "Close"), 0u);
+  }
+}
+
+TEST(NotInitialised, AChildInitialisesTheLibraryForItself) {
+  for (int round = 0; round < 2; ++round) {
+    inOwnProcess([] {
+      EXPECT_EQ(QvnInitialize(), 0u);
+      FakeTransport::registerModule();
+      EXPECT_EQ(QvnDiscovery(1, FakeTransport::kName, ""), 0u);
+      EXPECT_EQ(QvnUninitialize(), 0u);
+    });
+    EXPECT_EQ(QvnInitialize(), 0u);
     EXPECT_EQ(QvnUninitialize(), 0u);
   }
 }

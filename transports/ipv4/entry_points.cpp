@@ -19,11 +19,15 @@ namespace {
 using namespace qvn;
 using namespace qvn::ipv4;
 
-// Made with the module and gone with it; threads exist only between TransportInitialize and
-// TransportUninitialize.
-IpConnectionManager connectionManager;
-IpVisitorManager visitorManager(connectionManager);
-IpDiscoverer discoverer;
+// Exists, like every thread of the module, between TransportInitialize and TransportUninitialize. What a
+// process that ends without the latter leaves behind nobody ends: its end would wait for threads that a child
+// made by fork has not got.
+struct Transport {
+  IpConnectionManager connectionManager;
+  IpVisitorManager visitorManager{connectionManager};
+  IpDiscoverer discoverer;
+};
+Transport* transport = nullptr;
 
 }  // namespace
 
@@ -37,19 +41,26 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   return QRN_ERROR_SUCCESS;
 }
 
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return QRN_ERROR_SUCCESS; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
+  transport = new Transport;
+  return QRN_ERROR_SUCCESS;
+}
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() {
-  connectionManager.closeAll();
-  discoverer.finish();
+  transport->connectionManager.closeAll();
+  transport->discoverer.finish();
+  delete transport;
+  transport = nullptr;
   return QRN_ERROR_SUCCESS;
 }
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return QRN_ERROR_SUCCESS; }
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return QRN_ERROR_SUCCESS; }
 
-QVN_TRANSPORT_EXPORT ConnectionManager* TransportGetConnectionManager() { return &connectionManager; }
-QVN_TRANSPORT_EXPORT VisitorManager* TransportGetVisitorManager() { return &visitorManager; }
-QVN_TRANSPORT_EXPORT Discoverer* TransportGetDiscoverer() { return &discoverer; }
+QVN_TRANSPORT_EXPORT ConnectionManager* TransportGetConnectionManager() {
+  return &transport->connectionManager;
+}
+QVN_TRANSPORT_EXPORT VisitorManager* TransportGetVisitorManager() { return &transport->visitorManager; }
+QVN_TRANSPORT_EXPORT Discoverer* TransportGetDiscoverer() { return &transport->discoverer; }
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() { return QVN_TRANSPORT_ABI_VERSION; }

@@ -10,13 +10,16 @@
 #include <utility>
 
 #include "platform/base/failure.h"
+#include "platform/base/forks.h"
 #include "platform/threads/all_signals_blocked.h"
 
 namespace qvn::platform {
 namespace {
 
-// The calling thread's id once it was asked for; a child made by fork runs on a thread with another one.
+// The calling thread's id once it was asked for, and when: a child made by fork runs on a thread with another
+// one.
 thread_local std::uint32_t knownThreadId = 0;
+thread_local std::uint32_t knownAtForks = 0;
 
 constexpr std::int32_t kLowestNice = -20;
 constexpr std::int32_t kHighestNice = 19;
@@ -161,8 +164,10 @@ std::unique_ptr<ThreadHandle> ThreadHandle::start(std::function<std::uint32_t()>
 
 std::uint32_t currentThreadId() {
   // A mutex asks for it several times, and each time would be a system call.
-  static const bool watchesForks = pthread_atfork(nullptr, nullptr, [] { knownThreadId = 0; }) == 0;
-  if (knownThreadId == 0 || !watchesForks) knownThreadId = static_cast<std::uint32_t>(gettid());
+  if (const std::uint32_t now = forks(); knownThreadId == 0 || knownAtForks != now) {
+    knownThreadId = static_cast<std::uint32_t>(gettid());
+    knownAtForks = now;
+  }
   return knownThreadId;
 }
 

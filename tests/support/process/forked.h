@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <functional>
 
 namespace qvn::test {
@@ -40,11 +41,13 @@ class Forked {
   pid_t pid_;
 };
 
-// For expectations that change for good what cannot be changed back: the process they run in ends with them.
+// For expectations that change for good what cannot be changed back, or that are about such a process: it
+// ends as programs do, within a minute.
 inline void inOwnProcess(const std::function<void()>& expectations) {
-  Forked child([&] {
+  Forked child([&]() -> int {
+    alarm(60);
     expectations();
-    return testing::Test::HasFailure() ? 1 : 0;
+    std::exit(testing::Test::HasFailure() ? 1 : 0);
   });
   EXPECT_EQ(child.wait(), 0) << "see what failed above";
 }
