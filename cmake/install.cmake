@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 
 set(qvn_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qvn)
 
-foreach(target QR__serv qvn_platform qvn_transport_kit)
+foreach(target QR__serv qvn_platform qvn_transport_kit qvn_transport_module)
   if(TARGET ${target})
     install(TARGETS ${target} EXPORT qvn
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
@@ -32,6 +32,8 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h")
 
+install(FILES ${PROJECT_SOURCE_DIR}/src/kit/transport_exports.map DESTINATION ${CMAKE_INSTALL_DATADIR}/qvn)
+
 install(EXPORT qvn NAMESPACE qvn:: FILE qvnTargets.cmake DESTINATION ${qvn_package_dir})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qvnConfig.cmake.in
   ${PROJECT_BINARY_DIR}/qvnConfig.cmake INSTALL_DESTINATION ${qvn_package_dir})
@@ -41,5 +43,7 @@ install(FILES ${PROJECT_BINARY_DIR}/qvnConfig.cmake ${PROJECT_BINARY_DIR}/qvnCon
 
 # The prefix as seen from the directory of the file, which may be moved with the rest.
 file(RELATIVE_PATH qvn_prefix_from_pkgconfig /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(${CMAKE_CURRENT_LIST_DIR}/qvn.pc.in ${PROJECT_BINARY_DIR}/qvn.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/qvn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(file qvn.pc qvn-transport.pc)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${file}.in ${PROJECT_BINARY_DIR}/${file} @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the tree into a prefix of its own and builds against it what people outside build: a C program by
-# pkg-config, the same by find_package, and a transport plug-in. Runs the programs.
+# pkg-config, the same by find_package, and a transport plug-in both ways. Runs the programs and loads the plug-ins.
 set -euo pipefail
 
 build_dir=$1
@@ -25,10 +25,25 @@ cmake --build "$work/build" >"$work/build.log" || { cat "$work/build.log"; exit 
 "$work/build/client"
 echo "client by find_package: ok"
 
-QVN_TRANSPORT_PATH=$work/build "$prefix/bin/qvn" transport add installed_transport.so
-"$prefix/bin/qvn" transport list
-"$prefix/bin/qvn" transport list --json | grep -q '"name": "HBN1"'
+# It exports its entry points and nothing that keeps it in a process for ever.
+check_transport() {
+  symbols=$(nm -D --defined-only "$1")
+  grep -q ' T TransportGetInfo$' <<<"$symbols"
+  if grep -v ' T Transport' <<<"$symbols"; then echo "exported by $1"; exit 1; fi
+  if readelf -d "$1" | grep NODELETE; then echo "$1 cannot be unloaded"; exit 1; fi
+  QVN_TRANSPORT_PATH=$(dirname "$1") "$prefix/bin/qvn" transport add "$(basename "$1")"
+  "$prefix/bin/qvn" transport list --json | grep -q '"name": "HBN1"'
+  "$prefix/bin/qvn" transport remove HBN1
+}
+check_transport "$work/build/installed_transport.so"
 echo "transport by find_package: ok"
+
+read -r -a flags <<<"$(pkg-config --cflags --libs qvn-transport)"
+mkdir "$work/by_pkg_config"
+c++ -std=c++20 -shared -o "$work/by_pkg_config/by_pkg_config.so" "$here/installed/transport.cpp" "${flags[@]}" \
+  -Wl,-z,defs
+check_transport "$work/by_pkg_config/by_pkg_config.so"
+echo "transport by pkg-config: ok"
 
 "$prefix/bin/qvn" uninstall
 "$prefix/bin/qvn" install

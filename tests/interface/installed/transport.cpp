@@ -4,6 +4,15 @@
 #include <qvn/transport/plugin.h>
 
 #include <cstring>
+#include <string>
+
+// What compilers make symbols of that a process has only once, so that the module could never be unloaded.
+template <typename T>
+T& onlyOne() {
+  static T value{};
+  return value;
+}
+inline std::uint32_t initialized = 0;
 
 namespace {
 
@@ -48,7 +57,11 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t 
   std::strncpy(buffer, info.c_str(), size - 1);
   return 0;
 }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() { return 0; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
+  ++initialized;
+  onlyOne<std::string>() = "initialized";
+  return 0;
+}
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() { return 0; }
 QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return 0; }
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return 0; }
