@@ -317,7 +317,6 @@ ErrorCode forEachValue(const Key& key,
 }
 
 ErrorCode transaction(const std::function<ErrorCode()>& changes) {
-  if (WriteTransaction::current() != nullptr) return fail(kInvalidParameter);
   return writing([&](WriteTransaction&) { return changes(); });
 }
 

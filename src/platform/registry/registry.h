@@ -81,7 +81,8 @@ QVN_PLATFORM_API ErrorCode forEachValue(
 
 // Runs `changes` as one transaction of the calling thread: all writes that it makes through the functions
 // above become visible and durable together when it answers 0, none of them otherwise. Other writers, of this
-// process and others, wait. Does not nest.
+// process and others, wait. Inside another one it is a part of that one, which alone decides on all the
+// writes.
 QVN_PLATFORM_API ErrorCode transaction(const std::function<ErrorCode()>& changes);
 
 // A sentence on the last failure of this process that has to do with the store itself (damaged, full, not

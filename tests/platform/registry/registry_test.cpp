@@ -204,7 +204,7 @@ TEST(Registry, ATransactionTakesEffectWhollyOrNotAtAll) {
     EXPECT_EQ(setString(key, "value", "inside"), kSuccess);
     made("Transaction\\made");
     EXPECT_EQ(stringOf(key, "value"), "inside");
-    EXPECT_EQ(transaction([] { return kSuccess; }), kInvalidParameter) << "nested";
+    EXPECT_EQ(transaction([&] { return setString(key, "nested", "inside"); }), kSuccess);
   };
   EXPECT_EQ(transaction([&] {
               change();
@@ -217,6 +217,8 @@ TEST(Registry, ATransactionTakesEffectWhollyOrNotAtAll) {
                })),
                std::runtime_error);
   EXPECT_EQ(stringOf(key, "value"), "before");
+  Value nested;
+  EXPECT_EQ(getValue(key, "nested", nested), kFileNotFound);
   EXPECT_THAT(subkeys(key), ElementsAre());
   EXPECT_EQ(transaction([&] {
               change();
@@ -224,6 +226,7 @@ TEST(Registry, ATransactionTakesEffectWhollyOrNotAtAll) {
             }),
             kSuccess);
   EXPECT_EQ(stringOf(key, "value"), "inside");
+  EXPECT_EQ(stringOf(key, "nested"), "inside");
   EXPECT_THAT(subkeys(key), ElementsAre("made"));
 }
 
