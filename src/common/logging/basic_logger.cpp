@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdio>
 #include <mutex>
+#include <optional>
 
 #include "common/exception.h"
 #include "common/settings/setting_table.h"
@@ -12,6 +13,7 @@
 #include "platform/base/error.h"
 #include "platform/files/file.h"
 #include "platform/files/paths.h"
+#include "platform/process/log_writer.h"
 #include "platform/threads/thread.h"
 #include "qvn/result_codes.h"
 
@@ -27,6 +29,30 @@ constexpr std::size_t kMaxDirectoryLength = 260;
 std::mutex instanceMutex;
 std::atomic<BasicLogger*> instance{nullptr};
 std::atomic<bool> stopped{false};
+
+// What a module that this library has loaded writes under a name of its own.
+const Component& componentNamed(const char* name, std::optional<Component>& unknown) {
+  if (const Component* const known = log_component::find(name)) return *known;
+  return unknown.emplace(name, 0);
+}
+
+constexpr platform::LogWriter kModulesWriter{
+    [](const char* name, std::uint32_t level) {
+      try {
+        std::optional<Component> unknown;
+        return BasicLogger::isEnabled(componentNamed(name, unknown), level);
+      } catch (...) {
+        return false;
+      }
+    },
+    [](const char* name, std::uint32_t level, const std::string& text) {
+      try {
+        std::optional<Component> unknown;
+        BasicLogger::getInstance().log(componentNamed(name, unknown), level, text);
+      } catch (...) {
+        // A line that cannot be composed or written is lost.
+      }
+    }};
 
 std::string locate(const std::string& fileName) {
   if (fileName.find('\\') != std::string::npos) return fileName;
@@ -68,11 +94,14 @@ BasicLogger& BasicLogger::getInstance() {
 
 void BasicLogger::setInstance(std::unique_ptr<BasicLogger> logger) {
   std::lock_guard<std::mutex> lock(instanceMutex);
-  if (instance.load() == nullptr) instance = logger.release();
+  if (instance.load() != nullptr) return;
+  instance = logger.release();
+  platform::setLogWriter(&kModulesWriter);
 }
 
 void BasicLogger::destroyInstance() {
   std::lock_guard<std::mutex> lock(instanceMutex);
+  platform::setLogWriter(nullptr);
   delete instance.exchange(nullptr);
 }
 

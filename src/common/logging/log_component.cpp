@@ -1,5 +1,6 @@
 #include "common/logging/log_component.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qvn {
@@ -58,6 +59,13 @@ Component& all() {
 }
 
 Component& at(std::size_t index) { return table()[index]; }
+
+const Component* find(std::string_view name) {
+  const auto& components = table();
+  const auto found = std::find_if(components.begin(), components.end(),
+                                  [&](const Component& component) { return component.getName() == name; });
+  return found == components.end() ? nullptr : &*found;
+}
 
 }  // namespace log_component
 }  // namespace qvn

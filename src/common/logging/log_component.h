@@ -5,6 +5,9 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <string_view>
+
+#include "qvn/transport/log.h"
 
 namespace qvn {
 
@@ -25,13 +28,6 @@ class Component {
   std::atomic<std::uint32_t> mask_;
 };
 
-// A level is one bit of a mask.
-namespace log_level {
-inline constexpr std::uint32_t kError = 1;
-inline constexpr std::uint32_t kTrace = 2;  // entry and exit of operations
-inline constexpr std::uint32_t kDetail = 8;
-}  // namespace log_level
-
 // The components of the vocabulary that the library shares with its companion programs, in its order. "All"
 // holds for every component; the library itself logs under those that have a name here.
 namespace log_component {
@@ -40,6 +36,8 @@ inline constexpr std::size_t kCount = 25;
 
 Component& all();
 Component& at(std::size_t index);
+// Null when the vocabulary does not have the name.
+const Component* find(std::string_view name);
 
 inline Component& bidi() { return at(0); }
 inline Component& comServer() { return at(3); }

@@ -10,29 +10,18 @@
 #include "base/transport_identity.h"
 #include "discovery/device_handles.h"
 #include "discovery/search_text.h"
-#include "platform/base/error.h"
-#include "platform/registry/registry.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/log.h"
 #include "qvn/transport/settings.h"
 
 namespace qvn::ipv4 {
 namespace {
 
-namespace registry = platform::registry;
+constexpr char kLogComponent[] = "Ip1TransportDiscovery";
 
-std::string storedDefaults() {
-  registry::Key key;
-  registry::Value value;
-  const std::string path = std::string(kLibraryRegistryRoot) + kSettingsKey;
-  if (registry::openKey(registry::Hive::LocalMachine, path, key) != platform::kSuccess ||
-      registry::getValue(key, kSearchValue, value) != platform::kSuccess ||
-      value.type != registry::ValueType::String) {
-    return {};
-  }
-  return value.data;
-}
+std::string storedDefaults() { return transportTextSetting(kSettingsKey, kSearchValue, ""); }
 
 std::chrono::milliseconds timeout() { return std::chrono::milliseconds(discoveryTimeout()); }
 
@@ -118,6 +107,9 @@ std::uint32_t IpDiscoverer::findAnsweringDevice(const Endpoint& lastPlace, const
     return rc;
   if (!answers.empty()) {
     if (answers.front().answer.serial == serial) return tell(answers.front());
+    transportLog(kLogComponent, log_level::kDetail,
+                 answers.front().answer.serial + " answers at " + addressText(lastPlace.address) +
+                     " instead of " + serial);
     result = QRN_ERROR_NOT_FOUND;
   }
   // It may have moved. What the defaults say otherwise is no matter of this device.
@@ -166,15 +158,7 @@ std::uint32_t IpDiscoverer::setDefaults(const char* defaults) {
   SearchText search;
   if (defaults == nullptr) return QRN_ERROR_INVALID_PARAMETER;
   if (const std::uint32_t rc = parseSearchText(defaults, search); rc != QRN_ERROR_SUCCESS) return rc;
-  registry::Key key;
-  const platform::ErrorCode opened =
-      registry::openKey(registry::Hive::LocalMachine, kLibraryRegistryRoot, key);
-  if (opened != platform::kSuccess) return opened;
-  const platform::ErrorCode made =
-      registry::createKey(registry::Hive::LocalMachine, std::string(kLibraryRegistryRoot) + kSettingsKey,
-                          {.everyone = true, .inheritable = true}, key);
-  if (made != platform::kSuccess) return made;
-  return registry::setValue(key, kSearchValue, registry::ValueType::String, defaults);
+  return setTransportTextSetting(kSettingsKey, kSearchValue, defaults);
 }
 
 std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {

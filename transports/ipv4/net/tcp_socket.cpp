@@ -16,11 +16,14 @@
 
 #include "platform/base/error.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/log.h"
 
 namespace qvn::ipv4 {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
+
+constexpr char kLogComponent[] = "Ip1Transport";
 
 // Waits for the events until the deadline: 0, 1460 or the code of a failed wait.
 std::uint32_t waitFor(int fd, short events, SteadyClock::time_point deadline) {
@@ -80,6 +83,16 @@ TcpSocket& TcpSocket::operator=(TcpSocket&& other) noexcept {
 }
 
 std::uint32_t TcpSocket::connect(const Endpoint& endpoint, std::uint32_t timeout) {
+  const std::uint32_t rc = tryToConnect(endpoint, timeout);
+  if (isTransportLogged(kLogComponent, log_level::kDetail)) {
+    transportLog(kLogComponent, log_level::kDetail,
+                 "connect " + addressText(endpoint.address) + ":" + std::to_string(endpoint.port) +
+                     " rc=" + std::to_string(rc));
+  }
+  return rc;
+}
+
+std::uint32_t TcpSocket::tryToConnect(const Endpoint& endpoint, std::uint32_t timeout) {
   close();
   if (endpoint.port == 0) return QRN_ERROR_INVALID_PARAMETER;
   const auto deadline = SteadyClock::now() + std::chrono::milliseconds(timeout);

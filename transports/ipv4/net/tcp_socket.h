@@ -52,6 +52,8 @@ class TcpSocket {
   void close();
 
  private:
+  std::uint32_t tryToConnect(const Endpoint& endpoint, std::uint32_t timeout);
+
   int fd_ = -1;
 };
 

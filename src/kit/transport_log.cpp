@@ -1,0 +1,25 @@
+#include <algorithm>
+
+#include "platform/process/log_writer.h"
+#include "qvn/transport/log.h"
+
+namespace qvn {
+
+bool isTransportLogged(const char* component, std::uint32_t level) noexcept {
+  const platform::LogWriter* const writer = platform::logWriter();
+  return writer != nullptr && component != nullptr && writer->isWanted(component, level);
+}
+
+void transportLog(const char* component, std::uint32_t level, const std::string& text) noexcept {
+  if (!isTransportLogged(component, level)) return;
+  try {
+    std::string line = text;
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' ');
+    platform::logWriter()->write(component, level, line);
+  } catch (...) {
+    // No memory for the line.
+  }
+}
+
+}  // namespace qvn
