@@ -2,6 +2,7 @@
 #include "api/exported_call.h"
 #include "api/initialization.h"
 #include "api/system.h"
+#include "platform/base/error.h"
 #include "qvn/qvn.h"
 
 using namespace qvn;
@@ -15,8 +16,13 @@ LogText plainEntry(const char* function) { return LogText() << function << "()";
 // These two work without the library being initialised. When it is, the pass keeps it so until they are done.
 uint32_t QvnInstall(void) {
   return guardedCall([] {
-    const Initialization::Hold hold;
-    System::qvnInstall();
+    std::uint32_t rc = QRN_ERROR_SUCCESS;
+    {
+      const Initialization::Hold hold;
+      rc = System::qvnInstall();
+    }
+    // The installation goes on without it, and so has no result to tell it by.
+    platform::setLastError(rc);
     return QRN_ERROR_SUCCESS;
   });
 }

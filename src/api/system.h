@@ -130,7 +130,8 @@ class System : public ProcessService<System> {
                                           QvnQueueFoundCallback callback);
 
   // Installation (system_installation.cpp). The first two work without a System.
-  static void qvnInstall();
+  // 0, or the code of the first registered transport that could not be installed.
+  static std::uint32_t qvnInstall();
   static void qvnUninstall();
   static std::uint32_t qvnAddMonitor();
   static std::uint32_t qvnAddTransport(const std::string& moduleFileName);

@@ -77,10 +77,12 @@ std::unique_ptr<Event> startEvent() {
 
 }  // namespace
 
-void System::qvnInstall() {
+std::uint32_t System::qvnInstall() {
   Localize::createInstance(moduleHandle());
   attempt("System::qvnInstall()", importRegistryScript);
-  attempt("System::qvnInstall()", [] { Transports::getInstance().installRegisteredTransports(); });
+  std::uint32_t rc = QRN_ERROR_SUCCESS;
+  attempt("System::qvnInstall()", [&] { rc = Transports::getInstance().installRegisteredTransports(); });
+  return rc;
 }
 
 void System::qvnUninstall() {

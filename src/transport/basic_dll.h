@@ -12,6 +12,8 @@
 
 namespace qvn {
 
+inline constexpr char kBasicDllFile[] = "../../export\\common/basicdll";
+
 // Counts the owners of every module in the process.
 class ModuleOwners {
  public:
@@ -29,6 +31,17 @@ class ModuleOwners {
   static bool remove(const void* moduleIdentity);
 };
 
+// Why a module was not loaded: the code, and what the system says of it.
+class ModuleNotLoaded : public Win32Exception {
+ public:
+  ModuleNotLoaded(const std::string& message, std::uint32_t code, std::string detail)
+      : Win32Exception(message, code, kBasicDllFile, 296), detail_(std::move(detail)) {}
+  const std::string& getDetail() const { return detail_; }
+
+ private:
+  std::string detail_;
+};
+
 // The handler's onLoad runs when the first owner loads the module, its onUnload before the last one lets go.
 template <typename Handler>
 class BasicDll {
@@ -39,7 +52,7 @@ class BasicDll {
   BasicDll& operator=(const BasicDll&) = delete;
   ~BasicDll();
 
-  // Throws Win32Exception when the module cannot be loaded or its handler refuses it.
+  // Throws ModuleNotLoaded when the module cannot be loaded, and Win32Exception when its handler refuses it.
   void init(const std::string& moduleName);
 
   // Throws Win32Exception when the module does not export it.
@@ -60,16 +73,15 @@ class BasicDll {
   Handler handler_;
 };
 
-inline constexpr char kBasicDllFile[] = "../../export\\common/basicdll";
-
 template <typename Handler>
 void BasicDll<Handler>::init(const std::string& moduleName) {
   name_ = moduleName;
   platform::ErrorCode error = platform::kSuccess;
-  module_ = platform::Module::load(moduleName, error);
+  std::string detail;
+  module_ = platform::Module::load(moduleName, error, &detail);
   if (!module_) {
-    throw Win32Exception("BasicDll<Handler>::init() Unable to load DLL=" + moduleName, error, kBasicDllFile,
-                         296);
+    throw ModuleNotLoaded("BasicDll<Handler>::init() Unable to load DLL=" + moduleName, error,
+                          std::move(detail));
   }
   try {
     if (ModuleOwners::join(module_->identity())) return;

@@ -53,6 +53,17 @@ class ModuleForNow {
   std::unique_ptr<TransportDll> dll_;
 };
 
+// The exception behind what `operation` says of it, and below it why a module was not loaded.
+void logFailure(const std::string& operation, const Win32Exception& exception,
+                std::uint32_t level = log_level::kError) {
+  log(log_component::server(), level,
+      [&] { return LogText() << operation << " exception=" << exception.describe(); });
+  const auto* const notLoaded = dynamic_cast<const ModuleNotLoaded*>(&exception);
+  if (notLoaded == nullptr) return;
+  log(log_component::server(), level,
+      [&] { return LogText() << operation << " reason=" << notLoaded->getDetail(); });
+}
+
 std::uint32_t callEntry(const TransportDll& dll, const char* entryPoint) {
   return callTransport(entryPoint, dll.entry<transport_entry::Install>(entryPoint));
 }
@@ -78,8 +89,7 @@ FromTransport<Service> Transports::fromTransport(const std::string& transport, c
   } catch (const CallbackRefusal&) {
     throw;
   } catch (const Win32Exception& exception) {
-    logError(log_component::server(),
-             [&] { return LogText() << operation << " exception=" << exception.describe(); });
+    logFailure(operation, exception);
   }
   return {nullptr, &fallback};
 }
@@ -160,9 +170,7 @@ std::shared_ptr<TransportDll> Transports::loadTransportDll(const std::string& tr
   } catch (const CallbackRefusal&) {
     throw;
   } catch (const Win32Exception& exception) {
-    logError(log_component::server(), [&] {
-      return LogText() << "Transports::loadTransportDll() exception=" << exception.describe();
-    });
+    logFailure("Transports::loadTransportDll()", exception);
     return nullptr;
   }
 }
@@ -207,8 +215,7 @@ std::uint32_t Transports::getTransportInfo(const std::string& moduleName, std::s
     if (kindRc != QRN_ERROR_SUCCESS) return kindRc;
     return AttributeCodec::getString(info, attribute::kTransport, transport);
   } catch (const Win32Exception& exception) {
-    log(log_component::server(), failureLevel,
-        [&] { return LogText() << "Transports::getTransportInfo() exception=" << exception.describe(); });
+    logFailure("Transports::getTransportInfo()", exception, failureLevel);
     return exception.getCode();
   }
 }
@@ -258,6 +265,7 @@ std::uint32_t Transports::installTransport(const std::string& moduleName) {
     if (rc != QRN_ERROR_SUCCESS) return rc;
     return discover_ ? discover_(transport, "") : QRN_ERROR_SUCCESS;
   } catch (const Win32Exception& exception) {
+    logFailure("Transports::installTransport()", exception);
     return exception.getCode();
   }
 }
@@ -275,21 +283,26 @@ std::vector<std::string> Transports::registeredModules() const {
   return modules;
 }
 
-void Transports::installRegisteredTransports() {
+std::uint32_t Transports::installRegisteredTransports() {
+  const std::string prefix = "Transports::installRegisteredTransports()";
+  std::uint32_t firstFailure = QRN_ERROR_SUCCESS;
   for (const std::string& moduleName : registeredModules()) {
-    const std::string prefix = "Transports::installRegisteredTransports()";
     logDetail(log_component::server(), [&] { return LogText() << prefix << " transport=" << moduleName; });
+    std::uint32_t rc = QRN_ERROR_SUCCESS;
     try {
       const ModuleForNow dll(moduleName);
-      const std::uint32_t rc = callEntry(*dll, transport_entry::kInstall);
-      if (rc == QRN_ERROR_SUCCESS) continue;
-      logDetail(log_component::server(),
-                [&] { return LogText() << prefix << " TransportInstall() error=" << rc; });
+      rc = callEntry(*dll, transport_entry::kInstall);
+      if (rc != QRN_ERROR_SUCCESS) {
+        logDetail(log_component::server(),
+                  [&] { return LogText() << prefix << " TransportInstall() error=" << rc; });
+      }
     } catch (const Win32Exception& exception) {
-      logError(log_component::server(),
-               [&] { return LogText() << prefix << " exception=" << exception.describe(); });
+      logFailure(prefix, exception);
+      rc = exception.getCode();
     }
+    if (firstFailure == QRN_ERROR_SUCCESS) firstFailure = rc;
   }
+  return firstFailure;
 }
 
 void Transports::uninstallRegisteredTransports() {
@@ -298,10 +311,7 @@ void Transports::uninstallRegisteredTransports() {
       const ModuleForNow dll(moduleName);
       callEntry(*dll, transport_entry::kUninstall);
     } catch (const Win32Exception& exception) {
-      logError(log_component::server(), [&] {
-        return LogText() << "Transports::uninstallRegisteredTransports()"
-                         << " exception=" << exception.describe();
-      });
+      logFailure("Transports::uninstallRegisteredTransports()", exception);
     }
   }
 }

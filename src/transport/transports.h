@@ -51,7 +51,8 @@ class Transports : public ProcessService<Transports> {
   // Takes the name of a transport or of its module.
   std::uint32_t removeTransport(const std::string& name);
   std::uint32_t installTransport(const std::string& moduleName);
-  void installRegisteredTransports();
+  // Tries each, whatever comes of the others; 0, or the code of the first that could not be installed.
+  std::uint32_t installRegisteredTransports();
   void uninstallRegisteredTransports();
   void unload(const std::string& transport);
 

@@ -197,9 +197,9 @@ TEST_F(LoggedInstallation, SaysWhatFailed) {
   store(belowRoot("Transports\\Local"), "GONE", "/no/such/module.so");
   std::ofstream(scriptFile()) << "";
   EXPECT_EQ(QvnInstall(), 0u);
-  EXPECT_THAT(
-      lines(),
-      Contains(testing::StartsWith("Server: Transports::installRegisteredTransports() exception=file:")));
+  const std::string operation = "Server: Transports::installRegisteredTransports()";
+  EXPECT_THAT(lines(), AllOf(Contains(testing::StartsWith(operation + " exception=file:")),
+                             Contains(operation + " reason=/no/such/module.so: No such file or directory")));
 }
 
 TEST_F(LoggedInstallation, TheMonitorIsNamedAfterTheDefaultModel) {

@@ -52,7 +52,7 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {addHid("Vid=x"), 2, "Vid is a number"},
       {addHid("Nickname=</Nickname>"), 2, "cannot contain"},
       {{"device", "list", "--portname", "</Portname>"}, 2, "cannot contain"},
-      {{"transport", "add", "./none.so"}, 1, "cannot add the transport module './none.so': "},
+      {{"transport", "add", "./none.so"}, 1, "cannot load the module './none.so': ./none.so: No such file"},
       {{"transport", "remove", "IPv4"}, 1, "(result 1168, QRN_ERROR_NOT_FOUND)"},
       {{"print", "x.prn"}, 1, "no printer of a registered transport is stored"},
       {{"print"}, 2, "FILE is required"},

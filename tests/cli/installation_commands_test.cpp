@@ -67,6 +67,46 @@ TEST_F(InstallationCommands, InstallSaysWhatIsWrongWithTheScript) {
   EXPECT_EQ(qvn({"registry", "export"}).exitCode, 1);
 }
 
+TEST_F(InstallationCommands, ATransportThatDoesNotWorkIsToldWithTheReason) {
+  namespace fs = std::filesystem;
+  ok({"install"});
+  const auto expectFailure = [](const std::vector<std::string>& arguments,
+                                const testing::Matcher<std::string>& words) {
+    const Result result = qvn(arguments);
+    EXPECT_EQ(result.exitCode, 1) << testing::PrintToString(arguments);
+    EXPECT_THAT(result.errors, words) << testing::PrintToString(arguments);
+  };
+  const std::string modules = QVN_BROKEN_MODULES "qvn_broken_";
+  expectFailure({"transport", "add", modules + "undefined.so"},
+                AllOf(StartsWith("qvn: cannot load the module '"), HasSubstr("undefined symbol: isNowhere"),
+                      HasSubstr("(result 193")));
+  expectFailure({"transport", "add", modules + "fails_to_initialize.so"}, HasSubstr("cannot be added"));
+  expectFailure({"transport", "add", modules + "fails_to_install.so"},
+                AllOf(HasSubstr("is registered, but not installed"), HasSubstr("(result 31)")));
+  EXPECT_THAT(ok({"transport", "list"}), HasSubstr("BROKEN"));
+  expectFailure({"install"},
+                AllOf(HasSubstr("a transport is registered, but not installed"), HasSubstr("(result 31)")));
+
+  const fs::path directory = fs::path(std::getenv("QVN_HOME")) / "modules";
+  fs::create_directory(directory);
+  const std::string copied = directory / "no_abi.so";
+  fs::copy_file(modules + "no_abi.so", copied);
+  ok({"transport", "remove", "BROKEN"});
+  qvn({"transport", "add", copied});
+  ok({"install"});
+  fs::permissions(directory, fs::perms::all);
+  const std::vector<std::string> commands[] = {{"transport", "add", copied},
+                                               {"install"},
+                                               {"discover", "--transport", "BROKEN"},
+                                               {"discover", "--transport", "LOCAL_TRANSPORT"}};
+  for (const auto& arguments : commands) {
+    expectFailure(arguments, HasSubstr("cannot load the module '" + copied + "': " + directory.string() +
+                                       " can be written by others than its owner: "));
+  }
+  EXPECT_THAT(ok({"discover", "--transport", "NETWORK_TRANSPORT"}), HasSubstr(""))
+      << "which does not ask for it";
+}
+
 TEST_F(InstallationCommands, TheMonitorIsRegisteredOnce) {
   const Result result = qvn({"monitor", "add"});
   EXPECT_EQ(result.exitCode, 1);

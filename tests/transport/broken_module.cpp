@@ -9,6 +9,10 @@
 QVN_TRANSPORT_EXPORT std::uint32_t TransportGetAbiVersion() { return QVN_TRANSPORT_ABI_VERSION + 1; }
 #endif
 
+#ifdef QVN_FAULT_UNDEFINED
+extern "C" std::uint32_t isNowhere();
+#endif
+
 QVN_TRANSPORT_EXPORT std::uint32_t TransportGetInfo(char* buffer, std::uint32_t size, std::uint32_t*) {
 #if defined(QVN_FAULT_BAD_INFO)
   std::memset(buffer, 'x', size);
@@ -32,7 +36,15 @@ QVN_TRANSPORT_EXPORT std::uint32_t TransportInitialize() {
 #endif
 
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninitialize() { return 0; }
-QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() { return 0; }
+QVN_TRANSPORT_EXPORT std::uint32_t TransportInstall() {
+#if defined(QVN_FAULT_FAILS_TO_INSTALL)
+  return 31;
+#elif defined(QVN_FAULT_UNDEFINED)
+  return isNowhere();
+#else
+  return 0;
+#endif
+}
 QVN_TRANSPORT_EXPORT std::uint32_t TransportUninstall() { return 0; }
 
 namespace {

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <stdexcept>
+
 #include "platform/base/error.h"
 #include "support/library_fixture.h"
 #include "transport/transport_names.h"
@@ -49,6 +52,26 @@ TEST_F(TransportsTest, ALocalTransportIsDiscoveredWhenItIsLoaded) {
   EXPECT_EQ(openOf("FAKE"), 0u);
   EXPECT_EQ(openOf("FAKE"), 0u);
   EXPECT_THAT(fake.calls("discover"), ElementsAre("discover"));
+}
+
+TEST_F(TransportsTest, ATransportIsLoadedWhateverItsFirstDiscoveryComesTo) {
+  settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
+  settings.deleteValue("Transports\\Network", "FAKE", 0);
+  const std::function<std::uint32_t()> failures[] = {
+      [] { return 1460u; }, []() -> std::uint32_t { throw std::runtime_error("first"); },
+      []() -> std::uint32_t { throw 5; }};
+  for (const auto& fails : failures) {
+    fake.onCall = [&](const char* call) { return call == std::string("discover") ? fails() : 0u; };
+    EXPECT_EQ(openOf("FAKE"), 0u) << "the transport's own connection, not the fallback's";
+    EXPECT_EQ(openOf("FAKE"), 0u);
+    EXPECT_THAT(fake.calls("initialize"), ElementsAre("initialize"));
+    EXPECT_THAT(fake.calls("discover"), ElementsAre("discover")) << "once";
+    fake.onCall = nullptr;
+    EXPECT_EQ(QvnDiscovery(1, "LOCAL_TRANSPORT", ""), 0u);
+    EXPECT_THAT(fake.calls("discover"), ElementsAre("discover", "discover")) << "the next one reaches it";
+    transports.unload("FAKE");
+    fake.takeCalls();
+  }
 }
 
 TEST_F(TransportsTest, WhatCannotBeLoadedSaysWhyAndIsReplacedByTheFallbacks) {
@@ -129,7 +152,7 @@ TEST_F(TransportsTest, RemoveWorksWhileOnlyOneKindIsRegistered) {
 TEST_F(TransportsTest, EveryRegisteredModuleIsInstalledWhateverTheOthersDo) {
   settings.setString("Transports\\Local", "A", "/nowhere/module.so", 0);
   settings.setString("Transports\\Local", "B", broken("no_entry"), 0);
-  transports.installRegisteredTransports();
+  EXPECT_EQ(transports.installRegisteredTransports(), 126u) << "the first that failed";
   EXPECT_THAT(fake.calls("install"), ElementsAre("install"));
   transports.uninstallRegisteredTransports();
 }

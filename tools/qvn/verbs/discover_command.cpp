@@ -3,6 +3,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "registered_transports.h"
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "verbs/commands.h"
@@ -29,6 +30,10 @@ void discover(const Options& options) {
     }
   }
   printDevices(devices, options.json);
+  // To the library a transport that cannot be loaded is one without devices.
+  for (const RegisteredTransport& transport : registeredTransports(options.transport)) {
+    requireLoadable(transport.module);
+  }
 }
 
 }  // namespace

@@ -5,8 +5,10 @@
 #include <system_error>
 
 #include "library_settings.h"
+#include "platform/base/error.h"
 #include "platform/files/paths.h"
 #include "qvn/qvn.h"
+#include "registered_transports.h"
 #include "shared/client/failure.h"
 #include "shared/client/session.h"
 #include "shared/registry-script/registry_script.h"
@@ -37,13 +39,19 @@ void checkScript() {
 
 void install() {
   checkScript();
+  platform::ErrorCode notInstalled = platform::kSuccess;
   {
     const Session session;  // for the log
     QvnInstall();
+    notInstalled = platform::lastError();
   }
   platform::registry::Key root;
   require(platform::registry::openKey(platform::registry::Hive::LocalMachine, libraryKey(""), root),
           "the registry script was not imported");
+  for (const RegisteredTransport& transport : registeredTransports()) {
+    requireLoadable(transport.module);
+  }
+  require(notInstalled, "a transport is registered, but not installed");
 }
 
 }  // namespace
@@ -54,7 +62,7 @@ void addInstallCommand(Verb& root) {
       "Imports the registry script qr__.loc and installs the transports that are registered then. The "
       "script\n"
       "is the one in the system directory below QVN_HOME, or the one that came with the library. Settings\n"
-      "that are there already stay. A transport that could not be installed is in the log.\n\n"
+      "that are there already stay, and so do transports that could not be installed.\n\n"
       "Examples:\n"
       "  qvn install");
   verb.callback([] { install(); });

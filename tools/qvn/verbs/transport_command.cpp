@@ -5,6 +5,7 @@
 
 #include "library_settings.h"
 #include "qvn/qvn.h"
+#include "registered_transports.h"
 #include "shared/client/failure.h"
 #include "shared/client/output.h"
 #include "shared/client/session.h"
@@ -15,26 +16,6 @@ namespace qvn::cli {
 
 namespace {
 
-constexpr std::pair<const char*, const char*> kKinds[] = {{"Transports\\Local", "LOCAL_TRANSPORT"},
-                                                          {"Transports\\Network", "NETWORK_TRANSPORT"}};
-
-struct RegisteredTransport {
-  std::string name;
-  std::string kind;
-  std::string module;
-};
-
-// No exported function lists them.
-std::vector<RegisteredTransport> registeredTransports() {
-  std::vector<RegisteredTransport> transports;
-  for (const auto& [key, kind] : kKinds) {
-    for (const auto& [name, value] : listLibraryValues(key)) {
-      transports.push_back({name, kind, value.data});
-    }
-  }
-  return transports;
-}
-
 bool isRegistered(const std::string& nameOrModule) {
   const auto transports = registeredTransports();
   return std::any_of(transports.begin(), transports.end(), [&](const RegisteredTransport& transport) {
@@ -44,7 +25,16 @@ bool isRegistered(const std::string& nameOrModule) {
 
 void add(const std::string& module) {
   const Session session;
-  require(QvnAddTransport(module.c_str()), "cannot add the transport module '" + module + "'");
+  const std::uint32_t result = QvnAddTransport(module.c_str());
+  if (result == QRN_ERROR_SUCCESS) {
+    return;
+  }
+  requireLoadable(module);
+  // Registering it comes first, and the library leaves it so.
+  throw Failure("the transport module '" + module + "' " +
+                    (isRegistered(module) ? "is registered, but not installed or not searched for devices"
+                                          : "cannot be added"),
+                result);
 }
 
 void remove(const std::string& name) {
@@ -53,7 +43,7 @@ void remove(const std::string& name) {
     throw Failure("no transport '" + name + "' is registered", QRN_ERROR_NOT_FOUND);
   }
   // The library looks for a module of that name only when the keys of both kinds are there.
-  for (const auto& [key, kind] : kKinds) {
+  for (const char* const key : {"Transports\\Local", "Transports\\Network"}) {
     makeLibraryKey(key);
   }
   // It goes on to look for a module of the same name, and answers how that went; what counts is
