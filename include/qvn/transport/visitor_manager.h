@@ -10,10 +10,24 @@ namespace qvn {
 // The names of the visitors, those that the library asks for first. The visitor that applies a changed
 // attribute of a device is named by the attribute's descriptor (attribute_codec.h).
 namespace visitor_name {
+// A Cpd printer has accepted a job, whose data comes next: run on the open "print" connection. No data. The
+// result is ignored.
 inline constexpr char kStartJobPrinter[] = "startJobPrinter";
+// A Cpd printer's job was cancelled, or refused by the printer: what the transport has taken of its data and
+// not sent yet is dropped. On the "print" connection. No data. The result is only logged.
 inline constexpr char kFlushPrintBuffer[] = "flushPrintBufferVisitor";
+// Fetches the status cache of a Cpd printer by a channel of its own: delivers it to the device's observers, as
+// the reply to the packet "get cache" with its header, before it returns. On the "cache" connection, which is
+// not opened for it. No data. Result 0, with nothing delivered counting as 1460; 1 when there is no such
+// channel, and the library asks by a packet then; else why not.
 inline constexpr char kCache[] = "cacheVisitor";
+// The longest packet that a Bpd printer takes, when it has told so on opening: the data is an attribute text
+// with MaxWritePacketSize, in bytes. On the "bidi" connection. The result is only logged.
 inline constexpr char kSetMaxPacketSize[] = "setMaxPacketSizeVisitor";
+// Sends the NPA packet that is the data and returns when its reply has been delivered to the device's
+// observers. Result 0 when the exchange was carried out; the data's code is 0 then, or why there was no reply
+// (1460). Another result counts as the failure of the exchange: 1 on a channel that takes no packets. On the
+// "bidi" connection, for the packets of a Cpd printer's job on "print".
 inline constexpr char kNpaData[] = "npaDataVisitor";
 
 // The Bpd printers' operations. Where the data is "a number" it is 4 bytes in the machine's byte order.
@@ -26,7 +40,7 @@ inline constexpr char kSetNonNpaPrinter[] = "setNonNpaPrinterVisitor";
 // Sends the packet that is the data, to which there is no reply; result 0 when it was sent.
 inline constexpr char kStartNpaMode[] = "startNpaModeVisitor";
 // What the spooler said of the job, as an attribute text: HostName, JobName, UserName, QueueName,
-// QueueNumber, SpoolerJobId, NpaSupported, TrueEndOfJob. Result 0 or 1 to go on.
+// QueueNumber, SpoolerJobId, NpaSupported, TrueEndOfJob. The result is only logged.
 inline constexpr char kJobHeader[] = "jobHeaderVisitor";
 // Sends the packet that is the data, which names the job.
 inline constexpr char kNamePrintJob[] = "namePrintJobVisitor";
