@@ -11,12 +11,13 @@ bool isTransportLogged(const char* component, std::uint32_t level) noexcept {
 }
 
 void transportLog(const char* component, std::uint32_t level, const std::string& text) noexcept {
-  if (!isTransportLogged(component, level)) return;
+  const platform::LogWriter* const writer = platform::logWriter();
+  if (writer == nullptr || component == nullptr || !writer->isWanted(component, level)) return;
   try {
     std::string line = text;
     std::replace_if(
         line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' ');
-    platform::logWriter()->write(component, level, line);
+    writer->write(component, level, line);
   } catch (...) {
     // No memory for the line.
   }

@@ -32,18 +32,30 @@ check_transport() {
   if grep -v ' T Transport' <<<"$symbols"; then echo "exported by $1"; exit 1; fi
   if readelf -d "$1" | grep NODELETE; then echo "$1 cannot be unloaded"; exit 1; fi
   QVN_TRANSPORT_PATH=$(dirname "$1") "$prefix/bin/qvn" transport add "$(basename "$1")"
-  "$prefix/bin/qvn" transport list --json | grep -q '"name": "HBN1"'
-  "$prefix/bin/qvn" transport remove HBN1
+  "$prefix/bin/qvn" transport list --json | grep -q "\"name\": \"$2\""
+  "$prefix/bin/qvn" transport remove "$2"
 }
-check_transport "$work/build/installed_transport.so"
+check_transport "$work/build/installed_transport.so" HBN1
 echo "transport by find_package: ok"
 
 read -r -a flags <<<"$(pkg-config --cflags --libs qvn-transport)"
 mkdir "$work/by_pkg_config"
 c++ -std=c++20 -shared -o "$work/by_pkg_config/by_pkg_config.so" "$here/installed/transport.cpp" "${flags[@]}" \
   -Wl,-z,defs
-check_transport "$work/by_pkg_config/by_pkg_config.so"
+check_transport "$work/by_pkg_config/by_pkg_config.so" HBN1
 echo "transport by pkg-config: ok"
+
+page=$here/../../docs/transport-plugins.md
+block() { sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | grep -v '^```'; }
+mkdir "$work/page"
+cp "$here/../../transports/example/loopback.cpp" "$work/page"
+(cd "$work/page" && eval "$(block sh)")
+check_transport "$work/page/qvn_loopback.so" Loopback
+{ printf 'cmake_minimum_required(VERSION 3.25)\nproject(page LANGUAGES CXX)\n'; block cmake; } >"$work/page/CMakeLists.txt"
+cmake -S "$work/page" -B "$work/page/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
+cmake --build "$work/page/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
+check_transport "$work/page/build/qvn_loopback.so" Loopback
+echo "transport as its page says: ok"
 
 "$prefix/bin/qvn" uninstall
 "$prefix/bin/qvn" install

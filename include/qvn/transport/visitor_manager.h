@@ -16,9 +16,9 @@ inline constexpr char kStartJobPrinter[] = "startJobPrinter";
 // A Cpd printer's job was cancelled, or refused by the printer: what the transport has taken of its data and
 // not sent yet is dropped. On the "print" connection. No data. The result is only logged.
 inline constexpr char kFlushPrintBuffer[] = "flushPrintBufferVisitor";
-// Fetches the status cache of a Cpd printer by a channel of its own: delivers it to the device's observers, as
-// the reply to the packet "get cache" with its header, before it returns. On the "cache" connection, which is
-// not opened for it. No data. Result 0, with nothing delivered counting as 1460; 1 when there is no such
+// Fetches the status cache of a Cpd printer by a channel of its own: delivers it to the device's observers,
+// as the reply to the packet "get cache" with its header, before it returns. On the "cache" connection, which
+// is not opened for it. No data. Result 0, with nothing delivered counting as 1460; 1 when there is no such
 // channel, and the library asks by a packet then; else why not.
 inline constexpr char kCache[] = "cacheVisitor";
 // The longest packet that a Bpd printer takes, when it has told so on opening: the data is an attribute text

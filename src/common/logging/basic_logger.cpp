@@ -101,8 +101,10 @@ void BasicLogger::setInstance(std::unique_ptr<BasicLogger> logger) {
 
 void BasicLogger::destroyInstance() {
   std::lock_guard<std::mutex> lock(instanceMutex);
+  BasicLogger* const logger = instance.exchange(nullptr);
+  if (logger == nullptr) return;
   platform::setLogWriter(nullptr);
-  delete instance.exchange(nullptr);
+  delete logger;
 }
 
 void BasicLogger::stop() { stopped = true; }
