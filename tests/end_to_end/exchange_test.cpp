@@ -30,7 +30,11 @@ TEST_F(Exchange, FindsTheDeviceOnceHoweverOftenItLooks) {
 
 TEST_F(Exchange, PassesPacketsAndRefusesThoseOfTheLibrary) {
   start();
+  ok({"log", "on"});
   EXPECT_THAT(ok({"npa", "A5", "00", "03", "50", "01", "00"}), testing::StartsWith("A5 00 "));
+  EXPECT_THAT(ok({"log", "show"}), testing::ContainsRegex("Ip1Transport +connect 127.0.0.1:[0-9]+ rc=0"))
+      << "what the transport's module writes itself";
+  ok({"log", "off"});
   const Result refused = qvn({"npa", "A50006500500000000"});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_THAT(refused.errors, HasSubstr("result 5, QRN_ERROR_ACCESS_DENIED"));

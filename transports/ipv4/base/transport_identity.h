@@ -6,6 +6,9 @@ namespace qvn::ipv4 {
 inline constexpr char kTransportName[] = "IPv4";
 inline constexpr char kTransportKind[] = "NETWORK_TRANSPORT";
 
+// Of what discovery logs.
+inline constexpr char kDiscoveryLogComponent[] = "Ip1TransportDiscovery";
+
 inline constexpr char kBpdPrinterFamily[] = "BpdPrinter";
 
 // Beside the printers, which tell their family themselves. A HID is the same behind both.

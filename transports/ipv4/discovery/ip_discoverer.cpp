@@ -19,8 +19,6 @@
 namespace qvn::ipv4 {
 namespace {
 
-constexpr char kLogComponent[] = "Ip1TransportDiscovery";
-
 std::string storedDefaults() { return transportTextSetting(kSettingsKey, kSearchValue, ""); }
 
 std::chrono::milliseconds timeout() { return std::chrono::milliseconds(discoveryTimeout()); }
@@ -107,7 +105,7 @@ std::uint32_t IpDiscoverer::findAnsweringDevice(const Endpoint& lastPlace, const
     return rc;
   if (!answers.empty()) {
     if (answers.front().answer.serial == serial) return tell(answers.front());
-    transportLog(kLogComponent, log_level::kDetail,
+    transportLog(kDiscoveryLogComponent, log_level::kDetail,
                  answers.front().answer.serial + " answers at " + addressText(lastPlace.address) +
                      " instead of " + serial);
     result = QRN_ERROR_NOT_FOUND;
