@@ -246,6 +246,7 @@ void FakeTransport::reset() {
   onVisitor = nullptr;
   onDiscover = nullptr;
   onCall = nullptr;
+  onRecord = nullptr;
   awaitsReplies = false;
   const std::lock_guard guard(mutex_);
   calls_.clear();
@@ -280,6 +281,7 @@ std::string FakeTransport::printerText(std::uint32_t handle, const std::string& 
 }
 
 void FakeTransport::record(const std::string& call) {
+  if (onRecord) onRecord(call);
   std::lock_guard<std::mutex> lock(mutex_);
   calls_.push_back(call);
 }

@@ -47,6 +47,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   // call throws, and a code other than 0 is how it fails, where it has a way to. A call that gives something
   // back has done so all the same.
   std::function<std::uint32_t(const char* call)> onCall;
+  // Gets all that is recorded, on the thread that asks.
+  std::function<void(const std::string& call)> onRecord;
 
   // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "esc bidi 1B53560000000000",
   // "visit startJobPrinter print", "write 5", "close print", "release print", "discover".

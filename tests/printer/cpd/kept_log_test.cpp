@@ -1,0 +1,267 @@
+// What a Cpd printer does and writes.
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+#include "npa/job_commands.h"
+#include "printer/printer_fixture.h"
+#include "qvn/transport/settings.h"
+#include "support/kept_log/kept_log.h"
+#include "support/registry_values.h"
+
+namespace qvn::test {
+namespace {
+
+class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
+ protected:
+  KeptCpdPrinterTest() { log = this; }
+
+  // A new printer, whose client hears what becomes of its jobs.
+  void begin(const std::string& name) {
+    printer.reset();
+    scene(name);
+    set("CpdPrinterMwo", 0);
+    makePrinter();
+    printer->doRegisterForNotifications({2, 1, Data(), onNotification});
+    writeRc = 0;
+    fake.onWrite = [this](Data& data) { write(data); };
+  }
+  static void onNotification(std::uint32_t, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
+                             std::uint32_t, std::uint32_t client) {
+    log->heard("notification " + std::to_string(category) + "/" + std::to_string(id) + " as " +
+               std::to_string(client));
+  }
+
+  // The device takes what it may, and acknowledges a cancelled job.
+  void write(Data& data) {
+    data.setRc(writeRc);
+    data.setCount(writeRc == 0 ? data.getLength() : 0);
+    if (data.getLength() == 4096 && writeRc == 0) {
+      fake.deliver(bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}));
+    }
+  }
+
+  // From now on a write waits until the client has stopped the writer.
+  void holdWrites() {
+    writing = false;
+    fake.onWrite = [this, stops = times("Mwo::stop()")](Data& data) {
+      writing = true;
+      while (times("Mwo::stop()") == stops) std::this_thread::yield();
+      write(data);
+    };
+  }
+
+  void open() { gave("open", printer->doOpen()); }
+  void start() { gave("start", printer->doStartJob({9, "queue", "host", "job", "user"})); }
+  void write(const std::string& text) { gave("print", print(text)); }
+  void cancel() { gave("cancel", printer->doCancelPrint()); }
+  void end() { gave("end", printer->doEndJob()); }
+  void close() { gave("close", printer->doClose()); }
+  void exchange(Data request) {
+    Data response(64, 0);
+    gave("exchange", printer->doExchangeNpa(request, response));
+  }
+  void getCache() {
+    Data cache(64, 0);
+    gave("cache", printer->doGetCache(cache));
+  }
+  void askState() {
+    std::uint32_t state = 0;
+    const std::uint32_t rc = printer->doGetCurrentState(state);
+    gave("state " + std::to_string(state), rc);
+  }
+  // All that a job is asked for, but its end.
+  void operate() {
+    write("x");
+    cancel();
+    exchange(GetCacheCommand().packet());
+  }
+
+  std::uint32_t writeRc = 0;
+  std::atomic<bool> writing{false};
+  static inline KeptLog* log = nullptr;
+};
+
+TEST_F(KeptCpdPrinterTest, States) {
+  begin("opened twice and closed");
+  open();
+  open();
+  exchange(bytes({0xA5, 0, 3, 0x50, 1, 0}));
+  close();
+  close();
+  close();
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  open();
+  fake.onOpen = nullptr;
+
+  begin("what a closed printer is asked for");
+  start();
+  operate();
+  end();
+  printer->doUnregisterForNotifications(9);
+  CpdPrinter nameless;
+  nameless.doRegisterForNotifications({1, 1, Data(), recordStatus});
+  nameless.doUnregisterForNotifications(1);
+
+  begin("a job");
+  open();
+  start();
+  start();
+  open();
+  exchange(GetCacheCommand().packet());
+  write("data");
+  askState();
+  write("more" + marker());
+  close();
+  end();
+  askState();
+  close();
+
+  begin("jobs that cannot start");
+  open();
+  operate();
+  end();
+  fake.onOpen = [](const std::string&) { return 1460u; };
+  start();
+  fake.onOpen = nullptr;
+  startReply.reset();
+  start();
+  startReply = bytes({0xA5, 0, 6, 0x80, 5, 0, 0, 0, 0});
+  start();
+  operate();
+  end();
+  startReply = bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5});
+  fake.onVisitor = [](const std::string& visitor, Data*) { return visitor == "npaDataVisitor" ? 1u : 0u; };
+  start();
+  fake.onVisitor = nullptr;
+  end();
+  close();
+
+  begin("a cancelled job");
+  open();
+  start();
+  write("some");
+  cancel();
+  operate();
+  end();
+
+  begin("writes that fail");
+  open();
+  start();
+  writeRc = 64;
+  write("abc");
+  askState();
+  write("abc");
+  exchange(GetCacheCommand().packet());
+  start();
+  writeRc = 122;
+  write("abc");
+  writeRc = 0;
+  write("abc");
+  writeRc = 64;
+  write("abc");
+  cancel();
+  end();
+
+  expectKept("printer/cpd", "states");
+}
+
+TEST_F(KeptCpdPrinterTest, Tasks) {
+  begin("locked for the job, and told the date");
+  set("AIOLockEnabled", 1);
+  set("CpdPrinterDate", 1);
+  store(std::string(kLibraryRegistryRoot) + "Settings", "CpdPrinterHostId",
+        platform::registry::ValueType::Binary, "host 1");
+  clock.setNow(std::chrono::system_clock::from_time_t(1009843200 + 10 * 86400));
+  open();
+  start();
+  end();
+  lockReply = bytes({0xA5, 0, 6, 0, 0xE0, 0x82, 2, 1, 1});
+  start();
+  lockReply.reset();
+  start();
+  set("AIOLockEnabled", 0);
+  fake.onExchange = [this](const Data& request) {
+    return request.getBuffer()[5] == 0x84 ? std::nullopt : reply(request);
+  };
+  start();
+
+  begin("an end that is not answered");
+  set("CpdPrinterDate", 0);
+  open();
+  start();
+  write(marker());
+  endReply.reset();
+  end();
+  endReply = jobReply(1, 9);
+
+  begin("a completion that is not told");
+  set("TeojDuration", 3000);
+  open();
+  start();
+  write(marker());
+  completedReply = jobReply(2, 25);
+  end();
+  start();
+  write(marker());
+  completedReply.reset();
+  end();
+
+  begin("the cache");
+  completedReply = jobReply(2, 26);
+  fake.onVisitor = [&](const std::string& visitor, Data*) { return visitor == "cacheVisitor" ? 1u : 0u; };
+  getCache();
+  open();
+  start();
+  exchange(GetCacheCommand().packet());
+  getCache();
+  end();
+  fake.onVisitor = [&](const std::string& visitor, Data*) {
+    if (visitor == "cacheVisitor") fake.deliver(*cacheReply);
+    return 0u;
+  };
+  getCache();
+  Data tooSmall(3, 0);
+  gave("cache", printer->doGetCache(tooSmall));
+
+  expectKept("printer/cpd", "tasks");
+}
+
+TEST_F(KeptCpdPrinterTest, BufferedWriter) {
+  const auto beginBuffered = [this](const std::string& name) {
+    begin(name);
+    set("CpdPrinterMwo", 1);
+    open();
+    start();
+    write("first");
+    holdWrites();
+  };
+  beginBuffered("written at once, later, and after a failure");
+  write("second");
+  fake.onWrite = [this, held = fake.onWrite, failed = false](Data& data) mutable {
+    writeRc = std::exchange(failed, true) ? 0 : 64;
+    held(data);
+  };
+  end();
+  start();
+  write("third" + marker());
+  end();
+  close();
+
+  beginBuffered("too much for the printer");
+  for (int i = 0; i < 12; ++i) write("x");
+  end();
+
+  beginBuffered("cancelled");
+  write("y");
+  write("y");
+  while (!writing) std::this_thread::yield();
+  printer->requestCancel();
+  end();
+
+  expectKept("printer/cpd", "writer");
+}
+
+}  // namespace
+}  // namespace qvn::test
