@@ -4,6 +4,7 @@
 #include "common/logging/log_text.h"
 #include "printer/clients/printer_alert_type.h"
 #include "printer_fixture.h"
+#include "support/kept_log/kept_log.h"
 
 namespace qvn::test {
 namespace {
@@ -131,6 +132,64 @@ TEST_F(PrinterAlertTest, AStatusAlertUpdatesTheCache) {
   EXPECT_EQ(cache.getBuffer()[22], 0);
   EXPECT_EQ(cache.getBuffer()[23], 0x2A);
   EXPECT_EQ(heard.size(), 2u);
+}
+
+class KeptAlertTest : public KeptLog, public PrinterAlertTest {
+ protected:
+  KeptAlertTest() { log = this; }
+
+  static void hear(std::uint32_t handle, const std::uint8_t* alert, std::uint32_t length, std::uint32_t client) {
+    log->heard((LogText() << "alert of " << handle << " as " << client << ": ").hex(alert, length).str());
+  }
+  void add(std::uint32_t client, std::uint32_t mask) {
+    gave("register " + std::to_string(client), printer->doRegisterForAlerts({client, mask, hear}));
+  }
+  void remove(std::uint32_t client) {
+    gave("unregister " + std::to_string(client), printer->doUnregisterForAlerts(client));
+  }
+  static inline KeptLog* log = nullptr;
+};
+
+TEST_F(KeptAlertTest, RegistrationsAndAlerts) {
+  scene("registrations");
+  add(1, 0);
+  add(1, 0x3FFFFFF);
+  add(2, 0x80000);
+  remove(3);
+  fake.onExchange = nullptr;
+  remove(1);
+  fake.onExchange = [this](const Data& request) { return reply(request); };
+  remove(2);
+  fake.onExchange = nullptr;
+  add(1, 0x80000);
+  fake.onExchange = [this](const Data& request) { return reply(request); };
+  CpdPrinter nameless;
+  gave("register", nameless.doRegisterForAlerts({1, 1, hear}));
+
+  scene("alerts");
+  add(1, 0x80000);
+  add(2, 0x100000);
+  const Data status =
+      bytes({0xA5, 0, 21, 0, 0xF0, 0x73, 1, 1, 0x10, 1, 0x10, 0, 0, 0, 0, 0, 17, 1, 5, 0, 18, 2, 0, 0x2A});
+  fake.deliver(status);
+  printer->setCache(*cacheReply);
+  fake.deliver(status);
+  for (const Data& alert :
+       {panel, inkjet, alertOf({0x80, 0, 0}), alertOf({0x03, 0x80, 0}), alertOf({0x03, 0x03, 0}),
+        alertOf({0x73, 0, 0, 0, 1}), alertOf({0x73, 0, 0, 0, 0, 4}), alertOf({0x55, 0, 0}),
+        bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}), bytes({0xA5, 0, 5, 0, 0xFF, 1, 0, 0}),
+        bytes({0xA5, 0, 5, 0, 5, 1, 0, 0}), bytes({0xA4, 0, 0, 0, 0xF0, 0x01, 0, 0}), bytes({0xA5, 0})}) {
+    fake.deliver(alert);
+  }
+  for (const Data& alert : {bytes({0xA5, 0, 0, 0, 0xF0}), bytes({0xA5, 0, 0, 0, 0xE0, 1, 0, 0}),
+                            bytes({0xA4, 0, 0, 0, 0xF0, 1, 0, 0}), alertOf({0x73})}) {
+    getAlertType(alert);
+  }
+  scene("after the printer was switched on again");
+  add(3, 0x80000);
+  add(3, 0x200000);
+
+  expectKept("printer", "alerts");
 }
 
 }  // namespace

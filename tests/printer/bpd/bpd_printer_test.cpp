@@ -8,6 +8,7 @@
 #include "printer/bpd/bpd_printer.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
+#include "support/kept_log/kept_log.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {
@@ -286,6 +287,127 @@ TEST_F(BpdPrinterTest, HasNoCacheAndTakesNoAlertsWithoutPackets) {
   printer->doOpen();
   EXPECT_EQ(printer->doRegisterForAlerts({1, 0x100000, recordAlert}), 1u);
   EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
+}
+
+class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
+ protected:
+  void begin(const std::string& name, std::uint32_t speaksNpa) {
+    printer.reset();
+    scene(name);
+    printer = std::make_unique<BpdPrinter>([this](const std::string& text) {
+      heard("verification");
+      if (onVerify) onVerify(text);
+    });
+    printer->setAttributes(printerText());
+    npaMode = speaksNpa;
+    fake.onWrite = nullptr;
+  }
+
+  void open() { gave("open", printer->doOpen()); }
+  void start() { gave("start", printer->doStartJob({9, "queue", "host", "job", "user"})); }
+  void write(const std::string& text) { gave("print", print(text)); }
+  void cancel() { gave("cancel", printer->doCancelPrint()); }
+  void end() { gave("end", printer->doEndJob()); }
+  void close() { gave("close", printer->doClose()); }
+  void exchange() {
+    Data request = bytes({0xA5, 0, 3, 0x50, 1, 0});
+    Data response(64, 0);
+    gave("exchange", printer->doExchangeNpa(request, response));
+  }
+  void registerForAlerts() { gave("register", printer->doRegisterForAlerts({1, 0x100000, recordAlert})); }
+  void operate() {
+    start();
+    write("x");
+    cancel();
+    end();
+    exchange();
+  }
+};
+
+TEST_F(KeptBpdPrinterTest, States) {
+  begin("a printer without packets", 0);
+  operate();
+  close();
+  open();
+  open();
+  registerForAlerts();
+  Data cache;
+  gave("cache", printer->doGetCache(cache));
+  start();
+  start();
+  write("data");
+  end();
+  write("x");
+  cancel();
+  end();
+  close();
+  close();
+
+  begin("a printer with packets", 1);
+  open();
+  exchange();
+  registerForAlerts();
+  start();
+  exchange();
+  write("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"\n");
+  write("more");
+  cancel();
+  std::uint32_t state = 0;
+  gave("state", printer->doGetCurrentState(state));
+  end();
+  fake.deliver(bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}));
+  gave("unregister", printer->doUnregisterForAlerts(1));
+  start();
+  write("x");
+  end();
+  close();
+
+  begin("what cannot be opened or started", 1);
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  open();
+  fake.onOpen = nullptr;
+  answers[visitor_name::kGetNpaMode] = 31;
+  open();
+  answers.clear();
+  open();
+  fake.onOpen = [](const std::string&) { return 1460u; };
+  start();
+  fake.onOpen = nullptr;
+  fake.onExchange = nullptr;
+  answers[visitor_name::kSetNpaWrapMode] = 1;
+  start();
+  begin("unverified", 0);
+  std::string unverified = printerText();
+  AttributeCodec::setLong(unverified, attribute::kUnverified, 1);
+  printer->setAttributes(unverified);
+  open();
+  PrinterStore::getInstance().persist(unverified);
+  open();
+  BpdPrinter nameless([](const std::string&) {});
+  nameless.doRegisterForNotifications({1, 1, Data(), [](auto...) {}});
+  nameless.doUnregisterForNotifications(1);
+
+  begin("writes that fail", 0);
+  open();
+  start();
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  write("x");
+  write("x");
+  exchange();
+  fake.onWrite = nullptr;
+  write("x");
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  write("x");
+  end();
+  start();
+  write("x");
+  cancel();
+  operate();
+  open();
+  close();
+  close();
+
+  expectKept("printer/bpd", "states");
 }
 
 }  // namespace
