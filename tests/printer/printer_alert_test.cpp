@@ -138,7 +138,8 @@ class KeptAlertTest : public KeptLog, public PrinterAlertTest {
  protected:
   KeptAlertTest() { log = this; }
 
-  static void hear(std::uint32_t handle, const std::uint8_t* alert, std::uint32_t length, std::uint32_t client) {
+  static void hear(std::uint32_t handle, const std::uint8_t* alert, std::uint32_t length,
+                   std::uint32_t client) {
     log->heard((LogText() << "alert of " << handle << " as " << client << ": ").hex(alert, length).str());
   }
   void add(std::uint32_t client, std::uint32_t mask) {
