@@ -5,9 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "common/exception.h"
+#include "common/logging/log_text.h"
 #include "hid/cpd_hid.h"
 #include "hid/hid_notification_manager.h"
 #include "hid/hid_report_manager.h"
+#include "support/kept_log/kept_log.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {
@@ -129,6 +132,68 @@ TEST_F(CpdHidTest, AnEventIsHeardWhenItIsAnother) {
   HidNotificationManager::getInstance().unregisterClient(1, 807);
   send(9);
   EXPECT_THAT(heard, IsEmpty());
+}
+
+class KeptCpdHidTest : public KeptLog, public CpdHidTest {
+ protected:
+  KeptCpdHidTest() { log = this; }
+
+  static void hearReport(std::uint32_t clientId, std::uint32_t handle, const std::uint8_t* bytes,
+                         std::uint32_t length) {
+    log->heard((LogText() << "report of " << handle << " as " << clientId << ": ").hex(bytes, length).str());
+    if (clientId == 2) throw Win32Exception("report", 31, "", 0);
+  }
+  static void hearEvent(std::uint32_t handle, std::uint32_t, std::uint32_t id, const std::uint8_t*,
+                        std::uint32_t, std::uint32_t clientId) {
+    log->heard((LogText() << "event of " << handle << " as " << clientId << ": " << id).str());
+    if (clientId == 2) throw Win32Exception("event", 31, "", 0);
+  }
+  void open() { gave("open", hid->doOpen()); }
+  void close() { gave("close", hid->doClose()); }
+  void askForReports() {
+    gave("register", hid->doRegisterForReports({1, hearReport}));
+    gave("unregister", hid->doUnregisterForReports(1));
+  }
+  static inline KeptLog* log = nullptr;
+};
+
+TEST_F(KeptCpdHidTest, ReportsAndEvents) {
+  scene("opened and closed");
+  close();
+  askForReports();
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  open();
+  fake.onOpen = nullptr;
+  open();
+  open();
+  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
+  open();
+  fake.onVisitor = nullptr;
+  askForReports();
+  gave("loss", hid->doOnConnectionLost());
+  close();
+  close();
+
+  scene("reports");
+  open();
+  for (const std::uint32_t client : {1u, 2u, 2u, 3u}) registerReports(client, hearReport);
+  for (const Data& data : {Data(), bytes({1, 1, 0, 0, 0, 0, 0, 0}), bytes({1, 1, 0, 0, 0, 0, 0, 1}),
+                           bytes({1, 1, 0, 0, 0, 0, 0, 0, 0})}) {
+    fake.deliver(data);
+  }
+  HidReportManager::getInstance().unregisterForReports(807, 1);
+  fake.deliver(bytes({9}));
+
+  scene("events");
+  for (const std::uint32_t client : {1u, 2u, 2u}) registerEvents(client, hearEvent);
+  registerEvents(3, hearEvent, 3);
+  for (const std::uint32_t id : {0u, 5u, 5u, 6u}) send(id);
+  send(8, 3);
+  HidNotificationManager::getInstance().unregisterClient(1, 807);
+  send(9);
+  gave("state " + std::to_string(state()), 0);
+
+  expectKept("hid", "reports_and_events");
 }
 
 }  // namespace

@@ -1,0 +1,155 @@
+// What a Cpd scanner does and writes.
+#include <gmock/gmock.h>
+
+#include "common/logging/log_text.h"
+#include "device/store/printer_store.h"
+#include "scanner/cpd/scanner_fixture.h"
+#include "support/kept_log/kept_log.h"
+
+namespace qvn::test {
+namespace {
+
+class KeptCpdScannerTest : public KeptLog, public CpdScannerTest {
+ protected:
+  KeptCpdScannerTest() { log = this; }
+
+  void begin(const std::string& name) {
+    closeScanner();
+    scene(name);
+    makeScanner();
+  }
+
+  static std::uint32_t hear(std::uint32_t client, std::uint32_t job, std::uint32_t handle, std::uint32_t mask,
+                            const std::uint8_t* data, std::uint32_t length) {
+    log->heard((LogText() << "data of " << handle << " as " << client << "/" << job << "/" << mask << ": ")
+                   .hex(data, length)
+                   .str());
+    return 0;
+  }
+  static void hearProgress(std::uint32_t handle, std::uint32_t category, std::uint32_t id,
+                           const std::uint8_t*, std::uint32_t, std::uint32_t client) {
+    if (category != 3) return;
+    log->heard((LogText() << "notification of " << handle << " as " << client << ": " << id).str());
+  }
+
+  void open() { gave("open", scanner->doOpen()); }
+  void add(std::uint32_t client, std::uint32_t mask) {
+    gave("register", scanner->doRegisterForAsyncData({mask, client, hear}));
+  }
+  void remove(std::uint32_t client) { gave("unregister", scanner->doUnregisterForAsyncData(client)); }
+  void start() { gave("start", scanner->doStartJob(1, nullptr)); }
+  void cancel() { gave("cancel", scanner->doCancelJob(1)); }
+  void end() { gave("end", scanner->doEndJob(1)); }
+  void close() { gave("close", scanner->doClose()); }
+  void send(Data data) { gave("send", scanner->doExchangeData(1, data)); }
+  void ask(Data request) {
+    Data response;
+    const std::uint32_t rc = scanner->doExchangeData(1, request, response);
+    gave((LogText() << "exchange of ").hex(response).str(), rc);
+  }
+  void deliver(const Data& data) { gave("delivery", fake.deliver(data)); }
+  void lose() { gave("loss", scanner->doOnConnectionLost()); }
+
+  // What a state does not accept, or takes for nothing.
+  void operate() {
+    Data version = bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0});
+    start();
+    send(version);
+    ask(version);
+  }
+  static inline KeptLog* log = nullptr;
+};
+
+TEST_F(KeptCpdScannerTest, States) {
+  begin("a closed scanner");
+  operate();
+  lose();
+  cancel();
+  end();
+  add(1, 16);
+  remove(1);
+  close();
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  open();
+  fake.onOpen = nullptr;
+
+  begin("an open scanner");
+  open();
+  open();
+  cancel();
+  end();
+  lose();
+  send(bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}));
+  std::uint32_t state = 0;
+  gave("state", scanner->doGetCurrentState(state));
+  ask(bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}));
+  fake.onExchange = [&](const Data&) {
+    fake.deliver(block(1));
+    return status(0);
+  };
+  ask(bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}));
+  ask(bytes({0x1B, 'S', 'G', 0, 0, 0, 0, 0}));
+  ask(bytes({1, 2, 3}));
+  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
+  ask(bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}));
+  fake.onVisitor = nullptr;
+  fake.onWrite = [](Data& data) { data.setRc(64); };
+  start();
+  fake.onWrite = nullptr;
+  close();
+  close();
+
+  begin("a scan");
+  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
+  QvnOpenPrinter(1, 7);
+  QvnRegisterForNotificationsPrinter(1, 7, 3, hearProgress);
+  set("CpdScanPerformanceNotifications", 1);
+  makeScanner();
+  open();
+  add(1, 16);
+  add(2, 0);
+  add(1, 5);
+  start();
+  operate();
+  deliver(block(1));
+  deliver(Data());
+  remove(2);
+  deliver(status(0));
+  operate();
+  cancel();
+  deliver(block(2));
+  end();
+
+  begin("a scan that is cancelled");
+  open();
+  start();
+  cancel();
+  operate();
+  lose();
+  cancel();
+  deliver(block(1));
+  deliver(status(3));
+  end();
+  start();
+  fake.onWrite = [](Data& data) { data.setRc(1460); };
+  cancel();
+  fake.onWrite = nullptr;
+  end();
+  QvnUnregisterForNotificationsPrinter(1, 7);
+  QvnClosePrinter(1, 7);
+
+  begin("a lost connection");
+  open();
+  start();
+  deliver(block(1));
+  fake.loseConnection();
+  lose();
+  end();
+  start();
+  close();
+
+  expectKept("scanner/cpd", "states");
+}
+
+}  // namespace
+}  // namespace qvn::test
