@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -95,6 +96,11 @@ KeptLog::KeptLog() : thread_(platform::currentThreadId()) {
 }
 
 void KeptLog::scene(const std::string& name) { write("", name); }
+void KeptLog::besideOthers(const std::function<void()>& work) {
+  write("beside", "begin");
+  work();
+  write("beside", "end");
+}
 void KeptLog::heard(const std::string& what) { write("client", "hears " + what); }
 void KeptLog::gave(const std::string& call, std::uint32_t rc) {
   write("client", call + " gave " + std::to_string(rc));
@@ -112,17 +118,25 @@ void KeptLog::expectKept(const std::string& room, const std::string& name) {
   static const std::regex kLine("tid=([0-9a-f]+) (.{25}) (.*)");
   Names names;
   std::vector<std::string> lines;
+  std::optional<std::ptrdiff_t> beside;
+  const auto isScripts = [](const std::string& line) { return line.starts_with("  "); };
   for (std::string line; std::getline(log, line);) {
     if (line.ends_with('\r')) line.pop_back();
     std::smatch part;
     if (!std::regex_match(line, part, kLine)) {
-      lines.push_back("            " + line);  // of a text of several lines
+      if (!lines.empty())
+        lines.back() += line.empty() ? "\n" : "\n            " + line;  // of a text of several lines
       continue;
     }
     std::string component = part[2].str().substr(0, part[2].str().find_last_not_of(' ') + 1);
     std::string text = names.replace(part[3]);
     if (component.empty()) {
       lines.push_back("\n== " + text);
+      continue;
+    }
+    if (component == "beside") {
+      if (beside) std::stable_partition(lines.begin() + *beside, lines.end(), isScripts);
+      beside = text == "begin" ? std::optional(static_cast<std::ptrdiff_t>(lines.size())) : std::nullopt;
       continue;
     }
     component.resize(std::max<std::size_t>(component.size(), 10), ' ');

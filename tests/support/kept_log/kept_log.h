@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace qvn::test {
@@ -22,6 +23,8 @@ class KeptLog {
 
   // What follows, in words.
   void scene(const std::string& name);
+  // Runs what other threads write beside; the script's lines come first in the text, whoever was faster.
+  void besideOthers(const std::function<void()>& work);
   // What a client hears.
   void heard(const std::string& what);
   // What a client called, when it is over, and what it got.
