@@ -5,6 +5,7 @@
 #include "bidi/generic_bidi_task.h"
 #include "npa/job_commands.h"
 #include "printer/cpd/cpd_printer.h"
+#include "support/kept_log/kept_log.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {
@@ -91,6 +92,44 @@ TEST_F(BidiTaskTest, GenericTasksRunAnyVisitorByName) {
   fake.onVisitor = [](const std::string&, Data*) { return 8u; };
   EXPECT_EQ(GenericBidiTask(printer, connection, request, response, "other").execute(), 8u);
   EXPECT_EQ(response.getLength(), 0u);
+}
+
+class KeptBidiTest : public KeptLog, public BidiTaskTest {};
+
+TEST_F(KeptBidiTest, Exchanges) {
+  const auto ask = [this] { gave("exchange", run()); };
+  const auto askAny = [this] {
+    Data request("ask");
+    gave("exchange", GenericBidiTask(printer, connection, request, response, "anyVisitor").execute());
+  };
+  scene("replies");
+  for (const Data& reply : {bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 9}), bytes({0xA5, 0, 6, 0x80, 5, 0, 0, 0, 0}),
+                            bytes({0xA5, 0, 6, 0, 6, 0, 0, 0, 0})}) {
+    fake.onExchange = [&](const Data&) {
+      fake.deliver(reply);
+      return reply;
+    };
+    ask();
+  }
+  fake.deliver(bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 1}));
+  askAny();
+  fake.onExchange = nullptr;
+  ask();
+  fake.onVisitor = [](const std::string&, Data*) { return 31u; };
+  ask();
+  askAny();
+  printer.setBidiAllowed(false);
+  ask();
+  fake.onCall = [](const char* call) {
+    if (call == std::string("getVisitor")) throw std::runtime_error("visitor");
+    return 0u;
+  };
+  printer.setBidiAllowed(true);
+  ask();
+  askAny();
+  fake.onCall = nullptr;
+
+  expectKept("bidi", "exchanges");
 }
 
 }  // namespace

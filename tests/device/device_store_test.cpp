@@ -9,6 +9,7 @@
 #include "device/store/scanner_store.h"
 #include "printer/printer_object.h"
 #include "qvn/transport/attributes.h"
+#include "support/kept_log/kept_log.h"
 #include "support/library_fixture.h"
 
 namespace qvn::test {
@@ -157,6 +158,57 @@ TEST_F(DeviceStoreTest, ThreadsThatRestoreTheSamePrinterShareOneObject) {
   EXPECT_THAT(seen, testing::Each(seen.front()));
   for (std::size_t i = 0; i < seen.size(); ++i) table.release(7);
   EXPECT_EQ(table.find(7), nullptr);
+}
+
+class KeptDeviceTest : public KeptLog, public DeviceStoreTest {};
+
+TEST_F(KeptDeviceTest, StoresFactoriesAndAttributes) {
+  scene("stores");
+  gave("persist", store.persist(FakeTransport::printerText(7)));
+  gave("update", store.update(FakeTransport::printerText(7, "reported")));
+  gave("restore", store.restore(7));
+  gave("restore", store.restore(8));
+  store.persist("<Device>Teapot</Device><Handle>4</Handle>");
+  gave("restore", store.restore(4));
+  gave("remove", store.remove(4));
+
+  scene("factories");
+  DeviceFactories& factories = DeviceFactories::getInstance();
+  for (const char* const family :
+       {"CpdPrinter", "BpdPrinter", "CpdScanner", "BpdScanner", "CpdHid", "Teapot"}) {
+    const std::string text = FakeTransport::deviceText(family, 7);
+    gave(family, factories.makeDevice(text) != nullptr ? 0 : 1);
+    const bool isMade = factories.makePrinter(text) != nullptr || factories.makeScanner(text) != nullptr ||
+                        factories.makeHid(text) != nullptr;
+    gave(family, isMade ? 0 : 1);
+  }
+
+  scene("attributes of a printer");
+  const auto printer = factories.makeDevice(FakeTransport::printerText(7, "OLD"));
+  const std::uint8_t revisions[] = {1, 2, 3};
+  gave("set", printer->setString(attribute::kPortname, "NEW"));
+  gave("set", printer->setLong(attribute::kTrueEndOfJob, 1));
+  gave("set", printer->setByteArray(attribute::kNpaRevisionLevel, revisions, 3));
+  gave("set", printer->setLong(attribute::kHandle, 8));
+  gave("set", printer->setString(attribute::kDevice, "x"));
+  fake.onVisitor = [](const std::string&, Data*) { return 31u; };
+  gave("set", printer->setString(attribute::kPortname, "NEWER"));
+  fake.onVisitor = nullptr;
+  fake.onOpen = [](const std::string&) { return 1225u; };
+  gave("set", printer->setString(attribute::kPortname, "NEWER"));
+  fake.onOpen = nullptr;
+
+  scene("attributes of a scanner and a HID");
+  for (const char* const family : {"CpdScanner", "CpdHid"}) {
+    const auto device = factories.makeDevice(FakeTransport::deviceText(family, 407));
+    gave("set", device->setString(attribute::kPortname, "NEW"));
+    gave("set", device->setLong(attribute::kTrueEndOfJob, 1));
+    gave("set", device->setByteArray(attribute::kNpaRevisionLevel, revisions, 3));
+    device->persist();
+    device->update();
+  }
+
+  expectKept("device", "stores_factories_attributes");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "platform/base/error.h"
+#include "support/kept_log/kept_log.h"
 #include "support/library_fixture.h"
 #include "transport/transport_names.h"
 
@@ -189,6 +190,53 @@ TEST_F(TransportsTest, TheConnectionThatAllShareKeepsNothing) {
   shared.setLabel("label");
   EXPECT_EQ(shared.getTag(), 0u);
   EXPECT_EQ(shared.getLabel(), "");
+}
+
+class KeptTransportsTest : public KeptLog, public TransportsTest {
+ protected:
+  void openDevice(const std::string& transport) { gave("open of " + transport, openOf(transport)); }
+};
+
+TEST_F(KeptTransportsTest, ModulesAreLoadedAddedAndRemoved) {
+  scene("a transport");
+  openDevice("FAKE");
+  openDevice("FAKE");
+  openDevice("NONE");
+  transports.unload("FAKE");
+  settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
+  fake.onCall = [](const char* call) {
+    if (call == std::string("discover")) throw std::runtime_error("discover");
+    return 0u;
+  };
+  openDevice("FAKE");
+  fake.onCall = nullptr;
+  transports.unload("FAKE");
+
+  for (const char* const fault :
+       {"no_entry", "fails_to_initialize", "null_managers", "throws", "other_abi"}) {
+    scene(fault);
+    settings.setString("Transports\\Network", "BAD", broken(fault), 0);
+    openDevice("BAD");
+    transports.getVisitorManager(text("BAD"));
+    transports.getDiscoverer("BAD");
+    transports.unload("BAD");
+  }
+  settings.deleteValue("Transports\\Network", "BAD", 0);
+
+  scene("added and removed");
+  gave("add", transports.addTransport(FakeTransport::module()));
+  gave("install", transports.installTransport(FakeTransport::module()));
+  gave("add", transports.addTransport("/nowhere/module.so"));
+  gave("add", transports.addTransport(broken("bad_info")));
+  settings.setString("Transports\\Network", "A", "/nowhere/module.so", 0);
+  fake.onCall = [](const char*) { return 77u; };
+  transports.installRegisteredTransports();
+  transports.uninstallRegisteredTransports();
+  fake.onCall = nullptr;
+  gave("remove", transports.removeTransport("A"));
+  gave("remove", transports.removeTransport(FakeTransport::module()));
+
+  expectKept("transport", "modules");
 }
 
 }  // namespace

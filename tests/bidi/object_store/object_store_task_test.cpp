@@ -8,6 +8,7 @@
 
 #include "bidi/object_store/reply_frame.h"
 #include "device/scanner.h"
+#include "support/kept_log/kept_log.h"
 #include "support/library_fixture.h"
 #include "support/store_documents.h"
 
@@ -148,6 +149,40 @@ TEST_F(ObjectStoreTaskTest, ACancelEndsTheExchangeWhenverItComes) {
     return std::nullopt;
   };
   EXPECT_EQ(task.execute(), 1236u) << "meanwhile";
+}
+
+class KeptObjectStoreTest : public KeptLog, public ObjectStoreTaskTest {};
+
+TEST_F(KeptObjectStoreTest, Exchanges) {
+  scene("replies");
+  const auto ask = [this] { gave("exchange", makeTask().execute()); };
+  for (const std::string& reply : {response(kId, number(7)), exception(kId), response(kId - 1, number(7))}) {
+    fake.onExchange = [&](const Data&) { return Data(reply); };
+    ask();
+  }
+  fake.deliver(Data(response(kId, number(3))));
+  fake.onExchange = nullptr;
+  ask();
+  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
+  ask();
+  fake.onVisitor = nullptr;
+
+  scene("cancelled before, and in the background");
+  fake.awaitsReplies = true;
+  {
+    ObjectStoreBidiTask task = makeTask();
+    task.cancel();
+    gave("exchange", task.execute());
+  }
+  ObjectStoreBidiTask task = makeTask();
+  const std::size_t sent = fake.calls("store").size();
+  besideOthers([&] {
+    gave("background", task.executeBackground());
+    while (fake.calls("store").size() == sent) std::this_thread::yield();
+  });
+  besideOthers([&] { gave("shutdown", task.shutdownThread()); });
+
+  expectKept("bidi/object_store", "exchanges");
 }
 
 }  // namespace

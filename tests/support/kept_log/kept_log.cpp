@@ -46,11 +46,8 @@ class Names {
           names_.try_emplace(found.str(), "<pointer " + std::to_string(names_.size() + 1) + ">");
       text = found.prefix().str() + name.first->second + found.suffix().str();
     }
-    const std::string module = FakeTransport::module();
-    for (std::size_t at = 0; (at = text.find(module)) != std::string::npos;) {
-      text.replace(at, module.size(), "<module>");
-    }
-    return text;
+    static const std::regex kModule("/[^ ]*/([^/ ]+[.]so)");
+    return std::regex_replace(text, kModule, "$1");
   }
 
  private:
