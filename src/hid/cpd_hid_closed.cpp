@@ -16,11 +16,14 @@ const CpdHidClosed& CpdHidClosed::getInstance() {
 }
 
 std::uint32_t CpdHidClosed::doOpen(CpdHid& hid) const {
-  const ConnectionUse connection(hid, connection_name::kAlert);
-  const std::uint32_t rc = hid.openAlert(*connection);
-  if (rc == QRN_ERROR_SUCCESS) {
-    hid.setState(CpdHidOpen::getInstance());
-    hid.setOpenCount(1);
+  std::uint32_t rc = QRN_ERROR_SUCCESS;
+  {
+    const ConnectionUse connection(hid, connection_name::kAlert);
+    rc = hid.openAlert(*connection);
+    if (rc == QRN_ERROR_SUCCESS) {
+      hid.setState(CpdHidOpen::getInstance());
+      hid.setOpenCount(1);
+    }
   }
   logDetail(log_component::serverHid(), [&] { return LogText() << " openCount=" << hid.openCount(); });
   return rc;

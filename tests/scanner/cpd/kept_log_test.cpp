@@ -1,6 +1,8 @@
 // What a Cpd scanner does and writes.
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "common/logging/log_text.h"
 #include "device/store/printer_store.h"
 #include "scanner/cpd/scanner_fixture.h"
@@ -136,7 +138,10 @@ TEST_F(KeptCpdScannerTest, States) {
   fake.onWrite = nullptr;
   end();
   QvnUnregisterForNotificationsPrinter(1, 7);
-  QvnClosePrinter(1, 7);
+  besideOthers([this] {
+    QvnClosePrinter(1, 7);
+    while (times("Mwo::stop() handle=7") == 0) std::this_thread::yield();
+  });
 
   begin("a lost connection");
   open();
