@@ -54,6 +54,13 @@ class Names {
   std::map<std::string, std::string> names_;
 };
 
+std::vector<std::string> splitIntoLines(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
 // Says once what is there three times or more in a row.
 std::string folded(const std::vector<std::string>& lines) {
   constexpr std::size_t kLongest = 32;
@@ -112,6 +119,7 @@ std::size_t KeptLog::times(const std::string& text) const {
 
 void KeptLog::expectKept(const std::string& room, const std::string& name) {
   std::istringstream log(contentOf(logFile()));
+  ASSERT_NE(log.peek(), EOF) << "no log: one such test in a process, as ctest runs them";
   static const std::regex kLine("tid=([0-9a-f]+) (.{25}) (.*)");
   Names names;
   std::vector<std::string> lines;
@@ -147,7 +155,11 @@ void KeptLog::expectKept(const std::string& room, const std::string& name) {
     create_directories(kept.parent_path());
     std::ofstream(kept, std::ios::binary) << now;
   }
-  EXPECT_EQ(contentOf(kept), now) << "where it should be so, run this again with QVN_WRITE_KEPT=1";
+  // The difference alone; a comparison of the texts would print both.
+  EXPECT_TRUE(contentOf(kept) == now)
+      << kept << ": differs so; where it should, run this again with QVN_WRITE_KEPT=1\n"
+      << testing::internal::edit_distance::CreateUnifiedDiff(splitIntoLines(contentOf(kept)),
+                                                             splitIntoLines(now));
 }
 
 }  // namespace qvn::test
