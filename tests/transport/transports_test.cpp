@@ -36,25 +36,6 @@ class TransportsTest : public LibraryTest {
   }
 };
 
-TEST_F(TransportsTest, AModuleIsLoadedOnceAndInitialisedOnce) {
-  EXPECT_EQ(openOf("FAKE"), 0u);
-  transports.getVisitorManager(text("FAKE"));
-  transports.getDiscoverer("FAKE");
-  EXPECT_THAT(fake.calls("initialize"), ElementsAre("initialize"));
-  EXPECT_THAT(fake.calls("discover"), IsEmpty()) << "only local transports are discovered when loaded";
-  transports.unload("FAKE");
-  EXPECT_THAT(fake.calls("uninitialize"), ElementsAre("uninitialize"));
-  EXPECT_EQ(openOf("FAKE"), 0u) << "the next request loads it again";
-}
-
-TEST_F(TransportsTest, ALocalTransportIsDiscoveredWhenItIsLoaded) {
-  settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
-  settings.deleteValue("Transports\\Network", "FAKE", 0);
-  EXPECT_EQ(openOf("FAKE"), 0u);
-  EXPECT_EQ(openOf("FAKE"), 0u);
-  EXPECT_THAT(fake.calls("discover"), ElementsAre("discover"));
-}
-
 TEST_F(TransportsTest, ATransportIsLoadedWhateverItsFirstDiscoveryComesTo) {
   settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
   settings.deleteValue("Transports\\Network", "FAKE", 0);
@@ -201,6 +182,8 @@ TEST_F(KeptTransportsTest, ModulesAreLoadedAddedAndRemoved) {
   scene("a transport");
   openDevice("FAKE");
   openDevice("FAKE");
+  transports.getVisitorManager(text("FAKE"));
+  transports.getDiscoverer("FAKE");
   openDevice("NONE");
   transports.unload("FAKE");
   settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
@@ -210,6 +193,7 @@ TEST_F(KeptTransportsTest, ModulesAreLoadedAddedAndRemoved) {
   };
   openDevice("FAKE");
   fake.onCall = nullptr;
+  openDevice("FAKE");
   transports.unload("FAKE");
 
   for (const char* const fault :
@@ -229,6 +213,7 @@ TEST_F(KeptTransportsTest, ModulesAreLoadedAddedAndRemoved) {
   gave("add", transports.addTransport("/nowhere/module.so"));
   gave("add", transports.addTransport(broken("bad_info")));
   settings.setString("Transports\\Network", "A", "/nowhere/module.so", 0);
+  settings.setString("Transports\\Local", "B", broken("no_entry"), 0);
   fake.onCall = [](const char*) { return 77u; };
   transports.installRegisteredTransports();
   transports.uninstallRegisteredTransports();

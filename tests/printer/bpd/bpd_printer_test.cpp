@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "common/logging/log_text.h"
 #include "device/store/printer_store.h"
 #include "printer/bpd/bpd_printer.h"
 #include "qvn/transport/attribute_codec.h"
@@ -14,17 +15,12 @@
 namespace qvn::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr std::uint32_t kHandle = 8;
 
-std::vector<Data> alerts;
-void recordAlert(std::uint32_t, const std::uint8_t* alert, std::uint32_t length, std::uint32_t) {
-  alerts.emplace_back(alert, length);
-}
+void ignoreAlert(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
 
 std::string printerText() {
   std::string text = FakeTransport::printerText(kHandle);
@@ -35,7 +31,6 @@ std::string printerText() {
 class BpdPrinterTest : public LibraryTest {
  protected:
   BpdPrinterTest() {
-    alerts.clear();
     printer = std::make_unique<BpdPrinter>([this](const std::string& text) {
       ++verifications;
       if (onVerify) onVerify(text);
@@ -61,12 +56,6 @@ class BpdPrinterTest : public LibraryTest {
     return printer->doPrint(request);
   }
 
-  void startJob() {
-    ASSERT_EQ(printer->doOpen(), 0u);
-    ASSERT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
-    fake.takeCalls();
-  }
-
   // The number that the visitor was given.
   std::uint32_t number(const std::string& visitor) {
     std::uint32_t value = 0;
@@ -83,35 +72,12 @@ class BpdPrinterTest : public LibraryTest {
   std::unique_ptr<BpdPrinter> printer;
 };
 
-TEST_F(BpdPrinterTest, OpeningAnNpaPrinterAsksForItsSummary) {
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_THAT(fake.takeCalls(),
-              ElementsAre("initialize", "get bidi", "open bidi", "visit getNpaModeVisitor bidi",
-                          "npa bidi 0100", "visit setMaxPacketSizeVisitor bidi", "release bidi"));
-  EXPECT_TRUE(printer->isBidiAllowed());
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_EQ(printer->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), IsEmpty());
-  EXPECT_EQ(printer->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi"));
-  EXPECT_FALSE(printer->isBidiAllowed());
-}
-
 TEST_F(BpdPrinterTest, APlainPrinterGetsNothingButItsData) {
   npaMode = 0;
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_FALSE(printer->isBidiAllowed());
+  printer->doOpen();
   EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
   EXPECT_EQ(print("data"), 0u);
   EXPECT_EQ(print("more"), 0u);
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_FALSE(printer->isBidiAllowed());
-  EXPECT_EQ(printer->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(),
-              ElementsAre("initialize", "get bidi", "open bidi", "visit getNpaModeVisitor bidi",
-                          "release bidi", "get print", "open print", "visit setNonNpaPrinterVisitor print",
-                          "visit jobHeaderVisitor print", "release print", "write 4", "write 4",
-                          "close print", "release print", "get bidi", "close bidi", "release bidi"));
   EXPECT_EQ(number(visitor_name::kSetNonNpaPrinter), 0u);
   EXPECT_EQ(fake.written(), "datamore");
   EXPECT_EQ(given[visitor_name::kJobHeader],
@@ -122,27 +88,18 @@ TEST_F(BpdPrinterTest, APlainPrinterGetsNothingButItsData) {
 
 TEST_F(BpdPrinterTest, AnNpaJobWithoutAlertsExchangesNothing) {
   printer->doOpen();
-  fake.takeCalls();
   EXPECT_EQ(printer->doStartJob({}), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "visit setNpaWrapModeVisitor print",
-                                            "visit startNpaModeVisitor print", "visit jobHeaderVisitor print",
-                                            "release print"));
   EXPECT_EQ(number(visitor_name::kSetNpaWrapMode), 0u);
   EXPECT_THAT(given[visitor_name::kJobHeader], HasSubstr("<NpaSupported>1</NpaSupported>"));
   EXPECT_FALSE(printer->isBidiAllowed());
   EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\""), 0u);
   EXPECT_EQ(printer->jobDescription().accountNumber(), "77");
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("write 35", "close print", "release print"));
-  EXPECT_TRUE(printer->isBidiAllowed()) << "again, between jobs";
 }
 
 TEST_F(BpdPrinterTest, AnNpaJobWithAlertsIsStartedNamedAndEnded) {
   printer->doOpen();
-  ASSERT_EQ(printer->doRegisterForAlerts({1, 0x100000, recordAlert}), 0u);
-  fake.takeCalls();
+  ASSERT_EQ(printer->doRegisterForAlerts({1, 0x100000, ignoreAlert}), 0u);
   EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
-  EXPECT_EQ(fake.takeCalls()[4], "visit jobHeaderVisitor print");
   EXPECT_EQ(number(visitor_name::kSetNpaWrapMode), 1u);
   EXPECT_EQ(given[visitor_name::kStartNpaMode].size(), 19u);
   EXPECT_EQ(printer->jobDescription().printerJobId(), 5u);
@@ -150,22 +107,14 @@ TEST_F(BpdPrinterTest, AnNpaJobWithAlertsIsStartedNamedAndEnded) {
 
   EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"\n"), 0u);
   EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"88\"\n"), 0u) << "the first one counts";
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("visit namePrintJobVisitor print", "write 36", "write 36"));
   const std::string packet = given[visitor_name::kNamePrintJob];
   EXPECT_EQ(packet.substr(6, 2), std::string("\0\5", 2));
   EXPECT_EQ(packet.substr(9), std::string("HT:host;UR:user;SC:TCP 9400;JN:job;QU:queue;AN:77;\0", 51));
-
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("npa print 0501000005", "visit startNpaModeVisitor print",
-                                            "close print", "release print"));
-  fake.deliver(bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}));
-  EXPECT_EQ(alerts.size(), 1u);
-  EXPECT_EQ(printer->doUnregisterForAlerts(1), 0u);
 }
 
 TEST_F(BpdPrinterTest, TheFirstDataAloneNamesTheJob) {
   printer->doOpen();
-  printer->doRegisterForAlerts({1, 0x100000, recordAlert});
+  printer->doRegisterForAlerts({1, 0x100000, ignoreAlert});
   printer->doStartJob({});
   fake.takeCalls();
   const std::string line = "\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"";
@@ -187,73 +136,6 @@ TEST_F(BpdPrinterTest, TheFirstDataAloneNamesTheJob) {
   print("123" + line);
   EXPECT_EQ(printer->jobDescription().accountNumber(), "");
   EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 3u);
-}
-
-TEST_F(BpdPrinterTest, WhatCannotBeOpenedOrStartedIsClosedAgain) {
-  fake.onOpen = [](const std::string&) { return 1225u; };
-  EXPECT_EQ(printer->doOpen(), 1225u);
-  fake.onOpen = nullptr;
-  fake.takeCalls();
-  answers[visitor_name::kGetNpaMode] = 31;
-  EXPECT_EQ(printer->doOpen(), 31u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "open bidi", "visit getNpaModeVisitor bidi",
-                                            "close bidi", "release bidi"));
-  EXPECT_EQ(printer->doStartJob({}), 1u);
-  answers.clear();
-  printer->doOpen();
-  fake.takeCalls();
-  fake.onOpen = [](const std::string&) { return 1460u; };
-  EXPECT_EQ(printer->doStartJob({}), 1460u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "release print"));
-  fake.onOpen = nullptr;
-  fake.onExchange = nullptr;
-  // The transport cannot wrap, so packets stay allowed, and the start finds no reply.
-  answers[visitor_name::kSetNpaWrapMode] = 1;
-  EXPECT_EQ(printer->doStartJob({}), 1460u);
-  EXPECT_THAT(fake.takeCalls(),
-              testing::IsSupersetOf({"npa print 0500000000", "close print", "release print"}));
-  answers[visitor_name::kJobHeader] = 64;
-  answers[visitor_name::kSetNpaWrapMode] = 0;
-  EXPECT_EQ(printer->doStartJob({}), 0u) << "a header that cannot be sent does not stop the job";
-}
-
-TEST_F(BpdPrinterTest, CancellingStopsNothingButAFailedJob) {
-  startJob();
-  EXPECT_EQ(printer->doCancelPrint(), 0u);
-  EXPECT_EQ(print("goes on"), 0u);
-  fake.onWrite = [](Data& data) { data.setRc(64); };
-  EXPECT_EQ(print("x"), 64u);
-  EXPECT_EQ(print("y"), 64u);
-  Data data;
-  EXPECT_EQ(printer->doExchangeNpa(data, data), 1u);
-  fake.onWrite = nullptr;
-  EXPECT_EQ(print("z"), 0u);
-  EXPECT_EQ(fake.written(), "goes onz");
-  fake.onWrite = [](Data& request) { request.setRc(64); };
-  print("x");
-  EXPECT_EQ(printer->doEndJob(), 0u) << "a failed job can be ended";
-  EXPECT_THAT(fake.calls("close"), ElementsAre("close print"));
-  EXPECT_EQ(printer->doStartJob({}), 0u);
-  print("x");
-  EXPECT_EQ(printer->doCancelPrint(), 0u);
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(print("x"), 1u);
-    EXPECT_EQ(printer->doEndJob(), 1u);
-    EXPECT_EQ(printer->doCancelPrint(), 1u);
-    EXPECT_EQ(printer->doOpen(), 0u);
-    EXPECT_EQ(printer->doClose(), 0u);
-  }
-  std::uint32_t state = 0;
-  EXPECT_EQ(printer->doGetCurrentState(state), 0u);
-  EXPECT_EQ(state, 3u);
-  fake.takeCalls();
-  EXPECT_EQ(printer->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(),
-              ElementsAre("close print", "release print", "get bidi", "close bidi", "release bidi"));
-  fake.onWrite = nullptr;
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_EQ(printer->doStartJob({}), 0u);
-  EXPECT_THAT(fake.calls("open"), ElementsAre("open bidi", "open print")) << "nothing was left open";
 }
 
 TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
@@ -278,19 +160,10 @@ TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
   EXPECT_EQ(name, "found");
 }
 
-TEST_F(BpdPrinterTest, HasNoCacheAndTakesNoAlertsWithoutPackets) {
-  Data cache;
-  printer->doOpen();
-  EXPECT_EQ(printer->doGetCache(cache), 1u);
-  printer->doClose();
-  npaMode = 0;
-  printer->doOpen();
-  EXPECT_EQ(printer->doRegisterForAlerts({1, 0x100000, recordAlert}), 1u);
-  EXPECT_EQ(printer->doUnregisterForAlerts(1), 1u);
-}
-
 class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
  protected:
+  KeptBpdPrinterTest() { log = this; }
+
   void begin(const std::string& name, std::uint32_t speaksNpa) {
     printer.reset();
     scene(name);
@@ -314,7 +187,10 @@ class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
     Data response(64, 0);
     gave("exchange", printer->doExchangeNpa(request, response));
   }
-  void registerForAlerts() { gave("register", printer->doRegisterForAlerts({1, 0x100000, recordAlert})); }
+  static void hear(std::uint32_t handle, const std::uint8_t*, std::uint32_t length, std::uint32_t client) {
+    log->heard((LogText() << "alert of " << handle << " as " << client << ", length " << length).str());
+  }
+  void registerForAlerts() { gave("register", printer->doRegisterForAlerts({1, 0x100000, hear})); }
   void operate() {
     start();
     write("x");
@@ -322,6 +198,7 @@ class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
     end();
     exchange();
   }
+  static inline KeptLog* log = nullptr;
 };
 
 TEST_F(KeptBpdPrinterTest, States) {
@@ -331,6 +208,7 @@ TEST_F(KeptBpdPrinterTest, States) {
   open();
   open();
   registerForAlerts();
+  gave("unregister", printer->doUnregisterForAlerts(1));
   Data cache;
   gave("cache", printer->doGetCache(cache));
   start();
@@ -376,6 +254,9 @@ TEST_F(KeptBpdPrinterTest, States) {
   fake.onExchange = nullptr;
   answers[visitor_name::kSetNpaWrapMode] = 1;
   start();
+  answers = {{visitor_name::kJobHeader, 64}};
+  start();
+  answers.clear();
   begin("unverified", 0);
   std::string unverified = printerText();
   AttributeCodec::setLong(unverified, attribute::kUnverified, 1);

@@ -12,120 +12,14 @@
 namespace qvn::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST_F(CpdPrinterTest, OpenAndCloseConnectOnceAndCount) {
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("initialize", "get bidi", "open bidi", "release bidi"));
-  EXPECT_TRUE(printer->isBidiAllowed());
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_EQ(printer->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), IsEmpty());
-  EXPECT_EQ(printer->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi"));
-  EXPECT_FALSE(printer->isBidiAllowed());
-  EXPECT_EQ(printer->doClose(), 0u) << "closed already";
-  fake.onOpen = [](const std::string&) { return 1225u; };
-  EXPECT_EQ(printer->doOpen(), 1225u);
-  EXPECT_FALSE(printer->isBidiAllowed());
-  EXPECT_EQ(printer->doStartJob({}), 1u) << "still closed";
-  EXPECT_THAT(statusIds, ElementsAre(3, 3));
-}
-
-TEST_F(CpdPrinterTest, OperationsThatAStateDoesNotAcceptGiveOne) {
-  Data data("x", 1);
-  const auto refusesJobOperations = [&] {
-    EXPECT_EQ(printer->doPrint(data), 1u);
-    EXPECT_EQ(printer->doEndJob(), 1u);
-    EXPECT_EQ(printer->doCancelPrint(), 1u);
-  };
-  refusesJobOperations();
-  EXPECT_EQ(printer->doStartJob({}), 1u);
-  EXPECT_EQ(printer->doExchangeNpa(data, data), 1u);
-  printer->doOpen();
-  set("CpdPrinterMwo", 0);
-  refusesJobOperations();
-  printer->doStartJob({});
-  EXPECT_EQ(printer->doStartJob({}), 1u);
-  EXPECT_EQ(printer->doExchangeNpa(data, data), 1u);
-}
-
-TEST_F(CpdPrinterTest, AJobGoesFromStartToEnd) {
-  set("CpdPrinterMwo", 0);
-  printer->doOpen();
-  fake.takeCalls();
-  EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", ""}), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "npa print 0500000000",
-                                            "visit startJobPrinter print", "release print"));
-  EXPECT_FALSE(printer->isBidiAllowed());
-  EXPECT_EQ(printer->jobDescription().printerJobId(), 5u);
+TEST_F(CpdPrinterTest, AJobHasItsDataWrittenAndABlankForNoUser) {
+  startJob();
   EXPECT_EQ(printer->jobDescription().request().userName, " ");
-
   EXPECT_EQ(print("data"), 0u);
   EXPECT_EQ(print("more" + marker()), 0u);
-  EXPECT_TRUE(printer->isBidiAllowed());
   EXPECT_EQ(fake.written(), "datamore" + marker());
-  fake.takeCalls();
-
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("npa print 0501000005", "npa print 05020000000001", "close print",
-                                            "release print"));
-  std::uint32_t state = 0;
-  EXPECT_EQ(printer->doGetCurrentState(state), 0u);
-  EXPECT_EQ(state, 3u);
-  // Open; start, busy; first data; end, true end, open again.
-  EXPECT_THAT(statusIds, ElementsAre(3, 4, 1, 5, 6, 8, 3));
-}
-
-TEST_F(CpdPrinterTest, AJobThatCannotStartLeavesThePrinterOpen) {
-  set("CpdPrinterMwo", 0);
-  printer->doOpen();
-  fake.onOpen = [](const std::string&) { return 1460u; };
-  fake.takeCalls();
-  EXPECT_EQ(printer->doStartJob({}), 1460u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get print", "open print", "release print"));
-
-  fake.onOpen = nullptr;
-  startReply.reset();
-  EXPECT_EQ(printer->doStartJob({}), 1460u);
-  EXPECT_THAT(fake.takeCalls(),
-              ElementsAre("get print", "open print", "npa print 0500000000", "close print", "release print"));
-  startReply = bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5});
-  EXPECT_EQ(printer->doStartJob({}), 0u);
-}
-
-TEST_F(CpdPrinterTest, ARejectedJobSwallowsItsDataUntilItsEnd) {
-  set("CpdPrinterMwo", 0);
-  startReply = bytes({0xA5, 0, 6, 0x80, 5, 0, 0, 0, 0});
-  printer->doOpen();
-  EXPECT_EQ(printer->doStartJob({}), 0u);
-  EXPECT_THAT(fake.calls("visit"), ElementsAre("visit flushPrintBufferVisitor print"));
-  Data data("swallowed", 9);
-  EXPECT_EQ(printer->doPrint(data), 0u);
-  EXPECT_EQ(data.getCount(), 9u);
-  EXPECT_EQ(fake.written(), "");
-  EXPECT_EQ(printer->doCancelPrint(), 1u);
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  startReply = bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 5});
-  EXPECT_EQ(printer->doStartJob({}), 0u) << "open again";
-}
-
-TEST_F(CpdPrinterTest, CancellingFlushesDiscardsAndEnds) {
-  startJob();
-  print("some");
-  EXPECT_EQ(printer->doCancelPrint(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("write 4", "visit flushPrintBufferVisitor print"));
-  EXPECT_EQ(print("discarded"), 0u);
-  EXPECT_EQ(fake.written(), "some");
-  // The printer acknowledges while the zeros are sent.
-  fake.onWrite = [&](Data& data) {
-    data.setCount(data.getLength());
-    fake.deliver(bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}));
-  };
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.calls("write"), ElementsAre("write 4096"));
-  EXPECT_THAT(statusIds, ElementsAre(5, 1, 7, 8, 3));
 }
 
 TEST_F(CpdPrinterTest, AFailedWriteIsAnErrorUntilAWriteSucceeds) {
@@ -220,16 +114,6 @@ TEST_F(CpdPrinterTest, TheCacheChannelOfTheTransportComesFirst) {
   fake.onVisitor = nullptr;
   EXPECT_EQ(printer->doGetCache(cache), 1460u) << "the channel says nothing";
   EXPECT_THAT(fake.calls("open"), IsEmpty());
-}
-
-TEST_F(CpdPrinterTest, NotificationsNeedAHandle) {
-  CpdPrinter nameless;
-  EXPECT_EQ(nameless.doRegisterForNotifications({1, 1, Data(), recordStatus}), 1359u);
-  EXPECT_EQ(nameless.doUnregisterForNotifications(1), 1359u);
-  EXPECT_EQ(printer->doUnregisterForNotifications(2), 1u) << "not registered";
-  EXPECT_EQ(printer->doUnregisterForNotifications(1), 0u);
-  printer->doOpen();
-  EXPECT_THAT(statusIds, IsEmpty());
 }
 
 std::function<void()> duringNotification;

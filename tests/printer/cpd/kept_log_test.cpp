@@ -54,7 +54,11 @@ class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
 
   void open() { gave("open", printer->doOpen()); }
   void start() { gave("start", printer->doStartJob({9, "queue", "host", "job", "user"})); }
-  void write(const std::string& text) { gave("print", print(text)); }
+  void write(const std::string& text) {
+    Data data(text);
+    const std::uint32_t rc = printer->doPrint(data);
+    gave("print of " + std::to_string(data.getCount()), rc);
+  }
   void cancel() { gave("cancel", printer->doCancelPrint()); }
   void end() { gave("end", printer->doEndJob()); }
   void close() { gave("close", printer->doClose()); }
@@ -99,10 +103,11 @@ TEST_F(KeptCpdPrinterTest, States) {
   start();
   operate();
   end();
-  printer->doUnregisterForNotifications(9);
+  gave("unregister", printer->doUnregisterForNotifications(9));
+  gave("unregister", printer->doUnregisterForNotifications(2));
   CpdPrinter nameless;
-  nameless.doRegisterForNotifications({1, 1, Data(), recordStatus});
-  nameless.doUnregisterForNotifications(1);
+  gave("register", nameless.doRegisterForNotifications({1, 1, Data(), recordStatus}));
+  gave("unregister", nameless.doUnregisterForNotifications(1));
 
   begin("a job");
   open();

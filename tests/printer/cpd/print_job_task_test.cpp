@@ -35,16 +35,6 @@ class PrintJobTaskTest : public CpdPrinterTest {
   std::size_t sleepsTaken = 0;
 };
 
-TEST_F(PrintJobTaskTest, TheDeviceIsLockedForTheJobWhenAskedFor) {
-  set("AIOLockEnabled", 1);
-  startJob();
-  fake.takeCalls();
-  print(marker());
-  printer->doEndJob();
-  EXPECT_THAT(exchanges(),
-              ElementsAre("npa print 0501000005", "npa print 05020000000001", "npa print E0820202"));
-}
-
 TEST_F(PrintJobTaskTest, ABusyOrFailingLockKeepsTheJobFromStarting) {
   set("AIOLockEnabled", 1);
   printer->doOpen();
@@ -80,16 +70,6 @@ TEST_F(PrintJobTaskTest, AJobWithoutDataOrAnIdIsOpenInTheCacheUntilItsEnd) {
   printer->doEndJob();
   EXPECT_EQ(printer->cache().getBuffer()[18], 0);
   EXPECT_THAT(fake.calls("write"), IsEmpty()) << "nothing is there to be cancelled";
-}
-
-TEST_F(PrintJobTaskTest, WithoutExchangesTheJobHasTheIdZeroAndItsEndIsNotSent) {
-  fake.onVisitor = [](const std::string& visitor, Data*) { return visitor == "npaDataVisitor" ? 1u : 0u; };
-  startJob();
-  EXPECT_EQ(printer->jobDescription().printerJobId(), 0u);
-  fake.onVisitor = nullptr;
-  printer->doEndJob();
-  EXPECT_THAT(exchanges(), ElementsAre("npa print 05020000000001"))
-      << "its completion is asked for all the same";
 }
 
 TEST_F(PrintJobTaskTest, TheJobsEndIsSentTwentyTimesAtMost) {
@@ -139,15 +119,6 @@ TEST_F(PrintJobTaskTest, AnUnfinishedJobIsCancelledWithAtMostAMebibyteOfZeros) {
   EXPECT_THAT(fake.calls("write"), AreAll(256, "write 4096"));
   EXPECT_THAT(takeSleeps(), AreAll(256, 50u));
   EXPECT_EQ(fake.written().substr(9), std::string(256 * 4096, '\0'));
-}
-
-TEST_F(PrintJobTaskTest, CancellingGivesUpWhenNothingCanBeSent) {
-  startJob();
-  print("no marker");
-  fake.onWrite = [](Data& data) { data.setRc(64); };
-  fake.takeCalls();
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.calls("write"), AreAll(5, "write 0"));
 }
 
 TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {

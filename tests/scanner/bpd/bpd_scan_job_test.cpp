@@ -80,48 +80,6 @@ class BpdScanJobTest : public StandingClock, public BpdScannerTest {
   std::uint32_t multiplier = 1;
 };
 
-TEST_F(BpdScanJobTest, GoesFromItsStartToItsEnd) {
-  openFor();
-  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
-  EXPECT_EQ(scanner->doStartJob(2, nullptr), 170u) << "at once, while the first one is being started";
-  ASSERT_TRUE(clock.waitForWait(kFirstWait));
-  EXPECT_THAT(takeSent(), ElementsAre(kObserveSystem, kEnter, kCreate, kObserveState, kObservePages, kStart));
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1"));
-  EXPECT_EQ(scanner->doStartJob(2, nullptr), 170u);
-  EXPECT_EQ(scanner->doEndJob(2), 87u);
-
-  deliverState("Warming");
-  deliverState("Scanning");
-  deliver("<Job.Start>");
-  deliver("<Page.Start>");
-  deliver("<Scan.Data>dots");
-  deliver("<Page.End>");
-  deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", "Flatbed")));
-  deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", "ADF")));
-  EXPECT_THAT(ReceivedBpdData::take(),
-              ElementsAre("1/1/4000: Lamp.Warming", "1/1/4000: Scanning", "1/1/2000: Job.Start",
-                          "1/1/2000: Page.Start", "1/1/1000: dots", "1/1/2000: Page.End",
-                          "1/1/2000: Job.FlatbedEvent", "1/1/4000: Flatbed", "1/1/2000: Job.AdfEvent",
-                          "1/1/4000: ADF"));
-  deliverState("Wait Next Original");
-  EXPECT_TRUE(waitForSent(kDone));
-  takeSent();
-  deliver("<Job.End>");
-  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "the job itself is not complete";
-  deliverState("Complete");
-  deliver("<Scan.Data>late");
-  deliver("<Page.Start>");
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/2000: Job.End", "1/1/4000: Complete"));
-
-  EXPECT_EQ(scanner->doEndJob(1), 0u);
-  EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveState, kUnobservePages, kUnobserveSystem));
-  EXPECT_EQ(scanner->doEndJob(1), 1u);
-  startJob();
-  deliverEnd();
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/4000: Complete", "1/1/2000: Job.End"));
-  EXPECT_EQ(scanner->doEndJob(1), 0u) << "in the other order";
-}
-
 TEST_F(BpdScanJobTest, SendsTheClientsParametersAsATree) {
   openFor();
   for (const auto& [key, value] : std::initializer_list<std::pair<const char*, const char*>>{

@@ -47,41 +47,6 @@ TEST(ScanBlockTags, StandWithinTheFirst32Bytes) {
   }
 }
 
-TEST_F(BpdScannerTest, OpensOnceCountsAndKeepsItsConnection) {
-  EXPECT_EQ(scanner->doOpen(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("initialize", "get bidi", "open bidi"));
-  EXPECT_EQ(scanner->doOpen(), 0u);
-  EXPECT_EQ(scanner->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), IsEmpty());
-  EXPECT_EQ(scanner->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("close bidi", "release bidi"));
-  EXPECT_EQ(scanner->doClose(), 0u) << "closed already";
-  fake.onOpen = [](const std::string&) { return 1225u; };
-  EXPECT_EQ(scanner->doOpen(), 1225u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "open bidi", "release bidi"));
-  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u);
-}
-
-TEST_F(BpdScannerTest, ClosedAndOpenRefuseWhatTheyDoNotDo) {
-  Data parameter("<0>Track</0><1>1</1>");
-  Data command("x");
-  Data reply;
-  std::uint32_t state = 9;
-  const auto everyState = [&] {
-    EXPECT_EQ(scanner->doEndJob(1), 1u);
-    EXPECT_EQ(scanner->doCancelJob(1), 1u);
-    EXPECT_EQ(scanner->doExchangeData(1, command, reply), 1u);
-    EXPECT_EQ(scanner->doGetCurrentState(state), 1u);
-  };
-  everyState();
-  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u);
-  EXPECT_EQ(scanner->doExchangeData(1, parameter), 1u);
-  EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 1, ReceivedBpdData::callback}), 1u);
-  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 1u);
-  ASSERT_EQ(scanner->doOpen(), 0u);
-  everyState();
-}
-
 TEST_F(BpdScannerTest, KeepsTheParametersOfEachClient) {
   ASSERT_EQ(scanner->doOpen(), 0u);
   JobParameterStore& store = JobParameterStore::getInstance();

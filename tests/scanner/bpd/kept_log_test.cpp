@@ -43,6 +43,7 @@ class KeptBpdScannerTest : public KeptLog, public StandingClock, public BpdScann
   void start() {
     besideOthers([this] {
       EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
+      EXPECT_EQ(scanner->doStartJob(2, nullptr), 170u);
       EXPECT_TRUE(clock.waitForWait(25000));
     });
   }
@@ -86,7 +87,6 @@ TEST_F(KeptBpdScannerTest, Jobs) {
   add(2, 0x4000);
   set("Scan.Param.Resolution", "300");
   start();
-  gave("start", scanner->doStartJob(2, nullptr));
   set("Track", "1");
   end(2);
   deliverState("Warming");
@@ -95,13 +95,18 @@ TEST_F(KeptBpdScannerTest, Jobs) {
        {"<Job.Start>", "<Page.Start>", "<Scan.Data>dots", "<Page.End>", "<Other.Event>", "no tag"}) {
     deliver(block);
   }
-  deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", "ADF")));
+  for (const char* const source : {"Flatbed", "ADF"}) {
+    deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", source)));
+  }
   deliver(notification("another", "Job_1", "stateChanged", entries("ScanJob", "state", "Idle")));
   const std::size_t replies = times("command correlation");
   deliverState("Wait Next Original");
   EXPECT_TRUE(eventually([&] { return times("command correlation") > replies; }));
-  deliverEnd();
+  deliver("<Job.End>");
+  deliverState("Complete");
   deliver("<Scan.Data>late");
+  deliver("<Page.Start>");
+  end();
   end();
   remove(1);
   remove(2);

@@ -17,23 +17,6 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-TEST_F(CpdScannerTest, OpenAndCloseConnectOnceAndCount) {
-  EXPECT_EQ(scanner->doOpen(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("initialize", "get bidi", "open bidi", "release bidi"));
-  EXPECT_EQ(scanner->doOpen(), 0u);
-  EXPECT_EQ(scanner->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), IsEmpty());
-  EXPECT_EQ(scanner->openCount(), 1u);
-  EXPECT_EQ(scanner->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi"));
-  EXPECT_EQ(scanner->doClose(), 0u) << "closed already";
-  EXPECT_THAT(fake.takeCalls(), IsEmpty());
-  fake.onOpen = [](const std::string&) { return 1225u; };
-  EXPECT_EQ(scanner->doOpen(), 1225u);
-  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u) << "still closed";
-  EXPECT_EQ(fake.deliver(block(1)), 0u) << "nobody to deliver to";
-}
-
 // Every operation in every state, and the state it leaves behind.
 TEST_F(CpdScannerTest, EachStateAnswersEachOperation) {
   const std::string states = "COSEX";  // Closed, Open, Scanning, EndJobPending, Cancel

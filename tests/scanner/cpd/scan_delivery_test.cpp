@@ -43,18 +43,6 @@ TEST_F(CpdScannerTest, AnExchangeTakesItsReplyAndNothingElse) {
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
 }
 
-TEST_F(CpdScannerTest, AnExchangeWithoutReplyGivesTheTransportsCode) {
-  scanner->doOpen();
-  Data request = bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0});
-  Data response("left over");
-  fake.takeCalls();
-  EXPECT_EQ(scanner->doExchangeData(1, request, response), 1460u);
-  EXPECT_EQ(response.getLength(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "esc bidi 1B53560000000000", "release bidi"));
-  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
-  EXPECT_EQ(scanner->doExchangeData(1, request, response), 64u);
-}
-
 TEST_F(CpdScannerTest, EveryClientGetsEveryPieceInTheOrderOfRegistration) {
   scanner->doOpen();
   scanner->doRegisterForAsyncData({16, 9, ReceivedScanData::callback});
