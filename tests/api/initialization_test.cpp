@@ -1,16 +1,23 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <array>
 #include <atomic>
 #include <future>
+#include <set>
 #include <thread>
 #include <vector>
 
+#include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
+#include "device/store/scanner_store.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
+#include "support/other_threads.h"
 
 namespace qvn::test {
 namespace {
+
+using testing::ElementsAre;
 
 TEST(Initialization, Nests) {
   EXPECT_EQ(QvnInitialize(), 0u);
@@ -35,6 +42,20 @@ TEST(ClientIds, StartAtTheTickCountAndRiseByOneWithoutZero) {
   }
 }
 
+TEST(ClientIds, AreEachGivenOnce) {
+  std::array<std::array<std::uint32_t, 50000>, 2> ids;
+  std::vector<std::thread> threads;
+  for (auto& own : ids) {
+    threads.emplace_back([&own] {
+      for (std::uint32_t& id : own) QvnGetClientId(&id);
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  std::set<std::uint32_t> all;
+  for (const auto& own : ids) all.insert(own.begin(), own.end());
+  EXPECT_EQ(all.size(), ids.size() * ids[0].size());
+}
+
 TEST(ClientIds, AreOneOnAMachineThatHasJustStarted) {
   ManualClock clock;
   std::uint32_t id = 0;
@@ -54,26 +75,38 @@ class InitializationTest : public LibraryTest {
 TEST_F(InitializationTest, TheLastUninitialisationWaitsForACallInFlight) {
   std::promise<void> inside;
   std::promise<void> goOn;
-  std::atomic<bool> callEnded{false};
+  std::atomic<bool> isDown{false};
   duringCallback = [&] {
     inside.set_value();
     goOn.get_future().wait();
     EXPECT_EQ(QvnSuspend(), 0u) << "the library is still there for the call";
   };
-  std::thread caller([&] {
-    EXPECT_EQ(QvnEnumPrinters(1, "FAKE", nullptr, found), 0u);
-    callEnded = true;
-  });
+  std::thread caller([&] { EXPECT_EQ(QvnEnumPrinters(1, "FAKE", nullptr, found), 0u); });
   inside.get_future().wait();
   std::thread uninitializer([&] {
     EXPECT_EQ(QvnUninitialize(), 0u);
-    EXPECT_TRUE(callEnded);
+    isDown = true;
   });
   while (QvnSuspend() == 0) std::this_thread::yield();  // no new calls any more
-  callEnded = true;                                     // set before the call can end
+  waitForOthersToRest();
+  EXPECT_FALSE(isDown);
   goOn.set_value();
   uninitializer.join();
   caller.join();
+  EXPECT_EQ(QvnInitialize(), 0u);
+}
+
+TEST_F(InitializationTest, TheLastUninitialisationClosesWhatIsOpenBeforeItsTransportGoes) {
+  ScannerStore::getInstance().persist(FakeTransport::deviceText("CpdScanner", 407));
+  HidStore::getInstance().persist(FakeTransport::deviceText("CpdHid", 807));
+  EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
+  EXPECT_EQ(QvnOpenScanner(1, 407), 0u);
+  EXPECT_EQ(QvnOpenHid(1, 807), 0u);
+  fake.takeCalls();
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_THAT(fake.takeCalls(),
+              ElementsAre("get bidi", "close bidi", "release bidi", "get bidi", "close bidi", "release bidi",
+                          "get alert", "close alert", "release alert", "uninitialize"));
   EXPECT_EQ(QvnInitialize(), 0u);
 }
 

@@ -18,6 +18,7 @@
 namespace qvn {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -85,6 +86,16 @@ TEST_F(LoggingTest, AMaskBitOfAllOrOfTheComponentWantsTheLevel) {
   EXPECT_FALSE(BasicLogger::isEnabled(log_component::serverHid(), 2));
   set("All", 2);
   EXPECT_TRUE(BasicLogger::isEnabled(log_component::serverHid(), 2));
+}
+
+TEST(Component, WantsEverythingOrNothingByDefault) {
+  std::vector<std::string> wanting;
+  for (std::size_t i = 0; i < log_component::kCount; ++i) {
+    const Component& component = log_component::at(i);
+    if (component.getMask() == 0xFFFFFFFF) wanting.push_back(component.getName());
+    EXPECT_TRUE(component.getMask() == 0xFFFFFFFF || component.getMask() == 0) << component.getName();
+  }
+  EXPECT_THAT(wanting, ElementsAre("Bidi", "ComClientBidi", "LegacyClient", "PortMonitorUI", "PrintMonitor"));
 }
 
 TEST_F(LoggingTest, WithoutTheLibrarysKeyOrOnceStoppedNothingIsWritten) {

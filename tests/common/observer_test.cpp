@@ -11,10 +11,12 @@
 #include "common/tasks/observation.h"
 #include "common/tasks/task.h"
 #include "qvn/transport/subject.h"
+#include "support/other_threads.h"
 
 namespace qvn {
 namespace {
 
+using test::waitForOthersToRest;
 using testing::ElementsAre;
 
 struct Recorder : Observer {
@@ -101,17 +103,19 @@ class Held {
       first();
       inside_.set_value();
       goOn_.get_future().wait();
-      ended_ = true;
     };
     delivering_ = std::thread(std::move(notify));
     inside_.get_future().wait();
   }
   // That `operation` returns only when the update is over.
   void expectToHoldUp(const std::function<void()>& operation) {
+    std::atomic<bool> returned{false};
     std::thread waiting([&] {
       operation();
-      EXPECT_TRUE(ended_);
+      returned = true;
     });
+    waitForOthersToRest();
+    EXPECT_FALSE(returned);
     goOn_.set_value();
     waiting.join();
     delivering_.join();
@@ -120,7 +124,6 @@ class Held {
  private:
   std::promise<void> inside_;
   std::promise<void> goOn_;
-  std::atomic<bool> ended_{false};
   std::thread delivering_;
 };
 

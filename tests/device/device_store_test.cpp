@@ -7,6 +7,7 @@
 #include "device/store/printer_store.h"
 #include "device/store/printer_table.h"
 #include "device/store/scanner_store.h"
+#include "printer/cpd/cpd_printer_factory.h"
 #include "printer/printer_object.h"
 #include "qvn/transport/attributes.h"
 #include "support/kept_log/kept_log.h"
@@ -30,6 +31,7 @@ class DeviceStoreTest : public LibraryTest {
 };
 
 TEST_F(DeviceStoreTest, ATextIsStoredUnderItsHandleInDecimal) {
+  EXPECT_EQ(store.remove(12), 2u) << "nothing has been stored";
   const std::string text = FakeTransport::printerText(12);
   EXPECT_EQ(store.persist(text), 0u);
   std::string value;
@@ -152,7 +154,17 @@ TEST_F(DeviceStoreTest, ThreadsThatRestoreTheSamePrinterShareOneObject) {
   store.persist(FakeTransport::printerText(7));
   std::vector<const PrinterObject*> seen(8);
   std::vector<std::thread> threads;
-  for (auto& slot : seen) threads.emplace_back([&] { slot = table.acquire(7).get(); });
+  for (auto& slot : seen) {
+    threads.emplace_back([&] {
+      slot = table.acquire(7).get();
+      // Meanwhile factories are registered and found.
+      auto& factories = DeviceFactories::getInstance();
+      for (int i = 0; i < 20; ++i) {
+        factories.registerFactory("Family" + std::to_string(i), CpdPrinterFactory::getInstance());
+        EXPECT_EQ(factories.makeHid(FakeTransport::printerText(7)), nullptr);
+      }
+    });
+  }
   for (auto& thread : threads) thread.join();
   EXPECT_NE(seen.front(), nullptr);
   EXPECT_THAT(seen, testing::Each(seen.front()));

@@ -77,6 +77,11 @@ TEST_F(KeptCpdHidTest, ReportsAndEvents) {
   gave("loss", hid->doOnConnectionLost());
   close();
   close();
+  failCalls("close", 31);
+  close();
+  fake.onCall = nullptr;
+  open();
+  hid->shutDown();
   close();
 
   scene("reports");

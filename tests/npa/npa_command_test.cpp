@@ -128,28 +128,33 @@ TEST(AlertRegistration, TurnsTheMaskIntoParameterBytes) {
     std::uint32_t mask;
     Bytes parameters;  // from byte 6 on
   } cases[] = {
-      {0, 0x3FF, {0xC0, 0x0F, 0x0F}},
-      {0, 0x1, {0, 0x08, 0}},
-      {0, 0x8, {0, 0x01, 0}},
-      {0, 0x20, {0, 0, 0x02}},
-      {0, 0x40, {0, 0, 0x04}},
-      {0, 0x100, {0x40, 0, 0}},
-      {1, 0x20000, {0x80}},
-      {1, 0x40000, {0x80}},
-      {1, 0x400, {0x01}},
-      {2, 0x80000, {0x03, 0x01}},
-      {2, 0, {0x03, 0x00}},
-      {3, 0x100000, {0x01, 0x01, 0x10}},
-      {4, 0x2200000, {0x07, 0x08, 0, 0x11, 0, 0, 0, 0, 0, 0, 0x01, 0}},
-      {4, 0x1C00000, {0x07, 0x08, 0, 0, 0x07, 0, 0, 0, 0, 0, 0x01, 0}},
+      {0, 0x3FF, {0xC0, 0x0F, 0x0F}},    {1, 0x7FC00, {0xFF}},
+      {2, 0x80000, {0x03, 0x01}},        {2, 0, {0x03, 0x00}},
+      {3, 0x100000, {0x01, 0x01, 0x10}}, {4, 0x3E00000, {0x07, 0x08, 0, 0x11, 0x07, 0, 0, 0, 0, 0, 0x01, 0}},
+  };
+  const auto parametersOf = [](AlertRegistrationCommand& command, std::uint32_t mask) {
+    command.setMask(0xFFFFFFFF);
+    command.setMask(mask);
+    const Bytes packet = copyOf(command.packet());
+    return Bytes(packet.begin() + 6, packet.end());
   };
   for (const auto& c : cases) {
-    const auto command = registrations()[c.command].first;
-    command->setMask(0xFFFFFFFF);
-    command->setMask(c.mask);
-    Bytes packet = copyOf(command->packet());
-    packet.erase(packet.begin(), packet.begin() + 6);
-    EXPECT_EQ(packet, c.parameters) << c.command << " " << std::hex << c.mask;
+    EXPECT_EQ(parametersOf(*registrations()[c.command].first, c.mask), c.parameters) << std::hex << c.mask;
+  }
+  // The bits one by one, from the lowest: which byte of the packet it is in, and which bit there.
+  const std::pair<std::size_t, std::uint8_t> bits[] = {
+      {7, 0x08}, {7, 0x04}, {7, 0x02}, {7, 0x01}, {8, 0x08},  {8, 0x02},  {8, 0x04},  {8, 0x01}, {6, 0x40},
+      {6, 0x80}, {6, 0x01}, {6, 0x02}, {6, 0x04}, {6, 0x08},  {6, 0x10},  {6, 0x20},  {6, 0x40}, {6, 0x80},
+      {6, 0x80}, {7, 0x01}, {8, 0x10}, {9, 0x01}, {10, 0x01}, {10, 0x02}, {10, 0x04}, {9, 0x10}};
+  std::uint32_t mask = 1;
+  for (const auto& [offset, packetBit] : bits) {
+    for (const auto& [command, owned] : registrations()) {
+      if ((owned & mask) == 0) continue;
+      Bytes expected = parametersOf(*command, 0);
+      expected[offset - 6] = packetBit;
+      EXPECT_EQ(parametersOf(*command, mask), expected) << std::hex << mask;
+    }
+    mask <<= 1;
   }
 }
 

@@ -12,6 +12,7 @@
 #include "platform/threads/event.h"
 #include "platform/threads/mutex.h"
 #include "support/manual_clock.h"
+#include "support/other_threads.h"
 #include "support/process/forked.h"
 
 namespace qvn::platform {
@@ -245,6 +246,7 @@ TEST(Mutex, ATimedWaiterNoticesThatTheHolderDies) {
     EXPECT_EQ(mutex->acquire(60'000), WaitResult::Abandoned);
     mutex->release();
   });
+  test::waitForOthersToRest();
   holder.kill();
   waiter.join();
 }

@@ -89,6 +89,8 @@ TEST(PrinterObject, AnswersWithoutADevice) {
   EXPECT_EQ(empty.close(1, wasOpen), 1359u);
   EXPECT_EQ(empty.endJob(1), 1359u);
   EXPECT_EQ(empty.exchangeNpa(1, data, data), 1359u);
+  EXPECT_EQ(empty.registerForNotifications({}), 1359u);
+  EXPECT_EQ(empty.unregisterForNotifications(1), 1359u);
   EXPECT_EQ(empty.open(1), 6u);
 }
 

@@ -26,6 +26,9 @@ std::string hex(const Data& data) {
   return text;
 }
 
+// What is part of the trail only begins with a blank.
+bool isTrailOnly(const std::string& call) { return call.starts_with(' '); }
+
 }  // namespace
 
 struct FakeTransport::Connection : Connectable {
@@ -35,9 +38,16 @@ struct FakeTransport::Connection : Connectable {
   bool setChild(std::uint32_t index, Connectable* child) override {
     FakeTransport& transport = instance();
     if (child != nullptr && transport.reached("setChild") != QRN_ERROR_SUCCESS) return false;
-    transport.setDevice(handle, static_cast<Device*>(child));
+    auto* const device = static_cast<Device*>(child);
+    transport.record(" child " + name + " " + std::to_string(index) + " " +
+                     (device != nullptr ? std::to_string(device->getHandle()) : "none"));
+    transport.setDevice(handle, device);
     const bool set = Connectable::setChild(index, child);
     return child != nullptr ? set : transport.reached("setChild") == QRN_ERROR_SUCCESS;
+  }
+  void setTag(std::uint32_t tag) override {
+    instance().record(" tag " + name + " " + std::to_string(tag));
+    Connectable::setTag(tag);
   }
   std::uint32_t doOpen() override {
     FakeTransport& transport = instance();
@@ -204,6 +214,7 @@ class FakeTransport::Visitors : public VisitorManager {
     return new Visit(name);
   }
   void releaseVisitor(Visitor* visitor) override {
+    instance().record(" release visitor " + static_cast<Visit*>(visitor)->name);
     delete visitor;
     --instance().visitorsOut_;
     instance().reached("releaseVisitor");
@@ -288,10 +299,18 @@ void FakeTransport::record(const std::string& call) {
 
 std::vector<std::string> FakeTransport::calls() const {
   std::lock_guard<std::mutex> lock(mutex_);
-  return calls_;
+  std::vector<std::string> calls = calls_;
+  std::erase_if(calls, isTrailOnly);
+  return calls;
 }
 
 std::vector<std::string> FakeTransport::takeCalls() {
+  std::vector<std::string> calls = takeTrail();
+  std::erase_if(calls, isTrailOnly);
+  return calls;
+}
+
+std::vector<std::string> FakeTransport::takeTrail() {
   std::lock_guard<std::mutex> lock(mutex_);
   return std::exchange(calls_, {});
 }

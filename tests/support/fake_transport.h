@@ -55,6 +55,9 @@ class __attribute__((visibility("default"))) FakeTransport {
   void record(const std::string& call);
   std::vector<std::string> calls() const;
   std::vector<std::string> takeCalls();
+  // The same with what the library leaves on the transport's objects in between: " tag bidi 1",
+  // " child bidi 0 7" (the handle of the device, or "none"), " release visitor npaDataVisitor".
+  std::vector<std::string> takeTrail();
   // The calls that begin so.
   std::vector<std::string> calls(const std::string& prefix) const;
   // All bytes that were written.

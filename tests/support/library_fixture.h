@@ -26,6 +26,11 @@ class LibraryTest : public testing::Test {
     ASSERT_TRUE(ApplicationSettings().setLong(setting_key::kSettings, setting, value, SettingsStore::kLocal));
   }
 
+  // What every such call of the transport fails with from now on.
+  void failCalls(const std::string& failing, std::uint32_t rc) {
+    fake.onCall = [failing, rc](const char* call) { return call == failing ? rc : 0; };
+  }
+
   FakeTransport& fake = FakeTransport::instance();
 };
 

@@ -1,13 +1,10 @@
 #include "support/manual_clock.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <numeric>
-#include <string>
 #include <thread>
+
+#include "support/other_threads.h"
 
 namespace qvn::test {
 namespace {
@@ -18,21 +15,6 @@ using platform::Milliseconds;
 constexpr int kMaxBusySlices = 100;
 
 constexpr auto kRealPatience = std::chrono::seconds(10);
-
-// Whether a thread of this process other than the caller runs or waits for a processor.
-bool othersCompute() {
-  const std::string self = std::to_string(gettid());
-  std::error_code error;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
-    if (task.path().filename() == self) continue;
-    std::string status;
-    std::getline(std::ifstream(task.path() / "stat"), status);
-    // The state is the letter after the name, which is in parentheses.
-    const std::size_t nameEnd = status.rfind(") ");
-    if (nameEnd != std::string::npos && status[nameEnd + 2] == 'R') return true;
-  }
-  return false;
-}
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "support/manual_clock.h"
+#include "support/other_threads.h"
 #include "sweeps/stage.h"
 
 namespace qvn::test {
@@ -83,7 +84,8 @@ TEST_P(Registrations, EndOnlyWhenNoCallRunsWhichKeepsNobodyElse) {
   inside.get_future().wait();
   EXPECT_EQ(stage.play(source.device, source.meanwhile), 0u);
   auto ending = std::async(std::launch::async, [&] { Stage::listenNoMore(1, source.device); });
-  EXPECT_EQ(ending.wait_for(std::chrono::milliseconds(1)), std::future_status::timeout);
+  waitForOthersToRest();
+  EXPECT_EQ(ending.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
   goOn.set_value();
   ending.get();
   delivering.join();

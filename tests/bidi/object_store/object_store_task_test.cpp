@@ -139,6 +139,9 @@ TEST_F(ObjectStoreTaskTest, ACancelEndsTheExchangeWhenverItComes) {
     ObjectStoreBidiTask task = makeTask();
     task.cancel();
     EXPECT_EQ(task.execute(), 1236u) << "before";
+    failCalls("getVisitor", 31);
+    EXPECT_EQ(task.execute(), 1u) << "with nothing to cancel";
+    fake.onCall = nullptr;
     fake.takeCalls();
     task.executeBackground();
     while (fake.calls("cancel").empty()) std::this_thread::yield();

@@ -8,6 +8,7 @@
 #include "ipv4/discovery/discovery_log.h"
 #include "ipv4/transport_module.h"
 #include "qvn/transport/attributes.h"
+#include "support/registry_values.h"
 #include "support/simulator/simulator_process.h"
 
 namespace qvn::test {
@@ -81,14 +82,21 @@ TEST_F(Discovery, DescribesADeviceAndItsPartsSoThatTheyCanBeUsed) {
 }
 
 TEST_F(Discovery, KeepsADevicesHandleWhereverItGoes) {
+  // What a process found before is in the registry.
+  const std::string root = std::string(kLibraryRegistryRoot) + "Ip1\\";
+  store(root + "Devices", "A", 40017);
+  store(root + "Services", "A", "announced");
   std::string first;
   {
     const SimulatorProcess a({"--serial", "A"});
     const SimulatorProcess b({"--serial", "B", "--address", "127.0.0.2"});
     ASSERT_EQ(discover(a.place() + "," + b.place()), 0u);
     ASSERT_EQ(log.texts.size(), 2u);
-    EXPECT_NE(longOf(log.texts[0], attribute::kHandle), longOf(log.texts[1], attribute::kHandle));
-    first = stringOf(log.texts[0], attribute::kSerialNumber) == "A" ? log.texts[0] : log.texts[1];
+    if (stringOf(log.texts[0], attribute::kSerialNumber) == "B") std::swap(log.texts[0], log.texts[1]);
+    first = log.texts[0];
+    EXPECT_EQ(longOf(first, attribute::kHandle), 40017u);
+    EXPECT_EQ(longOf(log.texts[1], attribute::kHandle), 40018u);
+    EXPECT_EQ(storedText(root + "Services", "A"), "") << "it has said more than its announcement";
     ASSERT_EQ(discover(a.place()), 0u);
     EXPECT_EQ(log.texts, std::vector<std::string>{first});
   }

@@ -116,10 +116,20 @@ TEST_F(CpdPrinterTest, TheCacheChannelOfTheTransportComesFirst) {
   EXPECT_THAT(fake.calls("open"), IsEmpty());
 }
 
-std::function<void()> duringNotification;
-void onNotification(std::uint32_t, std::uint32_t, std::uint32_t, const std::uint8_t*, std::uint32_t,
+TEST_F(CpdPrinterTest, NotificationsNeedAHandle) {
+  CpdPrinter nameless;
+  EXPECT_EQ(nameless.doRegisterForNotifications({1, 1, Data(), recordStatus}), 1359u);
+  EXPECT_EQ(nameless.doUnregisterForNotifications(1), 1359u);
+  EXPECT_EQ(printer->doUnregisterForNotifications(2), 1u) << "not registered";
+  EXPECT_EQ(printer->doUnregisterForNotifications(1), 0u);
+  printer->doOpen();
+  EXPECT_THAT(statusIds, IsEmpty());
+}
+
+std::function<void(std::uint32_t id)> duringNotification;
+void onNotification(std::uint32_t, std::uint32_t, std::uint32_t id, const std::uint8_t*, std::uint32_t,
                     std::uint32_t) {
-  duringNotification();
+  duringNotification(id);
 }
 
 TEST_F(CpdPrinterTest, AttributesThatChangeWhileTheTransportIsToldOfAnotherOneStay) {
@@ -147,7 +157,7 @@ TEST_F(CpdPrinterTest, ANotificationCannotChangeWhatItReportsOn) {
   int notifications = 0;
   int nested = 0;
   fake.onVisitor = [](const std::string& name, Data*) { return name == "cacheVisitor" ? 1u : 0u; };
-  duringNotification = [&] {
+  duringNotification = [&](std::uint32_t id) {
     ++notifications;
     const bool isClosing = notifications % 8 == 0;
     EXPECT_EQ(guardedCall([&] { return printer->doOpen(); }), isClosing ? 170u : 0u)
@@ -160,6 +170,7 @@ TEST_F(CpdPrinterTest, ANotificationCannotChangeWhatItReportsOn) {
     EXPECT_EQ(guardedCall([&] { return printer->doGetCache(data); }), 170u) << "opens and closes";
     std::uint32_t state = 0;
     EXPECT_EQ(printer->doGetCurrentState(state), 0u) << "may be asked";
+    EXPECT_TRUE(id > 3 || state == id) << "already what is told";
   };
   printer->doRegisterForNotifications({1, 1, Data(), onNotification});
   for (const std::uint32_t buffered : {0u, 1u}) {

@@ -15,6 +15,7 @@
 #include "printer/cpd/cpd_printer.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
+#include "support/other_threads.h"
 
 namespace qvn::test {
 namespace {
@@ -127,14 +128,21 @@ TEST_F(MwoTest, TheWriterWakesWithTheFifthBufferOrAfterThreeSeconds) {
   EXPECT_EQ(sink.text(), "0");
   clock.advance(1);
   sink.waitForWrites(2);
+  ASSERT_TRUE(clock.waitForWait(75)) << "from now on it looks every so often";
+  print(mwo, "2");
+  clock.advance(75);
+  sink.waitForWrites(3);
   whileTimePasses([&] { mwo.stop(); });
 
   Mwo other(sink);
   other.begin();
-  for (const char* const text : {"a", "b", "c", "d", "e", "f"}) print(other, text);
-  sink.waitForWrites(2 + 6);  // without the time moving on
+  for (const char* const text : {"a", "b", "c", "d", "e"}) print(other, text);
+  waitForOthersToRest();
+  EXPECT_EQ(sink.text(), "012a");
+  print(other, "f");
+  sink.waitForWrites(3 + 6);  // without the time moving on
   whileTimePasses([&] { other.stop(); });
-  EXPECT_EQ(sink.text(), "01abcdef");
+  EXPECT_EQ(sink.text(), "012abcdef");
 }
 
 TEST_F(MwoTest, AFullQueueSlowsTheClientDownAndThenRefuses) {

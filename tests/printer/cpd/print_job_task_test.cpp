@@ -150,9 +150,9 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
   std::string sizeText;
   fake.onVisitor = [&](const std::string& visitor, Data* data) {
     if (visitor == "setMaxPacketSizeVisitor") sizeText = asText(*data);
-    return 0u;
+    return visitor == "setMaxPacketSizeVisitor" ? 31u : 0u;
   };
-  EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 0u);
+  EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 31u) << "the transport's answer to the size";
   EXPECT_EQ(sizeText, "<MaxWritePacketSize>4128</MaxWritePacketSize>");
   std::uint32_t size = 0;
   EXPECT_EQ(AttributeCodec::getLong(printer->getAttributes(), attribute::kMaxWritePacketSize, size), 0u);

@@ -472,6 +472,37 @@ TEST_F(BpdScanJobTest, OfTwoBackgroundSendsTheFirstIsGivenUp) {
   EXPECT_THAT(sent(), IsEmpty()) << "a name that would change the document";
 }
 
+TEST_F(BpdScanJobTest, WhatTheDeviceSendsMayMeetWhatClientsDo) {
+  openFor();
+  startJob();
+  BpdScanAsyncDataTask task(*scanner);
+  const auto deliverToTask = [&] {
+    for (const char* const block : {"<Job.Start>", "<Scan.Data>x", "<Job.End>"}) {
+      Data data{std::string(block)};
+      task.updateClients(data);
+    }
+    Data complete(
+        notification("407_Observer", "Job_1", "stateChanged", entries("ScanJob", "state", "Complete")));
+    task.updateClients(complete);
+  };
+  std::vector<std::future<void>> working;
+  for (const std::uint32_t client : {1u, 2u}) {
+    working.push_back(std::async(std::launch::async, [&, client] {
+      for (int i = 0; i < 50; ++i) {
+        task.startJob(client);
+        EXPECT_EQ(task.registerClient(client, kEverything, nullptr), 0u);
+        deliverToTask();
+        EXPECT_EQ(task.unregisterClient(client), 0u);
+        task.endJob();
+        task.jobHasEnded();
+      }
+    }));
+  }
+  for (auto& thread : working) thread.get();
+  EXPECT_TRUE(task.jobHasEnded());
+  endJob();
+}
+
 TEST_F(BpdScanJobTest, TwoClientsThatEndOneJobAtOnceEndItOnce) {
   openFor();
   for (int round = 0; round < 20; ++round) {

@@ -7,8 +7,10 @@
 #include <future>
 #include <thread>
 
+#include "common/tasks/observation.h"
 #include "device/store/printer_store.h"
 #include "scanner/cpd/scanner_fixture.h"
+#include "support/other_threads.h"
 
 namespace qvn::test {
 namespace {
@@ -16,6 +18,22 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+
+TEST_F(CpdScannerTest, TellsObserversOfItsStateAndOfACloseThatFailedAllTheSame) {
+  struct : Observer {
+    using Observer::doUpdate;
+    void doUpdate(std::uint32_t handle, const std::string& state) override {
+      states.push_back(std::to_string(handle) + state);
+    }
+    std::vector<std::string> states;
+  } observer;
+  const Observation observation(observer, *scanner);
+  EXPECT_EQ(scanner->doOpen(), 0u);
+  EXPECT_THAT(observer.states, ElementsAre("407CpdScannerOpen"));
+  failCalls("close", 31);
+  EXPECT_EQ(scanner->doClose(), 31u);
+  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u) << "closed";
+}
 
 // Every operation in every state, and the state it leaves behind.
 TEST_F(CpdScannerTest, EachStateAnswersEachOperation) {
@@ -40,23 +58,20 @@ TEST_F(CpdScannerTest, EachStateAnswersEachOperation) {
   Data command = bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0});
   Data response;
   const AsyncDataRegistration registration{0, 1, ReceivedScanData::callback};
-  const auto accept = [&] {
-    Data block = CpdScannerTest::block(1);
-    scanner->doAccept(block);
-    return block.getRc();
-  };
+  const auto accept = [&] { return refusesData() ? 1u : 0u; };
   const struct {
     const char* name;
     std::function<std::uint32_t()> call;
     std::uint32_t results[5];
     const char* after;
+    const char* writesIn = "";  // the state
   } operations[] = {
       {"open", [&] { return scanner->doOpen(); }, {0, 0, 0, 0, 0}, "OOSEE"},
       {"close", [&] { return scanner->doClose(); }, {0, 0, 0, 0, 0}, "CCCCC"},
-      {"startJob", [&] { return scanner->doStartJob(1, nullptr); }, {1, 0, 1, 1, 1}, "CSSEE"},
+      {"startJob", [&] { return scanner->doStartJob(1, nullptr); }, {1, 0, 1, 1, 1}, "CSSEE", "O"},
       {"endJob", [&] { return scanner->doEndJob(1); }, {1, 1, 1, 0, 0}, "COSOO"},
-      {"cancelJob", [&] { return scanner->doCancelJob(1); }, {1, 1, 0, 0, 0}, "COEEE"},
-      {"send", [&] { return scanner->doExchangeData(1, data); }, {1, 0, 1, 1, 1}, "COSEE"},
+      {"cancelJob", [&] { return scanner->doCancelJob(1); }, {1, 1, 0, 0, 0}, "COEEE", "S"},
+      {"send", [&] { return scanner->doExchangeData(1, data); }, {1, 0, 1, 1, 1}, "COSEE", "O"},
       {"ask", [&] { return scanner->doExchangeData(1, command, response); }, {1, 1460, 1, 1, 1}, "COSEE"},
       {"register", [&] { return scanner->doRegisterForAsyncData(registration); }, {1, 0, 0, 0, 0}, "COSEE"},
       {"unregister", [&] { return scanner->doUnregisterForAsyncData(1); }, {1, 0, 0, 0, 0}, "COSEE"},
@@ -67,7 +82,9 @@ TEST_F(CpdScannerTest, EachStateAnswersEachOperation) {
     for (std::size_t i = 0; i < states.size(); ++i) {
       SCOPED_TRACE(std::string(operation.name) + " in state " + states[i]);
       bring(states[i]);
+      fake.takeCalls();
       EXPECT_EQ(operation.call(), operation.results[i]);
+      EXPECT_EQ(fake.calls("write").size(), std::string(operation.writesIn) == states.substr(i, 1) ? 1u : 0u);
       std::uint32_t value = 7;
       EXPECT_EQ(scanner->doGetCurrentState(value), 0u);
       EXPECT_EQ(value, 0u);
@@ -87,9 +104,11 @@ TEST_F(CpdScannerTest, AScanGoesFromGoToTheEndOfTheJob) {
   EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "write 8", "release bidi"));
   EXPECT_THAT(fake.written(), EndsWith(std::string("\x1BSG\0\0\0\0\0", 8)));
   EXPECT_EQ(fake.deliver(block(1)), 0u);
+  ReceivedScanData::onCall = [this] { EXPECT_TRUE(refusesData()) << "over when the clients hear of it"; };
   fake.deliver(status(0));
+  ReceivedScanData::onCall = nullptr;
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0))));
-  EXPECT_EQ(fake.deliver(block(2)), 1u) << "the scan is over";
+  EXPECT_TRUE(refusesData());
   EXPECT_EQ(scanner->doEndJob(1), 0u);
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
   EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u) << "the next page";
@@ -101,14 +120,12 @@ TEST_F(CpdScannerTest, DataThatComesWhileTheScanIsBeingStartedIsNotLost) {
   scanner->doRegisterForAsyncData({16, 1, ReceivedScanData::callback});
   std::thread device;
   fake.onWrite = [&](Data& data) {
-    std::promise<void> delivering;
     device = std::thread([&] {
-      delivering.set_value();
       fake.deliver(block(1));
       fake.deliver(status(0));
     });
-    delivering.get_future().wait();
-    for (int i = 0; i < 100; ++i) std::this_thread::yield();
+    waitForOthersToRest();
+    EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "whose it is shows when the command has gone out";
     data.setRc(0);
     data.setCount(data.getLength());
   };
@@ -125,6 +142,7 @@ TEST_F(WaitingCpdScannerTest, ACancelledScanPassesOnItsStatusOnly) {
   EXPECT_THAT(fake.written(), EndsWith(std::string("\x1BSA\0\0\0\0\0", 8)));
   fake.deliver(block(1));
   auto ending = std::async(std::launch::async, [&] { return scanner->doEndJob(1); });
+  ASSERT_TRUE(clock.waitForWait(60000));
   fake.deliver(status(3));
   EXPECT_EQ(ending.get(), 0u) << "the status ends the wait";
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(status(3))));
@@ -136,6 +154,9 @@ TEST_F(CpdScannerTest, AStatusThatNeverComesIsWaitedForAsLongAsTheSettingSays) {
     if (duration != 60000) set("ScanCancelWaitDuration", duration);
     makeScanner();
     startScan();
+    fake.deliver(status(0));  // that of another scan is not this one's
+    scanner->doEndJob(1);
+    scanner->doStartJob(1, nullptr);
     fake.onWrite = [](Data& data) { data.setRc(1460); };  // the abort does not even get there
     scanner->doCancelJob(1);
     fake.onWrite = nullptr;
@@ -149,7 +170,9 @@ TEST_F(CpdScannerTest, AStatusThatNeverComesIsWaitedForAsLongAsTheSettingSays) {
 TEST_F(CpdScannerTest, ALostConnectionReachesTheClientsAsAStatusAndACloseNot) {
   startScan();
   fake.deliver(block(1));
+  ReceivedScanData::onCall = [this] { EXPECT_TRUE(refusesData()); };
   fake.loseConnection();
+  ReceivedScanData::onCall = nullptr;
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0x0B))));
   fake.loseConnection();
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "told once";

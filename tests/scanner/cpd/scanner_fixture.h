@@ -1,6 +1,7 @@
 // A Cpd scanner on the fake transport.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -21,10 +22,14 @@ class ReceivedScanData {
     return std::exchange(received_, {});
   }
 
+  // What a client does inside its callback.
+  static inline std::function<void()> onCall;
+
   static std::uint32_t callback(std::uint32_t clientId, std::uint32_t job, std::uint32_t handle,
                                 std::uint32_t mask, const std::uint8_t* data, std::uint32_t length) {
     EXPECT_EQ(job, 0u);
     EXPECT_EQ(handle, 407u);
+    if (onCall) onCall();
     std::lock_guard<std::mutex> lock(mutex_);
     received_.push_back(std::to_string(clientId) + "/" + std::to_string(mask) + ": " +
                         std::string(reinterpret_cast<const char*>(data), length));
@@ -48,7 +53,10 @@ class ScannerTest : public Clock, public LibraryTest {
     makeScanner();
   }
 
-  ~ScannerTest() override { closeScanner(); }
+  ~ScannerTest() override {
+    closeScanner();
+    ReceivedScanData::onCall = nullptr;
+  }
 
   void closeScanner() {
     while (scanner->openCount() > 0) scanner->doClose();
@@ -64,6 +72,13 @@ class ScannerTest : public Clock, public LibraryTest {
     scanner->doRegisterForAsyncData({16, 1, ReceivedScanData::callback});
     ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
     fake.takeCalls();
+  }
+
+  // Data that comes now is nobody's.
+  bool refusesData() {
+    Data data = block(1);
+    scanner->doAccept(data);
+    return data.getRc() == 1;
   }
 
   static Data status(int code) { return bytes({0x1B, 'S', 'S', code, 0, 0, 0, 0}); }
