@@ -8,6 +8,7 @@
 #include "ipv4/discovery/discovery_log.h"
 #include "ipv4/transport_module.h"
 #include "qvn/transport/attributes.h"
+#include "qvn/transport/settings.h"
 #include "support/registry_values.h"
 #include "support/simulator/simulator_process.h"
 
@@ -84,7 +85,7 @@ TEST_F(Discovery, DescribesADeviceAndItsPartsSoThatTheyCanBeUsed) {
 TEST_F(Discovery, KeepsADevicesHandleWhereverItGoes) {
   // What a process found before is in the registry.
   const std::string root = std::string(kLibraryRegistryRoot) + "Ip1\\";
-  store(root + "Devices", "A", 40017);
+  store(root + "Devices", "A", 40017u);
   store(root + "Services", "A", "announced");
   std::string first;
   {

@@ -106,7 +106,6 @@ TEST_F(CpdScannerTest, AScanGoesFromGoToTheEndOfTheJob) {
   EXPECT_EQ(fake.deliver(block(1)), 0u);
   ReceivedScanData::onCall = [this] { EXPECT_TRUE(refusesData()) << "over when the clients hear of it"; };
   fake.deliver(status(0));
-  ReceivedScanData::onCall = nullptr;
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0))));
   EXPECT_TRUE(refusesData());
   EXPECT_EQ(scanner->doEndJob(1), 0u);
@@ -172,7 +171,6 @@ TEST_F(CpdScannerTest, ALostConnectionReachesTheClientsAsAStatusAndACloseNot) {
   fake.deliver(block(1));
   ReceivedScanData::onCall = [this] { EXPECT_TRUE(refusesData()); };
   fake.loseConnection();
-  ReceivedScanData::onCall = nullptr;
   EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0x0B))));
   fake.loseConnection();
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "told once";

@@ -22,14 +22,14 @@ class ReceivedScanData {
     return std::exchange(received_, {});
   }
 
-  // What a client does inside its callback.
+  // What a client does inside its next callback.
   static inline std::function<void()> onCall;
 
   static std::uint32_t callback(std::uint32_t clientId, std::uint32_t job, std::uint32_t handle,
                                 std::uint32_t mask, const std::uint8_t* data, std::uint32_t length) {
     EXPECT_EQ(job, 0u);
     EXPECT_EQ(handle, 407u);
-    if (onCall) onCall();
+    if (const auto call = std::exchange(onCall, nullptr)) call();
     std::lock_guard<std::mutex> lock(mutex_);
     received_.push_back(std::to_string(clientId) + "/" + std::to_string(mask) + ": " +
                         std::string(reinterpret_cast<const char*>(data), length));
@@ -53,10 +53,7 @@ class ScannerTest : public Clock, public LibraryTest {
     makeScanner();
   }
 
-  ~ScannerTest() override {
-    closeScanner();
-    ReceivedScanData::onCall = nullptr;
-  }
+  ~ScannerTest() override { closeScanner(); }
 
   void closeScanner() {
     while (scanner->openCount() > 0) scanner->doClose();
