@@ -6,6 +6,7 @@
 #include "bidi/element/element_helpers.h"
 #include "bidi/xml/xml_message_parser.h"
 #include "scanner/bpd/bpd_scanner_fixture.h"
+#include "support/other_threads.h"
 
 namespace qvn::test {
 namespace {
@@ -365,6 +366,7 @@ TEST_F(BpdScanJobTest, TheWatchdogOfOneJobLeavesTheNextOneAlone) {
   openFor();
   startJob();
   clock.advance(10000);
+  waitForOthersToRest();
   EXPECT_TRUE(scanner->isScanning());
   EXPECT_EQ(scanner->doEndJob(1), 0u);
 }
@@ -448,6 +450,7 @@ TEST_F(BpdScanJobTest, ACloseEndsEverythingThatGoesOn) {
     ReceivedBpdData::take();
     deliver("<Ring>");
     clock.advance(100000);
+    waitForOthersToRest();
     EXPECT_THAT(ReceivedBpdData::take(), IsEmpty());
     EXPECT_THAT(sent(), IsEmpty());
     answers = normalAnswers;

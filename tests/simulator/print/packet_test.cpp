@@ -116,19 +116,6 @@ TEST_F(SimulatedPackets, TellsStatusAndResetUnasked) {
   }
 }
 
-TEST_F(SimulatedPackets, AreDoubledAsOftenAsAsked) {
-  constexpr char kGranted[] = "A5 00 06 20 E0 82 02 01 00";
-  constexpr char kUnlocked[] = "A5 00 05 20 E0 82 02 02";
-  device.order("fault double-reply=any:2");
-  Stream bidi = host();
-  bidi.send(hex(kLock) + hex(kUnlock));
-  for (const char* reply : {kGranted, kGranted, kUnlocked, kUnlocked}) {
-    EXPECT_EQ(toHex(bidi.receivePacket()), reply);
-  }
-  EXPECT_EQ(bidi.ask(kLock), kGranted);
-  EXPECT_EQ(bidi.ask(kUnlock), kUnlocked) << "not a third time";
-}
-
 TEST_F(SimulatedPackets, SurvivesGarbageOfEveryLength) {
   std::mt19937 random(1284);
   for (std::size_t length = 0; length <= 300; ++length) {
