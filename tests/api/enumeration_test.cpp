@@ -54,12 +54,16 @@ TEST_F(EnumerationTest, DiscoveryStoresWhatTheTransportReports) {
   std::string options;
   fake.onDiscover = [&](const std::string& text) {
     options = text;
-    return std::vector<std::string>{FakeTransport::printerText(7, "NEW"), "<Device>Teapot</Device>",
-                                    "garbage"};
+    return std::vector{FakeTransport::printerText(7, "NEW"), FakeTransport::deviceText("CpdScanner", 407),
+                       FakeTransport::deviceText("CpdHid", 807), std::string("<Device>Teapot</Device>"),
+                       std::string("garbage")};
   };
   EXPECT_EQ(QvnDiscovery(1, "ALL_TRANSPORT", "10.0.0.0"), 0u);
   EXPECT_EQ(options, "10.0.0.0");
   EXPECT_THAT(printers("FAKE", nullptr), ElementsAre(7));
+  EXPECT_EQ(QvnEnumScanners(1, "FAKE", nullptr, found), 0u);
+  EXPECT_EQ(QvnEnumHids(1, "FAKE", nullptr, found), 0u);
+  EXPECT_THAT(handles, ElementsAre(7, 407, 807));
   EXPECT_EQ(QvnDiscovery(1, "LOCAL_TRANSPORT", nullptr), 0u) << "none is registered";
   EXPECT_EQ(QvnValidatePortName(1, "NEW"), 52u);
   EXPECT_EQ(QvnValidatePortName(1, "new"), 0u);

@@ -164,6 +164,8 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
             0u);
   EXPECT_THAT(revisions, ElementsAre(7, 8, 9));
 
+  summary.getBuffer()[3] = 0x80;
+  EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 22u) << "rejected";
   fake.onExchange = nullptr;
   EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 1460u);
   fake.onVisitor = [](const std::string&, Data*) { return 1u; };
