@@ -80,9 +80,6 @@ TEST_F(KeptCpdHidTest, ReportsAndEvents) {
   failCalls("close", 31);
   close();
   fake.onCall = nullptr;
-  open();
-  hid->shutDown();
-  close();
 
   scene("reports");
   open();
@@ -105,6 +102,11 @@ TEST_F(KeptCpdHidTest, ReportsAndEvents) {
   close();
   open();
   askState();
+
+  scene("shut down while it is open");
+  hid->shutDown();
+  send(1);
+  close();
 
   expectKept("hid", "reports_and_events");
 }

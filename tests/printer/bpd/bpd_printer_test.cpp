@@ -285,7 +285,9 @@ TEST_F(KeptBpdPrinterTest, States) {
   cancel();
   operate();
   open();
+  failCalls("close", 31);
   close();
+  fake.onCall = nullptr;
   close();
 
   expectKept("printer/bpd", "states");

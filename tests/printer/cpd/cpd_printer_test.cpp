@@ -116,16 +116,6 @@ TEST_F(CpdPrinterTest, TheCacheChannelOfTheTransportComesFirst) {
   EXPECT_THAT(fake.calls("open"), IsEmpty());
 }
 
-TEST_F(CpdPrinterTest, NotificationsNeedAHandle) {
-  CpdPrinter nameless;
-  EXPECT_EQ(nameless.doRegisterForNotifications({1, 1, Data(), recordStatus}), 1359u);
-  EXPECT_EQ(nameless.doUnregisterForNotifications(1), 1359u);
-  EXPECT_EQ(printer->doUnregisterForNotifications(2), 1u) << "not registered";
-  EXPECT_EQ(printer->doUnregisterForNotifications(1), 0u);
-  printer->doOpen();
-  EXPECT_THAT(statusIds, IsEmpty());
-}
-
 std::function<void(std::uint32_t id)> duringNotification;
 void onNotification(std::uint32_t, std::uint32_t, std::uint32_t id, const std::uint8_t*, std::uint32_t,
                     std::uint32_t) {

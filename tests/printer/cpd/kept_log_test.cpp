@@ -93,7 +93,9 @@ TEST_F(KeptCpdPrinterTest, States) {
   open();
   exchange(bytes({0xA5, 0, 3, 0x50, 1, 0}));
   close();
+  failCalls("close", 31);
   close();
+  fake.onCall = nullptr;
   close();
   fake.onOpen = [](const std::string&) { return 1225u; };
   open();
