@@ -99,9 +99,10 @@ TEST_F(KeptBpdScannerTest, Jobs) {
     deliver(notification("407_Observer", "Job_1", "pageScanned", entries("HostSendJob", "source", source)));
   }
   deliver(notification("another", "Job_1", "stateChanged", entries("ScanJob", "state", "Idle")));
-  const std::size_t replies = times("command correlation");
+  const std::string exchanged = "release visitor objectStoreDataVisitor";
+  const std::size_t exchanges = times(exchanged);
   deliverState("Wait Next Original");
-  EXPECT_TRUE(eventually([&] { return times("command correlation") > replies; }));
+  EXPECT_TRUE(eventually([&] { return times(exchanged) > exchanges; }));
   deliver("<Job.End>");
   deliverState("Complete");
   deliver("<Scan.Data>late");
