@@ -1,6 +1,7 @@
 // Devices: their attributes, their stores, the factories and the tables of live objects.
 #include <gmock/gmock.h>
 
+#include <barrier>
 #include <thread>
 
 #include "device/factories/device_factories.h"
@@ -153,15 +154,19 @@ TEST_F(DeviceStoreTest, AnAttributeChangesOnlyWhenTheTransportAcceptsIt) {
 TEST_F(DeviceStoreTest, ThreadsThatRestoreTheSamePrinterShareOneObject) {
   store.persist(FakeTransport::printerText(7));
   std::vector<const PrinterObject*> seen(8);
+  std::atomic<int> families{0};
+  std::barrier round(std::ssize(seen));
   std::vector<std::thread> threads;
   for (auto& slot : seen) {
     threads.emplace_back([&] {
       slot = table.acquire(7).get();
       // Meanwhile factories are registered and found.
       auto& factories = DeviceFactories::getInstance();
-      for (int i = 0; i < 20; ++i) {
-        factories.registerFactory("Family" + std::to_string(i), CpdPrinterFactory::getInstance());
-        EXPECT_EQ(factories.makeHid(FakeTransport::printerText(7)), nullptr);
+      for (int i = 0; i < 500; ++i) {
+        round.arrive_and_wait();
+        const std::string family = "Family" + std::to_string(++families);
+        factories.registerFactory(family, CpdPrinterFactory::getInstance());
+        EXPECT_NE(factories.makePrinter("<Device>" + family + "</Device>"), nullptr);
       }
     });
   }

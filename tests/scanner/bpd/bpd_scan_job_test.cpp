@@ -479,30 +479,44 @@ TEST_F(BpdScanJobTest, WhatTheDeviceSendsMayMeetWhatClientsDo) {
   openFor();
   startJob();
   BpdScanAsyncDataTask task(*scanner);
-  const auto deliverToTask = [&] {
-    for (const char* const block : {"<Job.Start>", "<Scan.Data>x", "<Job.End>"}) {
-      Data data{std::string(block)};
-      task.updateClients(data);
-    }
-    Data complete(
-        notification("407_Observer", "Job_1", "stateChanged", entries("ScanJob", "state", "Complete")));
-    task.updateClients(complete);
+  const auto registerAs = [&](std::uint32_t client) {
+    return [&task, client] {
+      EXPECT_EQ(task.registerClient(client, kEverything, nullptr), 0u);
+      task.unregisterClient(client);
+    };
   };
+  const std::function<void()> meanwhile[] = {[&] {
+                                               task.startJob(1);
+                                               task.endJob();
+                                               task.jobHasEnded();
+                                             },
+                                             registerAs(1), registerAs(2)};
+  std::atomic<bool> isOver{false};
   std::vector<std::future<void>> working;
-  for (const std::uint32_t client : {1u, 2u}) {
-    working.push_back(std::async(std::launch::async, [&, client] {
-      for (int i = 0; i < 50; ++i) {
-        task.startJob(client);
-        EXPECT_EQ(task.registerClient(client, kEverything, nullptr), 0u);
-        deliverToTask();
-        EXPECT_EQ(task.unregisterClient(client), 0u);
-        task.endJob();
-        task.jobHasEnded();
-      }
+  for (const auto& work : meanwhile) {
+    working.push_back(std::async(std::launch::async, [&] {
+      while (!isOver) work();
     }));
   }
+  const std::string complete =
+      notification("407_Observer", "Job_1", "stateChanged", entries("ScanJob", "state", "Complete"));
+  for (int i = 0; i < 1000; ++i) {
+    for (const std::string& block :
+         {std::string("<Job.Start>"), std::string("<Scan.Data>x"), std::string("<Job.End>"), complete}) {
+      Data data(block);
+      task.updateClients(data);
+    }
+  }
+  isOver = true;
   for (auto& thread : working) thread.get();
+  task.endJob();
   EXPECT_TRUE(task.jobHasEnded());
+  ReceivedBpdData::take();
+  task.registerClient(3, kEverything, ReceivedBpdData::callback);
+  deliver("<Ring>");
+  EXPECT_THAT(ReceivedBpdData::take(), testing::UnorderedElementsAre("1/1/2000: Ring", "3/1/2000: Ring"))
+      << "attached once";
+  task.unregisterClient(3);
   endJob();
 }
 
