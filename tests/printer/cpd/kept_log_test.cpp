@@ -252,6 +252,7 @@ TEST_F(KeptCpdPrinterTest, BufferedWriter) {
   };
   end();
   start();
+  holdWrites();
   write("third");
   end();
   close();
