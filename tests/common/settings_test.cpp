@@ -81,6 +81,9 @@ TEST_F(SettingsTest, AKeySaysWhatIsWrong) {
               throwsWin32("RegistryKey::getValue(ulong)text : incorrect value type", 0));
   EXPECT_THAT([] { RegistryKey("Software\\Nowhere", false, kHive); },
               throwsWin32("RegistryKey::openKey()", 2));
+  EXPECT_THAT([] { RegistryKey("Software\\Nowhere", false, kHive); },
+              testing::Throws<Win32Exception>(
+                  testing::Property(&Win32Exception::describe, testing::StartsWith("file:RegistryKey:"))));
   const RegistryKey deleted = settingsKey();
   RegistryKey::deleteTree(std::string(kLibraryRegistryRoot), kHive);
   Data binary;

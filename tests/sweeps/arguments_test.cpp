@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "qvn/transport/attributes.h"
+#include "support/kept_log/kept_log.h"
 #include "support/process/forked.h"
 #include "sweeps/call_table.h"
 #include "sweeps/stage.h"
@@ -33,6 +34,18 @@ TEST_F(Arguments, HandlesThatNameNoDeviceAndMissingArguments) {
   EXPECT_EQ(QvnRegisterForReportsHid(1, 1, nullptr), 1u) << "not 87";
   EXPECT_EQ(QvnGetClientId(nullptr), 87u);
   EXPECT_THAT(fake.calls(), testing::IsEmpty()) << "nothing is forwarded";
+}
+
+class KeptCalls : public KeptLog, public LibraryTest {};
+
+TEST_F(KeptCalls, WriteTheirNamesArgumentsAndResults) {
+  for (const ExportedCall& call : exportedCalls()) {
+    // What the machine's own scheduler has is no part of it.
+    if (call.company == Company::Global || call.name.starts_with("EnumWindows")) continue;
+    gave(call.name, call.call(call.handles.front() == 0 ? 0 : kUnknown));
+    for (const auto& missing : call.missing) gave(call.name, missing());
+  }
+  expectKept("sweeps", "exported_calls");
 }
 
 TEST(NotInitialised, EveryTracedFunctionGivesOneAndDoesNothing) {

@@ -49,8 +49,13 @@ TEST_F(CpdPrinterTest, AFailedWriteIsAnErrorUntilAWriteSucceeds) {
   printer->doGetCurrentState(state);
   EXPECT_EQ(state, 1u);
 
-  rc = 64;
-  print("x");
+  fake.onWrite = [](Data& offered) {
+    offered.setCount(2);
+    throw 5;
+  };
+  Data thrown("abc", 3);
+  EXPECT_EQ(printer->doPrint(thrown), 1359u);
+  EXPECT_EQ(thrown.getCount(), 0u) << "what it counted before is void";
   EXPECT_EQ(printer->doEndJob(), 0u) << "an error can be ended";
   EXPECT_EQ(printer->doStartJob({}), 0u);
   print("x");

@@ -461,6 +461,32 @@ TEST_F(BpdScanJobTest, ACloseEndsEverythingThatGoesOn) {
   startJob();
 }
 
+TEST_F(BpdScanJobTest, TheLastCloseWaitsForTheExchangeThatItCancels) {
+  openFor();
+  std::promise<void> inside;
+  std::promise<void> goOn;
+  fake.onCall = [&](const char* call) {
+    if (call == std::string("visit")) {
+      inside.set_value();
+      goOn.get_future().wait();
+    }
+    return 0u;
+  };
+  std::thread exchanging([&] { scanner->objectStore().exchange(callMethod("system", "ping", nullptr)); });
+  inside.get_future().wait();
+  std::atomic<bool> closed{false};
+  std::thread closing([&] {
+    scanner->doClose();
+    closed = true;
+  });
+  waitForOthersToRest();
+  EXPECT_FALSE(closed) << "its connection is in use";
+  goOn.set_value();
+  exchanging.join();
+  closing.join();
+  fake.onCall = nullptr;
+}
+
 TEST_F(BpdScanJobTest, OfTwoBackgroundSendsTheFirstIsGivenUp) {
   openFor();
   startJob();
