@@ -188,12 +188,8 @@ void Transports::discoverLocal(const std::string& transport) {
 
 void Transports::unload(const std::string& transport) {
   {
-    std::shared_ptr<TransportDll> unloaded;
     const std::lock_guard<std::mutex> lock(loadedMutex_);
-    const auto found = loaded_.find(transport);
-    if (found == loaded_.end()) return;
-    unloaded = std::move(found->second);
-    loaded_.erase(found);
+    if (loaded_.erase(transport) == 0) return;
   }
   Reaper::getInstance().flush();
 }

@@ -135,7 +135,6 @@ void BpdScanner::closeConnection() {
   // Nothing may use the connection any more once it has been released.
   const OpenConnection closing = std::move(bidi_);
   asyncDataTask_.unregisterAll();
-  if (startTask_ != nullptr) startTask_->abort();
   objectStore_.end();
   abortStart();
   job_.drop();
