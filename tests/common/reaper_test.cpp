@@ -27,10 +27,6 @@ TEST_F(ReaperTest, DoesWhatItIsHandedInOrderAndIsWaitedForOutsideCallbacks) {
     goOn.get_future().wait();
     done += "1";
   });
-  reaper.post([&] {
-    done += "2";
-    throw std::runtime_error("contained");
-  });
   ClientCall::run([&] { reaper.flush(); });  // returns at once
   std::atomic<bool> flushed{false};
   std::thread waiting([&] {
@@ -39,8 +35,13 @@ TEST_F(ReaperTest, DoesWhatItIsHandedInOrderAndIsWaitedForOutsideCallbacks) {
   });
   waitForOthersToRest();
   EXPECT_FALSE(flushed);
+  reaper.post([&] {
+    done += "2";
+    throw std::runtime_error("contained");
+  });
   goOn.set_value();
   waiting.join();
+  reaper.flush();
   EXPECT_EQ(done, "12");
 
   // The last copy of a shared reference hands the object over.
