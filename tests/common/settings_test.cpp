@@ -142,6 +142,7 @@ TEST_F(SettingsTest, TheLibrarysRemoveAllSaysWhetherTheBrandsFolderWent) {
     settings.setLong("Settings", "DeleteStoreOnUninstall", deleteStore, 0);
     if (other) RegistryKey("Software\\Quorin Tools\\Qvn\\Local\\zz__", true, kHive);
     EXPECT_EQ(settings.removeAll(), went) << deleteStore << other;
+    EXPECT_FALSE(settings.isAvailable());
   }
 }
 
