@@ -8,6 +8,7 @@
 #include "common/threads/event.h"
 #include "common/threads/inter_process_lock.h"
 #include "common/threads/mutex.h"
+#include "common/threads/security.h"
 #include "common/threads/thread.h"
 #include "support/manual_clock.h"
 #include "support/process/forked.h"
@@ -165,6 +166,14 @@ TEST(Application, LaunchesAProcessWaitsForItAndSaysWhenItCannot) {
   EXPECT_TRUE(idle.setPriorityClass(64)) << "it does not run yet";
   EXPECT_THAT([&] { missing.start(); }, test::throwsWin32("Application::launch()", 2));
   EXPECT_THAT([&] { idle.start(); }, test::throwsWin32("Application::launch()", 87));
+}
+
+TEST(SecurityEveryone, LetsOtherAccountsIn) {
+  for (const bool inheritable : {false, true}) {
+    const SecurityEveryone security(inheritable);
+    EXPECT_TRUE(security.getSecurityAttributes().everyone);
+    EXPECT_EQ(security.getSecurityAttributes().inheritable, inheritable);
+  }
 }
 
 }  // namespace

@@ -115,7 +115,6 @@ std::uint32_t PrinterAlertTask::unregisterClient(std::uint32_t clientId) {
 
 void PrinterAlertTask::unregisterAll() {
   clients_.removeAll(kPrinter);
-  registrationNeeded_ = true;
   settle();
 }
 
