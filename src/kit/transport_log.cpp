@@ -4,15 +4,24 @@
 #include "qvn/transport/log.h"
 
 namespace qvn {
+namespace {
+
+// Null when the line is not wanted.
+const platform::LogWriter* writerOf(const char* component, std::uint32_t level) noexcept {
+  const platform::LogWriter* const writer = platform::logWriter();
+  const bool isWanted = writer != nullptr && component != nullptr && writer->isWanted(component, level);
+  return isWanted ? writer : nullptr;
+}
+
+}  // namespace
 
 bool isTransportLogged(const char* component, std::uint32_t level) noexcept {
-  const platform::LogWriter* const writer = platform::logWriter();
-  return writer != nullptr && component != nullptr && writer->isWanted(component, level);
+  return writerOf(component, level) != nullptr;
 }
 
 void transportLog(const char* component, std::uint32_t level, const std::string& text) noexcept {
-  const platform::LogWriter* const writer = platform::logWriter();
-  if (writer == nullptr || component == nullptr || !writer->isWanted(component, level)) return;
+  const platform::LogWriter* const writer = writerOf(component, level);
+  if (writer == nullptr) return;
   try {
     std::string line = text;
     std::replace_if(

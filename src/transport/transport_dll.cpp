@@ -6,11 +6,6 @@
 #include "transport/call_transport.h"
 
 namespace qvn {
-namespace {
-
-// The published code for a module of another revision.
-
-}  // namespace
 
 void TransportDllHandler::onLoad(const TransportDll& dll) {
   if (void* const address = dll.findProcAddress(transport_entry::kGetAbiVersion)) {
@@ -19,7 +14,7 @@ void TransportDllHandler::onLoad(const TransportDll& dll) {
     if (version != QVN_TRANSPORT_ABI_VERSION) {
       throw Win32Exception("Transport interface version=" + std::to_string(version) + " of DLL=" +
                                dll.getName() + " is not " + std::to_string(QVN_TRANSPORT_ABI_VERSION),
-                           QRN_ERROR_REVISION_MISMATCH, "TransportDllHandler", __LINE__);
+                           QRN_ERROR_REVISION_MISMATCH, "TransportDllHandler", 22);
     }
   }
   const auto initialize = dll.entry<transport_entry::Initialize>(transport_entry::kInitialize);

@@ -18,10 +18,7 @@ namespace {
 
 class KeptCpdHidTest : public KeptLog, public LibraryTest {
  protected:
-  KeptCpdHidTest() {
-    log = this;
-    hid->setAttributes(FakeTransport::deviceText("CpdHid", 807));
-  }
+  KeptCpdHidTest() { hid->setAttributes(FakeTransport::deviceText("CpdHid", 807)); }
 
   static void hearReport(std::uint32_t clientId, std::uint32_t handle, const std::uint8_t* bytes,
                          std::uint32_t length) {
@@ -57,7 +54,6 @@ class KeptCpdHidTest : public KeptLog, public LibraryTest {
   std::unique_ptr<CpdHid> hid = std::make_unique<CpdHid>();
   HidReportManager& reports = HidReportManager::getInstance();
   HidNotificationManager& events = HidNotificationManager::getInstance();
-  static inline KeptLog* log = nullptr;
 };
 
 TEST_F(KeptCpdHidTest, ReportsAndEvents) {

@@ -42,10 +42,7 @@ TEST(AlertType, IsDecidedByTheBytes) {
 
 class KeptAlertTest : public KeptLog, public CpdPrinterTest {
  protected:
-  KeptAlertTest() {
-    log = this;
-    printer->doOpen();
-  }
+  KeptAlertTest() { printer->doOpen(); }
 
   static void hear(std::uint32_t handle, const std::uint8_t* alert, std::uint32_t length,
                    std::uint32_t client) {
@@ -57,7 +54,6 @@ class KeptAlertTest : public KeptLog, public CpdPrinterTest {
   void remove(std::uint32_t client) {
     gave("unregister " + std::to_string(client), printer->doUnregisterForAlerts(client));
   }
-  static inline KeptLog* log = nullptr;
 };
 
 TEST_F(KeptAlertTest, RegistrationsAndAlerts) {

@@ -1,5 +1,6 @@
 #include "registered_transports.h"
 
+#include "common/settings/setting_table.h"
 #include "library_settings.h"
 #include "platform/base/error.h"
 #include "platform/process/module.h"
@@ -9,8 +10,9 @@ namespace qvn::cli {
 
 namespace {
 
-constexpr std::pair<const char*, const char*> kKinds[] = {{"Transports\\Local", "LOCAL_TRANSPORT"},
-                                                          {"Transports\\Network", "NETWORK_TRANSPORT"}};
+constexpr std::pair<const char*, const char*> kKinds[] = {
+    {setting_key::kLocalTransports, "LOCAL_TRANSPORT"},
+    {setting_key::kNetworkTransports, "NETWORK_TRANSPORT"}};
 
 }  // namespace
 

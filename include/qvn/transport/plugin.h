@@ -10,7 +10,8 @@
 
 // The version of the interface that the headers in this folder describe: it changes whenever a class here
 // gets, loses or moves a virtual operation or a member. 4: Data reads through a virtual operation, its last
-// one, and may be replaced by assignment also when it is lent in place.
+// one, and may be replaced by assignment also when it is lent in place. 5: a device takes an event in the
+// operation before the one that takes data.
 #define QVN_TRANSPORT_ABI_VERSION 5u
 
 #define QVN_TRANSPORT_EXPORT extern "C" __attribute__((visibility("default")))

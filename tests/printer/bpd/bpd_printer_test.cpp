@@ -162,8 +162,6 @@ TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
 
 class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
  protected:
-  KeptBpdPrinterTest() { log = this; }
-
   void begin(const std::string& name, std::uint32_t speaksNpa) {
     printer.reset();
     scene(name);
@@ -198,7 +196,6 @@ class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
     end();
     exchange();
   }
-  static inline KeptLog* log = nullptr;
 };
 
 TEST_F(KeptBpdPrinterTest, States) {

@@ -15,8 +15,6 @@ namespace {
 
 class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
  protected:
-  KeptCpdPrinterTest() { log = this; }
-
   // A new printer, whose client hears what becomes of its jobs.
   void begin(const std::string& name) {
     printer.reset();
@@ -84,7 +82,6 @@ class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
 
   std::uint32_t writeRc = 0;
   std::atomic<bool> writing{false};
-  static inline KeptLog* log = nullptr;
 };
 
 TEST_F(KeptCpdPrinterTest, States) {

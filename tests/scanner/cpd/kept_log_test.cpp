@@ -13,8 +13,6 @@ namespace {
 
 class KeptCpdScannerTest : public KeptLog, public CpdScannerTest {
  protected:
-  KeptCpdScannerTest() { log = this; }
-
   void begin(const std::string& name) {
     closeScanner();
     scene(name);
@@ -59,7 +57,6 @@ class KeptCpdScannerTest : public KeptLog, public CpdScannerTest {
     send(version);
     ask(version);
   }
-  static inline KeptLog* log = nullptr;
 };
 
 TEST_F(KeptCpdScannerTest, States) {

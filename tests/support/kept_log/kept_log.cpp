@@ -90,6 +90,7 @@ std::string folded(const std::vector<std::string>& lines) {
 }  // namespace
 
 KeptLog::KeptLog() : thread_(platform::currentThreadId()) {
+  log = this;
   for (const auto& [name, value] : {std::pair{"startLog", 1u},
                                     {"All", 0xFFFFFFFFu},
                                     {"Clocktime_In_Header", 0u},
@@ -111,21 +112,21 @@ void KeptLog::gave(const std::string& call, std::uint32_t rc) {
 }
 
 std::size_t KeptLog::times(const std::string& text) const {
-  const std::string log = contentOf(logFile());
+  const std::string content = contentOf(logFile());
   std::size_t found = 0;
-  for (std::size_t at = 0; (at = log.find(text, at)) != std::string::npos; at += text.size()) ++found;
+  for (std::size_t at = 0; (at = content.find(text, at)) != std::string::npos; at += text.size()) ++found;
   return found;
 }
 
 void KeptLog::expectKept(const std::string& room, const std::string& name) {
-  std::istringstream log(contentOf(logFile()));
-  ASSERT_NE(log.peek(), EOF) << "no log: one such test in a process, as ctest runs them";
+  std::istringstream file(contentOf(logFile()));
+  ASSERT_NE(file.peek(), EOF) << "no log: one such test in a process, as ctest runs them";
   static const std::regex kLine("tid=([0-9a-f]+) (.{25}) (.*)");
   Names names;
   std::vector<std::string> lines;
   std::optional<std::ptrdiff_t> beside;
   const auto isScripts = [](const std::string& line) { return line.starts_with("  "); };
-  for (std::string line; std::getline(log, line);) {
+  for (std::string line; std::getline(file, line);) {
     if (line.ends_with('\r')) line.pop_back();
     std::smatch part;
     if (!std::regex_match(line, part, kLine)) {

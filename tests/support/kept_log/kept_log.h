@@ -36,6 +36,10 @@ class KeptLog {
   // Compares all that was written with tests/<room>/kept/<name>.log.
   void expectKept(const std::string& room, const std::string& name);
 
+ protected:
+  // The test's, for callbacks, which have no argument to carry it.
+  static inline KeptLog* log = nullptr;
+
  private:
   const std::uint32_t thread_;
 };

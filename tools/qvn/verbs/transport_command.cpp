@@ -3,6 +3,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "common/settings/setting_table.h"
 #include "library_settings.h"
 #include "qvn/qvn.h"
 #include "registered_transports.h"
@@ -43,7 +44,7 @@ void remove(const std::string& name) {
     throw Failure("no transport '" + name + "' is registered", QRN_ERROR_NOT_FOUND);
   }
   // The library looks for a module of that name only when the keys of both kinds are there.
-  for (const char* const key : {"Transports\\Local", "Transports\\Network"}) {
+  for (const char* const key : {setting_key::kLocalTransports, setting_key::kNetworkTransports}) {
     makeLibraryKey(key);
   }
   // It goes on to look for a module of the same name, and answers how that went; what counts is
