@@ -42,7 +42,7 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
   } cases[] = {
       {{}, 2, "A subcommand is required"},
       {{"transport"}, 2, "A subcommand is required"},
-      {{"device", "show"}, 2, "HANDLE is required"},
+      {{"device", "show"}, 2, "DEVICE is required"},
       {{"device", "show", "7", "--kind", "fax"}, 2, "fax"},
       {{"device", "show", "7"}, 1, "there is no device 7: the handle is invalid (result 6, "},
       {{"device", "list", "--kind", "hid", "--portname", "x"}, 2, "only printers are listed by"},
@@ -55,8 +55,12 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"transport", "add", "./none.so"}, 1, "cannot load the module './none.so': ./none.so: No such file"},
       {{"transport", "remove", "IPv4"}, 1, "(result 1168, QRN_ERROR_NOT_FOUND)"},
       {{"print", "x.prn"}, 1, "no printer of a registered transport is stored"},
-      {{"print"}, 2, "FILE is required"},
+      {{"print", "--copies", "0", "x.prn"}, 2, "--copies"},
+      {{"print", "--copies", "2", "-"}, 2, "standard input can be read once"},
       {{"print", "x.prn", "--device", "LAB1"}, 1, "(result 1796, QRN_ERROR_UNKNOWN_PORT)"},
+      {{"pritn", "x.prn"}, 2, "no verb 'pritn'; did you mean 'print'?"},
+      {{"log", "folow"}, 2, "'qvn log' has no verb 'folow'; did you mean 'follow'?"},
+      {{"print", "--devcie=7"}, 2, "'qvn print' has no option '--devcie'; did you mean '--device'?"},
       {{"npa", "A5", "0"}, 2, "pairs of hexadecimal digits"},
       {{"esc", "1B53560000000000"}, 1, "no scanner of a registered transport is stored"},
       {{"hid", "watch", "--device", "7"}, 1, "there is no hid 7"},
@@ -69,7 +73,9 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"scan", "-o", "page.png", "--pages", "2"}, 2, "several come from --source feeder"},
       {{"scan", "-o", "-", "--pages", "all", "--source", "feeder"}, 2, "standard output takes one page"},
       {{"scan", "-o", "-", "--json"}, 2, "not both"},
-      {{"get", "Colour"}, 2, "no attribute 'Colour'"},
+      {{"get", "Colour"}, 2, "no attribute 'Colour'; 'qvn get --help' lists them"},
+      {{"get", "Portnam"}, 2, "did you mean 'Portname'?"},
+      {{"discover"}, 1, "no transport is registered: run 'qvn install'"},
       {{"set", "Vid", "x", "--device", "7"}, 1, "there is no printer 7"},
       {{"settings", "get", "Colour"}, 2, "no setting 'Colour'"},
       {{"settings", "get", "CpdPrinterHostId"}, 1, "has no value"},
@@ -148,9 +154,10 @@ TEST_F(CommandLine, StoresShowsAndForgetsDevices) {
                                        {"NpaRevisionLevel", "010203"}}));
   EXPECT_EQ(ok({"get", "Vid", "--device", "lab2"}), "1085\n") << "port names compare without case";
   EXPECT_EQ(ok({"get", "Device", "--device", "7", "--kind", "scanner"}), "BpdScanner\n");
-  EXPECT_EQ(qvn({"get", "Nickname", "--device", "7"}).exitCode, 1);
+  EXPECT_EQ(qvn({"get", "Nickname", "--device", "7", "--kind", "printer"}).exitCode, 1);
+  EXPECT_EQ(ok({"get", "Handle", "--device", "12"}), "12\n") << "one kind alone has it";
 
-  ok({"device", "remove", "12"});
+  EXPECT_EQ(ok({"device", "remove", "Lab2"}), "removed printer 12 (LAB2)\n");
   EXPECT_EQ(json::parse(ok({"device", "list", "--transport", "IPv4", "--json"})).size(), 2u);
 }
 
@@ -197,7 +204,7 @@ TEST_F(CommandLine, TurnsTheLogOnAndOff) {
   EXPECT_EQ(ok({"log", "path"}), file.string() + "\n");
   ok({"log", "on"});
   EXPECT_EQ(ok({"settings", "get", "startLog"}), "1\n");
-  ok({"device", "list"});
+  ok({"device", "list", "--json"});
   const std::string log = ok({"log", "show"});
   EXPECT_THAT(log, AllOf(HasSubstr("+QvnEnumPrinters() clientId="), HasSubstr("-QvnEnumPrinters() clientId="),
                          Not(HasSubstr("\r"))));
@@ -205,7 +212,7 @@ TEST_F(CommandLine, TurnsTheLogOnAndOff) {
   EXPECT_EQ(std::count(last.begin(), last.end(), '\n'), 1);
   EXPECT_TRUE(log.ends_with(last));
   ok({"log", "off"});
-  ok({"device", "list"});
+  ok({"device", "list", "--json"});
   EXPECT_EQ(ok({"log", "show"}), log);
 }
 

@@ -33,7 +33,7 @@ class InstallationCommands : public testing::Test {
 
 TEST_F(InstallationCommands, InstallGivesEverySettingItsDefaultAndUninstallTakesAllAway) {
   ok({"settings", "set", "TeojDuration", "1500"});
-  EXPECT_THAT(ok({"install"}), IsEmpty());
+  EXPECT_EQ(ok({"install"}), "the library is set up; transports: IPv4\n");
   EXPECT_EQ(json::parse(ok({"transport", "list", "--json"})),
             json::parse(R"([{"name": "IPv4", "kind": "NETWORK_TRANSPORT", "module": "qvn_ipv4.so"}])"));
   for (const json& setting : json::parse(ok({"settings", "list", "--json"}))) {
@@ -47,7 +47,7 @@ TEST_F(InstallationCommands, InstallGivesEverySettingItsDefaultAndUninstallTakes
   ok({"install"});
   EXPECT_EQ(ok({"registry", "export"}), once);
   ok({"settings", "set", "DeleteStoreOnUninstall", "1"});
-  EXPECT_THAT(ok({"uninstall"}), IsEmpty());
+  EXPECT_THAT(ok({"uninstall", "-q"}), IsEmpty());
   EXPECT_EQ(qvn({"registry", "export", "--key", "Software\\Quorin Tools"}).exitCode, 1);
 }
 
@@ -100,11 +100,13 @@ TEST_F(InstallationCommands, ATransportThatDoesNotWorkIsToldWithTheReason) {
                                                {"discover", "--transport", "BROKEN"},
                                                {"discover", "--transport", "LOCAL_TRANSPORT"}};
   for (const auto& arguments : commands) {
-    expectFailure(arguments, HasSubstr("cannot load the module '" + copied + "': " + directory.string() +
-                                       " can be written by others than its owner: "));
+    expectFailure(arguments,
+                  AllOf(HasSubstr(copied), HasSubstr(directory.string() +
+                                                     " can be written by others than its owner (result 5")));
   }
-  EXPECT_THAT(ok({"discover", "--transport", "NETWORK_TRANSPORT"}), HasSubstr(""))
-      << "which does not ask for it";
+  ok({"discover", "--transport", "NETWORK_TRANSPORT", "--json"});  // which does not ask for it
+  fs::remove(copied);
+  expectFailure({"install"}, HasSubstr("BROKEN: its module " + copied + " was not found (result 126"));
 }
 
 TEST_F(InstallationCommands, TheMonitorIsRegisteredOnce) {
@@ -113,7 +115,7 @@ TEST_F(InstallationCommands, TheMonitorIsRegisteredOnce) {
   EXPECT_THAT(result.errors,
               AllOf(HasSubstr("has no name"), HasSubstr("(result 1168, QRN_ERROR_NOT_FOUND)")));
   ok({"install"});
-  EXPECT_THAT(ok({"monitor", "add"}), IsEmpty());
+  EXPECT_EQ(ok({"monitor", "add"}), "registered the print monitor\n");
   EXPECT_EQ(ok({"monitor", "add"}), "the print monitor is registered already\n");
 }
 

@@ -59,17 +59,37 @@ TEST(JobData, EndsEveryJobWithOneMarkerInOneBlockAndLeavesTheDataOfOtherPrinters
   }
 }
 
-TEST(Progress, TellsBytesRateAndTimeLeft) {
-  EXPECT_EQ(progressLine("a.prn", 0, 2000000, 0),
-            "a.prn  [                        ]   0%  0 B of 2.0 MB  0 B/s");
-  EXPECT_EQ(progressLine("a.prn", 500000, 2000000, 1000),
-            "a.prn  [======                  ]  25%  500.0 kB of 2.0 MB  500.0 kB/s  00:03 left");
-  EXPECT_EQ(progressLine("a.prn", 2000000, 2000000, 4000),
-            "a.prn  [========================] 100%  2.0 MB of 2.0 MB  500.0 kB/s");
-  // A file that grows while it is printed, and a pipe.
-  EXPECT_EQ(progressLine("a.prn", 3000000, 2000000, 1000),
-            "a.prn  [========================] 100%  3.0 MB of 2.0 MB  3.0 MB/s");
-  EXPECT_EQ(progressLine("-", 1500, std::nullopt, 1000), "-  1.5 kB  1.5 kB/s");
+TEST(Progress, IsTrueAtEachMoment) {
+  struct Case {
+    const char* line;
+    Progress progress;
+    std::size_t columns = 100;
+  };
+  using enum ProgressUnit;
+  const std::string longName(60, 'n');
+  const Case cases[] = {
+      // No rate in the first second.
+      {"a.prn  [                        ]   0%  0 B of 2.0 MB",
+       {"a.prn", Bytes, 2000000, 0, 900, 900, "stands"}},
+      {"a.prn  [======                  ]  25%  500.0 kB of 2.0 MB  500.0 kB/s  00:03 left",
+       {"a.prn", Bytes, 2000000, 500000, 1000, 0, "stands"}},
+      {"a.prn  [======                  ]  25%  500.0 kB of 2.0 MB  stands (00:04)",
+       {"a.prn", Bytes, 2000000, 500000, 5000, 4000, "stands"}},
+      {"a.prn  [========================] 100%  2.0 MB of 2.0 MB  500.0 kB/s",
+       {"a.prn", Bytes, 2000000, 2000000, 4000, 0, "stands"}},
+      // A file that grows while it is printed, and a pipe.
+      {"a.prn  [========================] 100%  3.0 MB of 2.0 MB  3.0 MB/s",
+       {"a.prn", Bytes, 2000000, 3000000, 1000, 0, "stands"}},
+      {"-  1.5 kB  1.5 kB/s", {"-", Bytes, std::nullopt, 1500, 1000, 0, "stands"}},
+      {"page 1  [============            ]  50%  585 of 1170 lines  585 lines/s  00:01 left",
+       {"page 1", Lines, 1170, 585, 1000, 0, "stands"}},
+      // A narrow terminal takes from the name first, then from the rest.
+      {"nnnnnnnnnnnnnnnnnn...  1.5 kB  1.5 kB/s",
+       {longName, Bytes, std::nullopt, 1500, 1000, 0, "stands"},
+       40},
+      {"nnnnn...  1.5...", {longName, Bytes, std::nullopt, 1500, 1000, 0, "stands"}, 17},
+  };
+  for (const Case& one : cases) EXPECT_EQ(progressLine(one.progress, one.columns), one.line);
 }
 
 }  // namespace

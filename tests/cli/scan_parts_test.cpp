@@ -5,7 +5,6 @@
 #include <sstream>
 #include <thread>
 
-#include "progress_bar.h"
 #include "scan/scan_area.h"
 #include "shared/scan/capabilities.h"
 #include "shared/scan/error.h"
@@ -325,11 +324,6 @@ TEST(Area, IsReadInMillimetres) {
           << text;
     }
   }
-}
-
-TEST(Progress, TellsLines) {
-  EXPECT_EQ(cli::progressLine("page 1", 585, 1170, 1000, cli::ProgressUnit::Lines),
-            "page 1  [============            ]  50%  585 of 1170 lines  585 lines/s  00:01 left");
 }
 
 }  // namespace

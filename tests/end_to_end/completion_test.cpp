@@ -42,7 +42,11 @@ TEST_F(Completion, OffersWhatFitsTheWordsBefore) {
   EXPECT_THAT(offered({"print", "--device", ""}),
               UnorderedElementsAre("40001", "7", "IP_SIM0000001", "front\\ desk"));
   EXPECT_THAT(offered({"status", "--device", "fr"}), ElementsAre("front\\ desk"));
-  EXPECT_THAT(offered({"device", "show", ""}), UnorderedElementsAre("40001", "40401", "40801", "7", "8"));
+  EXPECT_THAT(offered({"device", "show", ""}),
+              UnorderedElementsAre("40001", "40401", "40801", "7", "8", "IP_SIM0000001", "front\\ desk"));
+  EXPECT_THAT(offered({"get", "Port"}),
+              ElementsAre("Portname", "PortType", "PortId", "PortNumber", "PortNpaStatus"));
+  EXPECT_THAT(offered({"set", "Printer"}), ElementsAre("Printer\\ Model"));
   EXPECT_THAT(offered({"device", "list", "--json", "--kind", "s"}), ElementsAre("scanner"));
   EXPECT_THAT(offered({"transport", "remove", ""}), ElementsAre("IPv4"));
   EXPECT_THAT(offered({"settings", "get", "TeojD"}), ElementsAre("TeojDuration"));

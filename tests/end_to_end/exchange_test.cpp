@@ -46,11 +46,14 @@ TEST_F(Exchange, PassesPacketsAndRefusesThoseOfTheLibrary) {
 
 TEST_F(Exchange, ShowsTheStatusOfADeviceThatAnswersAndOfOneThatDoesNot) {
   start();
-  const json status = json::parse(ok({"status", "--json"}));
+  device().command("status 1 17408");
+  const json status = json::parse(ok({"status", "--json", "--raw"}));
   ASSERT_EQ(status.size(), 1u);
   EXPECT_EQ(status[0]["answers"], true);
   EXPECT_EQ(status[0]["state"], "idle");
-  EXPECT_EQ(status[0]["cache"]["17"], "00");
+  EXPECT_EQ(status[0]["status"], "out of paper, paper jam");
+  EXPECT_EQ(status[0]["reasons"], json({"media-empty-error", "media-jam-error"}));
+  EXPECT_EQ(status[0]["cache"]["18"], "44 00");
 
   device().signal(SIGTERM);
   device().wait();
@@ -58,6 +61,12 @@ TEST_F(Exchange, ShowsTheStatusOfADeviceThatAnswersAndOfOneThatDoesNot) {
   EXPECT_EQ(gone.exitCode, 1);
   EXPECT_EQ(json::parse(gone.output)[0]["answers"], false);
   EXPECT_THAT(gone.errors, HasSubstr("not every printer answers"));
+  EXPECT_THAT(gone.output, HasSubstr("nothing listens at 127.0.0.1 port "));
+  // What is stored is no answer.
+  const Result nobody = qvn({"discover", device().place()});
+  EXPECT_EQ(nobody.exitCode, 1);
+  EXPECT_THAT(nobody.output, HasSubstr("CpdPrinter"));
+  EXPECT_THAT(nobody.errors, HasSubstr("nothing answered at " + device().place()));
 }
 
 TEST_F(Exchange, ChangesAnAttributeAndKeepsItOverADiscovery) {
@@ -69,7 +78,8 @@ TEST_F(Exchange, ChangesAnAttributeAndKeepsItOverADiscovery) {
 
   const Result readOnly = qvn({"set", "Device", "BpdPrinter"});
   EXPECT_EQ(readOnly.exitCode, 1);
-  EXPECT_THAT(readOnly.errors, HasSubstr("result 87, QRN_ERROR_INVALID_PARAMETER"));
+  EXPECT_THAT(readOnly.errors, HasSubstr("the IPv4 transport changes Address, Nickname, Portname, PortType, "
+                                         "TrueEndOfJob (result 87, QRN_ERROR_INVALID_PARAMETER)"));
 }
 
 }  // namespace

@@ -19,29 +19,14 @@ _qvn_subverbs() {
   esac
 }
 
+# The options of a verb, as its help has them.
 _qvn_options() {
-  case $1 in
-    "transport list" | "settings list" | "host get") echo "--json" ;;
-    "device list") echo "--kind --transport --address --portname --port-type --json" ;;
-    "device show") echo "--kind --json" ;;
-    "device remove") echo "--kind" ;;
-    "device add") echo "--family --transport --handle --address --portname --port-type --set" ;;
-    discover) echo "--transport --json" ;;
-    print) echo "--device --user --job --quiet" ;;
-    status | npa | esc) echo "--device --json" ;;
-    cache) echo "--device --json --raw" ;;
-    watch) echo "--device --count --json --raw" ;;
-    scan) echo "--output --device --dpi --mode --area --source --pages --timeout --json" ;;
-    "hid watch") echo "--device --count --json" ;;
-    "store call") echo "--device" ;;
-    "store watch") echo "--device --count" ;;
-    get) echo "--device --kind --json" ;;
-    set) echo "--device" ;;
-    "registry export") echo "--key" ;;
-    "log show") echo "--lines" ;;
-    "") echo "--version" ;;
-  esac
-  echo "--help"
+  qvn $1 --help 2>/dev/null | sed -n 's/^  \(-.,\)\{0,1\}\(--[a-z-]*\).*/\2/p'
+}
+
+# The names of attributes, which can have blanks.
+_qvn_attributes() {
+  qvn get --help 2>/dev/null | sed '1,/^Attributes:/d; s/,$//' | tr ',' '\n' | sed 's/^ *//'
 }
 
 # The values of a member in a listing, one a line.
@@ -97,7 +82,7 @@ _qvn() {
   done
 
   case $previous in
-    --device) _qvn_offer "$cur" < <(_qvn_listed_named "$(_qvn_kind "$verb")") ;;
+    --device | -d) _qvn_offer "$cur" < <(_qvn_listed_named "$(_qvn_kind "$verb")") ;;
     --kind) _qvn_words "printer scanner hid" ;;
     --mode) _qvn_words "bw gray color" ;;
     --source) _qvn_words "flatbed feeder" ;;
@@ -108,7 +93,7 @@ _qvn() {
       _qvn_words "LOCAL_TRANSPORT NETWORK_TRANSPORT ALL_TRANSPORT"
       _qvn_offer "$cur" < <(_qvn_listed name transport list)
       ;;
-    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count | --dpi | --area | --timeout) ;;
+    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count | --copies | -n | --dpi | --area | --timeout) ;;
     *)
       if [[ $cur == -* ]]; then
         _qvn_words "$(_qvn_options "$path")"
@@ -118,10 +103,13 @@ _qvn() {
         "") _qvn_words "$_qvn_verbs" ;;
         transport | device | settings | host | monitor | hid | store | registry | log) _qvn_words "$(_qvn_subverbs "$path")" ;;
         "transport remove") _qvn_offer "$cur" < <(_qvn_listed name transport list) ;;
-        "device show" | "device remove") _qvn_offer "$cur" < <(_qvn_listed handle device list) ;;
+        "device show" | "device remove")
+          _qvn_offer "$cur" < <({ _qvn_listed handle device list; _qvn_listed portname device list; } | sort -u)
+          ;;
+        get | set) [[ $previous == "$path" ]] && _qvn_offer "$cur" < <(_qvn_attributes) ;;
         "host get" | "host set") [[ $previous == [gs]et ]] && _qvn_words "PcName PinNumber CodePage" ;;
         "settings get" | "settings set") _qvn_offer "$cur" < <(_qvn_listed name settings list) ;;
-        print | "transport add" | "registry export" | "registry import") compopt -o default 2>/dev/null ;;
+        print | scan | "transport add" | "registry export" | "registry import") compopt -o default 2>/dev/null ;;
       esac
       ;;
   esac

@@ -6,7 +6,7 @@
 #include "qvn/qvn.h"
 #include "qvn/result_codes.h"
 #include "shared/client/devices.h"
-#include "shared/client/status_cache.h"
+#include "shared/client/printer_questions.h"
 
 namespace qvn::cups {
 

@@ -123,7 +123,8 @@ class StartedJob {
              Report& report)
       : printer_(session, device, [&report](JobEvent event) { hear(report, event); }),
         states_(printer_, report) {
-    cli::require(printer_.startJob(names), "cannot start the job on " + device.text());
+    cli::requireOf(session, device, printer_.startJob(names), "cannot start the job on " + device.text(),
+                   cli::DevicePort::Print);
   }
 
   cli::OpenPrinter& printer() { return printer_; }

@@ -37,6 +37,11 @@ std::optional<registry::Value> readLibraryValue(std::string_view key, std::strin
   return value;
 }
 
+std::uint32_t numberSetting(const LongSetting& setting) {
+  const auto value = readLibraryValue(setting.key, setting.name);
+  return value ? registry::dwordOf(value->type, value->data).value_or(setting.byDefault) : setting.byDefault;
+}
+
 registry::Key makeLibraryKey(std::string_view key) {
   registry::Key made;
   requireRegistry(registry::createKey(registry::Hive::LocalMachine, libraryKey(key), {true, true}, made),

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/settings/setting_table.h"
 #include "platform/registry/registry.h"
 
 namespace qvn::cli {
@@ -17,6 +18,9 @@ std::string libraryKey(std::string_view key);
 
 // The value, or none when the key or the value does not exist. Throws Failure when it cannot be read.
 std::optional<platform::registry::Value> readLibraryValue(std::string_view key, std::string_view name);
+
+// The number that the library goes by: the default where the value does not exist or is no number.
+std::uint32_t numberSetting(const LongSetting& setting);
 
 // Writes the value, making its key, and the library's root, where they are missing. Throws Failure.
 void writeLibraryValue(std::string_view key, std::string_view name, const platform::registry::Value& value);

@@ -3,26 +3,27 @@
 #include <iostream>
 
 #include "shared/client/failure.h"
+#include "shared/client/leave.h"
+#include "shared/client/standard_output.h"
 #include "verbs/commands.h"
 #include "verbs/verb.h"
 
 namespace {
-
-constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
-constexpr int kInterrupted = 130;
 
 constexpr char kFooter[] =
     "Exit codes:\n"
     "  0    success\n"
     "  1    the operation failed; the message ends in its result code\n"
     "  2    the command line is wrong\n"
-    "  130  interrupted by SIGINT or SIGTERM\n"
+    "  130  interrupted by SIGINT, SIGTERM or SIGHUP\n"
     "\n"
     "Environment:\n"
     "  QVN_HOME            the directory of registry and log (default /var/lib/qvn for root,\n"
     "                      else qvn below XDG_STATE_HOME)\n"
+    "  QVN_DEVICE          the device that is meant where --device is not said\n"
     "  QVN_TRANSPORT_PATH  where transport modules are looked for first, separated by colons\n"
+    "\n"
+    "'qvn help VERB' explains a verb.\n"
     "\n"
     "Start with:\n"
     "  qvn install\n"
@@ -61,13 +62,13 @@ int run(int argc, char** argv) {
   qvn::cli::addRegistryCommand(root);
   qvn::cli::addLogCommand(root);
   try {
-    commandLine.run(argc, argv);
+    commandLine.run({argv + 1, argv + argc});
   } catch (const qvn::cli::UsageError& error) {
-    return complain(error, kWrongUsage);
+    return complain(error, qvn::cli::kWrongUsageExit);
   } catch (const qvn::cli::Interrupted& error) {
-    return complain(error, kInterrupted);
+    return complain(error, qvn::cli::kInterruptedExit);
   } catch (const std::exception& error) {
-    return complain(error, kFailed);
+    return complain(error, qvn::cli::kFailedExit);
   }
   return 0;
 }
@@ -75,10 +76,11 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  qvn::cli::keepStandardOutput();
   const int exitCode = run(argc, argv);
   if (!std::cout.flush()) {
     std::cerr << "qvn: cannot write to standard output\n";
-    return kFailed;
+    return qvn::cli::kFailedExit;
   }
   return exitCode;
 }

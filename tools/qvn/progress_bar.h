@@ -1,48 +1,71 @@
-// The progress of one transfer on one line of a terminal: what is done, rate and time left.
+// The progress of one transfer on one line of a terminal: what is done, rate and time left, or what is waited
+// for.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace qvn::cli {
 
 // What is counted.
 enum class ProgressUnit { Bytes, Lines };
 
+// A moment of a transfer. Times in milliseconds.
+struct Progress {
+  std::string label;
+  ProgressUnit unit = ProgressUnit::Bytes;
+  // Unknown for a pipe.
+  std::optional<std::uint64_t> total;
+  std::uint64_t done = 0;
+  // Since the beginning, and since anything was done last.
+  std::uint64_t elapsed = 0;
+  std::uint64_t idle = 0;
+  // What is told of a transfer that stands still.
+  std::string stalled;
+};
+
+// The line for a moment, in so many columns.
+std::string progressLine(const Progress& progress, std::size_t columns);
+
+// Draws the line again and again, ten times a second, on a thread of its own, so that it is true while an
+// operation waits.
 class ProgressBar {
  public:
-  // Draws nothing unless `visible`. `total` is unknown for a pipe.
-  ProgressBar(std::string label, std::optional<std::uint64_t> total, bool visible,
+  // Draws nothing unless `visible`.
+  ProgressBar(std::string label, std::optional<std::uint64_t> total, bool visible, std::string stalled,
               ProgressUnit unit = ProgressUnit::Bytes);
-  // Clears the line.
+  // Clears the line, for the messages that follow.
   ~ProgressBar();
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  // Redraws at most ten times a second.
   void update(std::uint64_t done);
 
-  // Replaces the line by a word on what is waited for.
+  // From here on the line says what is waited for, and for how long by now.
   void note(const std::string& text);
 
  private:
-  std::string label_;
-  std::optional<std::uint64_t> total_;
-  bool visible_;
-  ProgressUnit unit_;
-  std::uint64_t started_;
-  std::uint64_t drawn_ = 0;
-};
+  void draw();
 
-// The line for a moment; apart from the terminal, for tests. `elapsed` in milliseconds.
-std::string progressLine(const std::string& label, std::uint64_t done, std::optional<std::uint64_t> total,
-                         std::uint64_t elapsed, ProgressUnit unit = ProgressUnit::Bytes);
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool ended_ = false;
+  Progress progress_;
+  std::string note_;
+  // Of the platform's clock.
+  const std::uint64_t started_;
+  std::uint64_t moved_;
+  std::thread drawing_;
+};
 
 // "512 B", "1.4 kB", "27.0 MB": powers of 1000.
 std::string formatBytes(double bytes);
 
-// True when standard error is a terminal.
 bool standardErrorIsTerminal();
+bool standardInputIsTerminal();
 
 }  // namespace qvn::cli

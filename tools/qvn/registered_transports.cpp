@@ -28,12 +28,31 @@ std::vector<RegisteredTransport> registeredTransports(const std::string& kindOrN
   return transports;
 }
 
+std::vector<RegisteredTransport> requireTransports(const std::string& kindOrName) {
+  const auto all = registeredTransports();
+  if (all.empty()) throw Failure("no transport is registered: run 'qvn install'");
+  const bool isKind = kindOrName.ends_with("_TRANSPORT");
+  const auto wanted = registeredTransports(kindOrName);
+  if (!wanted.empty() || isKind) return wanted;
+  std::string names;
+  for (const RegisteredTransport& transport : all) names += (names.empty() ? "" : ", ") + transport.name;
+  throw UsageError("no transport '" + kindOrName + "'; registered: " + names);
+}
+
 void requireLoadable(const std::string& module) {
   platform::ErrorCode error = platform::kSuccess;
   std::string reason;
-  if (platform::Module::load(module, error, &reason) == nullptr) {
-    throw Failure("cannot load the module '" + module + "': " + reason, error);
-  }
+  if (platform::Module::load(module, error, &reason) != nullptr) return;
+  throw Failure("cannot load the module '" + module + "': " + withCode(reason, error));
+}
+
+void requireLoadable(const RegisteredTransport& transport) {
+  platform::ErrorCode error = platform::kSuccess;
+  std::string reason;
+  if (platform::Module::load(transport.module, error, &reason) != nullptr) return;
+  const std::string itsModule = transport.name + ": its module " + transport.module;
+  throw Failure(error == platform::kModuleNotFound ? itsModule + withCode(" was not found", error)
+                                                   : itsModule + ": " + withCode(reason, error));
 }
 
 }  // namespace qvn::cli

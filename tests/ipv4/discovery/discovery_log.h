@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ inline std::uint32_t longOf(const std::string& text, const char* descriptor) {
 
 class DiscoveryLog : public Observer {
  public:
+  // Without the moment at which each was told.
   std::vector<std::string> texts;
   // Of the scanners and HIDs that belong to them.
   std::vector<std::string> parts;
@@ -33,7 +35,9 @@ class DiscoveryLog : public Observer {
   using Observer::doUpdate;
   void doUpdate(const std::string& text) override {
     const std::string family = stringOf(text, attribute::kDevice);
-    (family == "CpdScanner" || family == "BpdScanner" || family == "CpdHid" ? parts : texts).push_back(text);
+    static const std::regex tickCount("<TickCount>[0-9]+</TickCount>");
+    (family == "CpdScanner" || family == "BpdScanner" || family == "CpdHid" ? parts : texts)
+        .push_back(std::regex_replace(text, tickCount, ""));
   }
 };
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "shared/client/failure.h"
+#include "shared/client/standard_output.h"
 
 namespace qvn::cli {
 
@@ -35,7 +36,7 @@ OutputFile::OutputFile(const std::string& name) : name_(name), target_(name) {
   int descriptor = -1;
   if (name == kStandardOutput) {
     name_ = "standard output";
-    descriptor = dup(STDOUT_FILENO);
+    descriptor = dup(standardOutput());
   } else {
     std::error_code ignored;
     // A link stays a link.

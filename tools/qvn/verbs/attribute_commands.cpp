@@ -4,29 +4,36 @@
 #include <nlohmann/json.hpp>
 
 #include "qvn/transport/attribute_codec.h"
+#include "qvn/transport/attributes.h"
 #include "shared/client/attribute_table.h"
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
 
 namespace {
 
+// What a transport changes is its own; no function tells.
+constexpr char kChangedByIpv4[] =
+    "the IPv4 transport changes Address, Nickname, Portname, PortType, TrueEndOfJob";
+
 struct Options {
   std::string key;
   std::string value;
   std::string device;
-  std::string kind = "printer";
+  std::string kind;
   bool json = false;
+  bool quiet = false;
 };
 
 void get(const Options& options) {
   const std::string descriptor = findDescriptor(options.key);
   const Session session;
-  const Device device = selectNamed(session, kindNamed(options.kind), options.device);
+  const Device device = selectAny(session, options.device, options.kind);
   const auto value = readAttribute(session, device, descriptor);
   if (!value) {
     throw Failure(device.text() + " has no " + attributeName(descriptor), QRN_ERROR_NOT_FOUND);
@@ -63,7 +70,12 @@ void set(const Options& options) {
     result = QvnSetStringPrinter(session.client(), device.handle, key, options.value.c_str(),
                                  static_cast<std::uint32_t>(options.value.size()));
   }
-  require(result, "cannot set " + name + " of " + device.text());
+  const std::string sentence = "cannot set " + name + " of " + device.text();
+  if (result == QRN_ERROR_INVALID_PARAMETER && readText(session, device, attribute::kTransport) == "IPv4") {
+    throw Failure(sentence + ": " + withCode(kChangedByIpv4, result));
+  }
+  require(result, sentence);
+  say(options.quiet, name + " of " + device.text() + " is now " + options.value);
 }
 
 }  // namespace
@@ -90,22 +102,22 @@ void addAttributeCommands(Verb& root) {
   const auto getOptions = std::make_shared<Options>();
   Verb getVerb = root.addVerb("get", "Read an attribute of a stored device");
   getVerb.addOption("KEY", getOptions->key, "The attribute's name, or its whole descriptor").required();
-  getVerb.addOption("--device", getOptions->device,
-                    "The device's handle or port name; not needed for the only one of its kind");
-  getVerb.addOption("--kind", getOptions->kind, "printer, scanner or hid")
-      .oneOf({"printer", "scanner", "hid"})
-      .showDefault();
-  getVerb.addFlag("--json", getOptions->json, "Print JSON");
-  getVerb.footer("Examples:\n  qvn get Portname\n  qvn get Vid --device 407 --kind scanner\n\n" + names);
+  getVerb.addDevice(getOptions->device, "device", "not needed for the only printer");
+  getVerb
+      .addOption("--kind", getOptions->kind, "printer, scanner or hid; needed when several have the handle")
+      .oneOf({"printer", "scanner", "hid"});
+  getVerb.addJson(getOptions->json);
+  getVerb.footer("Examples:\n  qvn get Portname\n  qvn get Address --device 407\n\n" + names);
   getVerb.callback([getOptions] { get(*getOptions); });
 
   const auto setOptions = std::make_shared<Options>();
   Verb setVerb = root.addVerb("set", "Change an attribute of a printer, if its transport agrees");
   setVerb.addOption("KEY", setOptions->key, "The attribute's name, or its whole descriptor").required();
   setVerb.addOption("VALUE", setOptions->value, "A number, a text, or bytes in hexadecimal").required();
-  setVerb.addOption("--device", setOptions->device,
-                    "The printer's handle or port name; not needed for the only printer");
-  setVerb.footer("Examples:\n  qvn set Portname LAB1 --device 7\n  qvn set TrueEndOfJob 1");
+  setVerb.addDevice(setOptions->device, "printer");
+  addQuiet(setVerb, setOptions->quiet);
+  setVerb.footer(std::string("Of the transports that come with the library, ") + kChangedByIpv4 +
+                 ".\n\nExamples:\n  qvn set Portname LAB1 --device 7\n  qvn set TrueEndOfJob 1");
   setVerb.callback([setOptions] { set(*setOptions); });
 }
 

@@ -6,7 +6,8 @@
 #include "shared/alerts/alert_words.h"
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
-#include "shared/client/status_cache.h"
+#include "shared/client/open_printer.h"
+#include "shared/client/printer_questions.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
 #include "verbs/verb.h"
@@ -32,11 +33,15 @@ Json meaning(const alerts::CacheEntry& entry) {
 void showCache(const std::string& name, bool json, bool raw) {
   const Session session;
   const Device printer = selectPrinter(session, name);
-  require(QvnOpenPrinter(session.client(), printer.handle), "cannot open " + printer.text());
+  requireOf(session, printer, QvnOpenPrinter(session.client(), printer.handle),
+            "cannot open " + printer.text());
   std::vector<std::uint8_t> cache;
   const std::uint32_t result = readCache(session.client(), printer.handle, cache);
   QvnClosePrinter(session.client(), printer.handle);
-  require(result, "cannot read the cache of " + printer.text());
+  if (result == QRN_ERROR_INVALID_FUNCTION && !isCpdPrinter(session, printer)) {
+    throw Failure(withCode(printer.text() + " is a Bpd printer, which has no status cache", result));
+  }
+  requireOf(session, printer, result, "cannot read the cache of " + printer.text());
   if (raw) {
     std::cout << formatHex(cache, " ") << '\n';
     return;
@@ -59,9 +64,8 @@ void addCacheCommand(Verb& root) {
   };
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("cache", "Read and decode a printer's status cache");
-  verb.addOption("--device", options->device,
-                 "The printer's handle or port name; not needed for the only printer");
-  const Option json = verb.addFlag("--json", options->json, "Print JSON");
+  verb.addDevice(options->device, "printer");
+  const Option json = verb.addJson(options->json);
   verb.addFlag("--raw", options->raw, "Print the bytes as they are, in hexadecimal").excludes(json);
   verb.footer("Examples:\n  qvn cache\n  qvn cache --device LAB1 --json");
   verb.callback([options] { showCache(options->device, options->json, options->raw); });

@@ -12,6 +12,7 @@
 #include "shared/client/failure.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
@@ -28,9 +29,10 @@ struct ListOptions {
 };
 
 struct NamedDevice {
-  std::uint32_t handle = 0;
+  std::string device;
   std::string kind;
   bool json = false;
+  bool quiet = false;
 };
 
 struct AddOptions {
@@ -41,6 +43,7 @@ struct AddOptions {
   std::string portname;
   std::string portType;
   std::vector<std::string> attributes;  // NAME=VALUE
+  bool quiet = false;
 };
 
 // Puts one value into an attribute text, read as the attribute's type says.
@@ -93,11 +96,14 @@ void list(const ListOptions& options) {
     }
   }
   printDevices(devices, options.json);
+  if (devices.empty() && !options.json) {
+    hint("no device is stored: 'qvn discover' finds some, 'qvn device add' stores one");
+  }
 }
 
 void show(const NamedDevice& options) {
   const Session session;
-  const Device device = selectDevice(session, options.handle, options.kind);
+  const Device device = selectAny(session, options.device, options.kind);
   Json attributes = Json::object();
   for (const std::string_view descriptor : attributeDescriptors()) {
     const std::string name = attributeName(descriptor);
@@ -120,8 +126,10 @@ void show(const NamedDevice& options) {
 
 void remove(const NamedDevice& options) {
   const Session session;
-  const Device device = selectDevice(session, options.handle, options.kind);
+  const Device device = selectAny(session, options.device, options.kind);
+  const std::string portName = readText(session, device, attribute::kPortname);
   require(device.kind->remove(session.client(), device.handle), "cannot remove " + device.text());
+  say(options.quiet, "removed " + device.text() + (portName.empty() ? "" : " (" + portName + ")"));
 }
 
 std::string attributeText(const AddOptions& options) {
@@ -182,11 +190,12 @@ void add(const AddOptions& options) {
               "the port name '" + options.portname + "' cannot be used");
     }
     store(kind, options.handle, text);
+    say(options.quiet, "added " + std::string(kind.name) + " " + std::to_string(options.handle));
   }
 }
 
 void addDeviceArguments(Verb verb, NamedDevice& options) {
-  verb.addOption("HANDLE", options.handle, "The device's handle").required();
+  verb.addOption("DEVICE", options.device, "The device's handle or port name").required();
   verb.addOption("--kind", options.kind, "printer, scanner or hid; needed when several have the handle")
       .oneOf({"printer", "scanner", "hid"});
 }
@@ -199,9 +208,10 @@ void addDeviceCommand(Verb& root) {
   verb.footer(
       "Examples:\n"
       "  qvn device list\n"
+      "  qvn device show LAB1\n"
       "  qvn device show 7 --json\n"
-      "  qvn device add --family CpdPrinter --transport IPv4 --handle 7 --address 192.0.2.17 --portname "
-      "LAB1\n"
+      "  qvn device add --family CpdPrinter --transport IPv4 --handle 7 \\\n"
+      "    --address 192.0.2.17 --portname LAB1\n"
       "  qvn device remove 7");
 
   const auto listOptions = std::make_shared<ListOptions>();
@@ -216,18 +226,19 @@ void addDeviceCommand(Verb& root) {
   listVerb.addOption("--portname", listOptions->portname,
                      "Only the printer with this port name, in any case");
   listVerb.addOption("--port-type", listOptions->portType, "Only printers with this type of port");
-  listVerb.addFlag("--json", listOptions->json, "Print JSON");
+  listVerb.addJson(listOptions->json);
   listVerb.callback([listOptions] { list(*listOptions); });
 
   const auto showOptions = std::make_shared<NamedDevice>();
   Verb showVerb = verb.addVerb("show", "Show the attributes of a device");
   addDeviceArguments(showVerb, *showOptions);
-  showVerb.addFlag("--json", showOptions->json, "Print JSON");
+  showVerb.addJson(showOptions->json);
   showVerb.callback([showOptions] { show(*showOptions); });
 
   const auto removeOptions = std::make_shared<NamedDevice>();
   Verb removeVerb = verb.addVerb("remove", "Forget a device");
   addDeviceArguments(removeVerb, *removeOptions);
+  addQuiet(removeVerb, removeOptions->quiet);
   removeVerb.callback([removeOptions] { remove(*removeOptions); });
 
   const auto addOptions = std::make_shared<AddOptions>();
@@ -246,6 +257,7 @@ void addDeviceCommand(Verb& root) {
   addVerb.addOption("--port-type", addOptions->portType, "Its type of port");
   addVerb.addOption("--set", addOptions->attributes, "Another attribute, NAME=VALUE; may be repeated")
       .oneValueEach();
+  addQuiet(addVerb, addOptions->quiet);
   addVerb.callback([addOptions] { add(*addOptions); });
 }
 

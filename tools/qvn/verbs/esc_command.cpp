@@ -16,7 +16,8 @@ void exchange(const RawExchangeOptions& options) {
   const std::string request = parseRequest(options.hex, "1B 53 56 00 00 00 00 00");
   const Session session;
   const Device scanner = selectNamed(session, kindNamed("scanner"), options.device);
-  require(QvnOpenScanner(session.client(), scanner.handle), "cannot open " + scanner.text());
+  requireOf(session, scanner, QvnOpenScanner(session.client(), scanner.handle),
+            "cannot open " + scanner.text());
   std::string reply(scan::kLongestCommand, '\0');
   std::uint32_t length = 0;
   const std::uint32_t result = QvnExchangeDataScanner(
@@ -24,7 +25,7 @@ void exchange(const RawExchangeOptions& options) {
       static_cast<std::uint32_t>(request.size()), reinterpret_cast<std::uint8_t*>(reply.data()),
       static_cast<std::uint32_t>(reply.size()), &length);
   QvnCloseScanner(session.client(), scanner.handle);
-  require(result, "the exchange with " + scanner.text() + " failed");
+  requireOf(session, scanner, result, "the exchange with " + scanner.text() + " failed");
   reply.resize(length);
   printReply(request, reply, options.json);
 }
@@ -36,9 +37,8 @@ void addEscCommand(Verb& root) {
   Verb verb = root.addVerb("esc", "Send an ESC command to a scanner and print the reply");
   verb.addOption("HEX", options->hex, "The command with its 8-byte header, two hexadecimal digits per byte")
       .required();
-  verb.addOption("--device", options->device,
-                 "The scanner's handle or port name; not needed for the only scanner");
-  verb.addFlag("--json", options->json, "Print JSON");
+  verb.addDevice(options->device, "scanner");
+  verb.addJson(options->json);
   verb.footer(
       "A command that has no reply prints an empty line. 'qvn scan' takes pages.\n\n"
       "Examples:\n"

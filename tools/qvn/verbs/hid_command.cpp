@@ -39,7 +39,7 @@ class Watched {
  public:
   // Throws Failure when the HID cannot be heard.
   Watched(const Session& session, const Device& hid) : client_(session.client()), handle_(hid.handle) {
-    require(QvnOpenHid(client_, handle_), "cannot open " + hid.text());
+    requireOf(session, hid, QvnOpenHid(client_, handle_), "cannot open " + hid.text());
     const std::uint32_t result = QvnRegisterForReportsHid(client_, handle_, onReport);
     if (result != QRN_ERROR_SUCCESS) {
       QvnCloseHid(client_, handle_);
@@ -52,6 +52,13 @@ class Watched {
     QvnUnregisterForReportsHid(client_, handle_);
     QvnCloseHid(client_, handle_);
   }
+  // One more open makes a lost connection anew.
+  std::uint32_t ask() const {
+    const std::uint32_t result = QvnOpenHid(client_, handle_);
+    if (result == QRN_ERROR_SUCCESS) QvnCloseHid(client_, handle_);
+    return result;
+  }
+
   Watched(const Watched&) = delete;
   Watched& operator=(const Watched&) = delete;
 
@@ -72,8 +79,7 @@ void print(const Session& session, const Json& event, bool json) {
     return;
   }
   const Device hid{&kindNamed("hid"), event["handle"].get<std::uint32_t>()};
-  const std::string port = readText(session, hid, attribute::kPortname);
-  std::cout << cell(event["time"]) << "  " << (port.empty() ? hid.text() : port) << "  ";
+  std::cout << cell(event["time"]) << "  " << knownAs(session, hid) << "  ";
   if (event.contains("id")) {
     std::cout << "event  " << cell(event["id"]);
   } else {
@@ -86,8 +92,10 @@ void print(const Session& session, const Json& event, bool json) {
 void watch(const Options& options) {
   Interrupt::install();
   const Session session;
-  const auto watched = hearAll<Watched>(session, kindNamed("hid"), options.devices);
-  events.print(options.count, [&](const Json& event) { print(session, event, options.json); });
+  AllHeard<Watched> heard(session, kindNamed("hid"), options.devices);
+  events.print(
+      options.count, [&](const Json& event) { print(session, event, options.json); },
+      [&] { heard.askAll(); });
 }
 
 }  // namespace
@@ -102,10 +110,9 @@ void addHidCommand(Verb& root) {
 
   const auto options = std::make_shared<Options>();
   Verb watchVerb = verb.addVerb("watch", "Show reports and events as they come, until Ctrl-C");
-  watchVerb.addOption("--device", options->devices,
-                      "A HID's handle or port name, may be repeated; without it all that can be opened");
-  watchVerb.addOption("--count", options->count, "End after so many reports and events");
-  watchVerb.addFlag("--json", options->json, "Print a line of JSON for each report and event");
+  watchVerb.addDevice(options->devices, "HID", "may be repeated; without it all that can be opened");
+  watchVerb.addOption("-n,--count", options->count, "End after so many reports and events");
+  watchVerb.addJson(options->json, "Print a line of JSON for each report and event");
   watchVerb.callback([options] { watch(*options); });
 }
 

@@ -1,5 +1,6 @@
 // qvn host: what print jobs tell about this machine.
 #include <algorithm>
+#include <cctype>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -11,7 +12,9 @@
 #include "shared/client/output.h"
 #include "shared/client/read_whole.h"
 #include "shared/client/session.h"
+#include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
@@ -60,8 +63,19 @@ void get(const std::string& name, bool json) {
   printListing(listed, {"name", "value"}, json);
 }
 
-void set(const std::string& name, const std::string& value) {
+// The library stores any text; a printer's panel takes four digits and a driver a number.
+void check(const char* key, const std::string& value) {
+  const bool isPin = value.size() == 4 && std::all_of(value.begin(), value.end(),
+                                                      [](unsigned char c) { return std::isdigit(c) != 0; });
+  if (key == attribute::kPinNumber && !isPin) throw UsageError("PinNumber is four digits, for example 4711");
+  if (key == attribute::kCodePage && !parseNumber(value)) {
+    throw UsageError("CodePage is the number of a code page, for example 1252");
+  }
+}
+
+void set(const std::string& name, const std::string& value, bool quiet) {
   const char* const key = keyNamed(name);
+  check(key, value);
   if (value.find("</" + name + ">") != std::string::npos) {
     throw UsageError(name + " cannot contain '</" + name + ">'");
   }
@@ -72,6 +86,7 @@ void set(const std::string& name, const std::string& value) {
   if (read(session, key) != value) {
     throw Failure("cannot set " + name + ": the registry did not take the value");
   }
+  say(quiet, name + " is now " + value);
 }
 
 }  // namespace
@@ -81,6 +96,7 @@ void addHostCommand(Verb& root) {
     std::string name;
     std::string value;
     bool json = false;
+    bool quiet = false;
   };
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("host", "What print jobs tell about this machine");
@@ -96,13 +112,14 @@ void addHostCommand(Verb& root) {
 
   Verb getVerb = verb.addVerb("get", "Print one of them, or all");
   getVerb.addOption("KEY", options->name, "PcName, PinNumber or CodePage");
-  getVerb.addFlag("--json", options->json, "Print JSON");
+  getVerb.addJson(options->json);
   getVerb.callback([options] { get(options->name, options->json); });
 
   Verb setVerb = verb.addVerb("set", "Change one of them");
   setVerb.addOption("KEY", options->name, "PcName, PinNumber or CodePage").required();
   setVerb.addOption("VALUE", options->value, "Its value").required();
-  setVerb.callback([options] { set(options->name, options->value); });
+  addQuiet(setVerb, options->quiet);
+  setVerb.callback([options] { set(options->name, options->value, options->quiet); });
 }
 
 }  // namespace qvn::cli

@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <system_error>
 
 #include "library_settings.h"
@@ -13,6 +14,7 @@
 #include "shared/client/session.h"
 #include "shared/registry-script/registry_script.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
@@ -37,7 +39,7 @@ void checkScript() {
   }
 }
 
-void install() {
+void install(bool quiet) {
   checkScript();
   platform::ErrorCode notInstalled = platform::kSuccess;
   {
@@ -48,10 +50,13 @@ void install() {
   platform::registry::Key root;
   require(platform::registry::openKey(platform::registry::Hive::LocalMachine, libraryKey(""), root),
           "the registry script was not imported");
+  std::string names;
   for (const RegisteredTransport& transport : registeredTransports()) {
-    requireLoadable(transport.module);
+    requireLoadable(transport);
+    names += (names.empty() ? "" : ", ") + transport.name;
   }
   require(notInstalled, "a transport is registered, but not installed");
+  say(quiet, "the library is set up; transports: " + (names.empty() ? "none" : names));
 }
 
 }  // namespace
@@ -65,7 +70,9 @@ void addInstallCommand(Verb& root) {
       "that are there already stay, and so do transports that could not be installed.\n\n"
       "Examples:\n"
       "  qvn install");
-  verb.callback([] { install(); });
+  const auto quiet = std::make_shared<bool>(false);
+  addQuiet(verb, *quiet);
+  verb.callback([quiet] { install(*quiet); });
 }
 
 }  // namespace qvn::cli

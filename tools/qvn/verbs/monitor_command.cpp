@@ -1,18 +1,19 @@
 // qvn monitor: the print monitor.
-#include <iostream>
+#include <memory>
 
 #include "library_settings.h"
 #include "qvn/qvn.h"
 #include "shared/client/failure.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
 
 namespace {
 
-void add() {
+void add(bool quiet) {
   if (!readLibraryValue("Runtime\\", "DefaultModelName")) {
     throw Failure(
         "the default model, after which the print monitor is named, has no name; 'qvn install' and "
@@ -22,10 +23,11 @@ void add() {
   const Session session;
   const std::uint32_t result = QvnAddMonitor();
   if (result == QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED || result == QRN_ERROR_ALREADY_EXISTS) {
-    std::cout << "the print monitor is registered already\n";
+    say(quiet, "the print monitor is registered already");
     return;
   }
   require(result, "cannot register the print monitor");
+  say(quiet, "registered the print monitor");
 }
 
 }  // namespace
@@ -37,7 +39,9 @@ void addMonitorCommand(Verb& root) {
       "Examples:\n"
       "  qvn monitor add");
   Verb addVerb = verb.addVerb("add", "Register the print monitor with the spooler");
-  addVerb.callback([] { add(); });
+  const auto quiet = std::make_shared<bool>(false);
+  addQuiet(addVerb, *quiet);
+  addVerb.callback([quiet] { add(*quiet); });
 }
 
 }  // namespace qvn::cli

@@ -18,7 +18,8 @@ void exchange(const RawExchangeOptions& options) {
   const std::string request = parseRequest(options.hex, "A5 00 03 50 01 00");
   const Session session;
   const Device printer = selectPrinter(session, options.device);
-  require(QvnOpenPrinter(session.client(), printer.handle), "cannot open " + printer.text());
+  requireOf(session, printer, QvnOpenPrinter(session.client(), printer.handle),
+            "cannot open " + printer.text());
   std::string reply(kLargestPacket, '\0');
   std::uint32_t length = 0;
   const std::uint32_t result = QvnExchangeNpaPrinter(
@@ -26,7 +27,9 @@ void exchange(const RawExchangeOptions& options) {
       static_cast<std::uint32_t>(request.size()), reinterpret_cast<std::uint8_t*>(reply.data()),
       kLargestPacket, &length);
   QvnClosePrinter(session.client(), printer.handle);
-  require(result, "the exchange with " + printer.text() + " failed");
+  if (result == QRN_ERROR_INVALID_FUNCTION)
+    throw Failure(withCode(printer.text() + " takes no NPA packets", result));
+  requireOf(session, printer, result, "the exchange with " + printer.text() + " failed");
   reply.resize(length);
   printReply(request, reply, options.json);
 }
@@ -37,9 +40,8 @@ void addNpaCommand(Verb& root) {
   const auto options = std::make_shared<RawExchangeOptions>();
   Verb verb = root.addVerb("npa", "Send an NPA packet (IEEE 1284.1) and print the reply");
   verb.addOption("HEX", options->hex, "The packet, two hexadecimal digits per byte").required();
-  verb.addOption("--device", options->device,
-                 "The printer's handle or port name; not needed for the only printer");
-  verb.addFlag("--json", options->json, "Print JSON");
+  verb.addDevice(options->device, "printer");
+  verb.addJson(options->json);
   verb.footer(
       "Packets that start or end jobs or register for alerts are refused: the library sends those.\n\n"
       "Examples:\n"

@@ -15,6 +15,8 @@
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "shared/client/interrupt.h"
+#include "shared/client/leave.h"
+#include "shared/client/standard_output.h"
 #include "shared/client/text_values.h"
 #include "shared/scan/scanner_families.h"
 #include "verbs/commands.h"
@@ -36,7 +38,7 @@ struct Options {
   std::string mode;
   std::string area;
   std::string source;
-  std::string pages = "1";
+  std::string pages;
   unsigned timeout = 60;
   std::string output;
   bool json = false;
@@ -60,7 +62,9 @@ Wanted parse(const Options& options) {
       throw UsageError("an area is left, top, width and height in millimetres, for example 0x0x210x297");
     }
   }
-  if (options.pages == "all") {
+  if (options.pages.empty()) {
+    if (wanted.source == scan::Source::Feeder && options.output != "-") wanted.pages = kAllPages;
+  } else if (options.pages == "all") {
     wanted.pages = kAllPages;
   } else if (const auto number = parseNumber(options.pages); number && *number > 0 && *number < kAllPages) {
     wanted.pages = *number;
@@ -76,7 +80,8 @@ Wanted parse(const Options& options) {
   if (options.output == "-") {
     if (wanted.pages > 1) throw UsageError("standard output takes one page");
     if (options.json) throw UsageError("standard output takes the page or the lines of --json, not both");
-    if (isatty(STDOUT_FILENO) == 1) throw UsageError("standard output is a terminal, which shows no picture");
+    if (isatty(standardOutput()) == 1)
+      throw UsageError("standard output is a terminal, which shows no picture");
   }
   return wanted;
 }
@@ -143,8 +148,13 @@ bool startPage(scan::Scanner& scanner, unsigned page) {
 }
 
 void scanPages(const Device& device, const Options& options, const Wanted& wanted) {
+  auto connecting = std::make_unique<LeaveOnInterrupt>("interrupted while connecting to " + device.text());
   const auto scanner = scan::openScanner(device.handle, std::chrono::seconds(options.timeout));
-  const OnInterrupt canceller([&] { scanner->cancel(); });
+  connecting.reset();
+  const OnInterrupt canceller([&] {
+    sayNow("aborting the page, which can take half a minute; Ctrl-C again leaves at once");
+    scanner->cancel();
+  });
   const scan::Settings settings = settingsFor(scanner->capabilities(), options, wanted);
   const scan::PageSize size = scan::pageSize(settings);
   if (options.output != "-") requireRoom(options.output, size.bytes() / kBestCompression);
@@ -155,10 +165,12 @@ void scanPages(const Device& device, const Options& options, const Wanted& wante
   std::vector<Json> pages;
   unsigned page = 1;
   for (; page <= wanted.pages && startPage(*scanner, page); ++page) {
-    ProgressBar progress("page " + std::to_string(page), size.lines, standardErrorIsTerminal(),
-                         ProgressUnit::Lines);
-    files->beginPage(settings);
-    copyPage(*scanner, *files, size, progress);
+    {
+      ProgressBar progress("page " + std::to_string(page), size.lines, standardErrorIsTerminal(),
+                           "no data from the scanner; Ctrl-C aborts", ProgressUnit::Lines);
+      files->beginPage(settings);
+      copyPage(*scanner, *files, size, progress);
+    }
     pages.push_back(describePage(files->endPage(), page, settings));
     if (files->eachPageIsAFile()) printPages(pages, options);
   }
@@ -183,7 +195,9 @@ void scan(const Options& options) {
     scanPages(device, options, wanted);
   } catch (const scan::Error& error) {
     if (error.problem() == scan::Problem::Cancelled) throw Interrupted(error.what());
-    if (error.code() != QRN_ERROR_SUCCESS) throw Failure(error.what(), error.code());
+    if (error.code() != QRN_ERROR_SUCCESS) {
+      throw Failure(error.what(), error.code(), placeOf(session, device));
+    }
     throw Failure(error.what());
   }
 }
@@ -193,29 +207,32 @@ void scan(const Options& options) {
 void addScanCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("scan", "Scan pages into PNG or TIFF files");
-  verb.addOption("-o,--output", options->output, "FILE.png, FILE.tif, or - for a PNG on standard output")
+  verb.addOption("FILE,-o,--output", options->output, "FILE.png, FILE.tif, or - for a PNG on standard output")
       .required();
-  verb.addOption("--device", options->device,
-                 "The scanner's handle or port name; not needed for the only scanner");
+  verb.addDevice(options->device, "scanner");
   verb.addOption("--dpi", options->dpi, "Dots per inch; otherwise 300, or what comes nearest below");
   verb.addOption("--mode", options->mode, "bw, gray or color; otherwise gray").oneOf({"bw", "gray", "color"});
   verb.addOption("--area", options->area,
                  "Left, top, width and height in millimetres, as in 10x20x105.5x148; otherwise all");
   verb.addOption("--source", options->source, "flatbed or feeder; otherwise the flatbed")
       .oneOf({"flatbed", "feeder"});
-  verb.addOption("--pages", options->pages, "How many pages from the feeder, or all").showDefault();
-  verb.addOption("--timeout", options->timeout, "Give up after so many seconds without data")
+  verb.addOption("--pages", options->pages, "How many pages from the feeder; otherwise all");
+  verb.addOption("--timeout", options->timeout,
+                 "Give up when the scanner has sent nothing for so many seconds")
       .between(1, 3600)
       .showDefault();
-  verb.addFlag("--json", options->json, "Print a line of JSON for each page");
+  verb.addJson(options->json, "Print a line of JSON for each page");
   verb.footer(
-      "A TIFF holds all pages; of several pages to page.png each becomes a file, page-1.png and so on.\n"
+      "A scanner sends a page in blocks, of 32 kB in most: a block that is not complete yet counts as "
+      "nothing\n"
+      "sent. A TIFF holds all pages; of several pages to page.png each becomes a file, page-1.png and so "
+      "on.\n"
       "Ctrl-C aborts the page on the scanner and leaves no half file; a second one ends at once.\n\n"
       "Examples:\n"
-      "  qvn scan -o page.png\n"
-      "  qvn scan --dpi 600 --mode color --area 0x0x105x148 -o photo.png\n"
-      "  qvn scan --source feeder --pages all --mode bw -o letter.tif\n"
-      "  qvn scan -o - | display -");
+      "  qvn scan page.png\n"
+      "  qvn scan --dpi 600 --mode color --area 0x0x105x148 photo.png\n"
+      "  qvn scan --source feeder --mode bw letter.tif\n"
+      "  qvn scan - | display -");
   verb.callback([options] { scan(*options); });
 }
 

@@ -107,7 +107,7 @@ void watch(const WatchOptions& options) {
       store.observe(options.observed[i], options.observed[i + 1]);
     }
     std::cerr << "watching scanner " << handle << '\n';
-    events.print(options.count, printJsonLine);
+    events.print(options.count, [](const Json& event) { printJsonLine(event); });
   });
 }
 

@@ -1,17 +1,20 @@
 // qvn uninstall: takes the library off this machine.
 
+#include <memory>
+
 #include "library_settings.h"
 #include "qvn/qvn.h"
 #include "shared/client/failure.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
 
 namespace {
 
-void uninstall() {
+void uninstall(bool quiet) {
   {
     const Session session;  // for the log
     QvnUninstall();
@@ -22,6 +25,7 @@ void uninstall() {
   if (left == platform::kSuccess) {
     throw Failure("the library's settings could not be removed; 'qvn registry export' shows them");
   }
+  say(quiet, "the library's settings and devices are gone");
 }
 
 }  // namespace
@@ -35,7 +39,9 @@ void addUninstallCommand(Verb& root) {
       "copy of it all.\n\n"
       "Examples:\n"
       "  qvn uninstall");
-  verb.callback([] { uninstall(); });
+  const auto quiet = std::make_shared<bool>(false);
+  addQuiet(verb, *quiet);
+  verb.callback([quiet] { uninstall(*quiet); });
 }
 
 }  // namespace qvn::cli

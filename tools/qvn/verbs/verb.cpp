@@ -1,13 +1,86 @@
 #include "verbs/verb.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <optional>
+#include <sstream>
 #include <utility>
 
 #include "shared/client/failure.h"
+#include "shared/client/text_values.h"
 
 namespace qvn::cli {
+
+namespace {
+
+constexpr char kDeviceVariable[] = "QVN_DEVICE";
+
+// Help as people read it: what a value stands for instead of the parser's type.
+class Help : public CLI::Formatter {
+ public:
+  std::string make_option_opts(const CLI::Option* option) const override {
+    if (option->get_lnames().empty()) return option->get_expected_max() > 1 ? " ..." : "";
+    if (option->get_items_expected_max() == 0) return "";
+    std::string value = option->get_lnames().front();
+    std::transform(value.begin(), value.end(), value.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return " " + value;
+  }
+
+  std::string make_option_desc(const CLI::Option* option) const override {
+    const std::string value = option->get_default_str();
+    return option->get_description() + (value.empty() ? "" : "; otherwise " + value);
+  }
+};
+
+// Throws UsageError for the first word that stands where a verb or an option must and is none.
+void checkWords(const CLI::App* app, const std::vector<std::string>& arguments) {
+  std::string path = app->get_name();
+  for (const std::string& word : arguments) {
+    if (word == "--") return;
+    if (word.starts_with("--")) {
+      const std::string name = word.substr(0, word.find('='));
+      std::vector<std::string> names;
+      for (const CLI::Option* option : app->get_options()) {
+        for (const std::string& known : option->get_lnames()) names.push_back("--" + known);
+      }
+      if (std::find(names.begin(), names.end(), name) != names.end()) continue;
+      throw UsageError("'" + path + "' has no option '" + name + "'" + didYouMean(name, names));
+    }
+    if (word.starts_with('-') || app->get_require_subcommand_min() == 0) continue;
+    std::vector<std::string> names;
+    const CLI::App* next = nullptr;
+    for (const CLI::App* verb : app->get_subcommands({})) {
+      names.push_back(verb->get_name());
+      if (word == verb->get_name()) next = verb;
+    }
+    if (next == nullptr) {
+      const std::string where = app->get_parent() == nullptr ? "no verb '" : "'" + path + "' has no verb '";
+      throw UsageError(where + word + "'" + didYouMean(word, names));
+    }
+    app = next;
+    path += " " + word;
+  }
+}
+
+// The examples in a verb's footer that begin with the path of another one.
+std::string examplesOf(const std::string& path, const std::string& footer) {
+  std::istringstream lines(footer);
+  std::string examples;
+  bool taken = false;
+  for (std::string line; std::getline(lines, line);) {
+    const bool goesOn = taken && examples.ends_with("\\\n");
+    taken = goesOn || line.find("qvn " + path + " ") != std::string::npos || line.ends_with("qvn " + path);
+    if (taken) examples += line + "\n";
+  }
+  if (examples.empty()) return "";
+  examples.pop_back();
+  return "Examples:\n" + examples;
+}
+
+}  // namespace
 
 Option Option::required() { return Option(option_->required()); }
 
@@ -24,7 +97,10 @@ Option Option::oneValueEach() { return Option(option_->allow_extra_args(false));
 Option Option::excludes(Option other) { return Option(option_->excludes(other.option_)); }
 
 Verb Verb::addVerb(const std::string& name, const std::string& help) {
-  return Verb(app_->add_subcommand(name, help));
+  CLI::App* const verb = app_->add_subcommand(name, help);
+  verb->footer(app_->get_parent() == nullptr ? ""
+                                             : examplesOf(app_->get_name() + " " + name, app_->get_footer()));
+  return Verb(verb);
 }
 
 template <typename Value>
@@ -42,6 +118,20 @@ Option Verb::addFlag(const std::string& names, bool& value, const std::string& h
   return Option(app_->add_flag(names, value, help));
 }
 
+template <typename Value>
+Option Verb::addDevice(Value& device, const std::string& what, const std::string& otherwise) {
+  CLI::Option* const option =
+      app_->add_option("-d,--device", device,
+                       "The " + what + "'s handle or port name; " +
+                           (otherwise.empty() ? "not needed for the only " + what : otherwise));
+  return Option(option->envname(kDeviceVariable));
+}
+
+template Option Verb::addDevice(std::string&, const std::string&, const std::string&);
+template Option Verb::addDevice(std::vector<std::string>&, const std::string&, const std::string&);
+
+Option Verb::addJson(bool& json, const std::string& help) { return addFlag("-j,--json", json, help); }
+
 void Verb::requireVerb() { app_->require_subcommand(1); }
 
 void Verb::footer(const std::string& text) { app_->footer(text); }
@@ -53,13 +143,20 @@ CommandLine::CommandLine(const std::string& name, const std::string& help, const
   app_->set_version_flag("--version", version, "Print the version and exit");
   app_->set_help_flag("-h,--help", "Print this help and exit");
   app_->require_subcommand(1);
+  app_->formatter(std::make_shared<Help>());
 }
 
 CommandLine::~CommandLine() = default;
 
-void CommandLine::run(int argc, char** argv) {
+void CommandLine::run(std::vector<std::string> arguments) {
+  if (!arguments.empty() && arguments.front() == "help") {
+    arguments.erase(arguments.begin());
+    arguments.emplace_back("--help");
+  }
+  checkWords(app_.get(), arguments);
+  std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
   try {
-    app_->parse(argc, argv);
+    app_->parse(std::move(arguments));
   } catch (const CLI::Success& request) {
     app_->exit(request);
   } catch (const CLI::ParseError& error) {

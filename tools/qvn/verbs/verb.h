@@ -45,8 +45,16 @@ class Verb {
   template <typename Value>
   Option addOption(const std::string& names, Value& value, const std::string& help);
   Option addFlag(const std::string& names, bool& value, const std::string& help);
+
+  // What many verbs have, in the same words. `what` is printer, scanner, hid or device; one that is not named
+  // is that of QVN_DEVICE, and without that `otherwise`. The value is a text, or a list of them.
+  template <typename Value>
+  Option addDevice(Value& device, const std::string& what, const std::string& otherwise = "");
+  Option addJson(bool& json, const std::string& help = "Print JSON");
+
   // One of its verbs must follow.
   void requireVerb();
+  // Below the options in its help. A verb added later shows those of the examples that are its own.
   void footer(const std::string& text);
   // Called once the whole command line has been read.
   void callback(std::function<void()> run);
@@ -66,9 +74,9 @@ class CommandLine {
   // What the verbs are added to.
   Verb root() { return Verb(app_.get()); }
 
-  // Carries out the verb that the arguments name, whose exceptions pass; prints help and version. Throws
-  // UsageError when they cannot be read.
-  void run(int argc, char** argv);
+  // Carries out the verb that the arguments name, whose exceptions pass; prints help and version, also when
+  // the first word is "help". Throws UsageError when they cannot be read.
+  void run(std::vector<std::string> arguments);
 
  private:
   std::unique_ptr<CLI::App> app_;

@@ -10,6 +10,7 @@
 #include "shared/client/failure.h"
 #include "shared/client/interrupt.h"
 #include "shared/client/open_printer.h"
+#include "shared/client/printer_questions.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
 #include "verbs/verb.h"
@@ -64,7 +65,7 @@ class Watched {
   // Throws Failure when the printer cannot be heard.
   Watched(const Session& session, const Device& printer)
       : client_(session.client()), handle_(printer.handle) {
-    require(QvnOpenPrinter(client_, handle_), "cannot open " + printer.text());
+    requireOf(session, printer, QvnOpenPrinter(client_, handle_), "cannot open " + printer.text());
     const std::uint32_t result = QvnRegisterForAlertsPrinter(client_, handle_, kEveryAlert, onAlert);
     if (result != QRN_ERROR_SUCCESS) {
       QvnClosePrinter(client_, handle_);
@@ -77,6 +78,9 @@ class Watched {
     QvnUnregisterForAlertsPrinter(client_, handle_);
     QvnClosePrinter(client_, handle_);
   }
+  // The packet makes a lost connection anew, the registration for alerts with it.
+  std::uint32_t ask() const { return askPrinter(client_, handle_); }
+
   Watched(const Watched&) = delete;
   Watched& operator=(const Watched&) = delete;
 
@@ -101,9 +105,8 @@ void print(const Session& session, Json event, const Options& options) {
     return;
   }
   const Device printer{&deviceKinds().front(), event["handle"].get<std::uint32_t>()};
-  const std::string port = readText(session, printer, attribute::kPortname);
-  std::cout << cell(event["time"]) << "  " << (port.empty() ? printer.text() : port) << "  "
-            << cell(event["event"]) << "  " << cell(event["words"]);
+  std::cout << cell(event["time"]) << "  " << knownAs(session, printer) << "  " << cell(event["event"])
+            << "  " << cell(event["words"]);
   if (event.contains("packet")) {
     std::cout << "  " << cell(event["packet"]);
   }
@@ -113,8 +116,9 @@ void print(const Session& session, Json event, const Options& options) {
 void watch(const Options& options) {
   Interrupt::install();
   const Session session;
-  const auto watched = hearAll<Watched>(session, deviceKinds().front(), options.devices);
-  events.print(options.count, [&](const Json& event) { print(session, event, options); });
+  AllHeard<Watched> heard(session, deviceKinds().front(), options.devices);
+  events.print(
+      options.count, [&](const Json& event) { print(session, event, options); }, [&] { heard.askAll(); });
 }
 
 }  // namespace
@@ -122,13 +126,13 @@ void watch(const Options& options) {
 void addWatchCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("watch", "Show printers' alerts and job notifications as they come");
-  verb.addOption("--device", options->devices,
-                 "A printer's handle or port name, may be repeated; without it all that can be opened");
-  verb.addOption("--count", options->count, "End after so many events");
-  verb.addFlag("--json", options->json, "Print a line of JSON for each event");
+  verb.addDevice(options->devices, "printer", "may be repeated; without it all that can be opened");
+  verb.addOption("-n,--count", options->count, "End after so many events");
+  verb.addJson(options->json, "Print a line of JSON for each event");
   verb.addFlag("--raw", options->raw, "Print each alert's packet as well, in hexadecimal");
   verb.footer(
-      "Ends on Ctrl-C. Jobs of other programs show in the printer's own status alerts.\n\n"
+      "Ends on Ctrl-C. A printer that was off is watched again once it is back. Jobs of other programs show "
+      "in the printer's own status alerts.\n\n"
       "Examples:\n"
       "  qvn watch\n"
       "  qvn watch --device LAB1 --json --count 1");

@@ -10,6 +10,12 @@
 
 namespace qvn::cli {
 
+namespace {
+
+constexpr std::chrono::seconds kIdleInterval{3};
+
+}  // namespace
+
 void EventQueue::add(Json event) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (waiting_.size() < kMost) {
@@ -26,9 +32,13 @@ void EventQueue::stop() {
   changed_.notify_one();
 }
 
-std::optional<Json> EventQueue::next() {
+std::optional<Json> EventQueue::next(const std::function<void()>& idle) {
   std::unique_lock<std::mutex> lock(mutex_);
-  changed_.wait(lock, [this] { return stopped_ || !waiting_.empty(); });
+  while (!changed_.wait_for(lock, kIdleInterval, [this] { return stopped_ || !waiting_.empty(); })) {
+    lock.unlock();
+    idle();
+    lock.lock();
+  }
   if (waiting_.empty()) {
     return std::nullopt;
   }
@@ -40,10 +50,11 @@ std::optional<Json> EventQueue::next() {
   return event;
 }
 
-void EventQueue::print(std::size_t count, const std::function<void(const Json&)>& printOne) {
+void EventQueue::print(std::size_t count, const std::function<void(const Json&)>& printOne,
+                       const std::function<void()>& idle) {
   OnInterrupt onInterrupt([this] { stop(); });
   for (std::size_t printed = 0; count == 0 || printed < count; ++printed) {
-    const auto event = next();
+    const auto event = next(idle);
     if (!event) {
       throw Interrupted("stopped watching");
     }
@@ -65,10 +76,6 @@ std::string timeOfEvent() {
   const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
   std::snprintf(text + length, sizeof text - length, ".%03dZ", static_cast<int>(milliseconds));
   return text;
-}
-
-void printJsonLine(const Json& event) {
-  std::cout << event.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 }  // namespace qvn::cli

@@ -17,13 +17,16 @@ class EventQueue {
  public:
   void add(Json event);
 
-  // Prints `count` events, or without end for 0, as they come. Throws Interrupted when Ctrl-C ends that;
-  // returns early when standard output takes no more. Interrupt::install() has been called.
-  void print(std::size_t count, const std::function<void(const Json&)>& printOne);
+  // Prints `count` events, or without end for 0, as they come; while none comes, calls `idle` every few
+  // seconds. Throws Interrupted when Ctrl-C ends that; returns early when standard output takes no more.
+  // Interrupt::install() has been called.
+  void print(
+      std::size_t count, const std::function<void(const Json&)>& printOne,
+      const std::function<void()>& idle = [] {});
 
  private:
   // The next event; none when it was stopped.
-  std::optional<Json> next();
+  std::optional<Json> next(const std::function<void()>& idle);
   void stop();
 
   // A reader who stopped reading must not let the memory grow.
@@ -38,8 +41,5 @@ class EventQueue {
 
 // UTC with milliseconds, as RFC 3339 writes it.
 std::string timeOfEvent();
-
-// One line of JSON.
-void printJsonLine(const Json& event);
 
 }  // namespace qvn::cli

@@ -2,6 +2,7 @@
 
 #include "qvn/transport/attributes.h"
 #include "shared/client/failure.h"
+#include "shared/client/text_values.h"
 
 namespace qvn::cli {
 
@@ -118,8 +119,11 @@ std::string findDescriptor(const std::string& key) {
       return std::string(descriptor);
     }
   }
-  throw UsageError("there is no attribute '" + key +
-                   "'; attribute names are written as in 'qvn get --help', or give a whole descriptor");
+  std::vector<std::string> names;
+  for (const std::string_view descriptor : kDescriptors) names.push_back(attributeName(descriptor));
+  const std::string meant = didYouMean(key, names);
+  throw UsageError("there is no attribute '" + key + "'" +
+                   (meant.empty() ? "; 'qvn get --help' lists them, or give a whole descriptor" : meant));
 }
 
 }  // namespace qvn::cli

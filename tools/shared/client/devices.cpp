@@ -112,6 +112,11 @@ std::string readText(const Session& session, const Device& device, const std::st
   return value ? cell(*value) : "";
 }
 
+std::uint32_t readNumber(const Session& session, const Device& device, const std::string& descriptor) {
+  const auto value = readAttribute(session, device, descriptor);
+  return value && value->is_number() ? value->get<std::uint32_t>() : 0;
+}
+
 bool isStored(const Session& session, const Device& device) {
   return readAttribute(session, device, attribute::kHandle).has_value();
 }
@@ -146,23 +151,41 @@ Device selectPrinter(const Session& session, const std::string& name) {
   return selectNamed(session, kKinds[0], name);
 }
 
-Device selectDevice(const Session& session, std::uint32_t handle, const std::string& kindName) {
+Device selectAny(const Session& session, const std::string& name, const std::string& kindName) {
+  if (name.empty() || !kindName.empty()) {
+    return selectNamed(session, kindName.empty() ? kKinds[0] : kindNamed(kindName), name);
+  }
   std::vector<Device> matches;
+  const auto handle = parseNumber(name);
   for (const DeviceKind& kind : kKinds) {
-    const Device device{&kind, handle};
-    if ((kindName.empty() || &kind == &kindNamed(kindName)) && isStored(session, device)) {
-      matches.push_back(device);
-    }
+    Device device{&kind, handle.value_or(0)};
+    const bool found =
+        handle ? isStored(session, device)
+               : kind.findByPortname(session.client(), name.c_str(), &device.handle) == QRN_ERROR_SUCCESS;
+    if (found) matches.push_back(device);
   }
+  if (matches.empty() && handle) throw Failure("there is no device " + name, QRN_ERROR_INVALID_HANDLE);
   if (matches.empty()) {
-    const std::string kind = kindName.empty() ? "device" : kindName;
-    throw Failure("there is no " + kind + " " + std::to_string(handle), QRN_ERROR_INVALID_HANDLE);
+    throw Failure("there is no device with the port name '" + name + "'", QRN_ERROR_UNKNOWN_PORT);
   }
-  if (matches.size() > 1) {
-    throw UsageError("several kinds of device have the handle " + std::to_string(handle) +
-                     ": say which with --kind");
+  if (matches.size() > 1 && handle) {
+    throw UsageError("several kinds of device have the handle " + name + ": say which with --kind");
   }
+  // The parts of one device share its port name; the printer stands for them.
   return matches.front();
+}
+
+std::string placeOf(const Session& session, const Device& device, DevicePort port) {
+  const std::string address = readText(session, device, attribute::kAddress);
+  if (address.empty()) return readText(session, device, attribute::kTransport);
+  std::uint32_t at = port == DevicePort::Channel ? readNumber(session, device, attribute::kChannelId) : 0;
+  if (at == 0) at = readNumber(session, device, attribute::kIpPort);
+  return at == 0 ? address : address + " port " + std::to_string(at);
+}
+
+void requireOf(const Session& session, const Device& device, std::uint32_t code, const std::string& sentence,
+               DevicePort port) {
+  if (code != QRN_ERROR_SUCCESS) throw Failure(sentence, code, placeOf(session, device, port));
 }
 
 Json describeDevice(const Session& session, const Device& device) {

@@ -57,6 +57,8 @@ std::optional<Json> readAttribute(const Session& session, const Device& device,
 
 // The same for a text; empty when there is none.
 std::string readText(const Session& session, const Device& device, const std::string& descriptor);
+// The same for a number; 0 when there is none.
+std::uint32_t readNumber(const Session& session, const Device& device, const std::string& descriptor);
 
 // True when the store of its kind holds the device.
 bool isStored(const Session& session, const Device& device);
@@ -66,8 +68,17 @@ bool isStored(const Session& session, const Device& device);
 Device selectNamed(const Session& session, const DeviceKind& kind, const std::string& name);
 Device selectPrinter(const Session& session, const std::string& name);
 
-// The device of that handle; the kind may be left open (empty) when only one kind has the handle.
-Device selectDevice(const Session& session, std::uint32_t handle, const std::string& kindName);
+// The same among all kinds, or that of the name; without a device's name only a printer is meant. Of several
+// with one name the kind must be said.
+Device selectAny(const Session& session, const std::string& name, const std::string& kindName);
+
+// Where its transport finds the device: "192.0.2.17 port 9100", or its transport's name.
+enum class DevicePort { Channel, Print };
+std::string placeOf(const Session& session, const Device& device, DevicePort port = DevicePort::Channel);
+
+// Throws Failure with the sentence, and what the code says of this device, unless the code is 0.
+void requireOf(const Session& session, const Device& device, std::uint32_t code, const std::string& sentence,
+               DevicePort port = DevicePort::Channel);
 
 // One line of a listing, with kind, handle, family, transport, portname and address.
 Json describeDevice(const Session& session, const Device& device);

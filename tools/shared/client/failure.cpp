@@ -14,24 +14,58 @@ struct CodeName {
   const char* name;
 };
 
+#define QVN_NAMED(code) \
+  { code, #code }
 constexpr CodeName kCodeNames[] = {
-    {QRN_ERROR_SUCCESS, "QRN_ERROR_SUCCESS"},
-    {QRN_ERROR_INVALID_FUNCTION, "QRN_ERROR_INVALID_FUNCTION"},
-    {QRN_ERROR_ACCESS_DENIED, "QRN_ERROR_ACCESS_DENIED"},
-    {QRN_ERROR_INVALID_HANDLE, "QRN_ERROR_INVALID_HANDLE"},
-    {QRN_ERROR_BAD_COMMAND, "QRN_ERROR_BAD_COMMAND"},
-    {QRN_ERROR_DUP_NAME, "QRN_ERROR_DUP_NAME"},
-    {QRN_ERROR_INVALID_PARAMETER, "QRN_ERROR_INVALID_PARAMETER"},
-    {QRN_ERROR_INSUFFICIENT_BUFFER, "QRN_ERROR_INSUFFICIENT_BUFFER"},
-    {QRN_ERROR_BUSY, "QRN_ERROR_BUSY"},
-    {QRN_ERROR_ALREADY_EXISTS, "QRN_ERROR_ALREADY_EXISTS"},
-    {QRN_ERROR_WAIT_TIMEOUT, "QRN_ERROR_WAIT_TIMEOUT"},
-    {QRN_ERROR_NOT_FOUND, "QRN_ERROR_NOT_FOUND"},
-    {QRN_ERROR_INTERNAL_ERROR, "QRN_ERROR_INTERNAL_ERROR"},
-    {QRN_ERROR_TIMEOUT, "QRN_ERROR_TIMEOUT"},
-    {QRN_ERROR_DATATYPE_MISMATCH, "QRN_ERROR_DATATYPE_MISMATCH"},
-    {QRN_ERROR_UNKNOWN_PORT, "QRN_ERROR_UNKNOWN_PORT"},
-    {QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED, "QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED"},
+    QVN_NAMED(QRN_ERROR_SUCCESS),
+    QVN_NAMED(QRN_ERROR_INVALID_FUNCTION),
+    QVN_NAMED(QRN_ERROR_ACCESS_DENIED),
+    QVN_NAMED(QRN_ERROR_INVALID_HANDLE),
+    QVN_NAMED(QRN_ERROR_INVALID_DATA),
+    QVN_NAMED(QRN_ERROR_BAD_COMMAND),
+    QVN_NAMED(QRN_ERROR_DUP_NAME),
+    QVN_NAMED(QRN_ERROR_NETNAME_DELETED),
+    QVN_NAMED(QRN_ERROR_INVALID_PARAMETER),
+    QVN_NAMED(QRN_ERROR_DISK_FULL),
+    QVN_NAMED(QRN_ERROR_INSUFFICIENT_BUFFER),
+    QVN_NAMED(QRN_ERROR_BUSY),
+    QVN_NAMED(QRN_ERROR_ALREADY_EXISTS),
+    QVN_NAMED(QRN_ERROR_WAIT_TIMEOUT),
+    QVN_NAMED(QRN_ERROR_NOT_FOUND),
+    QVN_NAMED(QRN_ERROR_CANCELLED),
+    QVN_NAMED(QRN_ERROR_CONNECTION_REFUSED),
+    QVN_NAMED(QRN_ERROR_CONNECTION_INVALID),
+    QVN_NAMED(QRN_ERROR_NETWORK_UNREACHABLE),
+    QVN_NAMED(QRN_ERROR_HOST_UNREACHABLE),
+    QVN_NAMED(QRN_ERROR_CONNECTION_ABORTED),
+    QVN_NAMED(QRN_ERROR_REVISION_MISMATCH),
+    QVN_NAMED(QRN_ERROR_INTERNAL_ERROR),
+    QVN_NAMED(QRN_ERROR_TIMEOUT),
+    QVN_NAMED(QRN_ERROR_DATATYPE_MISMATCH),
+    QVN_NAMED(QRN_ERROR_UNKNOWN_PORT),
+    QVN_NAMED(QRN_ERROR_PRINT_MONITOR_ALREADY_INSTALLED),
+};
+#undef QVN_NAMED
+
+// What a code says of a device, and what to do; {} is where the device is.
+struct Advice {
+  std::uint32_t code;
+  const char* sentence;
+};
+
+constexpr Advice kAdvice[] = {
+    {QRN_ERROR_ACCESS_DENIED, "another program has it, or it is not for this user"},
+    {QRN_ERROR_INVALID_DATA, "{} sent what no such device sends: is another kind of device there?"},
+    {QRN_ERROR_DUP_NAME, "another program has it open: try again when that has ended"},
+    {QRN_ERROR_NETNAME_DELETED,
+     "{} closed the connection: was it switched off, or does it serve another host?"},
+    {QRN_ERROR_BUSY, "it is in use: try again when that has ended"},
+    {QRN_ERROR_CONNECTION_REFUSED, "nothing listens at {}: is it switched on?"},
+    {QRN_ERROR_CONNECTION_INVALID, "the connection to {} has gone: try again"},
+    {QRN_ERROR_NETWORK_UNREACHABLE, "no network leads to {}: is this machine connected?"},
+    {QRN_ERROR_HOST_UNREACHABLE, "no machine answers at {}: is it switched on, and its address right?"},
+    {QRN_ERROR_CONNECTION_ABORTED, "this side ended the connection to {}"},
+    {QRN_ERROR_TIMEOUT, "{} does not answer in time: is it switched on, and its address right?"},
 };
 
 // The system's message as the tail of a sentence: no line end, no full stop, a small first letter. Empty when
@@ -51,23 +85,39 @@ std::string meaning(std::uint32_t code) {
   return text;
 }
 
+std::string nameOf(std::uint32_t code) {
+  const std::string number = "result " + std::to_string(code);
+  for (const CodeName& entry : kCodeNames) {
+    if (entry.code == code) return number + ", " + entry.name;
+  }
+  return number;
+}
+
 }  // namespace
 
-std::string describeResult(std::uint32_t code) {
-  std::string number = "result " + std::to_string(code);
-  for (const CodeName& entry : kCodeNames) {
-    if (entry.code == code) {
-      number += std::string(", ") + entry.name;
-    }
+std::string withCode(const std::string& reason, std::uint32_t code) {
+  return reason.empty() ? nameOf(code) : reason + " (" + nameOf(code) + ")";
+}
+
+std::string describeResult(std::uint32_t code) { return withCode(meaning(code), code); }
+
+std::string describeResult(std::uint32_t code, const std::string& place) {
+  for (const Advice& advice : kAdvice) {
+    if (advice.code != code) continue;
+    std::string sentence = advice.sentence;
+    if (const std::size_t at = sentence.find("{}"); at != std::string::npos) sentence.replace(at, 2, place);
+    return withCode(sentence, code);
   }
-  const std::string text = meaning(code);
-  return text.empty() ? number : text + " (" + number + ")";
+  return describeResult(code);
 }
 
 Failure::Failure(const std::string& sentence) : std::runtime_error(sentence) {}
 
 Failure::Failure(const std::string& sentence, std::uint32_t resultCode)
     : std::runtime_error(sentence + ": " + describeResult(resultCode)), code_(resultCode) {}
+
+Failure::Failure(const std::string& sentence, std::uint32_t resultCode, const std::string& place)
+    : std::runtime_error(sentence + ": " + describeResult(resultCode, place)), code_(resultCode) {}
 
 void require(std::uint32_t code, const std::string& sentence) {
   if (code != QRN_ERROR_SUCCESS) {

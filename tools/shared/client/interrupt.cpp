@@ -53,8 +53,13 @@ void Interrupt::install() {
   struct sigaction action = {};
   action.sa_handler = onSignal;
   action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before = {};
+    sigaction(signal, nullptr, &before);
+    // As nohup leaves it: the command is to outlive its terminal.
+    if (signal == SIGHUP && before.sa_handler == SIG_IGN) continue;
+    sigaction(signal, &action, nullptr);
+  }
 }
 
 bool Interrupt::requested() { return request.load(); }

@@ -1,5 +1,5 @@
-// SIGINT and SIGTERM as a request that the command sees and carries out in its own time. The second signal
-// of a kind ends the process at once, as it would without this.
+// SIGINT, SIGTERM and SIGHUP (the terminal is gone) as a request that the command sees and carries out in its
+// own time. The second signal of a kind ends the process at once, as it would without this.
 #pragma once
 
 #include <functional>

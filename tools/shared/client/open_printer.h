@@ -5,8 +5,11 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 
+#include "platform/base/clock.h"
 #include "shared/client/devices.h"
 #include "shared/client/session.h"
 
@@ -50,32 +53,53 @@ class OpenPrinter {
 
   std::uint32_t startJob(const JobNames& names);
 
+  // How long to go on offering data that the printer does not take, and to wait for the end of a job while it
+  // takes none: 0, as long as it takes. `onItsEnd` is called once when that is over, from any thread, before
+  // the job is cancelled: a printer that is gone is still offered the cancelling for a while, more than half
+  // a minute.
+  void setPatience(platform::Milliseconds patience, std::function<void()> onItsEnd) {
+    patience_ = patience;
+    onItsEnd_ = std::move(onItsEnd);
+  }
+
   // Writes the block, offering again what the printer does not take; stops early when a stop is requested
-  // (interrupt.h). Returns the code of the first failure, else 0.
-  std::uint32_t write(const std::string& block);
+  // (interrupt.h). Returns the code of the first failure, 1460 when patience is at its end, else 0. Each time
+  // that the printer has taken something `onTaken` is told how much.
+  std::uint32_t write(const std::string& block, const std::function<void(std::size_t)>& onTaken = {});
 
   // Works from any thread, also while the job is being ended. A printer without a way to cancel a job (Bpd)
   // prints what it was given so far.
   void cancelJob();
 
+  // Returns when the printer has told that the job is over, or has had the time to. A job whose rest the
+  // printer does not take is cancelled when patience is at its end, and 1460 returned.
   std::uint32_t endJob();
 
   // Whether the job in hand was cancelled, by this side or the printer's, or rejected.
   bool jobCancelled() const { return jobCancelled_; }
-  // Whether the printer refuses the job's data just now.
-  bool inError() const { return inError_; }
+  // How long the printer was asked, at the end of the job, whether it is over. None where nobody asks (Bpd).
+  std::optional<platform::Milliseconds> endTook() const;
 
  private:
   static void onNotification(std::uint32_t, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
                              std::uint32_t, std::uint32_t);
   void hear(JobEvent event);
+  void refuses();
+  bool losesPatience();
 
   std::uint32_t client_;
   Device printer_;
   bool cancels_;
   Listener listener_;
   std::atomic<bool> jobCancelled_{false};
-  std::atomic<bool> inError_{false};
+  // Since when it takes none of the job's data, by the platform's clock; 0 while it does.
+  std::atomic<std::uint64_t> refusesSince_{0};
+  std::atomic<std::uint64_t> endBegan_{0};
+  std::atomic<std::uint64_t> ended_{0};
+  platform::Milliseconds patience_ = 0;
+  std::function<void()> onItsEnd_;
+  std::atomic<bool> patienceLost_{false};
+  std::size_t piece_ = 0x10000;  // how much it is offered in one go
 };
 
 // Whether the printer's jobs can be cancelled, and their data must end with the end-of-job marker.

@@ -19,19 +19,32 @@ std::string printable(std::string text) {
   return text;
 }
 
-// Characters of a UTF-8 text: every byte but the continuation bytes.
-std::size_t width(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(
-      text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 std::string upperCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
   return text;
 }
 
+bool continues(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
 }  // namespace
+
+// Every byte but the continuation bytes begins a character.
+std::size_t width(const std::string& text) {
+  return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), continues));
+}
+
+std::string onOneLine(std::string text, std::size_t columns) {
+  text = printable(std::move(text));
+  if (width(text) <= columns) return text;
+  constexpr std::string_view kCut = "...";
+  const std::size_t kept = columns > kCut.size() ? columns - kCut.size() : 0;
+  std::size_t end = 0;
+  for (std::size_t count = 0; end < text.size() && (count < kept || continues(text[end])); ++end) {
+    if (end + 1 == text.size() || !continues(text[end + 1])) ++count;
+  }
+  return text.substr(0, end) + std::string(kCut.substr(0, columns));
+}
 
 void printTable(const std::vector<std::string>& heading, const std::vector<std::vector<std::string>>& rows) {
   std::vector<std::vector<std::string>> lines{heading};
@@ -56,6 +69,10 @@ void printTable(const std::vector<std::string>& heading, const std::vector<std::
 
 void printJson(const Json& value) {
   std::cout << value.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+void printJsonLine(const Json& value) {
+  std::cout << value.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
 }
 
 std::string cell(const Json& value) {

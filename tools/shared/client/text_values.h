@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qvn::cli {
 
@@ -19,5 +20,8 @@ std::optional<std::string> parseHex(std::string_view text);
 // Upper-case digits, two per byte, with `separator` between bytes.
 std::string formatHex(std::string_view bytes, std::string_view separator = "");
 std::string formatHex(std::span<const std::uint8_t> bytes, std::string_view separator = "");
+
+// "; did you mean 'print'?" for the word that is nearest to a mistyped one, or nothing when none is near.
+std::string didYouMean(const std::string& mistyped, const std::vector<std::string>& words);
 
 }  // namespace qvn::cli

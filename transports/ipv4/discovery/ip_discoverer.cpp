@@ -1,5 +1,6 @@
 #include "discovery/ip_discoverer.h"
 
+#include <chrono>
 #include <cstring>
 #include <optional>
 #include <set>
@@ -35,6 +36,12 @@ std::uint16_t portOf(const std::string& attributes, const char* descriptor) {
 constexpr std::uint32_t kScannerHandleOffset = 400;
 constexpr std::uint32_t kHidHandleOffset = 800;
 
+// Tells a device that was found just now from one that is only stored: milliseconds that wrap.
+std::uint32_t tickCount() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+}
+
 // What all parts have in common, whether they answered or were announced.
 std::string describe(const DeviceAnswer& device, const char* family, std::uint32_t handle,
                      std::uint32_t address, std::uint16_t channel) {
@@ -50,6 +57,7 @@ std::string describe(const DeviceAnswer& device, const char* family, std::uint32
   AttributeCodec::setString(text, attribute::kSerialNumber, device.serial);
   AttributeCodec::setString(text, attribute::kNickname, device.name);
   AttributeCodec::setLong(text, attribute::kChannelId, channel);
+  AttributeCodec::setLong(text, attribute::kTickCount, tickCount());
   return text;
 }
 

@@ -1,0 +1,72 @@
+#include "shared/client/open_printer.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "library_settings.h"
+#include "shared/client/session.h"
+#include "support/fake_transport.h"
+#include "support/manual_clock.h"
+
+namespace qvn::cli {
+namespace {
+
+using test::FakeTransport;
+
+TEST(OpenPrinter, OffersDataForAsLongAsPatienceLasts) {
+  struct Case {
+    const char* what;
+    std::uint32_t buffered;
+    std::uint32_t code;  // of the connection, once it has taken two bytes
+    std::uint32_t written;
+    std::uint32_t ended;
+    bool lost;
+  };
+  constexpr platform::Milliseconds kPatience = 60000;
+  const test::SkippingClock clock;
+  FakeTransport::registerModule();
+  FakeTransport& fake = FakeTransport::instance();
+  const std::string text = FakeTransport::printerText(7);
+  writeLibraryValue("PrinterStore", "7", {platform::registry::ValueType::String, text});
+  const Case cases[] = {{"takes nothing", 0, 1460, 1460, 0, true},
+                        {"closed", 0, 64, 64, 0, false},
+                        {"closed behind the buffers", 1, 64, 0, 1460, true}};
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    fake.onExchange = [](const Data&) {
+      constexpr std::uint8_t kReply[] = {0xA5, 0, 6, 0, 5, 0, 0, 0, 5};
+      Data reply;
+      reply.append(kReply, sizeof kReply);
+      return reply;
+    };
+    fake.onWrite = [&](Data& data) {
+      const bool takes = fake.written().size() < 2;
+      data.setCount(takes ? 2 : 0);
+      data.setRc(takes ? 0 : one.code);
+    };
+    for (const auto& [name, value] :
+         {std::pair("CpdPrinterMwo", one.buffered), std::pair("TeojDuration", 0U)}) {
+      writeLibraryValue("Settings", name,
+                        {platform::registry::ValueType::Dword, platform::registry::dwordBytes(value)});
+    }
+    int lost = 0;
+    {
+      const Session session;
+      OpenPrinter printer(session, selectPrinter(session, "7"));
+      printer.setPatience(kPatience, [&] { ++lost; });
+      ASSERT_EQ(printer.startJob({}), 0U);
+      const std::uint64_t began = platform::clock().monotonicMilliseconds();
+      EXPECT_EQ(printer.write(std::string(100000, 'x')), one.written);
+      EXPECT_EQ(printer.endJob(), one.ended);
+      const std::uint64_t took = platform::clock().monotonicMilliseconds() - began;
+      EXPECT_LT(took, 3 * kPatience);
+      EXPECT_EQ(took >= kPatience, one.lost);
+    }
+    EXPECT_EQ(lost, one.lost ? 1 : 0);
+    fake.reset();
+  }
+}
+
+}  // namespace
+}  // namespace qvn::cli
