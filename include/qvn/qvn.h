@@ -2,18 +2,43 @@
  * QR__serv: printing, scanning and HID input through transport plug-ins. These are all of its functions.
  *
  * A program initialises the library, takes a client identifier, finds or names a device, opens it by its
- * handle, works with it, closes it and uninitialises the library:
+ * handle, works with it, closes it and uninitialises the library. This one prints on the Cpd printer whose
+ * port name it is given:
  *
- *     uint32_t client, handle, taken;
- *     QvnInitialize();
- *     QvnGetClientId(&client);
- *     if (QvnEnumSpecificPrinter(client, "LAB1", &handle) == 0 && QvnOpenPrinter(client, handle) == 0) {
- *       QvnStartJobPrinter(client, handle, 0, "LAB1", "host", "title", "user");
- *       QvnWritePrinter(client, handle, bytes, size, &taken);
- *       QvnEndJobPrinter(client, handle);
- *       QvnClosePrinter(client, handle);
+ *     #include <poll.h>
+ *     #include <qvn/qvn.h>
+ *
+ *     int main(int argc, char** argv) {
+ *       static const uint8_t data[] = "Hello\r\n\f\x1B\x2A\x82\0\0\0\0\xAC";
+ *       const uint32_t size = sizeof data - 1;
+ *       uint32_t client, handle, rc, ended, at = 0, taken, pauses = 0;
+ *       if (argc != 2 || QvnInitialize() != 0) return 2;
+ *       QvnGetClientId(&client);
+ *       rc = QvnEnumSpecificPrinter(client, argv[1], &handle);
+ *       if (rc == 0) rc = QvnOpenPrinter(client, handle);
+ *       if (rc == 0) {
+ *         rc = QvnStartJobPrinter(client, handle, 0, argv[1], "host", "title", "user");
+ *         if (rc == 0) {
+ *           while (rc == 0 && at < size) {
+ *             rc = QvnWritePrinter(client, handle, data + at, size - at, &taken);
+ *             at += taken;
+ *             if (rc == QRN_ERROR_INSUFFICIENT_BUFFER && pauses++ < 600) {
+ *               poll(0, 0, 100);
+ *               rc = 0;
+ *             }
+ *           }
+ *           if (rc != 0) QvnCancelJobPrinter(client, handle);
+ *           ended = QvnEndJobPrinter(client, handle);
+ *           if (rc == 0) rc = ended;
+ *         }
+ *         QvnClosePrinter(client, handle);
+ *       }
+ *       QvnUninitialize();
+ *       return rc == 0 ? 0 : 1;
  *     }
- *     QvnUninitialize();
+ *
+ * The last eight bytes of the data are the end-of-job marker, without which a Cpd printer drops the job; a
+ * Bpd printer's jobs have none. README.md has the same for files and for printers of both families.
  *
  * The rules of this comment hold for every function below; a function's own comment adds to them.
  *
@@ -52,11 +77,10 @@
  * texts). When it does not fit nothing is copied, `*required` is the size that would do, and the result is
  * 122.
  *
- * Attributes. A device is described by typed attributes. The `key` that names one is its whole descriptor,
- * for example "<Name>Portname</Name><Type>String</Type><Access>Writeable</Access>"; transport/attributes.h
- * defines them all. Reads are answered from the registry and need the device neither open nor present: 1168
- * when there is no such device or it does not carry the attribute, 1629 when the descriptor is of another
- * type than the function. Writes go to the device.
+ * Attributes. A device is described by typed attributes. The `key` that names one is its whole descriptor;
+ * attributes.h defines them all, for example QVN_ATTRIBUTE_PORTNAME. Reads are answered from the registry and
+ * need the device neither open nor present: 1168 when there is no such device or it does not carry the
+ * attribute, 1629 when the descriptor is of another type than the function. Writes go to the device.
  *
  * Threads. Any thread may call any function at any time; calls on one device wait for each other. The last
  * QvnUninitialize lets no new call in and waits for those that are running. A device-found or queue-found

@@ -1,135 +1,98 @@
-// The descriptors of every attribute that the library and its transports use, by group.
-//
-// Who reads and writes them: the library uses the first two groups and carries the others through for the
-// transports. Three names exist in two forms (IpMask, Broadcast, PortNumber); the descriptor tells them
-// apart, and both forms write to the same element.
+// The descriptors of every attribute that the library and its transports use, as C++ has them: the table is
+// qvn/attributes.h, which also tells what a descriptor is.
 #pragma once
+
+#include "qvn/attributes.h"
 
 namespace qvn::attribute {
 
 // Device identity and bookkeeping.
-inline constexpr char kDevice[] = "<Name>Device</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kHandle[] = "<Name>Handle</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kPortname[] = "<Name>Portname</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kAddress[] = "<Name>Address</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kPortType[] = "<Name>PortType</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kTransport[] = "<Name>Transport</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kTransportType[] =
-    "<Name>TransportType</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kPrinterModel[] =
-    "<Name>Printer Model</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kVid[] = "<Name>Vid</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kPid[] = "<Name>Pid</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kUnverified[] = "<Name>Unverified</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kVerify[] = "<Name>Verify</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kSilentInstall[] =
-    "<Name>SilentInstall</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kTickCount[] = "<Name>TickCount</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kPcName[] = "<Name>PcName</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kCodePage[] = "<Name>CodePage</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kPinNumber[] = "<Name>PinNumber</Name><Type>String</Type><Access>Writeable</Access>";
+inline constexpr char kDevice[] = QVN_ATTRIBUTE_DEVICE;
+inline constexpr char kHandle[] = QVN_ATTRIBUTE_HANDLE;
+inline constexpr char kPortname[] = QVN_ATTRIBUTE_PORTNAME;
+inline constexpr char kAddress[] = QVN_ATTRIBUTE_ADDRESS;
+inline constexpr char kPortType[] = QVN_ATTRIBUTE_PORT_TYPE;
+inline constexpr char kTransport[] = QVN_ATTRIBUTE_TRANSPORT;
+inline constexpr char kTransportType[] = QVN_ATTRIBUTE_TRANSPORT_TYPE;
+inline constexpr char kPrinterModel[] = QVN_ATTRIBUTE_PRINTER_MODEL;
+inline constexpr char kVid[] = QVN_ATTRIBUTE_VID;
+inline constexpr char kPid[] = QVN_ATTRIBUTE_PID;
+inline constexpr char kUnverified[] = QVN_ATTRIBUTE_UNVERIFIED;
+inline constexpr char kVerify[] = QVN_ATTRIBUTE_VERIFY;
+inline constexpr char kSilentInstall[] = QVN_ATTRIBUTE_SILENT_INSTALL;
+inline constexpr char kTickCount[] = QVN_ATTRIBUTE_TICK_COUNT;
+inline constexpr char kPcName[] = QVN_ATTRIBUTE_PC_NAME;
+inline constexpr char kCodePage[] = QVN_ATTRIBUTE_CODE_PAGE;
+inline constexpr char kPinNumber[] = QVN_ATTRIBUTE_PIN_NUMBER;
 
 // Printing and NPA.
-inline constexpr char kTrueEndOfJob[] =
-    "<Name>TrueEndOfJob</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kMaxWritePacketSize[] =
-    "<Name>MaxWritePacketSize</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kNpaRevisionLevel[] =
-    "<Name>NpaRevisionLevel</Name><Type>ByteArray</Type><Access>Writeable</Access>";
-inline constexpr char kNpaWrapping[] = "<Name>NpaWrapping</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kAckingForNpaWrapping[] =
-    "<Name>AckingForNpaWrapping</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kTeojTimeoutAsap[] =
-    "<Name>TeojTimeoutAsap</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kResolveAddresses[] =
-    "<Name>ResolveAddresses</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kSpoolerJobId[] =
-    "<Name>SpoolerJobId</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kNpaSupported[] =
-    "<Name>NpaSupported</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kQueueName[] = "<Name>QueueName</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kUserName[] = "<Name>UserName</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kJobName[] = "<Name>JobName</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kHostName[] = "<Name>HostName</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kQueueNumber[] =
-    "<Name>QueueNumber</Name><Type>String</Type><Access>Writeable</Access>";
+inline constexpr char kTrueEndOfJob[] = QVN_ATTRIBUTE_TRUE_END_OF_JOB;
+inline constexpr char kMaxWritePacketSize[] = QVN_ATTRIBUTE_MAX_WRITE_PACKET_SIZE;
+inline constexpr char kNpaRevisionLevel[] = QVN_ATTRIBUTE_NPA_REVISION_LEVEL;
+inline constexpr char kNpaWrapping[] = QVN_ATTRIBUTE_NPA_WRAPPING;
+inline constexpr char kAckingForNpaWrapping[] = QVN_ATTRIBUTE_ACKING_FOR_NPA_WRAPPING;
+inline constexpr char kTeojTimeoutAsap[] = QVN_ATTRIBUTE_TEOJ_TIMEOUT_ASAP;
+inline constexpr char kResolveAddresses[] = QVN_ATTRIBUTE_RESOLVE_ADDRESSES;
+inline constexpr char kSpoolerJobId[] = QVN_ATTRIBUTE_SPOOLER_JOB_ID;
+inline constexpr char kNpaSupported[] = QVN_ATTRIBUTE_NPA_SUPPORTED;
+inline constexpr char kQueueName[] = QVN_ATTRIBUTE_QUEUE_NAME;
+inline constexpr char kUserName[] = QVN_ATTRIBUTE_USER_NAME;
+inline constexpr char kJobName[] = QVN_ATTRIBUTE_JOB_NAME;
+inline constexpr char kHostName[] = QVN_ATTRIBUTE_HOST_NAME;
+inline constexpr char kQueueNumber[] = QVN_ATTRIBUTE_QUEUE_NUMBER;
 
 // Network devices.
-inline constexpr char kIpAddress[] = "<Name>IpAddress</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kIpPort[] = "<Name>IpPort</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kSubnet[] = "<Name>Subnet</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kBroadcast[] = "<Name>Broadcast</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kIpMask[] = "<Name>IpMask</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kIpGateway[] = "<Name>IpGateway</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kMacAddress[] =
-    "<Name>MacAddress</Name><Type>ByteArray</Type><Access>ReadOnly</Access>";
-inline constexpr char kNickname[] = "<Name>Nickname</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kIpDeviceAddress[] =
-    "<Name>IpDeviceAddress</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kLocalSubnet[] = "<Name>LocalSubnet</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kRemoteSubnets[] =
-    "<Name>RemoteSubnets</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kLocalIpPort[] = "<Name>LocalIpPort</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kPortId[] = "<Name>PortId</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kChannelId[] = "<Name>ChannelId</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kUsbPort[] = "<Name>UsbPort</Name><Type>Long</Type><Access>ReadOnly</Access>";
+inline constexpr char kIpAddress[] = QVN_ATTRIBUTE_IP_ADDRESS;
+inline constexpr char kIpPort[] = QVN_ATTRIBUTE_IP_PORT;
+inline constexpr char kSubnet[] = QVN_ATTRIBUTE_SUBNET;
+inline constexpr char kBroadcast[] = QVN_ATTRIBUTE_BROADCAST;
+inline constexpr char kIpMask[] = QVN_ATTRIBUTE_IP_MASK;
+inline constexpr char kIpGateway[] = QVN_ATTRIBUTE_IP_GATEWAY;
+inline constexpr char kMacAddress[] = QVN_ATTRIBUTE_MAC_ADDRESS;
+inline constexpr char kNickname[] = QVN_ATTRIBUTE_NICKNAME;
+inline constexpr char kIpDeviceAddress[] = QVN_ATTRIBUTE_IP_DEVICE_ADDRESS;
+inline constexpr char kLocalSubnet[] = QVN_ATTRIBUTE_LOCAL_SUBNET;
+inline constexpr char kRemoteSubnets[] = QVN_ATTRIBUTE_REMOTE_SUBNETS;
+inline constexpr char kLocalIpPort[] = QVN_ATTRIBUTE_LOCAL_IP_PORT;
+inline constexpr char kPortId[] = QVN_ATTRIBUTE_PORT_ID;
+inline constexpr char kChannelId[] = QVN_ATTRIBUTE_CHANNEL_ID;
+inline constexpr char kUsbPort[] = QVN_ATTRIBUTE_USB_PORT;
 
 // USB devices.
-inline constexpr char kSerialNumber[] =
-    "<Name>SerialNumber</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kDevicePath[] = "<Name>DevicePath</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kUsbName[] = "<Name>UsbName</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kReadPacketSize[] =
-    "<Name>ReadPacketSize</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kReadPacketSize2[] =
-    "<Name>ReadPacketSize2</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kWritePacketSize[] =
-    "<Name>WritePacketSize</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kPortNumber[] = "<Name>PortNumber</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint1Type[] =
-    "<Name>Endpoint1Type</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint2Type[] =
-    "<Name>Endpoint2Type</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint3Type[] =
-    "<Name>Endpoint3Type</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint1DevicePathSuffix[] =
-    "<Name>Endpoint1DevicePathSuffix</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint2DevicePathSuffix[] =
-    "<Name>Endpoint2DevicePathSuffix</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint3DevicePathSuffix[] =
-    "<Name>Endpoint3DevicePathSuffix</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint1MaxPacketSize[] =
-    "<Name>Endpoint1MaxPacketSize</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint2MaxPacketSize[] =
-    "<Name>Endpoint2MaxPacketSize</Name><Type>Long</Type><Access>ReadOnly</Access>";
-inline constexpr char kEndpoint3MaxPacketSize[] =
-    "<Name>Endpoint3MaxPacketSize</Name><Type>Long</Type><Access>ReadOnly</Access>";
+inline constexpr char kSerialNumber[] = QVN_ATTRIBUTE_SERIAL_NUMBER;
+inline constexpr char kDevicePath[] = QVN_ATTRIBUTE_DEVICE_PATH;
+inline constexpr char kUsbName[] = QVN_ATTRIBUTE_USB_NAME;
+inline constexpr char kReadPacketSize[] = QVN_ATTRIBUTE_READ_PACKET_SIZE;
+inline constexpr char kReadPacketSize2[] = QVN_ATTRIBUTE_READ_PACKET_SIZE2;
+inline constexpr char kWritePacketSize[] = QVN_ATTRIBUTE_WRITE_PACKET_SIZE;
+inline constexpr char kPortNumber[] = QVN_ATTRIBUTE_PORT_NUMBER;
+inline constexpr char kEndpoint1Type[] = QVN_ATTRIBUTE_ENDPOINT1_TYPE;
+inline constexpr char kEndpoint2Type[] = QVN_ATTRIBUTE_ENDPOINT2_TYPE;
+inline constexpr char kEndpoint3Type[] = QVN_ATTRIBUTE_ENDPOINT3_TYPE;
+inline constexpr char kEndpoint1DevicePathSuffix[] = QVN_ATTRIBUTE_ENDPOINT1_DEVICE_PATH_SUFFIX;
+inline constexpr char kEndpoint2DevicePathSuffix[] = QVN_ATTRIBUTE_ENDPOINT2_DEVICE_PATH_SUFFIX;
+inline constexpr char kEndpoint3DevicePathSuffix[] = QVN_ATTRIBUTE_ENDPOINT3_DEVICE_PATH_SUFFIX;
+inline constexpr char kEndpoint1MaxPacketSize[] = QVN_ATTRIBUTE_ENDPOINT1_MAX_PACKET_SIZE;
+inline constexpr char kEndpoint2MaxPacketSize[] = QVN_ATTRIBUTE_ENDPOINT2_MAX_PACKET_SIZE;
+inline constexpr char kEndpoint3MaxPacketSize[] = QVN_ATTRIBUTE_ENDPOINT3_MAX_PACKET_SIZE;
 
 // Network discovery.
-inline constexpr char kIpMaskText[] = "<Name>IpMask</Name><Type>String</Type><Access>ReadOnly</Access>";
-inline constexpr char kAdapterModelName[] =
-    "<Name>AdapterModelName</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kDiscoveryMethod[] =
-    "<Name>DiscoveryMethod</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kRefiner[] = "<Name>Refiner</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kSubnets[] = "<Name>Subnets</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kUnverifiedAddress[] =
-    "<Name>UnverifiedAddress</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kRanges[] = "<Name>Ranges</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kBroadcastText[] =
-    "<Name>Broadcast</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kUnicast[] = "<Name>Unicast</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kMinAddress[] = "<Name>MinAddress</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kMaxAddress[] = "<Name>MaxAddress</Name><Type>String</Type><Access>Writeable</Access>";
-inline constexpr char kUdpPort[] = "<Name>UdpPort</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kNumberOfPorts[] =
-    "<Name>NumberOfPorts</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kWriteablePortNumber[] =
-    "<Name>PortNumber</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kBeenRefined[] = "<Name>BeenRefined</Name><Type>Long</Type><Access>Writeable</Access>";
-inline constexpr char kAdapterPorts[] =
-    "<Name>AdapterPorts</Name><Type>ByteArray</Type><Access>Writeable</Access>";
-inline constexpr char kPortNpaStatus[] =
-    "<Name>PortNpaStatus</Name><Type>ByteArray</Type><Access>Writeable</Access>";
+inline constexpr char kIpMaskText[] = QVN_ATTRIBUTE_IP_MASK_TEXT;
+inline constexpr char kAdapterModelName[] = QVN_ATTRIBUTE_ADAPTER_MODEL_NAME;
+inline constexpr char kDiscoveryMethod[] = QVN_ATTRIBUTE_DISCOVERY_METHOD;
+inline constexpr char kRefiner[] = QVN_ATTRIBUTE_REFINER;
+inline constexpr char kSubnets[] = QVN_ATTRIBUTE_SUBNETS;
+inline constexpr char kUnverifiedAddress[] = QVN_ATTRIBUTE_UNVERIFIED_ADDRESS;
+inline constexpr char kRanges[] = QVN_ATTRIBUTE_RANGES;
+inline constexpr char kBroadcastText[] = QVN_ATTRIBUTE_BROADCAST_TEXT;
+inline constexpr char kUnicast[] = QVN_ATTRIBUTE_UNICAST;
+inline constexpr char kMinAddress[] = QVN_ATTRIBUTE_MIN_ADDRESS;
+inline constexpr char kMaxAddress[] = QVN_ATTRIBUTE_MAX_ADDRESS;
+inline constexpr char kUdpPort[] = QVN_ATTRIBUTE_UDP_PORT;
+inline constexpr char kNumberOfPorts[] = QVN_ATTRIBUTE_NUMBER_OF_PORTS;
+inline constexpr char kWriteablePortNumber[] = QVN_ATTRIBUTE_WRITEABLE_PORT_NUMBER;
+inline constexpr char kBeenRefined[] = QVN_ATTRIBUTE_BEEN_REFINED;
+inline constexpr char kAdapterPorts[] = QVN_ATTRIBUTE_ADAPTER_PORTS;
+inline constexpr char kPortNpaStatus[] = QVN_ATTRIBUTE_PORT_NPA_STATUS;
 
 }  // namespace qvn::attribute

@@ -19,8 +19,9 @@ class PrintServer : public testing::Test {
   PrintServer() : home_(std::getenv("QVN_HOME")) {}
 
   // Starts the device and lets the transport find it.
-  void start(std::vector<std::string> faults = {}) {
-    std::vector<std::string> arguments = {"--events", "--jobs", (home_ / "jobs").string()};
+  void start(const std::vector<std::string>& faults = {}, const std::string& family = "CpdPrinter") {
+    std::vector<std::string> arguments = {"--family", family, "--events", "--jobs",
+                                          (home_ / "jobs").string()};
     for (const std::string& fault : faults) arguments.insert(arguments.end(), {"--fault", fault});
     device_ = std::make_unique<SimulatorProcess>(arguments);
     ok({"registry", "import", "-"}, "[-Software]");

@@ -1,4 +1,5 @@
 /* The smallest client: up, an identifier, an enumeration that finds nothing, down. */
+#include <qvn/attributes.h>
 #include <qvn/qvn.h>
 
 static void found(uint32_t clientId, uint32_t deviceHandle) {
@@ -12,5 +13,6 @@ int main(void) {
   if (QvnInitialize() != QRN_ERROR_SUCCESS) return 2;
   if (QvnGetClientId(&client) != QRN_ERROR_SUCCESS || client == 0) return 3;
   if (QvnEnumPrinters(client, "ALL_TRANSPORT", 0, found) != QRN_ERROR_SUCCESS) return 4;
-  return QvnUninitialize() == QRN_ERROR_SUCCESS ? 0 : 5;
+  if (QvnGetLongPrinter(client, 1, QVN_ATTRIBUTE_HANDLE, &client) != QRN_ERROR_NOT_FOUND) return 5;
+  return QvnUninitialize() == QRN_ERROR_SUCCESS ? 0 : 6;
 }

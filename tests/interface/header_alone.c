@@ -1,1 +1,0 @@
-#include "qvn/qvn.h"
