@@ -47,8 +47,11 @@ TEST_F(Exchange, PassesPacketsAndRefusesThoseOfTheLibrary) {
 TEST_F(Exchange, ShowsTheStatusOfADeviceThatAnswersAndOfOneThatDoesNot) {
   start();
   device().command("status 1 17408");
+  const SimulatorProcess plain({"--family", "BpdPrinter", "--plain", "--serial", "PLAIN"});
+  ok({"discover", plain.place()});
   const json status = json::parse(ok({"status", "--json", "--raw"}));
-  ASSERT_EQ(status.size(), 1u);
+  ASSERT_EQ(status.size(), 2u);
+  EXPECT_EQ(status[1]["answers"], nullptr);
   EXPECT_EQ(status[0]["answers"], true);
   EXPECT_EQ(status[0]["state"], "idle");
   EXPECT_EQ(status[0]["status"], "out of paper, paper jam");

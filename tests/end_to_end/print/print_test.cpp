@@ -39,17 +39,34 @@ TEST_F(Printing, MakesAJobOfEachFileAndOfStandardInput) {
   EXPECT_EQ(stored(3), "third");
 }
 
+TEST_F(Printing, TellsWhetherThePrinterSaidThatItCameOut) {
+  start();
+  const std::string printed = ok({"print", "--json", "--copies", "2", file("a.prn", "12345")});
+  EXPECT_EQ(printed, [] {
+    const std::string line =
+        R"({"job":"a.prn","handle":40001,"portname":"IP_SIM0000001","bytes":5,"confirmed":true})"
+        "\n";
+    return line + line;
+  }());
+  device().command("fault never-finish");
+  ok({"settings", "set", "TeojDuration", "100"});
+  EXPECT_EQ(ok({"print"}, "12345"),
+            "sent 'standard input' to printer 40001 (IP_SIM0000001), 5 bytes; the printer did not say within "
+            "0 s that "
+            "it came out\n");
+}
+
 TEST_F(Printing, CancelsTheJobOnTheDeviceWhenInterrupted) {
   start();
-  for (const char* buffered : {"1", "0"}) {
+  for (const auto& [buffered, signal] : {std::pair("1", SIGINT), std::pair("0", SIGHUP)}) {
     SCOPED_TRACE("CpdPrinterMwo " + std::string(buffered));
     ok({"settings", "set", "CpdPrinterMwo", buffered});
     Child printing({QVN_COMMAND, "print", "-"});
     // More than the pipe holds, so that the job has begun when the last of it is gone, and no end.
     printing.write(noise(1000000));
-    printing.signal(SIGINT);
+    printing.signal(signal);
     EXPECT_EQ(printing.wait(), 130);
-    EXPECT_THAT(printing.errors(), HasSubstr("was cancelled"));
+    EXPECT_THAT(printing.errors(), HasSubstr("'standard input' on printer 40001 was cancelled after "));
     EXPECT_EQ(device().nextJob().at("outcome"), "cancelled");
   }
   ok({"print", file("next.prn", "next")});
@@ -72,8 +89,9 @@ TEST_F(Printing, FailsWhenTheDeviceClosesInTheMiddleOfAnUnbufferedJob) {
   ok({"settings", "set", "CpdPrinterMwo", "0"});
   const Result result = qvn({"print", file("a.prn", noise(8000000))});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, AllOf(HasSubstr("the printer closed the connection after "),
-                                   HasSubstr(" of 8.0 MB of 'a.prn' on printer "), HasSubstr("print it again")));
+  EXPECT_THAT(result.errors,
+              AllOf(HasSubstr("the printer closed the connection after "),
+                    HasSubstr(" of 8.0 MB of 'a.prn' on printer "), HasSubstr("print it again")));
   EXPECT_EQ(device().nextJob().at("outcome"), "lost");
 }
 

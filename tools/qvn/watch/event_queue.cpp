@@ -5,6 +5,7 @@
 #include <iostream>
 #include <utility>
 
+#include "platform/base/clock.h"
 #include "shared/client/failure.h"
 #include "shared/client/interrupt.h"
 
@@ -12,7 +13,7 @@ namespace qvn::cli {
 
 namespace {
 
-constexpr std::chrono::seconds kIdleInterval{3};
+constexpr platform::Milliseconds kIdleInterval = 3000;
 
 }  // namespace
 
@@ -34,7 +35,8 @@ void EventQueue::stop() {
 
 std::optional<Json> EventQueue::next(const std::function<void()>& idle) {
   std::unique_lock<std::mutex> lock(mutex_);
-  while (!changed_.wait_for(lock, kIdleInterval, [this] { return stopped_ || !waiting_.empty(); })) {
+  while (!platform::clock().wait(lock, changed_, kIdleInterval,
+                                 [this] { return stopped_ || !waiting_.empty(); })) {
     lock.unlock();
     idle();
     lock.lock();
