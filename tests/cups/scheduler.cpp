@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include "support/content_of.h"
 #include "support/process/eventually.h"
@@ -21,18 +22,24 @@ void write(const fs::path& path, const std::string& text) { std::ofstream(path) 
 
 }  // namespace
 
-bool Scheduler::isInstalled() { return fs::exists(kDaemon) && fs::exists("/usr/bin/lp"); }
-
-Scheduler::Scheduler(const fs::path& directory, const fs::path& home) : directory_(directory) {
+Scheduler::Scheduler(const fs::path& directory, const fs::path& home, std::uint16_t sharedAt)
+    : directory_(directory) {
+  if (!fs::exists(kDaemon) || !fs::exists("/usr/bin/lp")) {
+    throw std::runtime_error("install cups-daemon and cups-client (scripts/setup.sh test)");
+  }
   fs::remove_all(directory);
   for (const char* name : {"root", "bin/backend", "bin/filter", "cache", "state", "spool", "tmp", "doc"}) {
     fs::create_directories(directory / name);
   }
   fs::create_symlink(std::string(kBackends) + "daemon", directory / "bin/daemon");
-  // As it is installed: run as root where the scheduler is, since only its owner may execute it.
-  const fs::path backend = directory / "bin/backend/qvn";
-  fs::copy_file(QVN_CUPS_BACKEND, backend);
-  fs::permissions(backend, fs::perms::owner_all | fs::perms::group_read | fs::perms::others_read);
+  // As ours is installed: run as root where the scheduler is, since only its owner may execute it. The other
+  // is what a queue reaches one of another scheduler with.
+  for (const auto& [program, name] :
+       {std::pair{QVN_CUPS_BACKEND, "qvn"}, {"/usr/lib/cups/backend/ipp", "ipp"}}) {
+    const fs::path backend = directory / "bin/backend" / name;
+    fs::copy_file(program, backend);
+    fs::permissions(backend, fs::perms::owner_all | fs::perms::group_read | fs::perms::others_read);
+  }
 
   const std::string at = directory.string();
   write(directory / "root/cups-files.conf",
@@ -42,8 +49,9 @@ Scheduler::Scheduler(const fs::path& directory, const fs::path& home) : director
             "/access\nErrorLog " + at + "/log\nPageLog " + at + "/page\nSystemGroup root\nSetEnv QVN_HOME " +
             home.string() + "\nSetEnv QVN_TRANSPORT_PATH " QVN_CUPS_TRANSPORTS "\n");
   write(directory / "root/cupsd.conf",
-        "Listen " + at +
-            "/socket\nLogLevel debug\nMaxLogSize 0\nBrowsing No\nWebInterface No\nDefaultAuthType None\n"
+        "Listen " + at + "/socket\n" +
+            (sharedAt == 0 ? "" : "Listen 127.0.0.1:" + std::to_string(sharedAt) + "\nDefaultShared Yes\n") +
+            "LogLevel debug\nMaxLogSize 0\nBrowsing No\nWebInterface No\nDefaultAuthType None\n"
             "JobRetryInterval 1\n"
             "<Location />\nOrder allow,deny\nAllow all\n</Location>\n"
             "<Policy default>\n<Limit All>\nOrder allow,deny\nAllow all\n</Limit>\n</Policy>\n");

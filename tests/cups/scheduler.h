@@ -2,6 +2,7 @@
 // socket there, and the real commands that talk to it. Ended with this object.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -13,12 +14,11 @@ namespace qvn::test {
 
 class Scheduler {
  public:
-  // Whether the machine has the scheduler and its commands.
-  static bool isInstalled();
-
-  // Starts it with the backend under test; its jobs find their printers in `home` (QVN_HOME). Throws
-  // std::runtime_error when it does not come up.
-  Scheduler(const std::filesystem::path& directory, const std::filesystem::path& home);
+  // Starts it with the backend under test; its jobs find their printers in `home` (QVN_HOME). With a port it
+  // shares its queues there, on loopback. Throws std::runtime_error when it is not installed or does not come
+  // up.
+  Scheduler(const std::filesystem::path& directory, const std::filesystem::path& home,
+            std::uint16_t sharedAt = 0);
   ~Scheduler();
   Scheduler(const Scheduler&) = delete;
   Scheduler& operator=(const Scheduler&) = delete;

@@ -6,6 +6,7 @@
 #include "end_to_end/print/print_server.h"
 #include "support/noise.h"
 #include "support/process/eventually.h"
+#include "support/simulator/test_sockets.h"
 
 namespace qvn::test {
 namespace {
@@ -15,17 +16,11 @@ using testing::Not;
 
 class Cups : public PrintServer {
  protected:
-  void SetUp() override {
-    if (!Scheduler::isInstalled())
-      GTEST_SKIP() << "cupsd and lp are not installed (cups-daemon, cups-client)";
-  }
-
   // The device, known to the machine, and a queue named "lab" for it.
-  void startQueue(const std::string& uri = "qvn://IP_SIM0000001") {
+  void startQueue(std::uint16_t sharedAt = 0) {
     start();
-    const std::filesystem::path home = std::getenv("QVN_HOME");
-    scheduler_ = std::make_unique<Scheduler>(home / "cups", home);
-    command({"lpadmin", "-p", "lab", "-v", uri, "-m", "raw", "-E"});
+    scheduler_ = std::make_unique<Scheduler>(home_ / "cups", home_, sharedAt);
+    command({"lpadmin", "-p", "lab", "-v", "qvn://IP_SIM0000001", "-m", "raw", "-E"});
   }
 
   void TearDown() override {
@@ -53,6 +48,8 @@ class Cups : public PrintServer {
     return eventually([&] { return command({"lpstat", "-o", "lab"}).empty(); });
   }
 
+  const std::filesystem::path home_ = std::getenv("QVN_HOME");
+
  private:
   std::unique_ptr<Scheduler> scheduler_;
 };
@@ -69,6 +66,27 @@ TEST_F(Cups, DeliversJobsByteForByteAndTheirCopies) {
   EXPECT_EQ(stored(2), "twice\ntwice\n");
   EXPECT_TRUE(isDone());
   EXPECT_THAT(queue(), HasSubstr("printer lab is idle"));
+}
+
+// Another machine's scheduler, which has neither the backend's transports nor the printer, prints through the
+// queue that this one shares.
+TEST_F(Cups, PrintsForTheSchedulerOfAnotherMachine) {
+  const std::uint16_t port = Listener().port();
+  startQueue(port);
+  const Scheduler client(home_ / "client", home_ / "nothing");
+  const auto ask = [&](const std::vector<std::string>& arguments) {
+    const Result result = client.command(arguments);
+    EXPECT_EQ(result.exitCode, 0) << testing::PrintToString(arguments) << result.errors;
+    return result.output;
+  };
+  const std::string uri = "ipp://127.0.0.1:" + std::to_string(port) + "/printers/lab";
+  ask({"lpadmin", "-p", "far", "-v", uri, "-m", "raw", "-E"});
+  const std::string data = noise(3000000);
+  ask({"lp", "-d", "far", "-o", "raw", "-t", "accounts", file("a.prn", data)});
+  ASSERT_TRUE(eventually([&] { return ask({"lpstat", "-o", "far"}).empty(); })) << client.log();
+  EXPECT_EQ(device().nextJob().at("outcome"), "complete");
+  EXPECT_TRUE(stored(1) == data);
+  EXPECT_TRUE(isDone());
 }
 
 TEST_F(Cups, WaitsForAPrinterThatSomebodyElseHas) {
