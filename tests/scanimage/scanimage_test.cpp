@@ -1,7 +1,5 @@
 // Debian's scanimage with the backend: the way most programs of this system scan.
-#include <fstream>
-
-#include "end_to_end/scan/scan_station.h"
+#include "scanimage/sane_programs.h"
 
 namespace qvn::test {
 namespace {
@@ -9,30 +7,18 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-class Scanimage : public ScanStation, public testing::WithParamInterface<const char*> {
+class Scanimage : public SanePrograms, public testing::WithParamInterface<const char*> {
  protected:
-  Scanimage() : ScanStation(GetParam()) {}
+  Scanimage() : SanePrograms(GetParam()) {}
 
   void SetUp() override {
-    ASSERT_TRUE(std::filesystem::exists(kProgram)) << "install sane-utils (scripts/setup.sh test)";
-    // No other backend than ours is asked.
-    std::filesystem::create_directories(home() / "sane");
-    std::ofstream(home() / "sane" / "dll.conf") << "qvn\n";
+    ASSERT_TRUE(std::filesystem::exists(kScanimage)) << "install sane-utils (scripts/setup.sh test)";
+    configure("here", {{"dll.conf", "qvn\n"}});
   }
 
   Result scanimage(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), kProgram);
-    return run(arguments, "",
-               {{"SANE_CONFIG_DIR", (home() / "sane").string()},
-                {"LD_LIBRARY_PATH", QVN_SANE_BACKEND_DIRECTORY},
-                {"LD_PRELOAD", QVN_SANITIZER_RUNTIME},
-                // What scanimage and the loader of the backends leave behind is theirs.
-                {"ASAN_OPTIONS", "detect_leaks=0"},
-                {"LC_ALL", "C"}});
+    return SanePrograms::scanimage("here", std::move(arguments));
   }
-
- private:
-  static constexpr char kProgram[] = "/usr/bin/scanimage";
 };
 
 INSTANTIATE_TEST_SUITE_P(Families, Scanimage, testing::Values(kCpd, kBpd), familyName);
