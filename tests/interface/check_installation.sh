@@ -13,6 +13,13 @@ export QVN_HOME=$work/home
 
 cmake --install "$build_dir" --prefix "$prefix" >"$work/install.log"
 
+if outside=$(sed -n 's/^-- \(Installing\|Up-to-date\): //p' "$work/install.log" | grep -v "^$prefix/"); then
+  echo "installed outside of the prefix: $outside"
+  exit 1
+fi
+[ -f "$prefix/etc/sane.d/dll.d/qvn" ] && [ -x "$prefix/lib/cups/backend/qvn" ]
+echo "nothing outside of the prefix: ok"
+
 export PKG_CONFIG_PATH=$prefix/$lib_dir/pkgconfig
 read -r -a flags <<<"$(pkg-config --cflags --libs qvn)"
 cc -std=c99 -pedantic -Wall -Werror -o "$work/client" "$here/installed/client.c" "${flags[@]}" \
