@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures the library side by side with what it stands on, prints one table of ratios and writes it to
-# BUILD_DIR/bench.json; the micro-benchmarks' times go to BUILD_DIR/bench-parts.json. docs/performance.md explains both.
+# Measures the library side by side with what it stands on, prints one table of ratios, writes it to
+# BUILD_DIR/bench.json and draws it; the micro-benchmarks' times go to BUILD_DIR/bench-parts.json. docs/performance.md explains both.
 # usage: scripts/bench.sh BUILD_DIR
 set -euo pipefail
 
@@ -15,3 +15,5 @@ rm -f "$build/bench.json"
   "$build/bench/qvn_bench_scan_command" "$build/bench.json"
   "$build/bench/qvn_bench_growth" "$build/bench.json"
 } | tee "$build/bench.txt"
+echo
+"${0%/*}/bench_chart.py" "$build/bench.json"

@@ -10,14 +10,15 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev python3
 )
 # What the tests print through, print to and are found by.
-programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-utils)
+programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-utils iproute2)
 case "${1:-build}" in
   build) ;;
   test) packages+=("${programs[@]}") ;;
   bench) packages+=("${programs[@]}" cups libssl-dev) ;;
+  pictures) packages=(graphviz) ;;
   package) packages+=(dpkg-dev file debootstrap) ;;
   check) packages+=("${programs[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
-  *) echo "usage: setup.sh [build|test|bench|package|check]" >&2; exit 2 ;;
+  *) echo "usage: setup.sh [build|test|bench|pictures|package|check]" >&2; exit 2 ;;
 esac
 
 missing=()
