@@ -12,7 +12,6 @@ prefix=$work/prefix
 export QVN_HOME=$work/home
 
 cmake --install "$build_dir" --prefix "$prefix" >"$work/install.log"
-
 if outside=$(sed -n 's/^-- \(Installing\|Up-to-date\): //p' "$work/install.log" | grep -v "^$prefix/"); then
   echo "installed outside of the prefix: $outside"
   exit 1
@@ -51,18 +50,6 @@ c++ -std=c++20 -shared -o "$work/by_pkg_config/by_pkg_config.so" "$here/installe
   -Wl,-z,defs
 check_transport "$work/by_pkg_config/by_pkg_config.so" HBN1
 echo "transport by pkg-config: ok"
-
-page=$here/../../docs/transport-plugins.md
-block() { sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$page" | grep -v '^```'; }
-mkdir "$work/page"
-cp "$here/../../transports/example/loopback.cpp" "$work/page"
-(cd "$work/page" && eval "$(block sh)")
-check_transport "$work/page/qvn_loopback.so" Loopback
-{ printf 'cmake_minimum_required(VERSION 3.25)\nproject(page LANGUAGES CXX)\n'; block cmake; } >"$work/page/CMakeLists.txt"
-cmake -S "$work/page" -B "$work/page/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
-cmake --build "$work/page/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
-check_transport "$work/page/build/qvn_loopback.so" Loopback
-echo "transport as its page says: ok"
 
 "$prefix/bin/qvn" uninstall
 "$prefix/bin/qvn" install
