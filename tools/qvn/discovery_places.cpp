@@ -8,7 +8,6 @@
 #include <optional>
 #include <sstream>
 
-#include "shared/client/failure.h"
 #include "shared/client/text_values.h"
 
 namespace qvn::cli {
@@ -24,13 +23,12 @@ std::optional<std::uint32_t> parseAddress(const std::string& text) {
   return ntohl(address.s_addr);
 }
 
-std::string resolve(const std::string& name) {
+// The address of a host, or the word itself, which may be one of the transport's own.
+std::string resolve(const std::string& word) {
   addrinfo hints{};
   hints.ai_family = AF_INET;
   addrinfo* found = nullptr;
-  if (const int error = getaddrinfo(name.c_str(), nullptr, &hints, &found); error != 0) {
-    throw Failure("there is no host '" + name + "': " + gai_strerror(error));
-  }
+  if (getaddrinfo(word.c_str(), nullptr, &hints, &found) != 0) return word;
   char text[INET_ADDRSTRLEN] = "";
   inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr, text, sizeof text);
   freeaddrinfo(found);
@@ -42,16 +40,18 @@ std::string trimmed(const std::string& text) {
   return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-// A range of addresses has no letter; everything else that has one is a name.
+// A range of addresses has no letter, and nothing but letters, digits, dots and dashes is in a host's name.
 bool isName(const std::string& text) {
-  return std::any_of(text.begin(), text.end(), [](unsigned char c) { return std::isalpha(c) != 0; });
+  const auto fits = [](unsigned char c) { return std::isalnum(c) != 0 || c == '.' || c == '-'; };
+  return text != kServicesWord && std::all_of(text.begin(), text.end(), fits) &&
+         std::any_of(text.begin(), text.end(), [](unsigned char c) { return std::isalpha(c) != 0; });
 }
 
 Place parsePlace(const std::string& item) {
   const std::size_t colon = item.find(':');
-  std::string host = item.substr(0, colon);
   const std::string port = colon == std::string::npos ? "" : item.substr(colon);
-  if (isName(host) && host != kServicesWord) host = resolve(host);
+  std::string host = item.substr(0, colon);
+  if (isName(host)) host = resolve(host);
   Place place{host + port, 0, 0, port.empty() ? 0 : parseNumber(port.substr(1)).value_or(0)};
   const std::size_t dash = host.find('-');
   const auto first = parseAddress(trimmed(host.substr(0, dash)));

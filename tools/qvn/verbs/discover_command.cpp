@@ -79,7 +79,7 @@ void discover(const Options& options) {
   const std::uint32_t result = QvnDiscovery(session.client(), options.transport.c_str(), text.c_str());
   if (result == QRN_ERROR_INVALID_PARAMETER && !text.empty()) {
     throw UsageError("'" + text + "' is no place to look at: an address as 192.0.2.17, a range as " +
-                     "192.0.2.20-192.0.2.40, a host's name, or dns-sd");
+                     "192.0.2.20-192.0.2.40, the name of a host that is known here, or dns-sd");
   }
   require(result, "the discovery over " + options.transport + " failed");
 
