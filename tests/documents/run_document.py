@@ -184,7 +184,9 @@ def run_document(prefix, path):
     ran = 0
     environment = {"PATH": "/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/root", "LC_ALL": "C.UTF-8",
                    "BASH_ENV": str(HERE / "scenery.sh"), "RUNNER": __file__, "TREE": str(TREE), "PREFIX": str(prefix)}
-    with tempfile.TemporaryDirectory() as directory:
+    with tempfile.TemporaryDirectory() as directory, tempfile.TemporaryDirectory() as state:
+        if not os.access("/var/lib", os.W_OK):  # who is root in here only
+            environment["QVN_HOME"] = state
         for step in document.steps:
             if fault := run(step, directory, environment):
                 faults.append(f"{path.name}:{step.line}: {fault}")
