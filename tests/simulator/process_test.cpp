@@ -1,5 +1,5 @@
 // The simulator as a process: how it starts and ends.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <signal.h>
 
 #include <filesystem>
@@ -11,6 +11,8 @@
 
 namespace qvn::test {
 namespace {
+
+using testing::HasSubstr;
 
 TEST(SimulatorProcessTest, TellsWhatItIsAndWhere) {
   const SimulatorProcess device({"--model", "M", "--serial", "S"});
@@ -49,7 +51,13 @@ TEST(SimulatorProcessTest, RefusesWrongArguments) {
   EXPECT_NE(runSimulator({"--family", "Scanner"}), 0);
   EXPECT_NE(runSimulator({"--dance"}), 0);
   EXPECT_EQ(runSimulator({"--address", "nowhere"}), 1);
-  EXPECT_EQ(runSimulator({"--bidi-port", std::to_string(device.bidiPort())}), 1) << "taken";
+  const std::string taken = std::to_string(device.bidiPort());
+  try {
+    const SimulatorProcess second({"--bidi-port", taken});
+    ADD_FAILURE() << "the port is taken";
+  } catch (const std::runtime_error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("cannot take the TCP port " + taken + " on 127.0.0.1"));
+  }
 }
 
 TEST(SimulatorProcessTest, RefusesFaultsThatItDoesNotKnow) {
@@ -57,10 +65,11 @@ TEST(SimulatorProcessTest, RefusesFaultsThatItDoesNotKnow) {
   const char* const kBad[] = {
       "", "dance",
       // Replies: what they are to, how late they come and how often that happens.
-      "drop-reply=dance", "drop-reply=lock:x", "drop-reply=lock:1:2", "drop-reply:go", "delay-reply",
-      "delay-reply=soon", "late-reply=1:lock:1:1", "late-reply=1:version", "corrupt-reply=go", "reject=size",
-      "reject=stateChanged", "misframe-reply=other", "misframe-reply=pageScanned", "wrong-id=systemUpdate",
-      "wrong-id=summary", "wrong-id=enter", "close-bidi=systemUpdate", "oversize-reply=version",
+      "drop-reply=dance", "drop-reply=lock:x", "drop-reply=lock:0", "drop-reply=lock:1:2", "drop-reply:go",
+      "delay-reply", "delay-reply=soon", "late-reply=1:lock:1:1", "late-reply=1:version", "corrupt-reply=go",
+      "reject=size", "reject=stateChanged", "misframe-reply=other", "misframe-reply=pageScanned",
+      "wrong-id=systemUpdate", "wrong-id=summary", "wrong-id=enter", "close-bidi=systemUpdate",
+      "oversize-reply=version", "drop-reply=enter-npa-mode",
       // Jobs and pages.
       "busy=1", "busy:1", "slow-print", "slow-print=1:1", "close-mid-job=-1", "status-early",
       "status-early=x", "status-early:1", "status-late=1:2:3", "status-twice=1", "status-never:x",
@@ -69,6 +78,61 @@ TEST(SimulatorProcessTest, RefusesFaultsThatItDoesNotKnow) {
   for (const char* const bad : kBad) {
     EXPECT_TRUE(device.command(std::string("fault ") + bad).contains("error")) << bad;
   }
+}
+
+// Somebody who asks for a fault that never shows has made a mistake.
+TEST(SimulatorProcessTest, RefusesFaultsThatItCannotHave) {
+  const struct {
+    std::vector<std::string> device;
+    std::vector<const char*> faults;
+    const char* sentence;
+  } rows[] = {
+      {{},
+       {"read-error=1", "host-mode-fail", "host-mode-stay", "wrong-id=any", "oversize-reply=any",
+        "drop-reply=create", "delay-reply=5:systemUpdate"},
+       "no scanner that takes documents"},
+      {{"--family", "BpdPrinter"},
+       {"status-early=1", "status-late=1", "status-twice", "status-never", "drop-reply=version"},
+       "no scanner that takes ESC commands"},
+      {{"--family", "BpdPrinter"}, {"misframe-reply=create"}, "no frame around its replies"},
+      {{"--printer-only"},
+       {"wrong-length=1", "stop-page=1", "slow-scan=1", "no-data", "ignore-abort"},
+       "no scanner"},
+      {{"--family", "BpdPrinter", "--plain"},
+       {"never-finish", "drop-reply=lock", "close-bidi=summary"},
+       "no bidi port"},
+      {{"--family", "BpdPrinter", "--plain"},
+       {"busy", "drop-reply=any", "reject=any"},
+       "neither bidi port nor scanner"},
+  };
+  for (const auto& row : rows) {
+    SimulatorProcess device(row.device);
+    for (const char* const fault : row.faults) {
+      EXPECT_THAT(device.command(std::string("fault ") + fault).value("error", ""), HasSubstr(row.sentence))
+          << fault;
+      std::vector<std::string> arguments = row.device;
+      arguments.insert(arguments.end(), {"--fault", fault});
+      EXPECT_EQ(runSimulator(arguments), 2) << fault;
+    }
+    device.order("fault slow-print=1000");
+  }
+  SimulatorProcess({"--fault", "misframe-reply=create", "--family", "BpdPrinter", "--framed"})
+      .order("fault busy");
+}
+
+TEST(SimulatorProcessTest, HelpsPeople) {
+  EXPECT_EQ(runSimulator({"help"}), 0);
+  EXPECT_EQ(runSimulator({"--version"}), 0);
+  SimulatorProcess device;
+  EXPECT_THAT(device.command("help").value("told", ""), HasSubstr("clear-faults"));
+
+  // On a terminal it tells how to find it, too.
+  Child terminal({"/usr/bin/script", "-qec", QVN_SIM_PATH, "/dev/null"});
+  const nlohmann::json ready = nlohmann::json::parse(terminal.readLine().value_or("null"));
+  const std::string place = "127.0.0.1:" + std::to_string(ready.value("discovery", 0));
+  EXPECT_EQ(terminal.readLine(), "qvn discover --transport IPv4 " + place + "\r");
+  terminal.write("quit\n");
+  EXPECT_EQ(terminal.wait(), 0);
 }
 
 TEST(SimulatorProcessTest, TracesPackets) {

@@ -131,7 +131,7 @@ _qvn_sim() {
     --model | --serial | --name | --address | --*-port | --print-time | --cancel-run | --feeder | --block) ;;
     *)
       _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --scan-port --hid-port
-        --plain --printer-only --jobs --discard --print-time --cancel-run --page --feeder --block --framed --scans --script --trace --events --quit-on-eof --fault --help"
+        --plain --printer-only --jobs --discard --print-time --cancel-run --page --feeder --block --framed --scans --script --trace --events --quit-on-eof --fault --version --help"
       ;;
   esac
 }

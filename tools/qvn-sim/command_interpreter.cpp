@@ -29,8 +29,9 @@ std::pair<std::string_view, std::string> splitAtBlank(std::string_view text) {
 
 }  // namespace
 
-void CommandInterpreter::run(std::string_view line) {
+std::string CommandInterpreter::run(std::string_view line) {
   const auto [command, argument] = splitAtBlank(line);
+  if (command == "help") return kCommandHelp;
   if (command == "quit") {
     device_.loop.stop();
   } else if (command == "fault") {
@@ -38,16 +39,23 @@ void CommandInterpreter::run(std::string_view line) {
   } else if (command == "clear-faults") {
     device_.faults.clear();
   } else if (!runPrinterCommand(command, argument) && !runScannerCommand(command, argument)) {
-    throw std::invalid_argument("unknown command");
+    throw std::invalid_argument("unknown command; \"help\" tells them");
   }
+  return {};
 }
 
 bool CommandInterpreter::runPrinterCommand(std::string_view command, const std::string& argument) {
+  const auto needBidi = [this] {
+    if (device_.bidi.port() == 0) throw std::invalid_argument("this device has no bidi port");
+  };
   if (command == "alert") {
+    needBidi();
     device_.bidi.alert(hexOrThrow(argument));
   } else if (command == "send") {
+    needBidi();
     device_.bidi.sendToAll(hexOrThrow(argument));
   } else if (command == "status") {
+    needBidi();
     const auto [busy, status] = splitAtBlank(argument);
     const auto busyNumber = static_cast<std::uint8_t>(parseNumber(busy, 0xFF));
     const auto statusNumber = static_cast<std::uint16_t>(status.empty() ? 0 : parseNumber(status, 0xFFFF));

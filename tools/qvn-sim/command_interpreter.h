@@ -15,6 +15,23 @@
 
 namespace sim {
 
+// What can be said, one command a line.
+inline constexpr char kCommandHelp[] =
+    "  alert HEX            send a packet to the hosts that asked for its kind of alert\n"
+    "  send HEX             send any bytes to every host\n"
+    "  status BYTE [WORD]   set the status and raise an alert for it\n"
+    "  power-on-reset       forget locks and registrations, and raise the alert for it\n"
+    "  button N             press a button and let it go\n"
+    "  report HEX           send a report of any bytes\n"
+    "  reports N            send so many numbered reports\n"
+    "  event ID [CATEGORY]  send an event\n"
+    "  load N               put so many sheets into the feeder\n"
+    "  block HEX            send a block to every host on the scan port of a BpdPrinter\n"
+    "  fault NAME[=VALUE]   have a fault\n"
+    "  clear-faults         have none any more\n"
+    "  help                 print this\n"
+    "  quit                 end\n";
+
 class CommandInterpreter {
  public:
   struct Device {
@@ -31,8 +48,9 @@ class CommandInterpreter {
 
   explicit CommandInterpreter(const Device& device) : device_(device) {}
 
-  // Throws std::invalid_argument with a sentence for the user.
-  void run(std::string_view line);
+  // What the command has to tell; nothing for most. Throws std::invalid_argument with a sentence for the
+  // user.
+  std::string run(std::string_view line);
 
  private:
   bool runPrinterCommand(std::string_view command, const std::string& argument);

@@ -5,10 +5,20 @@
 #include <stdexcept>
 #include <vector>
 
+#include "command_interpreter.h"
 #include "documents/bpd_blocks.h"
 #include "esc/esc_commands.h"
 
 namespace sim {
+
+FaultTargets Options::faultTargets() const {
+  FaultTargets targets;
+  if (!plain) targets = targets | FaultTarget::NpaReply | FaultTarget::NpaSilence;
+  if (!hasScanner()) return targets;
+  if (identity.family == kCpdPrinter) return targets | FaultTarget::EscReply;
+  targets = targets | FaultTarget::MethodReply | FaultTarget::Notification;
+  return framesReplies ? targets | FaultTarget::Frame : targets;
+}
 
 std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   Options options;
@@ -56,6 +66,8 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   app.add_flag("--events", options.events, "Print a line of JSON for every job that ends");
   app.add_flag("--quit-on-eof", options.quitAtEndOfInput, "End when standard input does");
   app.add_option("--fault", faults, "A fault to have (repeatable)")->allow_extra_args(false);
+  app.set_version_flag("--version", "qvn-sim " QVN_VERSION, "Print the version and exit");
+  app.add_subcommand("help", "Print this help and exit");
   app.footer(
       "Faults: delay-reply=MS[:COMMAND[:TIMES]] late-reply=MS[:COMMAND[:TIMES]] drop-reply=COMMAND[:TIMES]\n"
       "corrupt-reply=... misframe-reply=... double-reply=... reject=... close-bidi=... (as drop-reply)\n"
@@ -64,13 +76,14 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
       "wrong-length=BLOCK[:TIMES] stop-page=BYTES[:TIMES] close-mid-page=BYTES[:TIMES]\n"
       "slow-scan=BYTES_PER_SECOND ignore-abort[:TIMES] no-data[:TIMES] read-error=BLOCKS[:TIMES]\n"
       "oversize-reply=COMMAND[:TIMES] wrong-id=COMMAND[:TIMES] host-mode-fail[:TIMES] "
-      "host-mode-stay[:TIMES]\n"
-      "Standard input takes commands, one a line: alert HEX, send HEX, status BYTE [WORD], power-on-reset,\n"
-      "button N, report HEX, reports N, event ID [CATEGORY], load N, block HEX, fault NAME[=VALUE], "
-      "clear-faults, "
-      "quit.");
+      "host-mode-stay[:TIMES]\n\n"
+      "Standard input takes commands, one a line:\n" +
+      std::string(kCommandHelp) +
+      "\nExample:\n"
+      "  qvn-sim --jobs jobs --fault slow-print=100000");
   try {
     app.parse(argc, argv);
+    if (app.got_subcommand("help")) throw CLI::CallForHelp();
     if (options.plain && options.identity.family != kBpdPrinter) {
       throw std::invalid_argument("--plain is for --family BpdPrinter: every CpdPrinter has a bidi port");
     }
@@ -80,6 +93,7 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
       throw std::invalid_argument("--block: at most " + std::to_string(longestBlock) + " for a " +
                                   options.identity.family);
     }
+    options.faults = FaultSwitches(faultTargetNamed, options.faultTargets());
     for (const std::string& fault : faults) options.faults.add(fault);
     for (const std::string* text :
          {&options.identity.model, &options.identity.serial, &options.identity.name}) {

@@ -36,9 +36,10 @@ struct Options {
   std::uint64_t cancelRun = 4096;
   bool events = false;
   bool quitAtEndOfInput = false;
-  FaultSwitches faults{faultTargetNamed};
+  FaultSwitches faults{faultTargetNamed, {}};
 
   bool hasScanner() const { return !printerOnly && !plain; }
+  FaultTargets faultTargets() const;
 };
 
 // Nothing when the process is to end with `exitCode` (help was asked for, or the arguments are wrong).

@@ -36,8 +36,14 @@ void Console::readInput() {
     const std::string line = pending_.substr(0, end);
     pending_.erase(0, end + 1);
     try {
-      commands_.run(line);
-      printLine(R"({"ok":true})");
+      const std::string told = commands_.run(line);
+      if (told.empty()) {
+        printLine(R"({"ok":true})");
+      } else if (isatty(STDOUT_FILENO) != 0) {
+        std::cout << told << std::flush;
+      } else {
+        printLine(jsonLine({{"told", told}}));
+      }
     } catch (const std::invalid_argument& error) {
       printLine(jsonLine({{"error", std::string(error.what())}}));
     }

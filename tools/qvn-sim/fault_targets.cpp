@@ -7,6 +7,7 @@
 namespace sim {
 
 std::optional<FaultTarget> faultTargetNamed(std::string_view command) {
+  if (command == npa::nameOf(npa::Command::EnterNpaMode)) return FaultTarget::NpaSilence;
   if (npa::isNamed(command)) return FaultTarget::NpaReply;
   if (esc::isNamed(command)) return FaultTarget::EscReply;
   if (const documents::Entry* document = documents::entryNamed(command)) {

@@ -118,6 +118,10 @@ void simulate(sim::Options options) {
                                 {"model", options.identity.model},
                                 {"serial", options.identity.serial},
                                 {"pid", static_cast<std::uint64_t>(getpid())}}));
+  if (isatty(STDOUT_FILENO) != 0) {
+    sim::printLine("qvn discover --transport IPv4 " + options.address + ':' +
+                   std::to_string(discovery.port()));
+  }
   script.run();
   loop.run();
   jobs.closeAll();

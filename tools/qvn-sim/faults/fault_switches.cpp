@@ -12,58 +12,63 @@ struct ReplyFaultName {
   std::string_view name;
   ReplyFault fault;
   bool takesDelay;
-  std::uint8_t targets;  // what it can strike: a bit for each FaultTarget
+  FaultTargets targets;
 };
 
 namespace {
 
-constexpr std::uint8_t bitOf(FaultTarget target) {
-  return static_cast<std::uint8_t>(1u << static_cast<unsigned>(target));
-}
-
-constexpr std::uint8_t kNpa = bitOf(FaultTarget::NpaReply);
-constexpr std::uint8_t kEsc = bitOf(FaultTarget::EscReply);
-constexpr std::uint8_t kMethod = bitOf(FaultTarget::MethodReply);
-constexpr std::uint8_t kNotification = bitOf(FaultTarget::Notification);
-constexpr std::uint8_t kAnything = kNpa | kEsc | kMethod | kNotification;
+constexpr FaultTargets kNpa = FaultTarget::NpaReply;
+constexpr FaultTargets kEsc = FaultTarget::EscReply;
+constexpr FaultTargets kMethod = FaultTarget::MethodReply;
+constexpr FaultTargets kNotification = FaultTarget::Notification;
+constexpr FaultTargets kScanner = kEsc | kMethod;
 
 constexpr std::array kReplyFaults = {
-    ReplyFaultName{"delay-reply", ReplyFault::Delay, true, kAnything},
+    ReplyFaultName{"delay-reply", ReplyFault::Delay, true, kNpa | kScanner | kNotification},
     ReplyFaultName{"late-reply", ReplyFault::Late, true, kNpa | kMethod | kNotification},
-    ReplyFaultName{"drop-reply", ReplyFault::Drop, false, kAnything},
+    ReplyFaultName{"drop-reply", ReplyFault::Drop, false, kNpa | kScanner | kNotification},
     ReplyFaultName{"corrupt-reply", ReplyFault::Corrupt, false, kNpa | kMethod | kNotification},
-    ReplyFaultName{"misframe-reply", ReplyFault::Misframe, false, kNpa | kMethod},
-    ReplyFaultName{"double-reply", ReplyFault::Double, false, kAnything},
+    ReplyFaultName{"misframe-reply", ReplyFault::Misframe, false, kNpa | FaultTarget::Frame},
+    ReplyFaultName{"double-reply", ReplyFault::Double, false, kNpa | kScanner | kNotification},
     ReplyFaultName{"oversize-reply", ReplyFault::Oversize, false, kMethod | kNotification},
     ReplyFaultName{"wrong-id", ReplyFault::WrongId, false, kMethod},
     ReplyFaultName{"reject", ReplyFault::Reject, false, kNpa | kMethod},
-    ReplyFaultName{"close-bidi", ReplyFault::Close, false, kNpa | kEsc | kMethod},
+    ReplyFaultName{"close-bidi", ReplyFault::Close, false, kNpa | FaultTarget::NpaSilence | kScanner},
 };
 
 struct ScanFaultName {
   std::string_view name;
   ScanFault fault;
   const char* value;  // what its number is; none when it has none
+  FaultTargets targets;
 };
 
 constexpr std::array kScanFaults = {
-    ScanFaultName{"status-early", ScanFault::StatusEarly, "a number of bytes"},
-    ScanFaultName{"status-late", ScanFault::StatusLate, "milliseconds"},
-    ScanFaultName{"status-twice", ScanFault::StatusTwice, nullptr},
-    ScanFaultName{"status-never", ScanFault::StatusNever, nullptr},
-    ScanFaultName{"wrong-length", ScanFault::WrongLength, "the number of a block"},
-    ScanFaultName{"stop-page", ScanFault::StopPage, "a number of bytes"},
-    ScanFaultName{"close-mid-page", ScanFault::CloseMidPage, "a number of bytes"},
-    ScanFaultName{"read-error", ScanFault::ReadError, "the number of blocks before it"},
-    ScanFaultName{"no-data", ScanFault::NoData, nullptr},
-    ScanFaultName{"ignore-abort", ScanFault::IgnoreAbort, nullptr},
-    ScanFaultName{"host-mode-fail", ScanFault::HostModeFail, nullptr},
-    ScanFaultName{"host-mode-stay", ScanFault::HostModeStay, nullptr},
+    ScanFaultName{"status-early", ScanFault::StatusEarly, "a number of bytes", kEsc},
+    ScanFaultName{"status-late", ScanFault::StatusLate, "milliseconds", kEsc},
+    ScanFaultName{"status-twice", ScanFault::StatusTwice, nullptr, kEsc},
+    ScanFaultName{"status-never", ScanFault::StatusNever, nullptr, kEsc},
+    ScanFaultName{"wrong-length", ScanFault::WrongLength, "the number of a block", kScanner},
+    ScanFaultName{"stop-page", ScanFault::StopPage, "a number of bytes", kScanner},
+    ScanFaultName{"close-mid-page", ScanFault::CloseMidPage, "a number of bytes", kScanner},
+    ScanFaultName{"read-error", ScanFault::ReadError, "the number of blocks before it", kMethod},
+    ScanFaultName{"no-data", ScanFault::NoData, nullptr, kScanner},
+    ScanFaultName{"ignore-abort", ScanFault::IgnoreAbort, nullptr, kScanner},
+    ScanFaultName{"host-mode-fail", ScanFault::HostModeFail, nullptr, kMethod},
+    ScanFaultName{"host-mode-stay", ScanFault::HostModeStay, nullptr, kMethod},
 };
 
 // By the order of FaultTarget.
-constexpr std::array kTargetTexts = {"replies to NPA commands", "replies to ESC commands",
-                                     "replies to methods", "notifications"};
+constexpr std::array kTargetTexts = {"replies to NPA commands", "packets without a reply",
+                                     "replies to ESC commands", "replies to methods",
+                                     "notifications",           "frames"};
+
+// What a device lacks that has none of these targets.
+const char* describe(FaultTargets targets) {
+  if (targets.meet(kNpa)) return targets.meet(kScanner) ? "neither bidi port nor scanner" : "no bidi port";
+  if (targets.meet(kEsc)) return targets.meet(kMethod) ? "no scanner" : "no scanner that takes ESC commands";
+  return targets.meet(FaultTarget::Frame) ? "no frame around its replies" : "no scanner that takes documents";
+}
 
 // Of bytes, milliseconds or blocks: no page has more, and sums with it do not overflow.
 constexpr std::uint64_t kLargestValue = std::uint64_t{1} << 40;
@@ -107,7 +112,7 @@ class FaultSwitches::Text {
   Times takeTimes() {
     if (isAtEnd()) return Times(std::nullopt);
     const auto times = parse<std::uint32_t>(takeWord());
-    if (!times || !isAtEnd()) complain("expected a number of times at the end");
+    if (!times || *times == 0 || !isAtEnd()) complain("expected a number of times at the end");
     return Times(times);
   }
 
@@ -146,6 +151,7 @@ void FaultSwitches::add(std::string_view text) {
   if (const ReplyFaultName* reply = findNamed(kReplyFaults, name)) {
     entries_.push_back(takeEntry(fault, *reply));
   } else if (const ScanFaultName* page = findNamed(kScanFaults, name)) {
+    expectOneOf(fault, page->targets);
     std::uint64_t value = 0;
     if (page->value == nullptr) {
       fault.expectNoEquals();
@@ -154,10 +160,12 @@ void FaultSwitches::add(std::string_view text) {
     }
     scanFaults_.insert_or_assign(page->fault, Limited{value, fault.takeTimes()});
   } else if (name == "busy" || name == "never-finish") {
+    expectOneOf(fault, name == "busy" ? kNpa | kScanner : kNpa);
     fault.expectNoEquals();
     fault.expectEnd();
     (name == "busy" ? busy_ : neverFinish_) = true;
   } else if (name == "slow-print" || name == "slow-scan") {
+    if (name == "slow-scan") expectOneOf(fault, kScanner);
     const auto rate = fault.takeNumber<std::uint64_t>("a number of bytes");
     fault.expectEnd();
     (name == "slow-print" ? printBytesPerSecond_ : scanBytesPerSecond_) = rate;
@@ -182,16 +190,26 @@ FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName&
   if (!fault.isAtEnd()) {
     const std::string_view command = fault.takeWord();
     if (const auto target = targetNamed_(command)) {
-      if ((known.targets & bitOf(*target)) == 0) {
+      // What misframes a method's reply strikes its frame.
+      const bool isFrame = target == FaultTarget::MethodReply && !known.targets.meet(kMethod);
+      const FaultTarget struck = isFrame ? FaultTarget::Frame : *target;
+      if (!known.targets.meet(struck)) {
         fault.complain(std::string("is no fault of ") + kTargetTexts.at(static_cast<std::size_t>(*target)));
       }
+      expectOneOf(fault, *target);
+      expectOneOf(fault, struck);
       entry.command = command;
     } else if (command != "any") {
       fault.complain("unknown command name");
     }
   }
+  expectOneOf(fault, known.targets);
   entry.times = fault.takeTimes();
   return entry;
+}
+
+void FaultSwitches::expectOneOf(const Text& fault, FaultTargets targets) const {
+  if (!device_.meet(targets)) fault.complain(std::string("this device has ") + describe(targets));
 }
 
 std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault, std::string_view command) {

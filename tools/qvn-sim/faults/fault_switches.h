@@ -41,8 +41,36 @@ enum class ScanFault : std::uint8_t {
   HostModeStay,  // -
 };
 
-// What the fault of a reply is the fault of.
-enum class FaultTarget : std::uint8_t { NpaReply, EscReply, MethodReply, Notification };
+// What a fault strikes. A device has those that its ports speak.
+enum class FaultTarget : std::uint8_t {
+  NpaReply,
+  NpaSilence,  // a packet that is not answered
+  EscReply,
+  MethodReply,
+  Notification,
+  Frame,  // of the reply to a method
+};
+
+// A bit for each target.
+class FaultTargets {
+ public:
+  constexpr FaultTargets() = default;
+  constexpr FaultTargets(FaultTarget target)  // NOLINT(google-explicit-constructor): one is a set of one
+      : bits_(static_cast<std::uint8_t>(1u << static_cast<unsigned>(target))) {}
+  constexpr FaultTargets operator|(FaultTargets other) const {
+    FaultTargets both;
+    both.bits_ = bits_ | other.bits_;
+    return both;
+  }
+  constexpr bool meet(FaultTargets other) const { return (bits_ & other.bits_) != 0; }
+
+ private:
+  std::uint8_t bits_ = 0;
+};
+
+constexpr FaultTargets operator|(FaultTarget one, FaultTarget other) {
+  return FaultTargets(one) | FaultTargets(other);
+}
 
 // What a command's name in a fault stands for; none when there is no such command.
 using FaultTargetNamed = std::optional<FaultTarget> (*)(std::string_view command);
@@ -51,12 +79,14 @@ struct ReplyFaultName;
 
 class FaultSwitches {
  public:
-  explicit FaultSwitches(FaultTargetNamed targetNamed) : targetNamed_(targetNamed) {}
+  // `device`: the targets that the device has.
+  FaultSwitches(FaultTargetNamed targetNamed, FaultTargets device)
+      : targetNamed_(targetNamed), device_(device) {}
 
   // "NAME[=VALUE[:COMMAND][:TIMES]]", for example "drop-reply=lock:1"; docs/simulated-device.md has them all.
-  // Throws std::invalid_argument with a sentence for the user.
+  // Throws std::invalid_argument with a sentence for the user, also for a fault that this device cannot have.
   void add(std::string_view text);
-  void clear() { *this = FaultSwitches(targetNamed_); }
+  void clear() { *this = FaultSwitches(targetNamed_, device_); }
 
   // Whether the fault strikes this command now, and with which delay; counts down a limited one. A command
   // without a name meets only the faults of any command.
@@ -107,8 +137,10 @@ class FaultSwitches {
   class Text;
 
   Entry takeEntry(Text& fault, const ReplyFaultName& known) const;
+  void expectOneOf(const Text& fault, FaultTargets targets) const;
 
   FaultTargetNamed targetNamed_;
+  FaultTargets device_;
   std::vector<Entry> entries_;
   std::map<ScanFault, Limited> scanFaults_;
   std::optional<Limited> closeMidJob_;

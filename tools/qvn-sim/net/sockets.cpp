@@ -25,9 +25,18 @@ sockaddr_in socketAddress(const std::string& address, std::uint16_t port) {
   return result;
 }
 
-void bindTo(const Descriptor& socket, const std::string& address, std::uint16_t port) {
+// A person has to find out which of the ports it is.
+[[noreturn]] void failToTake(const char* kind, const std::string& address, std::uint16_t port) {
+  throw std::system_error(errno, std::generic_category(),
+                          std::string("cannot take ") + (port == 0 ? "a" : "the") + " " + kind + " port " +
+                              (port == 0 ? "" : std::to_string(port) + " ") + "on " + address);
+}
+
+void bindTo(const Descriptor& socket, const char* kind, const std::string& address, std::uint16_t port) {
   const sockaddr_in where = socketAddress(address, port);
-  if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&where), sizeof where) != 0) fail("bind");
+  if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&where), sizeof where) != 0) {
+    failToTake(kind, address, port);
+  }
 }
 
 }  // namespace
@@ -46,15 +55,15 @@ Descriptor listenTcp(const std::string& address, std::uint16_t port, int receive
   if (receiveBuffer > 0) {
     setsockopt(listener.get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
   }
-  bindTo(listener, address, port);
-  if (listen(listener.get(), SOMAXCONN) != 0) fail("listen");
+  bindTo(listener, "TCP", address, port);
+  if (listen(listener.get(), SOMAXCONN) != 0) failToTake("TCP", address, port);
   return listener;
 }
 
 Descriptor bindUdp(const std::string& address, std::uint16_t port) {
   Descriptor bound(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!bound.isOpen()) fail("socket");
-  bindTo(bound, address, port);
+  bindTo(bound, "UDP", address, port);
   return bound;
 }
 
