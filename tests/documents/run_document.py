@@ -269,6 +269,10 @@ def enter_world(prefix):
     shutil.rmtree("/var/lib/qvn", ignore_errors=True)  # what this machine's root has stored
 
 
+def mounts(process):
+    return pathlib.Path(f"/proc/{process}/mountinfo").read_text(encoding="utf-8").splitlines()
+
+
 def main(arguments):
     if arguments[0] == "--until-ctrl-c":
         return run_until_ctrl_c(arguments[1:])
@@ -277,6 +281,11 @@ def main(arguments):
     if arguments[0] != "--inside":  # when the machine does not let it, the document fails
         private = ["unshare", "--mount", "--net", "--pid", "--fork", "--kill-child", "--mount-proc"]
         private += [] if os.geteuid() == 0 else ["--map-root-user"]
+        # Below a chroot nothing is mounted at /, which unshare wants to keep from the outside; nothing gets there
+        # either unless the outside shares its mounts.
+        in_chroot = not any(mount.split()[4] == "/" for mount in mounts("self"))
+        if in_chroot and not any(" shared:" in mount for mount in mounts("1")):
+            private += ["--propagation", "unchanged"]
         return subprocess.run([*private, sys.executable, __file__, "--inside", *arguments], check=False).returncode
     if arguments[1] == "--self-test":
         prefix = pathlib.Path(arguments[2]).resolve()
