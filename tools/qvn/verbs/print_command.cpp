@@ -122,8 +122,13 @@ class PrintJob {
     ProgressBar progress(names_.title, file_.size(), !options_.quiet && standardErrorIsTerminal(),
                          "the printer takes no data; Ctrl-C cancels the job");
     OnInterrupt canceller([&] {
-      if (!options_.quiet) sayNow("cancelling, which can take a minute; Ctrl-C again leaves at once");
-      printer_.cancelJob();
+      const bool tooLate = complete_ && printer_.hasWholeJob();
+      if (!options_.quiet) {
+        sayNow(tooLate ? "the printer has the whole job; waiting until it has come out, at most " +
+                             inSeconds(longestEnd()) + "; Ctrl-C again leaves at once"
+                       : "cancelling, which can take a minute; Ctrl-C again leaves at once");
+      }
+      if (!tooLate) printer_.cancelJob();
     });
     JobData data(
         [&](char* buffer, std::size_t size) {
@@ -196,7 +201,7 @@ class PrintJob {
   const JobNames& names_;
   std::uint64_t read_ = 0;
   std::atomic<std::uint64_t> taken_ = 0;
-  bool complete_ = false;
+  std::atomic<bool> complete_ = false;
   std::uint32_t written_ = QRN_ERROR_SUCCESS;
   std::uint32_t ended_ = QRN_ERROR_SUCCESS;
   std::string readingFailed_;

@@ -140,7 +140,7 @@ void Verb::callback(std::function<void()> run) { app_->callback(std::move(run));
 
 CommandLine::CommandLine(const std::string& name, const std::string& help, const std::string& version)
     : app_(std::make_unique<CLI::App>(help, name)) {
-  app_->set_version_flag("--version", version, "Print the version and exit");
+  app_->set_version_flag("-v,--version", version, "Print the version and exit");
   app_->set_help_flag("-h,--help", "Print this help and exit");
   app_->require_subcommand(1);
   app_->formatter(std::make_shared<Help>());

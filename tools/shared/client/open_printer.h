@@ -77,6 +77,8 @@ class OpenPrinter {
 
   // Whether the job in hand was cancelled, by this side or the printer's, or rejected.
   bool jobCancelled() const { return jobCancelled_; }
+  // The printer has all of the job's data, and there is nothing to cancel any more.
+  bool hasWholeJob() const { return endBegan_ != 0; }
   // How long the printer was asked, at the end of the job, whether it is over. None where nobody asks (Bpd).
   std::optional<platform::Milliseconds> endTook() const;
 
