@@ -40,7 +40,9 @@
  * The last eight bytes of the data are the end-of-job marker, without which a Cpd printer drops the job; a
  * Bpd printer's jobs have none. README.md has the same for files and for printers of both families.
  *
- * The rules of this comment hold for every function below; a function's own comment adds to them.
+ * The rules of this comment hold for every function below; a function's own comment adds to them. What goes
+ * across several functions is in docs/client-guide.md, in tables: what to do about each result of a print
+ * job, how lost devices are noticed, a scanner's parameters, alerts and pixels, and what callbacks may do.
  *
  * Results. Every function returns an unsigned 32-bit result code: 0 for success, else a published system
  * error number (result_codes.h names those that the library itself produces). Besides the codes that a
@@ -87,6 +89,13 @@
  * callback runs on the calling thread, before the function returns. Every other callback runs on a thread of
  * the library or of a transport, or of the client whose call it reports on; it should return soon. Data
  * passed to a callback is valid only until the callback returns.
+ *
+ * Lost devices. A lost connection is told of only during a scan; the next operation that talks to the device
+ * connects anew. Alerts are heard again from then on, a HID's reports once QvnOpenHid has been called again.
+ *
+ * Standard output. The library writes nothing to it, but for the line "UNKNOWN TYPE" when a Bpd scanner sends
+ * a document with a tag that it does not know. A program whose standard output is data keeps the real one on
+ * a descriptor of its own.
  *
  * Processes. Each process initialises the library for itself; what one has open or registered is not
  * another's. A child made by fork while the library is initialised, or while another thread is in a function
@@ -159,9 +168,10 @@ typedef void (*QvnNotificationCallback)(uint32_t deviceHandle, uint32_t category
  * scanners it is one bit, 0x1000 for scan data and 0x2000 or 0x4000 for an alert, whose text is `data`
  * without a terminator. From Cpd scanners `data` is one whole ESC command: a block of scan data (1B 's' 'd',
  * the payload's length in bytes 3 and 4, low byte first, the payload from byte 8 on) or a status (1B 'S' 'S',
- * its code in byte 3: 0x0B when the connection to the device was lost, else the device's). The next data is
- * delivered when the callback has returned; a Bpd scanner tells its clients one thing after the other. The
- * result is written to the log and has no other effect; return 0.
+ * its code in byte 3: 0x0B when the connection to the device was lost, else the device's). A status ends the
+ * page and with it the job: end it, and start anew for the next sheet. The next data is delivered when the
+ * callback has returned; a Bpd scanner tells its clients one thing after the other. The result is written to
+ * the log and has no other effect; return 0.
  */
 typedef uint32_t (*QvnScanDataCallback)(uint32_t clientId, uint32_t job, uint32_t scannerHandle,
                                         uint32_t event, const uint8_t* data, uint32_t dataLength);
@@ -250,11 +260,14 @@ QVN_EXPORT uint32_t QvnStartJobPrinter(uint32_t clientId, uint32_t handle, uint3
  * 1B 2A 82 00 00 00 00 AC; QvnEndJobPrinter cancels it at the device otherwise. PJL lines are passed on like
  * all data; a Bpd printer also takes the job's account number from them.
  *   buffer, bufferSize  the data; both required.
- *   bytesWritten        out, required: how many bytes were taken. Less than bufferSize: pass the rest
- *                       again.
+ *   bytesWritten        out, required: how many bytes were taken, whatever the result. Less than bufferSize:
+ *                       pass the rest again.
  * Returns 0; 6; 87; 5 the client does not own the job; 1 another thread ends the job; 122 the buffers are
- * full or the device takes nothing now: pass what was not taken again; the cancel's result when the job was
- * cancelled; else what the device's transport answers.
+ * full: pause, then pass what was not taken again; when the job was cancelled the cancel's result, then 1;
+ * else what the device's transport answers, which can be after a part was taken (1460 the device takes
+ * nothing now: pass the rest; 64 the connection is lost: end the job). With the buffered writer a lost device
+ * is not told of but by 122 with nothing taken, for ever, and by the notification 2: give up after a time of
+ * that with QvnCancelJobPrinter and QvnEndJobPrinter.
  */
 QVN_EXPORT uint32_t QvnWritePrinter(uint32_t clientId, uint32_t handle, const uint8_t* buffer,
                                     uint32_t bufferSize, uint32_t* bytesWritten);
@@ -262,7 +275,9 @@ QVN_EXPORT uint32_t QvnWritePrinter(uint32_t clientId, uint32_t handle, const ui
 /*
  * Ends the job: sends what is still buffered, tells the device, and on a Cpd printer waits for the job's
  * true end for up to the setting TeojDuration (60 s). The client no longer owns the job, whatever the
- * result.
+ * result. Of a buffered job whose device is lost it does not return until QvnCancelJobPrinter is called from
+ * another thread; a lost Cpd printer then costs another 30 s or more. It returns 0 also when it has cancelled
+ * the job, because its data was not complete or it was asked to.
  * Returns 0; 6; 5 the client does not own a job; 170 a buffered job, inside a callback; 1359 no device; else
  * what the device or its transport answers (1460: no answer in time).
  */
@@ -378,6 +393,7 @@ QVN_EXPORT uint32_t QvnSetByteArrayPrinter(uint32_t clientId, uint32_t handle, c
  *   mask      the alerts wanted, not 0. Device status 0x1 to 0x200, extension 0x400 to 0x40000, panel
  *             0x80000, extended 0x100000, extended with language 0x200000 to 0x2000000.
  *   callback  required; used until the client unregisters or the printer is closed for the last time.
+ * After a power-on reset (an alert FF 01 00 00) unregister and register again.
  * Returns 0; 6; 87 (also for a client identifier or a mask of 0); 1 the printer accepted no registration;
  * 1359.
  */
@@ -468,7 +484,7 @@ QVN_EXPORT uint32_t QvnGetCurrentStateScanner(uint32_t clientId, uint32_t handle
 
 /*
  * Sets a parameter of the client's next scan job, for example "Scan.Param.Resolution" to "300".
- *   key, value  required.
+ *   key, value  required; docs/client-guide.md lists the keys.
  * A Bpd scanner's parameters are kept for the client, whatever scanner it uses, until its job ends.
  * Returns 0; 6; 87 (also for "</0>" in the key or "</1>" in the value); 1 not open or a scan runs; of Bpd
  * scanners also 87 a key that cannot be an XML tag or a value with "<" or "&"; else what the device or its
@@ -496,7 +512,8 @@ QVN_EXPORT uint32_t QvnRegisterForAsyncDataScanner(uint32_t clientId, uint32_t h
                                                    QvnScanDataCallback callback);
 
 /*
- * Ends that registration. Returns 0 whatever the scanner answers; 6 the handle is 0.
+ * Ends that registration. A Bpd scanner's ends with the last close too; a Cpd scanner's does not, and cannot
+ * be ended while the scanner is not open. Returns 0 whatever the scanner answers; 6 the handle is 0.
  */
 QVN_EXPORT uint32_t QvnUnregisterForAsyncDataScanner(uint32_t clientId, uint32_t handle);
 
