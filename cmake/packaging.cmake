@@ -11,7 +11,8 @@ set(qvn_packages
   "tools       qvn-tools          utils       runtime"
   "transports  qvn-transports     net         runtime"
   "cups-backend cups-backend-qvn  net         runtime"
-  "sane-backend libsane-qvn       libs        runtime")
+  "sane-backend libsane-qvn       libs        runtime"
+  "python      python3-qvn        python      runtime")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -52,6 +53,9 @@ show the printer's alerts as their states and cancel jobs on the printer.")
 set(CPACK_COMPONENT_SANE-BACKEND_DESCRIPTION "SANE backend for scanners of the QR__serv communication library
 Programs that scan through SANE, such as scanimage, use the scanners that the
 library's registry holds as qvn:PORTNAME.")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Python module for the QR__serv communication library
+The module qvn prints, scans, exchanges packets, hears alerts and buttons and
+reads and sets attributes; all functions of the library can be called.")
 
 list(TRANSFORM qvn_control PREPEND ${CMAKE_CURRENT_LIST_DIR}/debian/)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${qvn_control})
@@ -63,6 +67,13 @@ set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
 set(CPACK_DEBIAN_SANE-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
 # The administrator's changes to what SANE loads survive an upgrade.
 set(CPACK_DEBIAN_SANE-BACKEND_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/conffiles)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
+# Compiled when it is installed; what was compiled goes with it.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_LIST_DIR}/debian/python/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/python/prerm)
 
 set(qvn_changelog ${PROJECT_BINARY_DIR}/changelog.gz)
 add_custom_command(OUTPUT ${qvn_changelog}

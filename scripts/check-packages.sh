@@ -32,7 +32,7 @@ chmod 755 "$root/usr/sbin/policy-rc.d"
 mapfile -t names < <(for file in "$packages"/*.deb; do dpkg-deb -f "$file" Package; done)
 inside apt-get update -qq
 inside apt-get install -y -qq --no-install-recommends cups-daemon cups-client sane-utils liblmdb0 \
-  libtiff6 libpng16-16 >>"$work/log" 2>&1
+  libtiff6 libpng16-16 python3 >>"$work/log" 2>&1
 files >"$work/before"
 
 say "Installing ${names[*]}"
@@ -41,6 +41,7 @@ inside sh -c 'apt-get install -y -qq --no-install-recommends /packages/*.deb' >>
 inside qvn --version
 inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn /usr/lib/*/sane/libsane-qvn.so.1' | grep 'not found' &&
   { echo "a library is missing" >&2; exit 1; }
+inside python3 -c 'import qvn; print("python3-qvn:", len(qvn._FUNCTIONS), "functions,", qvn.c.QvnSuspend())'
 
 say "A first day with them"
 inside timeout 300 /packages/first-day.sh

@@ -26,6 +26,9 @@ cc -std=c99 -pedantic -Wall -Werror -o "$work/client" "$here/installed/client.c"
 "$work/client"
 echo "client by pkg-config: ok"
 
+PYTHONPATH=$prefix/lib/python3/dist-packages QVN_LIBRARY=$prefix/$lib_dir/QR__serv.so.0 \
+  python3 -B -c 'import qvn; print("Python module:", "ok" if qvn.Library().printers() == [] else "failed")' | grep ok
+
 cmake -S "$here/installed" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
 cmake --build "$work/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
 "$work/build/client"
