@@ -129,6 +129,9 @@ class Document:
         for name in re.findall(r"`([\w./-]+/[\w.-]+\.(?:h|cpp|py|sh|md|dot))`", line):
             if not name.startswith("/") and not any(path.endswith("/" + name) for path in files()):
                 self.fault(number, f"names {name}, which does not exist")
+        for verb in re.findall(r"`qvn ([a-z]+)", line):
+            if not (TREE / f"docs/man/qvn-{verb}.1").exists():
+                self.fault(number, f"names qvn {verb}, which no page explains")
 
 
 def anchors(path):
@@ -235,6 +238,7 @@ def self_test(prefix):
         ("x.md", "[there](nowhere.md)\n", "links to nowhere.md"),
         ("x.md", "# Here\n[there](#there)\n", "links to #there"),
         ("x.md", "In `src/no_such_file.cpp`.\n", "names src/no_such_file.cpp"),
+        ("x.md", "As `qvn fly` does.\n", "names qvn fly"),
         ("x.1", ".Bd -literal\nfalse\n.Ed\n", "ends with 1"),
         ("x.1", ".Dl qvn\n", ".Dl where"),
         ("x.1", ".Xr qvn-nothing 1\n", "no page qvn-nothing(1)"),
@@ -279,6 +283,7 @@ def main(arguments):
     if arguments[0] == "--list":
         return list_marks([pathlib.Path(argument) for argument in arguments[1:]])
     if arguments[0] != "--inside":  # when the machine does not let it, the document fails
+        # In place of this process, so that whoever kills it ends what the document has started.
         private = ["unshare", "--mount", "--net", "--pid", "--fork", "--kill-child", "--mount-proc"]
         private += [] if os.geteuid() == 0 else ["--map-root-user"]
         # Below a chroot nothing is mounted at /, which unshare wants to keep from the outside; nothing gets there
@@ -286,7 +291,7 @@ def main(arguments):
         in_chroot = not any(mount.split()[4] == "/" for mount in mounts("self"))
         if in_chroot and not any(" shared:" in mount for mount in mounts("1")):
             private += ["--propagation", "unchanged"]
-        return subprocess.run([*private, sys.executable, __file__, "--inside", *arguments], check=False).returncode
+        os.execvp(private[0], [*private, sys.executable, __file__, "--inside", *arguments])
     if arguments[1] == "--self-test":
         prefix = pathlib.Path(arguments[2]).resolve()
         enter_world(prefix)
