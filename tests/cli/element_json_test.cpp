@@ -36,10 +36,12 @@ TEST(ElementJson, RefusesWhatNoDocumentCanHold) {
   for (const std::string& text :
        {std::string("2147483648"), std::string("18446744073709551615"), std::string("-2147483649"),
         std::string(R"("a<b")"), std::string(R"({"a>":1})"), std::string(R"({"base64":"A"})"),
-        std::string("[1,"), std::string(), "{\"" + std::string(120, 'n') + "\":1}",
-        std::string(100000, '[')}) {
+        std::string(R"({"a\"b":1})"), std::string(R"({"_a":1})"), std::string(R"({"a\nb":1})"),
+        std::string(R"("a\r")"), std::string(R"("\u0000")"), std::string(R"("\uFFFF")"), std::string("[1,"),
+        std::string(), "{\"" + std::string(120, 'n') + "\":1}", std::string(100000, '[')}) {
     EXPECT_THROW(parseElement(text), std::invalid_argument) << text.substr(0, 50);
   }
+  EXPECT_NO_THROW(parseElement(R"({"a_":"\"_\n\t\u007f"})"));
   EXPECT_NO_THROW(parseElement("{\"" + std::string(119, 'n') + "\":1}"));
 }
 

@@ -25,6 +25,14 @@ TEST_F(StoreCommand, CallsMethodsAndPrintsTheirResults) {
   EXPECT_EQ(
       ok({"store", "call", "system", "enterHostUSBSendMode", R"({"scanParameters": {"darkness": -1}})"}),
       "0\n");
+  // Jobs are made in host mode, which the next call finds free again.
+  for (const char* const job : {"\"HostSendJob_1\"\n", "\"HostSendJob_2\"\n"}) {
+    EXPECT_EQ(ok({"store", "call", "--host-mode", "jobFactory", "create",
+                  R"(["HostSendJob", {
+                    "scanParameters": {"resolution": 300, "scanWindow": {"topLeft": {}, "bottomRight": {}}},
+                    "documentParameters": {}, "usbParameters": {}}])"}),
+              job);
+  }
 }
 
 TEST_F(StoreCommand, SaysWhatIsWrong) {
@@ -33,8 +41,14 @@ TEST_F(StoreCommand, SaysWhatIsWrong) {
     int exitCode;
     const char* error;
   } rows[] = {
-      {{"store", "call", "system", "nothing"}, 1, "exception"},
-      {{"store", "call", "jobFactory", "create", R"(["HostSendJob", {}])"}, 1, "exception"},
+      {{"store", "call", "system", "nothing"}, 1, "exception: system has no method nothing"},
+      {{"store", "call", "jobFactory", "create", R"(["HostSendJob", {}])"}, 1, "exception: not in host mode"},
+      {{"store", "call", "system", "x", R"({"a\"b": 1})"}, 2, "quote"},
+      {{"store", "call", "system", "x", R"({"_hidden": 1})"}, 2, "not sent"},
+      {{"store", "call", "system", "x", R"(["\u0007"])"}, 2, "control characters"},
+      {{"store", "call", "system\x1B[m", "x"}, 2, "control characters"},
+      {{"store", "call", "system\xFF", "x"}, 2, "not UTF-8"},
+      {{"store", "watch", "a\rb", "x"}, 2, "control characters"},
       {{"store", "call", "a<b", "start"}, 2, "markup"},
       {{"store", "call", "system", "a&b"}, 2, "markup"},
       {{"store", "call", "system", "x", "["}, 2, "no JSON"},
@@ -47,6 +61,15 @@ TEST_F(StoreCommand, SaysWhatIsWrong) {
     EXPECT_EQ(result.exitCode, row.exitCode) << testing::PrintToString(row.words) << result.errors;
     EXPECT_THAT(result.errors, HasSubstr(row.error));
   }
+}
+
+TEST_F(StoreCommand, SaysThatAnotherHostIsInHostModeOrThatItFails) {
+  device().order("fault busy");
+  const std::vector<std::string> create = {"store", "call", "--host-mode", "jobFactory", "create", "[]"};
+  EXPECT_THAT(qvn(create).errors, HasSubstr("another host may have it"));
+  device().order("clear-faults");
+  device().order("fault host-mode-fail");
+  EXPECT_THAT(qvn(create).errors, HasSubstr("could not go into host mode"));
 }
 
 TEST_F(StoreCommand, ShowsWhatTheDeviceTellsUntilCtrlC) {

@@ -25,6 +25,7 @@ struct CallOptions {
   std::string object;
   std::string method;
   std::string params;
+  bool hostMode = false;
 };
 
 struct WatchOptions {
@@ -76,6 +77,7 @@ void call(const CallOptions& options) {
   const std::uint32_t handle = selectScanner(options.device);
   talk([&] {
     StoreChannel store(handle);
+    if (options.hostMode) store.enterHostMode();
     const auto result = store.call(object, method, params.get());
     printJson(result == nullptr ? Json() : object_store::toJson(*result));
   });
@@ -124,7 +126,6 @@ void addStoreCommand(Verb& root) {
       "one a DoubleElem, {\"base64\": \"...\"} a BinaryElem, an object a MapElem, an array a ListElem.\n\n"
       "Examples:\n"
       "  qvn store call system exitHostUSBSendMode\n"
-      "  qvn store call jobFactory create '[\"HostSendJob\", {\"scanParameters\": {\"resolution\": 300}}]'\n"
       "  qvn store watch system systemUpdate");
 
   const auto callOptions = std::make_shared<CallOptions>();
@@ -133,6 +134,14 @@ void addStoreCommand(Verb& root) {
   callVerb.addOption("METHOD", callOptions->method, "The method's name").required();
   callVerb.addOption("PARAMS", callOptions->params, "Its parameters as JSON; otherwise an empty list");
   callVerb.addOption("--device", callOptions->device, kDeviceHelp);
+  callVerb.addFlag("--host-mode", callOptions->hostMode, "Be in host mode meanwhile, as jobs need");
+  callVerb.footer(
+      "Examples:\n"
+      "  qvn store call system exitHostUSBSendMode\n"
+      "  qvn store call --host-mode jobFactory create '[\"HostSendJob\", {\n"
+      "    \"scanParameters\": {\"resolution\": 300, \"scanWindow\": {\"topLeft\": {}, \"bottomRight\": "
+      "{}}},\n"
+      "    \"documentParameters\": {}, \"usbParameters\": {}}]'");
   callVerb.callback([callOptions] { call(*callOptions); });
 
   const auto watchOptions = std::make_shared<WatchOptions>();
@@ -141,6 +150,9 @@ void addStoreCommand(Verb& root) {
                       "Objects to observe, each followed by an event of it");
   watchVerb.addOption("--device", watchOptions->device, kDeviceHelp);
   watchVerb.addOption("--count", watchOptions->count, "End after so many lines");
+  watchVerb.footer(
+      "Example:\n"
+      "  qvn store watch system systemUpdate --count 1");
   watchVerb.callback([watchOptions] { watch(*watchOptions); });
 }
 

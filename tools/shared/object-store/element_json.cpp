@@ -1,5 +1,6 @@
 #include "shared/object-store/element_json.h"
 
+#include <algorithm>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -39,14 +40,31 @@ std::unique_ptr<Element> binaryElement(const std::string& text) {
   return std::make_unique<BinaryElem>(bytes);
 }
 
+// As people can read it, whatever is in it.
+std::string shown(const std::string& text) {
+  return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// The name stands in quotes.
+const std::string& requireName(const std::string& name) {
+  if (name.size() > kMaxChildNameLength) throw std::invalid_argument(shown(name) + " is too long a name");
+  if (name.starts_with('_')) {
+    throw std::invalid_argument("the member " + shown(name) + " is not sent: names begin with no _");
+  }
+  if (name.find_first_of("\"\t\n") != std::string::npos) {
+    throw std::invalid_argument("the name " + shown(name) +
+                                " has a quote or a line break, which no name can hold");
+  }
+  return requirePlain(name);
+}
+
 std::unique_ptr<Element> mapElement(const Json& value) {
   if (value.size() == 1 && value.begin().key() == kBase64 && value.begin()->is_string()) {
     return binaryElement(value.begin()->get<std::string>());
   }
   auto map = std::make_unique<MapElem>();
   for (const auto& [name, child] : value.items()) {
-    if (name.size() > kMaxChildNameLength) throw std::invalid_argument("'" + name + "' is too long a name");
-    map->addChild(requirePlain(name), toElement(child));
+    map->addChild(requireName(name), toElement(child));
   }
   return map;
 }
@@ -96,7 +114,18 @@ class JsonWriter : public ElementVisitor {
 }  // namespace
 
 const std::string& requirePlain(const std::string& text) {
-  if (hasMarkup(text)) throw std::invalid_argument("'" + text + "' has markup, which a document cannot hold");
+  const auto isControl = [](unsigned char c) { return c < ' ' && c != '\t' && c != '\n'; };
+  if (hasMarkup(text)) throw std::invalid_argument(shown(text) + " has markup, which a document cannot hold");
+  // The last two are U+FFFE and U+FFFF.
+  if (std::any_of(text.begin(), text.end(), isControl) || text.find("\xEF\xBF\xBE") != std::string::npos ||
+      text.find("\xEF\xBF\xBF") != std::string::npos) {
+    throw std::invalid_argument(shown(text) + " has control characters, which a document cannot hold");
+  }
+  try {
+    static_cast<void>(Json(text).dump());
+  } catch (const Json::type_error&) {
+    throw std::invalid_argument(shown(text) + " is not UTF-8");
+  }
   return text;
 }
 

@@ -1,5 +1,8 @@
 #include "shared/object-store/store_channel.h"
 
+#include <atomic>
+#include <string_view>
+
 #include "api/system.h"
 #include "bidi/element/map_elem.h"
 #include "bidi/object_store/received_message.h"
@@ -7,6 +10,7 @@
 #include "bidi/xml/xml_message_parser.h"
 #include "common/exception.h"
 #include "common/settings/localize.h"
+#include "common/threads/event.h"
 #include "device/store/scanner_store.h"
 #include "qvn/qvn.h"
 #include "qvn/transport/attribute_codec.h"
@@ -18,6 +22,9 @@ namespace qvn::object_store {
 namespace {
 
 constexpr char kObserver[] = "qvn";
+constexpr char kSystem[] = "system";
+constexpr char kSystemUpdate[] = "systemUpdate";
+constexpr platform::Milliseconds kHostModeWait = 15000;  // as long as the transport waits for a reply
 
 std::string attributesOf(std::uint32_t handle) {
   std::string attributes;
@@ -30,6 +37,19 @@ std::string attributesOf(std::uint32_t handle) {
     throw StoreError("scanner " + std::to_string(handle) + " has no object store: it is no Bpd scanner");
   }
   return attributes;
+}
+
+// What an exception says; empty when it says nothing. The reader of documents does not keep it, but reads it
+// as the text of a response.
+std::string messageIn(const std::string& exception) {
+  constexpr std::string_view kBegin = "<message>";
+  const std::size_t begin = exception.find(kBegin);
+  const std::size_t end = exception.rfind("</message>");
+  if (begin == std::string::npos || end == std::string::npos || end < begin + kBegin.size()) return {};
+  const std::string text = exception.substr(begin + kBegin.size(), end - begin - kBegin.size());
+  return classifyMessage("<?xml version=\"1.0\"?><response requestID=\"0\"><StringElem>" + text +
+                         "</StringElem></response>")
+      .result;
 }
 
 // The result in a response; null when it has none.
@@ -124,7 +144,34 @@ StoreChannel::~StoreChannel() {
       // The device goes on telling nobody.
     }
   }
+  if (isInHostMode_) {
+    try {
+      library_->scanner->objectStore().exchange(callMethod(kSystem, "exitHostUSBSendMode", nullptr));
+    } catch (...) {
+      // It ends with the connection.
+    }
+  }
   listener_.reset();
+}
+
+void StoreChannel::enterHostMode() {
+  Event told(true, false, "", false);
+  std::atomic<bool> entered = false;
+  const Listener listener(*library_->scanner, [&](const StoreEvent& event) {
+    if (event.event != kSystemUpdate || event.data == nullptr) return;
+    const std::string text = event.data->stringValue();
+    if (text != "Enter HostSend OK" && text != "Enter HostSend Fail") return;
+    entered = text == "Enter HostSend OK";
+    told.set();
+  });
+  observe(kSystem, kSystemUpdate);
+  const auto result = call(kSystem, "enterHostUSBSendMode", std::make_unique<MapElem>().get());
+  if (result != nullptr && result->intValue() != 0) {
+    throw StoreError("the scanner does not go into host mode: another host may have it");
+  }
+  isInHostMode_ = true;
+  if (!told.wait(kHostModeWait)) throw StoreError("the scanner does not tell that it is in host mode");
+  if (!entered) throw StoreError("the scanner could not go into host mode");
 }
 
 std::unique_ptr<Element> StoreChannel::call(const std::string& object, const std::string& method,
@@ -133,7 +180,9 @@ std::unique_ptr<Element> StoreChannel::call(const std::string& object, const std
   const std::uint32_t rc =
       library_->scanner->objectStore().exchange(callMethod(object, method, params), response);
   if (classifyMessage(response).type == MessageType::Exception) {
-    throw StoreError("the scanner answered " + object + "." + method + " with an exception");
+    const std::string message = messageIn(response);
+    throw StoreError("the scanner answered " + object + "." + method + " with an exception" +
+                     (message.empty() ? "" : ": " + message));
   }
   if (rc != QRN_ERROR_SUCCESS) throw StoreError("the call of " + object + "." + method + " failed", rc);
   return resultIn(response);

@@ -39,10 +39,14 @@ class StoreChannel {
   // Opens the stored scanner. `onEvent` runs on the transport's thread; scan data and replies do not reach
   // it. This and all that talks to the device throws StoreError.
   explicit StoreChannel(std::uint32_t handle, std::function<void(const StoreEvent&)> onEvent = nullptr);
-  // Ends the observations and closes.
+  // Ends the observations and the host mode, and closes.
   ~StoreChannel();
   StoreChannel(const StoreChannel&) = delete;
   StoreChannel& operator=(const StoreChannel&) = delete;
+
+  // Enters the host mode, which lasts as long as the channel. Returns when the device has told that it is in
+  // it.
+  void enterHostMode();
 
   // Calls a method of an object. The result; null for a response without one.
   std::unique_ptr<Element> call(const std::string& object, const std::string& method, const Element* params);
@@ -55,6 +59,7 @@ class StoreChannel {
 
   std::unique_ptr<Library> library_;
   std::vector<std::pair<std::string, std::string>> observed_;
+  bool isInHostMode_ = false;
   std::unique_ptr<Listener> listener_;
 };
 
