@@ -133,7 +133,7 @@ void addStoreCommand(Verb& root) {
   callVerb.addOption("OBJECT", callOptions->object, "The object's name").required();
   callVerb.addOption("METHOD", callOptions->method, "The method's name").required();
   callVerb.addOption("PARAMS", callOptions->params, "Its parameters as JSON; otherwise an empty list");
-  callVerb.addOption("--device", callOptions->device, kDeviceHelp);
+  callVerb.addDevice(callOptions->device, "scanner");
   callVerb.addFlag("--host-mode", callOptions->hostMode, "Be in host mode meanwhile, as jobs need");
   callVerb.footer(
       "Examples:\n"
@@ -148,8 +148,8 @@ void addStoreCommand(Verb& root) {
   Verb watchVerb = verb.addVerb("watch", "Print what the scanner sends, a line of JSON each, until Ctrl-C");
   watchVerb.addOption("OBSERVED", watchOptions->observed,
                       "Objects to observe, each followed by an event of it");
-  watchVerb.addOption("--device", watchOptions->device, kDeviceHelp);
-  watchVerb.addOption("--count", watchOptions->count, "End after so many lines");
+  watchVerb.addDevice(watchOptions->device, "scanner");
+  watchVerb.addOption("-n,--count", watchOptions->count, "End after so many lines");
   watchVerb.footer(
       "Example:\n"
       "  qvn store watch system systemUpdate --count 1");
