@@ -5,16 +5,15 @@ usage: bench_chart.py BENCH_JSON"""
 import json
 import sys
 
-HALF = 20  # columns from 0 to the bound; a bar ends at twice the bound
+HALF = 12  # columns from 0 to the bound; a bar ends at twice the bound
 
 with open(sys.argv[1], encoding="utf-8") as file:
     rows = json.load(file)
-width = max(len(row["name"]) for row in rows)
 for row in rows:
     kind = "at_least" if "at_least" in row else "at_most"
     bound, ratio = row[kind], row["ratio"]
     filled = min(2 * HALF, round(HALF * ratio / bound)) if bound else 2 * HALF * (ratio > 0)
     bar = ("█" * filled).ljust(2 * HALF)
     met = ratio >= bound if kind == "at_least" else ratio <= bound
-    print(f"{row['name']:{width}} {bar[:HALF]}│{bar[HALF:]} {ratio:6.2f} {'≥' if kind == 'at_least' else '≤'} {bound:g}"
+    print(f"{ratio:7.2f} {'≥' if kind == 'at_least' else '≤'} {bound:<5g} {bar[:HALF]}│{bar[HALF:]} {row['name']}"
           f"{'' if met else '  missed'}")
