@@ -52,7 +52,7 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {addHid("Vid=x"), 2, "Vid is a number"},
       {addHid("Nickname=</Nickname>"), 2, "cannot contain"},
       {{"device", "list", "--portname", "</Portname>"}, 2, "cannot contain"},
-      {{"transport", "add", "./none.so"}, 1, "cannot load the module './none.so': ./none.so: No such file"},
+      {{"transport", "add", "/./none.so"}, 1, "cannot load the module '/none.so': /none.so: No such file"},
       {{"transport", "remove", "IPv4"}, 1, "(result 1168, QRN_ERROR_NOT_FOUND)"},
       {{"print", "x.prn"}, 1, "no printer of a registered transport is stored"},
       {{"print", "--copies", "0", "x.prn"}, 2, "--copies"},
@@ -81,6 +81,11 @@ TEST_F(CommandLine, RefusesWhatItDoesNotUnderstandWithOneSentence) {
       {{"settings", "get", "CpdPrinterHostId"}, 1, "has no value"},
       {{"settings", "set", "TeojDuration", "1.5"}, 2, "is a number"},
       {{"settings", "set", "CpdPrinterHostId", "0"}, 2, "bytes in hexadecimal"},
+      {{"settings", "set", "CpdPrinterHostId", "0102"}, 2, "is 6 bytes, not 2"},
+      {{"settings", "set", "MwoBufferHwm", "5"}, 2, "would ignore marks of 5 (MwoBufferHwm) and 5"},
+      {{"settings", "set", "MwoBufferLwm", "10"}, 2, "would ignore marks of 10 (MwoBufferHwm) and 10"},
+      {{"settings", "set", "Usb1BpdScanTimeoutMultiplier", "0"}, 2, "of 0 for 1"},
+      {{"log", "show", "--since", "soon"}, 2, "'soon' is no time"},
       {{"registry", "import", "/no/such/file"}, 1, "cannot read '/no/such/file'"},
       {{"registry", "export", "--key", "Software\\None"}, 1, "cannot read the key"},
       {{"log", "show"}, 1, "nothing has been logged yet"},
@@ -194,6 +199,13 @@ TEST_F(CommandLine, ReadsAndChangesSettings) {
     ok({"settings", "set", name, given});
     EXPECT_EQ(ok({"settings", "get", name}), std::string(shown) + "\n");
   }
+  EXPECT_EQ(ok({"settings", "get", "Settings\\TeojDuration"}), "1500\n") << "named with its key";
+  EXPECT_EQ(ok({"settings", "unset", "TeojDuration"}),
+            "TeojDuration has no value of its own any more; its default is 60000\n");
+  EXPECT_EQ(ok({"settings", "get", "TeojDuration"}), "60000\n");
+  EXPECT_EQ(ok({"settings", "set", "TeojDuration", "1500"}), "set TeojDuration to 1500\n");
+  EXPECT_EQ(ok({"settings", "set", "TeojDuration", "1500", "--quiet"}), "");
+  EXPECT_THAT(qvn({"settings", "set", "Settings\\TeojDurration", "1"}).errors, HasSubstr("nothing reads"));
   EXPECT_EQ(ok({"settings", "get", "TeojInterval"}), "1000\n") << "a default is not written by reading it";
   EXPECT_THAT(ok({"registry", "export"}),
               AllOf(HasSubstr("\"TeojDuration\"=dword:000005dc"), Not(HasSubstr("TeojInterval"))));
@@ -202,8 +214,10 @@ TEST_F(CommandLine, ReadsAndChangesSettings) {
 TEST_F(CommandLine, TurnsTheLogOnAndOff) {
   const std::filesystem::path file = platform::nativePath("c:\\qr__.log");
   EXPECT_EQ(ok({"log", "path"}), file.string() + "\n");
+  EXPECT_THAT(ok({"log"}), AllOf(HasSubstr("off: "), HasSubstr(file.string())));
   ok({"log", "on"});
   EXPECT_EQ(ok({"settings", "get", "startLog"}), "1\n");
+  EXPECT_THAT(ok({"log", "status"}), HasSubstr("on: levels 0xFFFFFFFF"));
   ok({"device", "list", "--json"});
   const std::string log = ok({"log", "show"});
   EXPECT_THAT(log, AllOf(HasSubstr("+QvnEnumPrinters() clientId="), HasSubstr("-QvnEnumPrinters() clientId="),

@@ -109,6 +109,25 @@ TEST_F(InstallationCommands, ATransportThatDoesNotWorkIsToldWithTheReason) {
   expectFailure({"install"}, HasSubstr("BROKEN: its module " + copied + " was not found (result 126"));
 }
 
+TEST_F(InstallationCommands, ATransportIsKeptByItsPathAndGoesWithoutAnError) {
+  namespace fs = std::filesystem;
+  const fs::path transports = std::getenv("QVN_TRANSPORT_PATH");
+  const Result none = qvn({"transport", "list"});
+  EXPECT_THAT(none.errors, HasSubstr("no transport is registered"));
+  const std::string given = fs::relative(transports / "qvn_ipv4.so").string();
+  EXPECT_THAT(ok({"transport", "add", "./" + given}), HasSubstr("added the transport IPv4, /"));
+  const std::string kept = (fs::canonical(transports) / "qvn_ipv4.so").string();
+  EXPECT_THAT(ok({"transport", "list"}), HasSubstr(kept));
+
+  const fs::path log = platform::nativePath("c:\\qr__.log");
+  for (const std::string& name : {std::string("IPv4"), kept, "./" + given}) {
+    ok({"transport", "add", kept, "--quiet"});
+    fs::remove(log);
+    EXPECT_EQ(ok({"transport", "remove", name}), "removed the transport IPv4, " + kept + "\n");
+    EXPECT_FALSE(fs::exists(log)) << name;
+  }
+}
+
 TEST_F(InstallationCommands, TheMonitorIsRegisteredOnce) {
   const Result result = qvn({"monitor", "add"});
   EXPECT_EQ(result.exitCode, 1);

@@ -9,13 +9,13 @@ _qvn_subverbs() {
   case $1 in
     transport) echo "add remove list" ;;
     device) echo "list show remove add" ;;
-    settings) echo "list get set" ;;
+    settings) echo "list get set unset" ;;
     host) echo "get set" ;;
     monitor) echo "add" ;;
     hid) echo "watch" ;;
     store) echo "call watch" ;;
     registry) echo "export import" ;;
-    log) echo "on off show follow path" ;;
+    log) echo "status on off show follow path" ;;
   esac
 }
 
@@ -93,7 +93,7 @@ _qvn() {
       _qvn_words "LOCAL_TRANSPORT NETWORK_TRANSPORT ALL_TRANSPORT"
       _qvn_offer "$cur" < <(_qvn_listed name transport list)
       ;;
-    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --count | --copies | -n | --dpi | --area | --timeout) ;;
+    --handle | --address | --portname | --port-type | --set | --user | --job | --key | --lines | --since | --count | --copies | -n | --dpi | --area | --timeout) ;;
     *)
       if [[ $cur == -* ]]; then
         _qvn_words "$(_qvn_options "$path")"
@@ -108,7 +108,7 @@ _qvn() {
           ;;
         get | set) [[ $previous == "$path" ]] && _qvn_offer "$cur" < <(_qvn_attributes) ;;
         "host get" | "host set") [[ $previous == [gs]et ]] && _qvn_words "PcName PinNumber CodePage" ;;
-        "settings get" | "settings set") _qvn_offer "$cur" < <(_qvn_listed name settings list) ;;
+        "settings get" | "settings set" | "settings unset") _qvn_offer "$cur" < <(_qvn_listed name settings list) ;;
         print | scan | "transport add" | "registry export" | "registry import") compopt -o default 2>/dev/null ;;
       esac
       ;;

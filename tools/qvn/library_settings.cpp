@@ -54,6 +54,13 @@ void writeLibraryValue(std::string_view key, std::string_view name, const regist
                   "cannot write " + inQuotes(key, name) + " to the registry");
 }
 
+bool removeLibraryValue(std::string_view key, std::string_view name) {
+  if (!readLibraryValue(key, name)) return false;
+  requireRegistry(registry::deleteValue(makeLibraryKey(key), name),
+                  "cannot delete " + inQuotes(key, name) + " from the registry");
+  return true;
+}
+
 std::vector<std::pair<std::string, registry::Value>> listLibraryValues(std::string_view key) {
   std::vector<std::pair<std::string, registry::Value>> values;
   registry::Key opened;

@@ -25,6 +25,9 @@ std::uint32_t numberSetting(const LongSetting& setting);
 // Writes the value, making its key, and the library's root, where they are missing. Throws Failure.
 void writeLibraryValue(std::string_view key, std::string_view name, const platform::registry::Value& value);
 
+// Deletes the value; false when there was none. Throws Failure.
+bool removeLibraryValue(std::string_view key, std::string_view name);
+
 // Makes the key, and the library's root, where they are missing. Throws Failure.
 platform::registry::Key makeLibraryKey(std::string_view key);
 

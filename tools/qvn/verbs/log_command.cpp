@@ -1,4 +1,7 @@
 // qvn log: the library's log file.
+#include <array>
+#include <chrono>
+#include <cstdio>
 #include <deque>
 #include <fstream>
 #include <iostream>
@@ -6,10 +9,12 @@
 
 #include "common/settings/setting_table.h"
 #include "library_settings.h"
+#include "log_lines.h"
 #include "platform/files/paths.h"
 #include "shared/client/failure.h"
 #include "shared/client/interrupt.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
@@ -21,37 +26,84 @@ constexpr std::size_t kLinesBeforeFollowing = 10;
 
 std::filesystem::path logFile() { return platform::nativePath("c:\\qr__.log"); }
 
-void turn(bool on) {
+struct ShowOptions {
+  std::size_t lines = 0;  // 0: all
+  std::string since{};
+  bool errors = false;
+};
+
+std::uint32_t numberNow(const char* name, std::uint32_t byDefault) {
+  const auto value = readLibraryValue(setting_key::kLogger, name);
+  return value ? platform::registry::dwordOf(value->type, value->data).value_or(byDefault) : byDefault;
+}
+
+std::string status() {
+  std::string said = "off: errors only";
+  if (numberNow(setting::kStartLog.name, setting::kStartLog.byDefault) != 0) {
+    std::array<char, 16> levels{};
+    std::snprintf(levels.data(), levels.size(), "0x%08X", numberNow("All", 0xFFFFFFFF));
+    said = std::string("on: levels ") + levels.data() + " of every component";
+  }
+  std::error_code none;
+  const std::uintmax_t size = std::filesystem::file_size(logFile(), none);
+  return said + ", into " + logFile().string() +
+         (none ? ", which is not there yet" : ", " + std::to_string(size) + " bytes");
+}
+
+void turn(bool on, bool quiet) {
   namespace registry = platform::registry;
   writeLibraryValue(setting::kStartLog.key, setting::kStartLog.name,
                     {registry::ValueType::Dword, registry::dwordBytes(on ? 1 : 0)});
+  say(quiet, "the log is " + status());
 }
 
-// Prints the last `count` lines (all when 0) as they stand, less the carriage returns, and returns the offset
-// up to which the log was read.
-std::uintmax_t show(std::size_t count) {
+// Prints the last lines that are asked for (all when 0) as they stand, less the carriage returns, and returns
+// the offset up to which the log was read.
+std::uintmax_t show(const ShowOptions& options) {
+  const std::string since =
+      options.since.empty() ? "" : logTimeOf(options.since, std::chrono::system_clock::now());
   std::ifstream file(logFile(), std::ios::binary);
   if (!file) {
     throw Failure("nothing has been logged yet: there is no '" + logFile().string() + "'");
   }
   std::uintmax_t end = 0;
   std::deque<std::string> lines;
+  bool hasTimes = false;
+  bool hasShown = false;
+  bool isWanted = since.empty() && !options.errors;
   for (std::string line; std::getline(file, line);) {
     end += line.size() + (file.eof() ? 0 : 1);
     if (line.ends_with('\r')) {
       line.pop_back();
     }
-    if (count == 0) {
+    const std::string_view time = timeOfLogLine(line);
+    hasTimes = hasTimes || !time.empty();
+    // What has no time in a log that has them is the rest of the entry before.
+    if (!time.empty() || !hasTimes) {
+      isWanted = time >= since && (!options.errors || tellsError(line));
+    }
+    if (!isWanted) {
+      continue;
+    }
+    hasShown = true;
+    if (options.lines == 0) {
       std::cout << line << '\n';
       continue;
     }
     lines.push_back(std::move(line));
-    if (lines.size() > count) {
+    if (lines.size() > options.lines) {
       lines.pop_front();
     }
   }
+  if (!since.empty() && !hasTimes && end > 0) {
+    throw Failure(
+        "the lines of the log have no times: 'qvn settings set Clocktime_In_Header 1' gives them some");
+  }
   for (const std::string& line : lines) {
     std::cout << line << '\n';
+  }
+  if (!hasShown && end > 0) {
+    hint("the log has no such lines; 'qvn log status' tells what is logged");
   }
   return end;
 }
@@ -61,7 +113,7 @@ std::uintmax_t show(std::size_t count) {
 void follow() {
   Interrupt::install();
   std::error_code none;
-  std::uintmax_t at = std::filesystem::exists(logFile(), none) ? show(kLinesBeforeFollowing) : 0;
+  std::uintmax_t at = std::filesystem::exists(logFile(), none) ? show({.lines = kLinesBeforeFollowing}) : 0;
   std::cout.flush();
   while (!Interrupt::requested()) {
     const std::uintmax_t size = std::filesystem::file_size(logFile(), none);
@@ -90,27 +142,59 @@ void follow() {
 }  // namespace
 
 void addLogCommand(Verb& root) {
+  struct Options {
+    ShowOptions show;
+    bool quiet = false;
+    bool isAnswered = false;
+  };
+  const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("log", "Turn the log on and off, show it and follow it");
-  verb.requireVerb();
   verb.footer(
-      "Errors are logged always; calls and details once the log is on, by every program that uses the\n"
-      "library, within 10 s. The file only grows; delete it when it is too long.\n\n"
+      "Without a verb it tells whether the log is on. Errors are logged always; calls and details once the\n"
+      "log is on, by every program that uses the library, within 10 s. The file only grows; delete it when\n"
+      "it is too long.\n\n"
       "Examples:\n"
       "  qvn log on\n"
-      "  qvn log show --lines 50\n"
+      "  qvn log show --errors --since 2h\n"
       "  qvn log follow");
+  // The verb itself is called after the one below it that was given.
+  const auto addVerb = [&](const char* name, const char* help, const char* examples,
+                           std::function<void(const Options&)> run) {
+    Verb added = verb.addVerb(name, help);
+    added.footer(std::string("Examples:\n") + examples);
+    added.callback([options, run = std::move(run)] {
+      options->isAnswered = true;
+      run(*options);
+    });
+    return added;
+  };
+  const auto printStatus = [] { std::cout << status() << '\n'; };
+  verb.callback([options, printStatus] {
+    if (!options->isAnswered) printStatus();
+  });
+  addVerb("status", "Tell whether the log is on, and its file", "  qvn log status",
+          [printStatus](const Options&) { printStatus(); });
+  Verb onVerb = addVerb("on", "Log calls and details", "  qvn log on",
+                        [](const Options& given) { turn(true, given.quiet); });
+  addQuiet(onVerb, options->quiet);
+  Verb offVerb = addVerb("off", "Log errors only", "  qvn log off",
+                         [](const Options& given) { turn(false, given.quiet); });
+  addQuiet(offVerb, options->quiet);
 
-  verb.addVerb("on", "Log calls and details").callback([] { turn(true); });
-  verb.addVerb("off", "Log errors only").callback([] { turn(false); });
+  Verb showVerb = addVerb("show", "Print the log",
+                          "  qvn log show --lines 50\n"
+                          "  qvn log show --errors --since 10m\n"
+                          "  qvn log show --since '2026-11-26 10:00'",
+                          [](const Options& given) { show(given.show); });
+  showVerb.addOption("--lines", options->show.lines, "Only so many lines at its end");
+  showVerb.addOption("--since", options->show.since,
+                     "Only from that time on: 10m, 2h, 7d ago, 10:00, 2026-11-26, or a day and a time");
+  showVerb.addFlag("--errors", options->show.errors, "Only what failed");
 
-  const auto lines = std::make_shared<std::size_t>(0);
-  Verb showVerb = verb.addVerb("show", "Print the log");
-  showVerb.addOption("--lines", *lines, "Only so many lines at its end");
-  showVerb.callback([lines] { show(*lines); });
-
-  verb.addVerb("follow", "Print the last lines and what is logged from then on, until Ctrl-C")
-      .callback(follow);
-  verb.addVerb("path", "Print the log's file name").callback([] { std::cout << logFile().string() << '\n'; });
+  addVerb("follow", "Print the last lines and what is logged from then on, until Ctrl-C", "  qvn log follow",
+          [](const Options&) { follow(); });
+  addVerb("path", "Print the log's file name", "  less \"$(qvn log path)\"",
+          [](const Options&) { std::cout << logFile().string() << '\n'; });
 }
 
 }  // namespace qvn::cli

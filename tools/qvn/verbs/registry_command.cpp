@@ -11,6 +11,7 @@
 #include "shared/client/failure.h"
 #include "shared/registry-script/registry_script.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
@@ -42,7 +43,7 @@ void writeWhole(const std::string& file, const std::string& text) {
   throw Failure("cannot write '" + file + "': " + error.message());
 }
 
-void exportScript(const std::string& file, const std::string& key) {
+void exportScript(const std::string& file, const std::string& key, bool quiet) {
   std::string script;
   require(writeRegistryScript(key, script), "cannot read the key '" + key + "'");
   if (file == "-") {
@@ -50,9 +51,10 @@ void exportScript(const std::string& file, const std::string& key) {
     return;
   }
   writeWhole(file, script);
+  say(quiet, "wrote '" + key + "' to " + file);
 }
 
-void importScript(const std::string& file) {
+void importScript(const std::string& file, bool quiet) {
   std::ifstream stream;
   if (file != "-") {
     stream.open(file, std::ios::binary);
@@ -61,10 +63,12 @@ void importScript(const std::string& file) {
     }
   }
   std::size_t line = 0;
+  std::size_t count = 0;
   std::uint32_t result = 0;
   try {
-    const std::string script = readRegistryScript(file == "-" ? std::cin : stream);
-    result = applyRegistryChanges(parseRegistryScript(script), line);
+    const auto changes = parseRegistryScript(readRegistryScript(file == "-" ? std::cin : stream));
+    count = changes.size();
+    result = applyRegistryChanges(changes, line);
   } catch (const RegistryScriptError& error) {
     throw Failure(file + ": " + error.what() + "; nothing was imported");
   } catch (const std::system_error& error) {
@@ -72,6 +76,8 @@ void importScript(const std::string& file) {
   }
   const std::string where = line == 0 ? "" : " at line " + std::to_string(line);
   require(result, "nothing was imported from '" + file + "'; it failed" + where);
+  say(quiet, "made " + std::to_string(count) + (count == 1 ? " change" : " changes") + " from " +
+                 (file == "-" ? "standard input" : file));
 }
 
 }  // namespace
@@ -80,6 +86,7 @@ void addRegistryCommand(Verb& root) {
   struct Options {
     std::string file = "-";
     std::string key;
+    bool quiet = false;
   };
   const auto options = std::make_shared<Options>();
   options->key = libraryKey("");
@@ -96,11 +103,18 @@ void addRegistryCommand(Verb& root) {
   Verb exportVerb = verb.addVerb("export", "Write a key and everything below it");
   exportVerb.addOption("FILE", options->file, "Where to; - is standard output").showDefault();
   exportVerb.addOption("--key", options->key, "The key").showDefault();
-  exportVerb.callback([options] { exportScript(options->file, options->key); });
+  addQuiet(exportVerb, options->quiet);
+  exportVerb.footer(
+      "Examples:\n"
+      "  qvn registry export saved.qvnreg\n"
+      "  qvn registry export --key 'Software\\Quorin Tools'");
+  exportVerb.callback([options] { exportScript(options->file, options->key, options->quiet); });
 
   Verb importVerb = verb.addVerb("import", "Make the changes of a script");
   importVerb.addOption("FILE", options->file, "The script; - is standard input").required();
-  importVerb.callback([options] { importScript(options->file); });
+  addQuiet(importVerb, options->quiet);
+  importVerb.footer("Example:\n  qvn registry import saved.qvnreg");
+  importVerb.callback([options] { importScript(options->file, options->quiet); });
 }
 
 }  // namespace qvn::cli

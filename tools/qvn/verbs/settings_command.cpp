@@ -1,4 +1,5 @@
 // qvn settings: the values in the registry that the library reads.
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -10,6 +11,7 @@
 #include "shared/client/output.h"
 #include "shared/client/text_values.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
@@ -17,6 +19,9 @@ namespace qvn::cli {
 namespace {
 
 namespace registry = platform::registry;
+
+constexpr std::size_t kHostIdLength = 6;
+constexpr std::size_t kMaxModelNameLength = 255;
 
 enum class Type { Number, Mask, Bytes, Text };
 
@@ -102,21 +107,62 @@ struct Named {
   std::string name;
   Type type;
   std::string byDefault;
+  bool isKnown = true;
 };
 
 Named findSetting(const std::string& name) {
-  const std::size_t backslash = name.rfind('\\');
-  if (backslash != std::string::npos) {
-    return {name.substr(0, backslash + 1), name.substr(backslash + 1), Type::Number, ""};
-  }
   for (const Setting& setting : kSettings) {
-    if (name == setting.name) {
+    const std::string key =
+        std::string(setting.key) + (std::string_view(setting.key).ends_with('\\') ? "" : "\\");
+    if (name == setting.name || name == key + setting.name) {
       return {setting.key, setting.name, setting.type, defaultOf(setting)};
     }
+  }
+  const std::size_t backslash = name.rfind('\\');
+  if (backslash != std::string::npos) {
+    return {name.substr(0, backslash + 1), name.substr(backslash + 1), Type::Number, "", false};
   }
   throw UsageError("there is no setting '" + name +
                    "': 'qvn settings list' shows them; one of a transport is named with its key, "
                    "as in 'Par1\\Settings\\ReadTimeout'");
+}
+
+// Whether everything that is read below the key is among the settings here.
+bool isOurs(const std::string& key) {
+  return std::any_of(std::begin(kSettings), std::end(kSettings), [&](const Setting& setting) {
+    const std::string_view known = setting.key;
+    return key == known || key == std::string(known) + "\\";
+  });
+}
+
+std::uint32_t numberNow(const LongSetting& setting) {
+  const auto value = readLibraryValue(setting.key, setting.name);
+  return value ? registry::dwordOf(value->type, value->data).value_or(setting.byDefault) : setting.byDefault;
+}
+
+// The buffered writer takes the pair of marks as it belongs together or not at all.
+void requireMarks(std::uint32_t high, std::uint32_t low) {
+  if (high != 0 && high > low) return;
+  throw UsageError("the library would ignore marks of " + std::to_string(high) + " (MwoBufferHwm) and " +
+                   std::to_string(low) +
+                   " (MwoBufferLwm): the high one is to be the greater; set the other first");
+}
+
+// Throws UsageError for a value of the right type that the library would not take as it is.
+void requireTaken(const Named& setting, const registry::Value& value) {
+  if (setting.name == setting::kMwoBufferHwm.name) {
+    requireMarks(*registry::dwordOf(value.type, value.data), numberNow(setting::kMwoBufferLwm));
+  } else if (setting.name == setting::kMwoBufferLwm.name) {
+    requireMarks(numberNow(setting::kMwoBufferHwm), *registry::dwordOf(value.type, value.data));
+  } else if (setting.name == "CpdPrinterHostId" && value.data.size() != kHostIdLength) {
+    throw UsageError("CpdPrinterHostId is " + std::to_string(kHostIdLength) + " bytes, not " +
+                     std::to_string(value.data.size()));
+  } else if (setting.name == "DefaultModelName" && value.data.size() > kMaxModelNameLength) {
+    throw UsageError("DefaultModelName has at most " + std::to_string(kMaxModelNameLength) + " bytes");
+  } else if (setting.name == "Usb1BpdScanTimeoutMultiplier" &&
+             registry::dwordOf(value.type, value.data) == 0U) {
+    throw UsageError("the library would take a Usb1BpdScanTimeoutMultiplier of 0 for 1");
+  }
 }
 
 registry::Value parsed(const Named& setting, const std::string& text) {
@@ -175,9 +221,29 @@ void get(const std::string& name) {
   std::cout << (value ? shown(*value, setting.type) : setting.byDefault) << '\n';
 }
 
-void set(const std::string& name, const std::string& text) {
+void set(const std::string& name, const std::string& text, bool quiet) {
   const Named setting = findSetting(name);
-  writeLibraryValue(setting.key, setting.name, parsed(setting, text));
+  const registry::Value value = parsed(setting, text);
+  if (setting.isKnown) {
+    requireTaken(setting, value);
+  } else if (isOurs(setting.key)) {
+    hint("nothing reads a setting '" + setting.name + "' below '" + setting.key +
+         "'; 'qvn settings list' shows what is");
+  }
+  writeLibraryValue(setting.key, setting.name, value);
+  say(quiet, "set " + name + " to " + shown(value, setting.type));
+}
+
+void unset(const std::string& name, bool quiet) {
+  const Named setting = findSetting(name);
+  if (setting.name == setting::kMwoBufferHwm.name) {
+    requireMarks(setting::kMwoBufferHwm.byDefault, numberNow(setting::kMwoBufferLwm));
+  } else if (setting.name == setting::kMwoBufferLwm.name) {
+    requireMarks(numberNow(setting::kMwoBufferHwm), setting::kMwoBufferLwm.byDefault);
+  }
+  const bool was = removeLibraryValue(setting.key, setting.name);
+  say(quiet, name + (was ? " has no value of its own any more" : " had no value of its own") +
+                 (setting.byDefault.empty() ? "" : "; its default is " + setting.byDefault));
 }
 
 }  // namespace
@@ -187,6 +253,7 @@ void addSettingsCommand(Verb& root) {
     std::string name;
     std::string value;
     bool json = false;
+    bool quiet = false;
   };
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("settings", "List, read and change the library's settings");
@@ -197,21 +264,40 @@ void addSettingsCommand(Verb& root) {
       "  qvn settings list\n"
       "  qvn settings get TeojDuration\n"
       "  qvn settings set CpdPrinterMwo 0\n"
+      "  qvn settings unset CpdPrinterMwo\n"
       "  qvn settings set 'Par1\\Settings\\ReadTimeout' 5000");
 
   Verb listVerb = verb.addVerb("list", "List the settings with value, default and meaning");
   listVerb.addFlag("--json", options->json, "Print JSON");
+  listVerb.footer("Example:\n  qvn settings list --json");
   listVerb.callback([options] { list(options->json); });
 
   Verb getVerb = verb.addVerb("get", "Print one setting's value, or its default");
   getVerb.addOption("NAME", options->name, "The setting's name").required();
+  getVerb.footer(
+      "Examples:\n  qvn settings get TeojDuration\n  qvn settings get 'Par1\\Settings\\ReadTimeout'");
   getVerb.callback([options] { get(options->name); });
 
   Verb setVerb = verb.addVerb("set", "Change one setting");
   setVerb.addOption("NAME", options->name, "The setting's name").required();
   setVerb.addOption("VALUE", options->value, "A number, decimal or with 0x, a text, or bytes in hexadecimal")
       .required();
-  setVerb.callback([options] { set(options->name, options->value); });
+  addQuiet(setVerb, options->quiet);
+  setVerb.footer(
+      "The library ignores some values, marks of the buffered writer that do not fit together for one; they "
+      "are\n"
+      "refused.\n\n"
+      "Examples:\n"
+      "  qvn settings set CpdPrinterMwo 0\n"
+      "  qvn settings set All 0x0000000B\n"
+      "  qvn settings set 'Par1\\Settings\\ReadTimeout' 5000");
+  setVerb.callback([options] { set(options->name, options->value, options->quiet); });
+
+  Verb unsetVerb = verb.addVerb("unset", "Take a setting's value away, so that its default holds");
+  unsetVerb.addOption("NAME", options->name, "The setting's name").required();
+  addQuiet(unsetVerb, options->quiet);
+  unsetVerb.footer("Example:\n  qvn settings unset CpdPrinterMwo");
+  unsetVerb.callback([options] { unset(options->name, options->quiet); });
 }
 
 }  // namespace qvn::cli

@@ -1,58 +1,74 @@
 // qvn transport: the registered transport modules.
-#include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <system_error>
 
-#include "common/settings/setting_table.h"
-#include "library_settings.h"
 #include "qvn/qvn.h"
 #include "registered_transports.h"
 #include "shared/client/failure.h"
 #include "shared/client/output.h"
 #include "shared/client/session.h"
 #include "verbs/commands.h"
+#include "verbs/quiet.h"
 #include "verbs/verb.h"
 
 namespace qvn::cli {
 
 namespace {
 
-bool isRegistered(const std::string& nameOrModule) {
-  const auto transports = registeredTransports();
-  return std::any_of(transports.begin(), transports.end(), [&](const RegisteredTransport& transport) {
-    return transport.name == nameOrModule || transport.module == nameOrModule;
-  });
+// The transport that is registered with that name or module.
+std::optional<RegisteredTransport> findRegistered(const std::string& nameOrModule) {
+  for (const RegisteredTransport& transport : registeredTransports()) {
+    if (transport.name == nameOrModule || transport.module == nameOrModule) return transport;
+  }
+  return std::nullopt;
 }
 
-void add(const std::string& module) {
+// A path holds for every program, wherever it was started; a bare file name is looked for where transports
+// are.
+std::string moduleNamed(const std::string& name) {
+  if (name.find('/') == std::string::npos) return name;
+  const std::filesystem::path path(name);
+  std::error_code error;
+  const auto directory = std::filesystem::canonical(path.parent_path(), error);
+  return error ? std::filesystem::absolute(path).string() : (directory / path.filename()).string();
+}
+
+void add(const std::string& name, bool quiet) {
+  const std::string module = moduleNamed(name);
   const Session session;
   const std::uint32_t result = QvnAddTransport(module.c_str());
-  if (result == QRN_ERROR_SUCCESS) {
+  const auto registered = findRegistered(module);
+  if (result == QRN_ERROR_SUCCESS && registered) {
+    say(quiet, "added the transport " + registered->name + ", " + module);
     return;
   }
   requireLoadable(module);
+  if (result == QRN_ERROR_SUCCESS) {
+    throw Failure("the transport module '" + module + "' is neither a local nor a network transport");
+  }
   // Registering it comes first, and the library leaves it so.
-  throw Failure("the transport module '" + module + "' " +
-                    (isRegistered(module) ? "is registered, but not installed or not searched for devices"
-                                          : "cannot be added"),
-                result);
+  throw Failure(
+      "the transport module '" + module + "' " +
+          (registered ? "is registered, but not installed or not searched for devices" : "cannot be added"),
+      result);
 }
 
-void remove(const std::string& name) {
+void remove(const std::string& nameOrModule, bool quiet) {
   const Session session;
-  if (!isRegistered(name)) {
-    throw Failure("no transport '" + name + "' is registered", QRN_ERROR_NOT_FOUND);
+  const auto transport = findRegistered(moduleNamed(nameOrModule));
+  if (!transport) {
+    throw Failure("no transport '" + nameOrModule + "' is registered", QRN_ERROR_NOT_FOUND);
   }
-  // The library looks for a module of that name only when the keys of both kinds are there.
-  for (const char* const key : {setting_key::kLocalTransports, setting_key::kNetworkTransports}) {
-    makeLibraryKey(key);
+  // By its name, since a module may be gone. The library goes on to look for a module of that name, and
+  // answers how that went; what counts is whether the registration is gone.
+  const std::uint32_t result = QvnRemoveTransport(transport->name.c_str());
+  if (findRegistered(transport->name)) {
+    throw Failure("cannot remove the transport '" + transport->name + "'", result);
   }
-  // It goes on to look for a module of the same name, and answers how that went; what counts is
-  // whether the registration is gone.
-  const std::uint32_t result = QvnRemoveTransport(name.c_str());
-  if (isRegistered(name)) {
-    throw Failure("cannot remove the transport '" + name + "'", result);
-  }
+  say(quiet, "removed the transport " + transport->name + ", " + transport->module);
 }
 
 void list(bool json) {
@@ -61,6 +77,9 @@ void list(bool json) {
     transports.push_back({{"name", transport.name}, {"kind", transport.kind}, {"module", transport.module}});
   }
   printListing(transports, {"name", "kind", "module"}, json);
+  if (transports.empty() && !json) {
+    hint("no transport is registered: 'qvn install' registers the usual ones, 'qvn transport add' any");
+  }
 }
 
 }  // namespace
@@ -69,6 +88,7 @@ void addTransportCommand(Verb& root) {
   struct Options {
     std::string name;
     bool json = false;
+    bool quiet = false;
   };
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("transport", "Add, remove and list transport modules");
@@ -81,14 +101,22 @@ void addTransportCommand(Verb& root) {
 
   Verb addVerb = verb.addVerb("add", "Register a module, install it and discover its devices");
   addVerb.addOption("MODULE", options->name, "The module's file name, or a path with a slash").required();
-  addVerb.callback([options] { add(options->name); });
+  addQuiet(addVerb, options->quiet);
+  addVerb.footer(
+      "Examples:\n"
+      "  qvn transport add qvn_ipv4.so\n"
+      "  qvn transport add ./my_transport.so");
+  addVerb.callback([options] { add(options->name, options->quiet); });
 
   Verb removeVerb = verb.addVerb("remove", "Take a registration away; stored devices stay");
   removeVerb.addOption("NAME", options->name, "The transport's name or its module's file name").required();
-  removeVerb.callback([options] { remove(options->name); });
+  addQuiet(removeVerb, options->quiet);
+  removeVerb.footer("Example:\n  qvn transport remove IPv4");
+  removeVerb.callback([options] { remove(options->name, options->quiet); });
 
   Verb listVerb = verb.addVerb("list", "List the registered transports");
   listVerb.addFlag("--json", options->json, "Print JSON");
+  listVerb.footer("Example:\n  qvn transport list --json");
   listVerb.callback([options] { list(options->json); });
 }
 
