@@ -150,9 +150,9 @@ void addLogCommand(Verb& root) {
   const auto options = std::make_shared<Options>();
   Verb verb = root.addVerb("log", "Turn the log on and off, show it and follow it");
   verb.footer(
-      "Without a verb it tells whether the log is on. Errors are logged always; calls and details once the\n"
-      "log is on, by every program that uses the library, within 10 s. The file only grows; delete it when\n"
-      "it is too long.\n\n"
+      "Without a verb it tells whether the log is on. What goes wrong inside the library is logged always;\n"
+      "calls, with the result that each caller was given, and details once the log is on, by every program\n"
+      "that uses the library, within 10 s. The file only grows; delete it when it is too long.\n\n"
       "Examples:\n"
       "  qvn log on\n"
       "  qvn log show --errors --since 2h\n"

@@ -49,10 +49,11 @@ void checkWords(const CLI::App* app, const std::vector<std::string>& arguments) 
       if (std::find(names.begin(), names.end(), name) != names.end()) continue;
       throw UsageError("'" + path + "' has no option '" + name + "'" + didYouMean(name, names));
     }
-    if (word.starts_with('-') || app->get_require_subcommand_min() == 0) continue;
+    const auto verbs = app->get_subcommands({});
+    if (word.starts_with('-') || verbs.empty()) continue;
     std::vector<std::string> names;
     const CLI::App* next = nullptr;
-    for (const CLI::App* verb : app->get_subcommands({})) {
+    for (const CLI::App* verb : verbs) {
       names.push_back(verb->get_name());
       if (word == verb->get_name()) next = verb;
     }
