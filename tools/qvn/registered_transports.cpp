@@ -32,7 +32,7 @@ std::vector<RegisteredTransport> requireTransports(const std::string& kindOrName
   const auto all = registeredTransports();
   if (all.empty()) throw Failure("no transport is registered: run 'qvn install'");
   const bool isKind = kindOrName.ends_with("_TRANSPORT");
-  const auto wanted = registeredTransports(kindOrName);
+  auto wanted = registeredTransports(kindOrName);
   if (!wanted.empty() || isKind) return wanted;
   std::string names;
   for (const RegisteredTransport& transport : all) names += (names.empty() ? "" : ", ") + transport.name;

@@ -35,34 +35,36 @@ class Help : public CLI::Formatter {
   }
 };
 
+// Throws UsageError when a verb has no option of that name, dashes included.
+void checkOption(const CLI::App* app, const std::string& path, const std::string& name) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app->get_options()) {
+    for (std::string known : option->get_lnames()) names.push_back(known.insert(0, "--"));
+  }
+  if (std::find(names.begin(), names.end(), name) != names.end()) return;
+  throw UsageError("'" + path + "' has no option '" + name + "'" + didYouMean(name, names));
+}
+
+// The verb of that name below another one. Throws UsageError when there is none.
+const CLI::App* findVerb(const CLI::App* app, const std::string& path, const std::string& name) {
+  std::vector<std::string> names;
+  for (const CLI::App* verb : app->get_subcommands({})) {
+    if (verb->get_name() == name) return verb;
+    names.push_back(verb->get_name());
+  }
+  const std::string where = app->get_parent() == nullptr ? "no verb '" : "'" + path + "' has no verb '";
+  throw UsageError(where + name + "'" + didYouMean(name, names));
+}
+
 // Throws UsageError for the first word that stands where a verb or an option must and is none.
 void checkWords(const CLI::App* app, const std::vector<std::string>& arguments) {
   std::string path = app->get_name();
   for (const std::string& word : arguments) {
     if (word == "--") return;
-    if (word.starts_with("--")) {
-      const std::string name = word.substr(0, word.find('='));
-      std::vector<std::string> names;
-      for (const CLI::Option* option : app->get_options()) {
-        for (const std::string& known : option->get_lnames()) names.push_back("--" + known);
-      }
-      if (std::find(names.begin(), names.end(), name) != names.end()) continue;
-      throw UsageError("'" + path + "' has no option '" + name + "'" + didYouMean(name, names));
-    }
-    const auto verbs = app->get_subcommands({});
-    if (word.starts_with('-') || verbs.empty()) continue;
-    std::vector<std::string> names;
-    const CLI::App* next = nullptr;
-    for (const CLI::App* verb : verbs) {
-      names.push_back(verb->get_name());
-      if (word == verb->get_name()) next = verb;
-    }
-    if (next == nullptr) {
-      const std::string where = app->get_parent() == nullptr ? "no verb '" : "'" + path + "' has no verb '";
-      throw UsageError(where + word + "'" + didYouMean(word, names));
-    }
-    app = next;
-    path += " " + word;
+    if (word.starts_with("--")) checkOption(app, path, word.substr(0, word.find('=')));
+    if (word.starts_with('-') || app->get_subcommands({}).empty()) continue;
+    app = findVerb(app, path, word);
+    path.append(" ").append(word);
   }
 }
 

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qvn/result_codes.h"
@@ -38,7 +39,8 @@ class AllHeard {
     for (const Device& device : devices) {
       try {
         const LeaveOnInterrupt connecting("interrupted while connecting to " + device.text());
-        heard_.push_back({std::make_unique<Watched>(session, device), device, false});
+        auto watched = std::make_unique<Watched>(session, device);
+        heard_.push_back({std::move(watched), device, false});
       } catch (const Failure& failure) {
         if (!names.empty()) throw;
         std::cerr << "qvn: " << failure.what() << '\n';

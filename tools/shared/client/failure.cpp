@@ -86,7 +86,7 @@ std::string meaning(std::uint32_t code) {
 }
 
 std::string nameOf(std::uint32_t code) {
-  const std::string number = "result " + std::to_string(code);
+  std::string number = "result " + std::to_string(code);
   for (const CodeName& entry : kCodeNames) {
     if (entry.code == code) return number + ", " + entry.name;
   }
