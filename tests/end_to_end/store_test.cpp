@@ -79,11 +79,23 @@ TEST_F(StoreCommand, ShowsWhatTheDeviceTellsUntilCtrlC) {
   const json entered = json::parse(watch.readLine().value_or("null"));
   EXPECT_EQ(entered.value("event", ""), "systemUpdate");
   EXPECT_EQ(entered.value("data", ""), "Enter HostSend OK");
+  // A value of a type that the library does not know makes it write to standard output, which has JSON alone.
+  const std::string unknown =
+      R"(<?xml version="1.0"?><method name="event"><arg name="observer">qvn</arg><arg name="objName">system</arg>)"
+      R"(<arg name="event">systemUpdate</arg><arg name="data"><NewElem>1</NewElem></arg></method>)";
+  std::string hex;
+  for (const char byte : unknown) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    hex += {kDigits[byte / 16], kDigits[byte % 16]};
+  }
+  device().command("block " + hex);
+  EXPECT_EQ(json::parse(watch.readLine().value_or("null")).value("event", ""), "systemUpdate");
   device().command("block 3C52696E673E");
   const json block = json::parse(watch.readLine().value_or("null"));
   EXPECT_EQ(block.value("block", ""), "Ring");
   watch.signal(SIGINT);
   EXPECT_EQ(watch.wait(), 130);
+  EXPECT_THAT(watch.errors(), HasSubstr("UNKNOWN TYPE"));
 }
 
 TEST_F(CpdStoreCommand, TheScannerHasNoObjects) {
