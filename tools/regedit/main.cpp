@@ -6,12 +6,17 @@
 #include <iostream>
 #include <system_error>
 
+#include "platform/base/clock.h"
 #include "shared/registry-script/registry_script.h"
 
 namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+
+// A silent import is one that a program has started, which looks for 5 s whether this process runs before it
+// takes it for ended: it must be there to be seen.
+constexpr qvn::platform::Milliseconds kSilentStay = 100;
 
 void importScript(const std::string& path) {
   const std::filesystem::path file = qvn::findRegistryScript(path);
@@ -44,6 +49,7 @@ int main(int argc, char** argv) {
     std::cerr << "regedit: " << error.what() << '\n';
     return kWrongUsage;
   }
+  if (silent) qvn::platform::sleep(kSilentStay);
   try {
     importScript(path);
   } catch (const std::exception& error) {
