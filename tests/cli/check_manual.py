@@ -33,6 +33,22 @@ def help_of(*command):
     return verbs, options - {"--help"}
 
 
+def examples_of(*command):
+    """The commands that the help shows, each on one line."""
+    text = subprocess.run([*command, "--help"], check=True, capture_output=True, text=True, timeout=30).stdout
+    shown = re.search(r"^Examples?:\n((?:  .*\n?)+)", text, re.MULTILINE)
+    return [] if shown is None else [line.strip() for line in re.sub(r"\\\n *", "", shown[1]).splitlines()]
+
+
+def check_examples(page, *command):
+    """They are on the page, whose commands a test runs."""
+    text = pathlib.Path(MANUAL, page).read_text(encoding="utf-8").replace("\\e\n", "").replace("\\e", "\\")
+    on_page = " ".join(text.split())
+    for example in examples_of(*command) or ["an example"]:
+        if " ".join(example.split()) not in on_page:
+            faults.append(f"{page} lacks {example}, which {' '.join(command[1:])} --help shows")
+
+
 def page_of(name, verb_list):
     """The verbs that the page's lists explain, and every option it names."""
     path = pathlib.Path(MANUAL, name + ".1")
@@ -63,6 +79,7 @@ for verb in sorted(verbs):
         expect_equal(f"the completion of qvn {verb}", subverbs, completed("qvn", verb, ""))
     for path in [(verb, subverb) for subverb in sorted(subverbs)] or [(verb,)]:
         options |= help_of(QVN, *path)[1]
+        check_examples(f"qvn-{verb}.1", QVN, *path)
     page_verbs, page_options = page_of("qvn-" + verb, r"^\.It Cm (\w+)")
     expect_equal(f"qvn-{verb}.1", options, page_options)
     if subverbs:

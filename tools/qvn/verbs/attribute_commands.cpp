@@ -107,7 +107,7 @@ void addAttributeCommands(Verb& root) {
       .addOption("--kind", getOptions->kind, "printer, scanner or hid; needed when several have the handle")
       .oneOf({"printer", "scanner", "hid"});
   getVerb.addJson(getOptions->json);
-  getVerb.footer("Examples:\n  qvn get Portname\n  qvn get Address --device 407\n\n" + names);
+  getVerb.footer("Examples:\n  qvn get Portname\n  qvn get SerialNumber -d 40401\n\n" + names);
   getVerb.callback([getOptions] { get(*getOptions); });
 
   const auto setOptions = std::make_shared<Options>();
@@ -117,7 +117,7 @@ void addAttributeCommands(Verb& root) {
   setVerb.addDevice(setOptions->device, "printer");
   addQuiet(setVerb, setOptions->quiet);
   setVerb.footer(std::string("Of the transports that come with the library, ") + kChangedByIpv4 +
-                 ".\n\nExamples:\n  qvn set Portname LAB1 --device 7\n  qvn set TrueEndOfJob 1");
+                 ".\n\nExamples:\n  qvn set Portname LAB1 -d 40001\n  qvn set TrueEndOfJob 1");
   setVerb.callback([setOptions] { set(*setOptions); });
 }
 

@@ -208,10 +208,9 @@ void addDeviceCommand(Verb& root) {
   verb.footer(
       "Examples:\n"
       "  qvn device list\n"
-      "  qvn device show LAB1\n"
-      "  qvn device show 7 --json\n"
-      "  qvn device add --family CpdPrinter --transport IPv4 --handle 7 \\\n"
-      "    --address 192.0.2.17 --portname LAB1\n"
+      "  qvn device show LAB1 --json\n"
+      "  qvn device add --family BpdPrinter --transport IPv4 --handle 7 \\\n"
+      "    --address 192.0.2.17 --set IpPort=9100 --portname LAB1\n"
       "  qvn device remove 7");
 
   const auto listOptions = std::make_shared<ListOptions>();

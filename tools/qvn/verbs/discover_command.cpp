@@ -122,9 +122,8 @@ void addDiscoverCommand(Verb& root) {
       "data; without it the transport's own is asked, 9200 for IPv4.\n\n"
       "Examples:\n"
       "  qvn discover\n"
-      "  qvn discover 192.0.2.17\n"
-      "  qvn discover --transport IPv4 192.0.2.20-192.0.2.40 dns-sd\n"
-      "  qvn discover 192.0.2.17:9201 --json");
+      "  qvn discover --transport IPv4 192.0.2.17\n"
+      "  qvn discover --json 192.0.2.18:9300 192.0.2.20-192.0.2.40");
   verb.callback([options] { discover(*options); });
 }
 

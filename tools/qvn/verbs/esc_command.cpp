@@ -1,6 +1,7 @@
 // qvn esc: one ESC command to a scanner and its reply.
 #include <memory>
 
+#include "qvn/transport/attributes.h"
 #include "shared/client/devices.h"
 #include "shared/client/failure.h"
 #include "shared/scan/esc_requests.h"
@@ -25,6 +26,10 @@ void exchange(const RawExchangeOptions& options) {
       static_cast<std::uint32_t>(request.size()), reinterpret_cast<std::uint8_t*>(reply.data()),
       static_cast<std::uint32_t>(reply.size()), &length);
   QvnCloseScanner(session.client(), scanner.handle);
+  if (result == QRN_ERROR_INVALID_FUNCTION &&
+      readText(session, scanner, attribute::kDevice) == "BpdScanner") {
+    throw Failure(withCode(scanner.text() + " is a Bpd scanner, which takes no ESC commands", result));
+  }
   requireOf(session, scanner, result, "the exchange with " + scanner.text() + " failed");
   reply.resize(length);
   printReply(request, reply, options.json);
@@ -43,7 +48,7 @@ void addEscCommand(Verb& root) {
       "A command that has no reply prints an empty line. 'qvn scan' takes pages.\n\n"
       "Examples:\n"
       "  qvn esc 1B 53 56 00 00 00 00 00\n"
-      "  qvn esc 1B53460000000000 --device 408 --json");
+      "  qvn esc 1B53460000000000 -d 40401 --json");
   verb.callback([options] { exchange(*options); });
 }
 

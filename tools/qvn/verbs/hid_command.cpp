@@ -106,7 +106,7 @@ void addHidCommand(Verb& root) {
   verb.footer(
       "Examples:\n"
       "  qvn hid watch\n"
-      "  qvn hid watch --device PANEL1 --json --count 1");
+      "  qvn hid watch --device 40801 --json --count 1");
 
   const auto options = std::make_shared<Options>();
   Verb watchVerb = verb.addVerb("watch", "Show reports and events as they come, until Ctrl-C");

@@ -183,7 +183,7 @@ void addLogCommand(Verb& root) {
 
   Verb showVerb = addVerb("show", "Print the log",
                           "  qvn log show --lines 50\n"
-                          "  qvn log show --errors --since 10m\n"
+                          "  qvn log show --errors --since 2h\n"
                           "  qvn log show --since '2026-11-26 10:00'",
                           [](const Options& given) { show(given.show); });
   showVerb.addOption("--lines", options->show.lines, "Only so many lines at its end");
@@ -193,7 +193,7 @@ void addLogCommand(Verb& root) {
 
   addVerb("follow", "Print the last lines and what is logged from then on, until Ctrl-C", "  qvn log follow",
           [](const Options&) { follow(); });
-  addVerb("path", "Print the log's file name", "  less \"$(qvn log path)\"",
+  addVerb("path", "Print the log's file name", "  tail \"$(qvn log path)\"",
           [](const Options&) { std::cout << logFile().string() << '\n'; });
 }
 

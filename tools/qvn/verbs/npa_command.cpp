@@ -46,7 +46,7 @@ void addNpaCommand(Verb& root) {
       "Packets that start or end jobs or register for alerts are refused: the library sends those.\n\n"
       "Examples:\n"
       "  qvn npa A5 00 03 50 01 00\n"
-      "  qvn npa A5000550E08100FF --device 7 --json");
+      "  qvn npa A5000550E08100FF -d 40001 --json");
   verb.callback([options] { exchange(*options); });
 }
 

@@ -291,7 +291,7 @@ void addPrintCommand(Verb& root) {
       "Examples:\n"
       "  qvn print report.prn\n"
       "  qvn print -d LAB1 -u anna cover.pcl body.pcl\n"
-      "  gs -sDEVICE=ljet4 -o - letter.pdf | qvn print --job letter");
+      "  gunzip -c letter.pcl.gz | qvn print --job letter");
   verb.callback([options] { print(*options); });
 }
 

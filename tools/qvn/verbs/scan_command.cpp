@@ -232,7 +232,7 @@ void addScanCommand(Verb& root) {
       "  qvn scan page.png\n"
       "  qvn scan --dpi 600 --mode color --area 0x0x105x148 photo.png\n"
       "  qvn scan --source feeder --mode bw letter.tif\n"
-      "  qvn scan - | display -");
+      "  qvn scan - >page.png");
   verb.callback([options] { scan(*options); });
 }
 

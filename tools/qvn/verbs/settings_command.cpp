@@ -101,7 +101,7 @@ std::string defaultOf(const Setting& setting) {
              : "";
 }
 
-// The setting of that name, or one for a path below the library's root such as Par1\Settings\ReadTimeout.
+// The setting of that name, or one for a path below the library's root such as Ip1\Settings\ReadTimeout.
 struct Named {
   std::string key;
   std::string name;
@@ -124,7 +124,7 @@ Named findSetting(const std::string& name) {
   }
   throw UsageError("there is no setting '" + name +
                    "': 'qvn settings list' shows them; one of a transport is named with its key, "
-                   "as in 'Par1\\Settings\\ReadTimeout'");
+                   "as in 'Ip1\\Settings\\ReadTimeout'");
 }
 
 // Whether everything that is read below the key is among the settings here.
@@ -265,7 +265,7 @@ void addSettingsCommand(Verb& root) {
       "  qvn settings get TeojDuration\n"
       "  qvn settings set CpdPrinterMwo 0\n"
       "  qvn settings unset CpdPrinterMwo\n"
-      "  qvn settings set 'Par1\\Settings\\ReadTimeout' 5000");
+      "  qvn settings set 'Ip1\\Settings\\ReadTimeout' 5000");
 
   Verb listVerb = verb.addVerb("list", "List the settings with value, default and meaning");
   listVerb.addFlag("--json", options->json, "Print JSON");
@@ -275,7 +275,7 @@ void addSettingsCommand(Verb& root) {
   Verb getVerb = verb.addVerb("get", "Print one setting's value, or its default");
   getVerb.addOption("NAME", options->name, "The setting's name").required();
   getVerb.footer(
-      "Examples:\n  qvn settings get TeojDuration\n  qvn settings get 'Par1\\Settings\\ReadTimeout'");
+      "Examples:\n  qvn settings get TeojDuration\n  qvn settings get 'Ip1\\Settings\\ReadTimeout'");
   getVerb.callback([options] { get(options->name); });
 
   Verb setVerb = verb.addVerb("set", "Change one setting");
@@ -290,7 +290,7 @@ void addSettingsCommand(Verb& root) {
       "Examples:\n"
       "  qvn settings set CpdPrinterMwo 0\n"
       "  qvn settings set All 0x0000000B\n"
-      "  qvn settings set 'Par1\\Settings\\ReadTimeout' 5000");
+      "  qvn settings set 'Ip1\\Settings\\ReadTimeout' 5000");
   setVerb.callback([options] { set(options->name, options->value, options->quiet); });
 
   Verb unsetVerb = verb.addVerb("unset", "Take a setting's value away, so that its default holds");

@@ -152,7 +152,7 @@ void addStoreCommand(Verb& root) {
   watchVerb.addOption("-n,--count", watchOptions->count, "End after so many lines");
   watchVerb.footer(
       "Example:\n"
-      "  qvn store watch system systemUpdate --count 1");
+      "  qvn store watch system systemUpdate");
   watchVerb.callback([watchOptions] { watch(*watchOptions); });
 }
 
