@@ -123,11 +123,7 @@ class PrintJob {
                          "the printer takes no data; Ctrl-C cancels the job");
     OnInterrupt canceller([&] {
       const bool tooLate = complete_ && printer_.hasWholeJob();
-      if (!options_.quiet) {
-        sayNow(tooLate ? "the printer has the whole job; waiting until it has come out, at most " +
-                             inSeconds(longestEnd()) + "; Ctrl-C again leaves at once"
-                       : "cancelling, which can take a minute; Ctrl-C again leaves at once");
-      }
+      if (!options_.quiet) sayNow(whatHappens(tooLate) + "; Ctrl-C again leaves at once");
       if (!tooLate) printer_.cancelJob();
     });
     JobData data(
@@ -167,11 +163,20 @@ class PrintJob {
     require(ended_, "cannot end " + what_);
   }
 
+  // What an interrupt leads to.
+  std::string whatHappens(bool tooLate) const {
+    if (!printer_.canCancel()) return "stopping; the printer prints what it was given";
+    if (!tooLate) return "cancelling, which can take a minute";
+    return "the printer has the whole job; waiting until it has come out, at most " + inSeconds(longestEnd());
+  }
+
   // What is known of a job that was to be stopped.
   std::string stopped() const {
     if (acknowledged) return " was cancelled after " + sent();
     if (complete_ && !printer_.jobCancelled()) return " was complete before it could be cancelled";
-    return " was stopped after " + sent() + "; the printer did not acknowledge that it drops what it has";
+    return " was stopped after " + sent() +
+           (printer_.canCancel() ? "; the printer did not acknowledge that it drops what it has"
+                                 : "; the printer prints what it was given");
   }
 
   Failure timedOut() const {

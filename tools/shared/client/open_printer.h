@@ -63,13 +63,14 @@ class OpenPrinter {
   }
 
   // Writes the block, offering again what the printer does not take; stops early when a stop is requested
-  // (interrupt.h). Returns the code of the first failure, 1460 when patience is at its end, else 0. Each time
-  // that the printer has taken something `onTaken` is told how much.
+  // (interrupt.h). Returns the code of the first failure, 1460 when patience is at its end (the job is
+  // cancelled then), else 0. Each time that the printer has taken something `onTaken` is told how much.
   std::uint32_t write(const std::string& block, const std::function<void(std::size_t)>& onTaken = {});
 
   // Works from any thread, also while the job is being ended. A printer without a way to cancel a job (Bpd)
   // prints what it was given so far.
   void cancelJob();
+  bool canCancel() const { return cancels_; }
 
   // Returns when the printer has told that the job is over, or has had the time to. A job whose rest the
   // printer does not take is cancelled when patience is at its end, and 1460 returned.
