@@ -113,8 +113,6 @@ void watch(const WatchOptions& options) {
   });
 }
 
-constexpr char kDeviceHelp[] = "The scanner's handle or port name; not needed for the only scanner";
-
 }  // namespace
 
 void addStoreCommand(Verb& root) {
