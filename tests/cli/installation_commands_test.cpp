@@ -105,6 +105,7 @@ TEST_F(InstallationCommands, ATransportThatDoesNotWorkIsToldWithTheReason) {
                                                      " can be written by others than its owner (result 5")));
   }
   ok({"discover", "--transport", "NETWORK_TRANSPORT", "--json"});  // which does not ask for it
+  expectFailure({"install"}, HasSubstr("BROKEN: its module " + copied + " can be changed by others: "));
   fs::remove(copied);
   expectFailure({"install"}, HasSubstr("BROKEN: its module " + copied + " was not found (result 126"));
 }

@@ -78,7 +78,7 @@ void PrintJob::start() {
 
 void PrintJob::send() {
   ProgressBar progress(names_.title, file_.size(), !quiet_ && standardErrorIsTerminal(),
-                       "the printer takes no data; Ctrl-C cancels the job");
+                       "the printer does not take the data; Ctrl-C cancels the job");
   OnInterrupt canceller([&] {
     const bool tooLate = complete_ && printer_.hasWholeJob();
     if (!quiet_) sayNow(whatHappens(tooLate) + "; Ctrl-C again leaves at once");

@@ -51,8 +51,9 @@ void requireLoadable(const RegisteredTransport& transport) {
   std::string reason;
   if (platform::Module::load(transport.module, error, &reason) != nullptr) return;
   const std::string itsModule = transport.name + ": its module " + transport.module;
-  throw Failure(error == platform::kModuleNotFound ? itsModule + withCode(" was not found", error)
-                                                   : itsModule + ": " + withCode(reason, error));
+  if (error == platform::kModuleNotFound) throw Failure(itsModule + withCode(" was not found", error));
+  const char* const changeable = error == platform::kAccessDenied ? " can be changed by others: " : ": ";
+  throw Failure(itsModule + changeable + withCode(reason, error));
 }
 
 }  // namespace qvn::cli

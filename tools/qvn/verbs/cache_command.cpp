@@ -39,7 +39,8 @@ void showCache(const std::string& name, bool json, bool raw) {
   const std::uint32_t result = readCache(session.client(), printer.handle, cache);
   QvnClosePrinter(session.client(), printer.handle);
   if (result == QRN_ERROR_INVALID_FUNCTION && !isCpdPrinter(session, printer)) {
-    throw Failure(withCode(printer.text() + " is a Bpd printer, which has no status cache", result));
+    throw Failure("cannot read the cache of " + printer.text() + ": " +
+                  withCode("a Bpd printer has no status cache", result));
   }
   requireOf(session, printer, result, "cannot read the cache of " + printer.text());
   if (raw) {
