@@ -18,7 +18,7 @@ stored() {
 # scheduler: CUPS, of which nobody outside knows.
 scheduler() {
   mkdir -p /run/cups /var/spool/cups/tmp
-  printf 'Listen /run/cups/cups.sock\nBrowsing No\nWebInterface No\nDefaultAuthType None\n<Location />\n</Location>\n' \
+  printf 'Listen /run/cups/cups.sock\nServerAlias *\nBrowsing No\nWebInterface No\nDefaultAuthType None\n<Location />\n</Location>\n' \
     >/etc/cups/cupsd.conf
   cupsd
   await sh -c 'lpstat -r | grep -q "is running"'
