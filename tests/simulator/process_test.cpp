@@ -1,7 +1,12 @@
 // The simulator as a process: how it starts and ends.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "support/content_of.h"
@@ -125,8 +130,12 @@ TEST(SimulatorProcessTest, HelpsPeople) {
   EXPECT_EQ(runSimulator({"--version"}), 0);
   SimulatorProcess device;
   EXPECT_THAT(device.command("help").value("told", ""), HasSubstr("clear-faults"));
+}
 
-  // On a terminal it tells how to find it, too.
+TEST(SimulatorProcessTest, TellsOnATerminalHowToFindIt) {
+  const int terminals = posix_openpt(O_RDWR | O_NOCTTY);
+  if (terminals < 0) GTEST_SKIP() << "this machine gives no terminal: " << std::strerror(errno);
+  close(terminals);
   Child terminal({"/usr/bin/script", "-qec", QVN_SIM_PATH, "/dev/null"});
   const nlohmann::json ready = nlohmann::json::parse(terminal.readLine().value_or("null"));
   const std::string place = "127.0.0.1:" + std::to_string(ready.value("discovery", 0));
