@@ -2,8 +2,6 @@
 // answers.
 #include <gmock/gmock.h>
 
-#include <cstring>
-
 #include "common/logging/log_text.h"
 #include "device/store/printer_store.h"
 #include "printer/bpd/bpd_printer.h"
@@ -15,12 +13,9 @@
 namespace qvn::test {
 namespace {
 
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr std::uint32_t kHandle = 8;
-
-void ignoreAlert(std::uint32_t, const std::uint8_t*, std::uint32_t, std::uint32_t) {}
 
 std::string printerText() {
   std::string text = FakeTransport::printerText(kHandle);
@@ -44,7 +39,7 @@ class BpdPrinterTest : public LibraryTest {
       return reply;
     };
     fake.onVisitor = [this](const std::string& visitor, Data* data) {
-      if (data != nullptr) given[visitor] = asText(*data);
+      if (onVisit && data != nullptr) onVisit(visitor, *data);
       if (visitor == visitor_name::kGetNpaMode) data->fill(&npaMode, sizeof npaMode);
       const auto answer = answers.find(visitor);
       return answer == answers.end() ? 0u : answer->second;
@@ -56,87 +51,13 @@ class BpdPrinterTest : public LibraryTest {
     return printer->doPrint(request);
   }
 
-  // The number that the visitor was given.
-  std::uint32_t number(const std::string& visitor) {
-    std::uint32_t value = 0;
-    EXPECT_EQ(given[visitor].size(), sizeof value);
-    std::memcpy(&value, given[visitor].data(), std::min(given[visitor].size(), sizeof value));
-    return value;
-  }
-
   std::uint32_t npaMode = 1;
-  std::map<std::string, std::string> given;
+  std::function<void(const std::string& visitor, const Data& data)> onVisit;
   std::map<std::string, std::uint32_t> answers;
   std::function<void(const std::string&)> onVerify;
   int verifications = 0;
   std::unique_ptr<BpdPrinter> printer;
 };
-
-TEST_F(BpdPrinterTest, APlainPrinterGetsNothingButItsData) {
-  npaMode = 0;
-  printer->doOpen();
-  EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
-  EXPECT_EQ(print("data"), 0u);
-  EXPECT_EQ(print("more"), 0u);
-  EXPECT_EQ(number(visitor_name::kSetNonNpaPrinter), 0u);
-  EXPECT_EQ(fake.written(), "datamore");
-  EXPECT_EQ(given[visitor_name::kJobHeader],
-            "<HostName>host</HostName><JobName>job</JobName><NpaSupported>0</NpaSupported>"
-            "<QueueName>queue</QueueName><QueueNumber></QueueNumber><SpoolerJobId>9</SpoolerJobId>"
-            "<TrueEndOfJob>0</TrueEndOfJob><UserName>user</UserName>");
-}
-
-TEST_F(BpdPrinterTest, AnNpaJobWithoutAlertsExchangesNothing) {
-  printer->doOpen();
-  EXPECT_EQ(printer->doStartJob({}), 0u);
-  EXPECT_EQ(number(visitor_name::kSetNpaWrapMode), 0u);
-  EXPECT_THAT(given[visitor_name::kJobHeader], HasSubstr("<NpaSupported>1</NpaSupported>"));
-  EXPECT_FALSE(printer->isBidiAllowed());
-  EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\""), 0u);
-  EXPECT_EQ(printer->jobDescription().accountNumber(), "77");
-}
-
-TEST_F(BpdPrinterTest, AnNpaJobWithAlertsIsStartedNamedAndEnded) {
-  printer->doOpen();
-  ASSERT_EQ(printer->doRegisterForAlerts({1, 0x100000, ignoreAlert}), 0u);
-  EXPECT_EQ(printer->doStartJob({9, "queue", "host", "job", "user"}), 0u);
-  EXPECT_EQ(number(visitor_name::kSetNpaWrapMode), 1u);
-  EXPECT_EQ(given[visitor_name::kStartNpaMode].size(), 19u);
-  EXPECT_EQ(printer->jobDescription().printerJobId(), 5u);
-  EXPECT_TRUE(printer->isBidiAllowed());
-
-  EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"\n"), 0u);
-  EXPECT_EQ(print("\n@PJL LJOBINFO ACCOUNTNUMBER = \"88\"\n"), 0u) << "the first one counts";
-  const std::string packet = given[visitor_name::kNamePrintJob];
-  EXPECT_EQ(packet.substr(6, 2), std::string("\0\5", 2));
-  EXPECT_EQ(packet.substr(9), std::string("HT:host;UR:user;SC:TCP 9400;JN:job;QU:queue;AN:77;\0", 51));
-}
-
-TEST_F(BpdPrinterTest, TheFirstDataAloneNamesTheJob) {
-  printer->doOpen();
-  printer->doRegisterForAlerts({1, 0x100000, ignoreAlert});
-  printer->doStartJob({});
-  fake.takeCalls();
-  const std::string line = "\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"";
-  print("x");
-  EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:;"));
-  print(line);
-  EXPECT_EQ(printer->jobDescription().accountNumber(), "");
-  EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 1u);
-  printer->doEndJob();
-
-  // Every job is searched, with the limit of that time.
-  printer->doStartJob({});
-  print(line);
-  EXPECT_THAT(given[visitor_name::kNamePrintJob], HasSubstr("AN:77;"));
-  printer->doEndJob();
-  set("JobAccountMarker", 2);
-  printer->doStartJob({});
-  EXPECT_EQ(printer->jobDescription().accountNumber(), "");
-  print("123" + line);
-  EXPECT_EQ(printer->jobDescription().accountNumber(), "");
-  EXPECT_EQ(fake.calls("visit namePrintJobVisitor").size(), 3u);
-}
 
 TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
   std::string unverified = printerText();
@@ -162,6 +83,14 @@ TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
 
 class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
  protected:
+  KeptBpdPrinterTest() {
+    onVisit = [this](const std::string& visitor, const Data& data) {
+      if (visitor == visitor_name::kNpaData) return;
+      const bool isText = visitor == visitor_name::kJobHeader;
+      heard(visitor + " with " + (isText ? asText(data) : LogText().hex(data).str()));
+    };
+  }
+
   void begin(const std::string& name, std::uint32_t speaksNpa) {
     printer.reset();
     scene(name);
@@ -176,7 +105,10 @@ class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
 
   void open() { gave("open", printer->doOpen()); }
   void start() { gave("start", printer->doStartJob({9, "queue", "host", "job", "user"})); }
-  void write(const std::string& text) { gave("print", print(text)); }
+  void write(const std::string& text) {
+    const std::uint32_t rc = print(text);
+    gave("print for the account '" + printer->jobDescription().accountNumber() + "'", rc);
+  }
   void cancel() { gave("cancel", printer->doCancelPrint()); }
   void end() { gave("end", printer->doEndJob()); }
   void close() { gave("close", printer->doClose()); }
@@ -219,18 +151,32 @@ TEST_F(KeptBpdPrinterTest, States) {
   close();
 
   begin("a printer with packets", 1);
+  const std::string account = "\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"\n";
   open();
   exchange();
+  start();
+  write(account);
+  end();
   registerForAlerts();
   start();
   exchange();
-  write("\n@PJL LJOBINFO ACCOUNTNUMBER = \"77\"\n");
+  write(account);
+  write("\n@PJL LJOBINFO ACCOUNTNUMBER = \"88\"\n");
   write("more");
   cancel();
   std::uint32_t state = 0;
   gave("state", printer->doGetCurrentState(state));
   end();
   fake.deliver(bytes({0xA5, 0, 9, 0, 0xF0, 0x73, 1, 1, 8, 1, 8, 0}));
+  // The first data alone names a job, as far as the limit of that time.
+  start();
+  write("x");
+  write(account);
+  end();
+  set("JobAccountMarker", 2);
+  start();
+  write("123" + account);
+  end();
   gave("unregister", printer->doUnregisterForAlerts(1));
   start();
   write("x");

@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <functional>
 #include <thread>
+#include <tuple>
 
+#include "common/logging/log_text.h"
 #include "npa/job_commands.h"
 #include "printer/printer_fixture.h"
 #include "qvn/transport/settings.h"
@@ -50,23 +53,36 @@ class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
     };
   }
 
+  // What a call gave, and for how long it slept.
+  template <typename Call, typename Describe>
+  void timed(const Call& call, const Describe& describe) {
+    const std::uint64_t before = clock.totalSlept();
+    const std::uint32_t rc = call();
+    const std::uint64_t slept = clock.totalSlept() - before;
+    gave(describe() + (slept == 0 ? "" : ", having slept " + std::to_string(slept)), rc);
+  }
+
   void open() { gave("open", printer->doOpen()); }
   void start() { gave("start", printer->doStartJob({9, "queue", "host", "job", "user"})); }
   void write(const std::string& text) {
     Data data(text);
-    const std::uint32_t rc = printer->doPrint(data);
-    gave("print of " + std::to_string(data.getCount()), rc);
+    timed([&] { return printer->doPrint(data); },
+          [&] { return "print of " + std::to_string(data.getCount()) + ", left " + asText(data); });
   }
   void cancel() { gave("cancel", printer->doCancelPrint()); }
-  void end() { gave("end", printer->doEndJob()); }
-  void close() { gave("close", printer->doClose()); }
-  void exchange(Data request) {
-    Data response(64, 0);
-    gave("exchange", printer->doExchangeNpa(request, response));
+  void end() {
+    timed([&] { return printer->doEndJob(); }, [] { return "end"; });
   }
-  void getCache() {
-    Data cache(64, 0);
-    gave("cache", printer->doGetCache(cache));
+  void close() { gave("close", printer->doClose()); }
+  void exchange(Data request, std::uint32_t size = 64) {
+    Data response(size, 0xFF);
+    const std::uint32_t rc = printer->doExchangeNpa(request, response);
+    gave((LogText() << "exchange for ").hex(response).str(), rc);
+  }
+  void getCache(std::uint32_t size = 64) {
+    Data cache(size, 0xFF);
+    const std::uint32_t rc = printer->doGetCache(cache);
+    gave((LogText() << "cache ").hex(cache).str(), rc);
   }
   void askState() {
     std::uint32_t state = 0;
@@ -163,10 +179,26 @@ TEST_F(KeptCpdPrinterTest, States) {
   write("abc");
   writeRc = 0;
   write("abc");
+  askState();
   writeRc = 64;
   write("abc");
   cancel();
   end();
+  start();
+  const std::function<void(Data&)> failures[] = {[](Data& data) {
+                                                   data.setRc(64);
+                                                   data.setCount(1);
+                                                 },
+                                                 [](Data& data) {
+                                                   data.setCount(2);
+                                                   throw 5;
+                                                 }};
+  for (const auto& failure : failures) {
+    fake.onWrite = failure;
+    write("abc");
+  }
+  end();
+  start();
 
   expectKept("printer/cpd", "states");
 }
@@ -185,6 +217,10 @@ TEST_F(KeptCpdPrinterTest, Tasks) {
   start();
   lockReply.reset();
   start();
+  lockReply = bytes({0xA5, 0, 6, 0x80, 0xE0, 0x82, 2, 1, 0});  // rejected: the job's data is thrown away
+  start();
+  operate();
+  end();
   set("AIOLockEnabled", 0);
   fake.onExchange = [this](const Data& request) {
     return request.getBuffer()[5] == 0x84 ? std::nullopt : reply(request);
@@ -211,6 +247,15 @@ TEST_F(KeptCpdPrinterTest, Tasks) {
   write(marker());
   completedReply.reset();
   end();
+  for (const auto& [length, interval, duration] :
+       {std::tuple{27u, 500u, 2000u}, {25u, 1000u, 0u}, {25u, 700u, 1000u}}) {
+    set("TeojInterval", interval);
+    set("TeojDuration", duration);
+    completedReply = jobReply(2, length);
+    start();
+    write(marker());
+    end();
+  }
 
   begin("the cache");
   completedReply = jobReply(2, 26);
@@ -219,15 +264,19 @@ TEST_F(KeptCpdPrinterTest, Tasks) {
   open();
   start();
   exchange(GetCacheCommand().packet());
+  exchange(GetCacheCommand().packet(), 5);
   getCache();
   end();
+  exchange(GetCacheCommand().packet());
   fake.onVisitor = [&](const std::string& visitor, Data*) {
     if (visitor == "cacheVisitor") fake.deliver(*cacheReply);
     return 0u;
   };
   getCache();
-  Data tooSmall(3, 0);
-  gave("cache", printer->doGetCache(tooSmall));
+  getCache(10);
+  getCache(3);
+  fake.onVisitor = nullptr;
+  getCache();
 
   expectKept("printer/cpd", "tasks");
 }

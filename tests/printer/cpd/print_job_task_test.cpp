@@ -35,18 +35,6 @@ class PrintJobTaskTest : public CpdPrinterTest {
   std::size_t sleepsTaken = 0;
 };
 
-TEST_F(PrintJobTaskTest, ABusyOrFailingLockKeepsTheJobFromStarting) {
-  set("AIOLockEnabled", 1);
-  printer->doOpen();
-  lockReply = bytes({0xA5, 0, 6, 0, 0xE0, 0x82, 2, 1, 1});
-  EXPECT_EQ(printer->doStartJob({}), 170u);
-  lockReply.reset();
-  EXPECT_EQ(printer->doStartJob({}), 1460u);
-  lockReply = bytes({0xA5, 0, 6, 0x80, 0xE0, 0x82, 2, 1, 0});
-  EXPECT_EQ(printer->doStartJob({}), 0u) << "rejected: the job's data is thrown away";
-  EXPECT_THAT(exchanges(), AreAll(3, "npa print E0820201")) << "no job start was sent";
-}
-
 TEST_F(PrintJobTaskTest, TheDateGoesOutWithTheKeptHostId) {
   set("CpdPrinterDate", 1);
   clock.setNow(std::chrono::system_clock::from_time_t(1009843200 + 10 * 86400));
@@ -66,48 +54,11 @@ TEST_F(PrintJobTaskTest, AJobWithoutDataOrAnIdIsOpenInTheCacheUntilItsEnd) {
   printer->setCache(*cacheReply);
   startJob();
   EXPECT_EQ(printer->jobDescription().printerJobId(), 1u) << "the reply has none";
+  EXPECT_EQ(printer->jobDescription().request().userName, " ") << "nor has the job a user";
   EXPECT_EQ(printer->cache().getBuffer()[18], 1);
   printer->doEndJob();
   EXPECT_EQ(printer->cache().getBuffer()[18], 0);
   EXPECT_THAT(fake.calls("write"), IsEmpty()) << "nothing is there to be cancelled";
-}
-
-TEST_F(PrintJobTaskTest, TheJobsEndIsSentTwentyTimesAtMost) {
-  startJob();
-  print(marker());
-  endReply.reset();
-  takeSleeps();
-  fake.takeCalls();
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(exchanges(), AreAll(20, "npa print 0501000005")) << "its completion is not asked for";
-  EXPECT_THAT(takeSleeps(), AreAll(19, 1500u));
-  EXPECT_EQ(statusIds.back(), 3u);
-}
-
-TEST_F(PrintJobTaskTest, ItsCompletionIsAskedForUntilTheDurationIsOver) {
-  const struct {
-    std::uint32_t length;
-    std::uint32_t interval;
-    std::uint32_t duration;
-    std::size_t queries;
-    std::size_t sleeps;
-  } cases[] = {{26, 1000, 60000, 1, 0},
-               {25, 1000, 60000, 60, 60},
-               {27, 500, 2000, 4, 4},
-               {25, 1000, 0, 0, 0},
-               {25, 700, 1000, 2, 2}};
-  for (const auto& c : cases) {
-    set("TeojInterval", c.interval);
-    set("TeojDuration", c.duration);
-    completedReply = jobReply(2, c.length);
-    startJob();
-    print(marker());
-    takeSleeps();
-    printer->doEndJob();
-    EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(c.queries)) << c.length << " " << c.duration;
-    EXPECT_THAT(takeSleeps(), AreAll(c.sleeps, c.interval));
-    printer->doClose();
-  }
 }
 
 TEST_F(PrintJobTaskTest, AnUnfinishedJobIsCancelledWithAtMostAMebibyteOfZeros) {
