@@ -3,8 +3,6 @@
 
 #include <future>
 
-#include "bidi/element/element_helpers.h"
-#include "bidi/xml/xml_message_parser.h"
 #include "scanner/bpd/bpd_scanner_fixture.h"
 #include "support/other_threads.h"
 
@@ -14,7 +12,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -81,35 +78,6 @@ class BpdScanJobTest : public StandingClock, public BpdScannerTest {
   std::uint32_t multiplier = 1;
 };
 
-TEST_F(BpdScanJobTest, SendsTheClientsParametersAsATree) {
-  openFor();
-  for (const auto& [key, value] : std::initializer_list<std::pair<const char*, const char*>>{
-           {"Scan.Param.Content", "3"},
-           {"Scan.Param.Darkness", "-2"},
-           {"Scan.Param.Contrast", ""},
-           {"Scan.Param.MediaSize", "many"},
-           {"Scan.Param.BitDepth", "24"},
-           {"Scan.Param.Resolution", " +300dpi"},
-           {"Scan.Param.Source", "99999999999"},
-           {"Scan.Doc.Window.TopLeft.X", "10"},
-           {"Scan.Doc.Window.BottomRight.Y", "-99999999999"},
-           {"Scan.Doc.FileFormat", "1"},
-       }) {
-    setParameter(key, value);
-  }
-  setParameter("Scan.Doc.Compression", "7", 2);
-  startJob();
-  XMLMessageParser parser;
-  const std::string document = documentOf(kCreate);
-  ASSERT_EQ(parser.parse(document.data(), static_cast<std::uint32_t>(document.size())), 0);
-  EXPECT_EQ(
-      shown(*parser.message()->find("params")),
-      "[: HostSendJob, {documentParameters{fileFormat: 1}, scanParameters{bitdepth: 24, contentType: 3, "
-      "darkness: -2, orientation: 0, originalMediaSize: 0, resolution: 300, "
-      "scanWindow{bottomRight{y: -2147483648}, topLeft{x: 10}}, source: 2147483647}, usbParameters{}}]");
-  EXPECT_THAT(documentOf(kEnter), HasSubstr("<child name=\"usbParameters\">"));
-}
-
 TEST_F(BpdScanJobTest, AStartThatFailsTellsWhyAndLeavesHostMode) {
   const auto failHostMode = [this] { deliver(systemUpdate("Enter HostSend Fail")); };
   const struct {
@@ -171,49 +139,6 @@ TEST_F(BpdScanJobTest, HostModeIsAwaitedForAsLongAsDataComes) {
   clock.advance(15000);
   EXPECT_EQ(start.get(), 1460u);
   EXPECT_EQ(takeSent().back(), kLeave);
-}
-
-TEST_F(BpdScanJobTest, AFailedStartIsToldAndIsEndedByTheClient) {
-  openFor();
-  answerTo(kCreate, "exception");
-  ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
-  ASSERT_TRUE(eventually([&] { return !scanner->job().isActive(); }));
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: TimeoutX=1", "1/1/4000: Scanner.CommError"));
-  EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u) << "the failed job is still to be ended";
-  takeSent();
-  EXPECT_EQ(scanner->doEndJob(1), 0u);
-  EXPECT_THAT(takeSent(), ElementsAre(kLeave, kUnobserveSystem)) << "there is no job to observe";
-}
-
-TEST_F(BpdScanJobTest, AnEndThatFailsLeavesTheJobToBeEndedAgain) {
-  openFor();
-  for (const char* document : {kLeave, kUnobserveState, kUnobserveSystem}) {
-    SCOPED_TRACE(document);
-    startJob();
-    deliverEnd();
-    ReceivedBpdData::take();
-    const auto normalBefore = before;
-    answerTo(document, "exception");
-    if (document == kLeave) before[kLeave] = [] {};
-    auto end = endInBackground();
-    if (document == kLeave) {
-      ASSERT_TRUE(clock.waitForWait(4000)) << "for host mode to be left";
-      clock.advance(4000);
-    }
-    EXPECT_EQ(end.get(), 87u);
-    EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/4000: Scanner.CommError"));
-    answers.erase(document);
-    before = normalBefore;
-    EXPECT_EQ(scanner->doEndJob(1), 0u);
-  }
-  // A device that says nothing of having left host mode is believed when it has answered.
-  before[kLeave] = [] {};
-  startJob();
-  deliverEnd();
-  auto end = endInBackground();
-  ASSERT_TRUE(clock.waitForWait(4000));
-  clock.advance(4000);
-  EXPECT_EQ(end.get(), 0u);
 }
 
 TEST_F(BpdScanJobTest, AnEndCancelsAJobThatRunsAndWaitsForItsEnd) {
@@ -369,28 +294,6 @@ TEST_F(BpdScanJobTest, TheWatchdogOfOneJobLeavesTheNextOneAlone) {
   waitForOthersToRest();
   EXPECT_TRUE(scanner->isScanning());
   EXPECT_EQ(scanner->doEndJob(1), 0u);
-}
-
-TEST_F(BpdScanJobTest, TrackTellsTheClientOfEveryDocument) {
-  openFor();
-  setParameter("Track", "1");
-  startJob();
-  const std::string document = notification("somebody", "fax", "rang", entries("FaxJob", "state", "Ringing"));
-  deliver(document);
-  Data failed;
-  failed.setRc(1460);
-  fake.deliver(failed);
-  EXPECT_THAT(ReceivedBpdData::take(),
-              ElementsAre("1/1/4000: " + document, "1/1/4000: Ringing", "1/1/2000: Read Error=1460"));
-  deliverEnd();
-  ReceivedBpdData::take();
-  EXPECT_EQ(scanner->doEndJob(1), 0u);
-  const auto told = ReceivedBpdData::take();
-  EXPECT_EQ(std::count(told.begin(), told.end(), "1/1/4000: <?Sending>"), 4);
-  startJob();
-  deliver(document);
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/1/4000: Ringing"))
-      << "the parameter ended with its job";
 }
 
 TEST_F(BpdScanJobTest, AClientMayEndAJobThatIsBeingStarted) {

@@ -79,7 +79,6 @@ class BpdScannerTest : public LibraryTest {
     {
       std::lock_guard<std::mutex> lock(mutex);
       sent_.push_back(what);
-      documents_.push_back(document);
     }
     if (const auto act = before.find(what); act != before.end()) act->second();
     const std::string value = answerOf(what);
@@ -101,13 +100,6 @@ class BpdScannerTest : public LibraryTest {
   std::vector<std::string> sent() {
     std::lock_guard<std::mutex> lock(mutex);
     return sent_;
-  }
-  std::string documentOf(const std::string& what) {
-    std::lock_guard<std::mutex> lock(mutex);
-    for (const std::string& document : documents_) {
-      if (summary(document) == what) return document;
-    }
-    return {};
   }
 
   void deliver(const std::string& block) { fake.deliver(Data(block)); }
@@ -140,7 +132,6 @@ class BpdScannerTest : public LibraryTest {
 
  private:
   std::vector<std::string> sent_;
-  std::vector<std::string> documents_;
 };
 
 }  // namespace qvn::test

@@ -11,7 +11,6 @@ namespace qvn::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(ScanBlockTags, StandWithinTheFirst32Bytes) {
   using Kind = ScanBlock::Kind;
@@ -79,35 +78,6 @@ TEST_F(BpdScannerTest, KeepsTheParametersOfEachClient) {
   EXPECT_EQ(store.getJobParameter(2, "A"), 0u);
   store.clearJobParameters(1);
   EXPECT_EQ(store.getJobParameter(1, "A"), 0u);
-}
-
-TEST_F(BpdScannerTest, CallsClientsByIdForWhatTheirMasksHave) {
-  openFor(2, 0x3000);
-  EXPECT_EQ(scanner->doRegisterForAsyncData({0x6000, 1, ReceivedBpdData::callback}), 0u);
-  EXPECT_EQ(scanner->doRegisterForAsyncData({kEverything, 1, nullptr}), 87u) << "the first one stays";
-  EXPECT_EQ(scanner->doRegisterForAsyncData({0x7000, 3, nullptr}), 0u);
-  deliver("<Ring>");
-  deliver("<Scanner.CommError>");
-  deliver(notification("somebody", "fax", "rang", entries("FaxJob", "state", "Ringing")));
-  deliver(notification("somebody", "system", "rang", text("Hello")));
-  EXPECT_THAT(ReceivedBpdData::take(),
-              ElementsAre("1/0/2000: Ring", "2/0/2000: Ring", "1/0/4000: Scanner.CommError",
-                          "1/0/4000: Ringing", "1/0/4000: Hello"));
-  deliver("<Scan.Data>");
-  deliver("<Job.Start>");
-  deliver("no tag");
-  deliver(declared("<broken"));
-  deliver(declared("<method name=\"event\"><Li><IntegerElem>no number</IntegerElem></Li></method>"));
-  deliver(systemUpdate("HostSend Exited"));
-  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "no job";
-  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
-  EXPECT_EQ(scanner->doUnregisterForAsyncData(1), 0u);
-  deliver("<Ring>");
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("2/0/2000: Ring"));
-  EXPECT_EQ(scanner->doClose(), 0u);
-  ASSERT_EQ(scanner->doOpen(), 0u);
-  deliver("<Ring>");
-  EXPECT_THAT(ReceivedBpdData::take(), IsEmpty()) << "the registrations ended with the close";
 }
 
 TEST_F(BpdScannerTest, InsideACallbackTheEndOfAJobIsRefused) {

@@ -35,9 +35,9 @@ class KeptBpdScannerTest : public KeptLog, public StandingClock, public BpdScann
     gave("register", scanner->doRegisterForAsyncData({mask, client, ReceivedBpdData::callback}));
   }
   void remove(std::uint32_t client) { gave("unregister", scanner->doUnregisterForAsyncData(client)); }
-  void set(const std::string& key, const std::string& value) {
+  void set(const std::string& key, const std::string& value, std::uint32_t client = 1) {
     Data data("<0>" + key + "</0><1>" + value + "</1>");
-    gave("parameter", scanner->doExchangeData(1, data));
+    gave("parameter", scanner->doExchangeData(client, data));
   }
   // Until the job waits for its data, or is none.
   void start() {
@@ -51,9 +51,16 @@ class KeptBpdScannerTest : public KeptLog, public StandingClock, public BpdScann
     besideOthers([this] {
       EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
       EXPECT_TRUE(eventually([this] { return !scanner->job().isActive(); }));
+      EXPECT_EQ(scanner->doStartJob(1, nullptr), 1u) << "the failed job is still to be ended";
     });
   }
   void end(std::uint32_t client = 1) { gave("end", scanner->doEndJob(client)); }
+  // The same, with the time moved on for whom it waits.
+  void endInTime() {
+    auto ending = std::async(std::launch::async, [this] { return scanner->doEndJob(1); });
+    while (ending.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) clock.advance(4000);
+    gave("end", ending.get());
+  }
   void close() { gave("close", scanner->doClose()); }
   void operate() {
     Data data("x");
@@ -77,6 +84,28 @@ TEST_F(KeptBpdScannerTest, Jobs) {
   open();
   fake.onOpen = nullptr;
 
+  begin("clients without a job, called by their ids for what their masks have");
+  open();
+  add(2, 0x3000);
+  add(1, 0x6000);
+  gave("register", scanner->doRegisterForAsyncData({kEverything, 1, nullptr}));
+  gave("register", scanner->doRegisterForAsyncData({kEverything, 3, nullptr}));
+  for (const std::string& block :
+       {std::string("<Ring>"), std::string("<Scanner.CommError>"),
+        notification("somebody", "fax", "rang", entries("FaxJob", "state", "Ringing")),
+        notification("somebody", "system", "rang", text("Hello")), std::string("<Scan.Data>"),
+        std::string("<Job.Start>"), std::string("no tag"), declared("<broken"),
+        declared("<method name=\"event\"><Li><IntegerElem>no number</IntegerElem></Li></method>"),
+        systemUpdate("HostSend Exited")}) {
+    deliver(block);
+  }
+  for (int i = 0; i < 2; ++i) remove(1);
+  deliver("<Ring>");
+  close();
+  open();
+  deliver("<Ring>");
+  close();
+
   begin("a job");
   open();
   open();
@@ -85,7 +114,21 @@ TEST_F(KeptBpdScannerTest, Jobs) {
   add(1, kEverything);
   add(1, 0x1000);
   add(2, 0x4000);
-  set("Scan.Param.Resolution", "300");
+  for (const auto& [key, value] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"Scan.Param.Content", "3"},
+           {"Scan.Param.Darkness", "-2"},
+           {"Scan.Param.Contrast", ""},
+           {"Scan.Param.MediaSize", "many"},
+           {"Scan.Param.BitDepth", "24"},
+           {"Scan.Param.Resolution", " +300dpi"},
+           {"Scan.Param.Source", "99999999999"},
+           {"Scan.Doc.Window.TopLeft.X", "10"},
+           {"Scan.Doc.Window.BottomRight.Y", "-99999999999"},
+           {"Scan.Doc.FileFormat", "1"},
+       }) {
+    set(key, value);
+  }
+  set("Scan.Doc.Compression", "7", 2);
   start();
   set("Track", "1");
   end(2);
@@ -124,6 +167,8 @@ TEST_F(KeptBpdScannerTest, Jobs) {
   failed.setRc(31);
   fake.deliver(failed);
   end();
+  start();  // tracked no more
+  end();
   close();
 
   begin("a job whose data stop");
@@ -145,9 +190,12 @@ TEST_F(KeptBpdScannerTest, Failures) {
   open();
   add(1, 0x4000);
   const auto normally = answers;
+  const auto normallyBefore = before;
+  const std::string exitHostMode = "callMethod system exitHostUSBSendMode";
   for (const auto& [document, answer] :
        {std::pair{"addObserver system systemUpdate Observer_System", "exception"},
-        {"callMethod system enterHostUSBSendMode", "<IntegerElem>-1</IntegerElem>"}}) {
+        {"callMethod system enterHostUSBSendMode", "<IntegerElem>-1</IntegerElem>"},
+        {"callMethod jobFactory create", "exception"}}) {
     answers = normally;
     answerTo(document, answer);
     startInVain();
@@ -158,12 +206,31 @@ TEST_F(KeptBpdScannerTest, Failures) {
   scene("a lost connection, and host mode that is not left");
   start();
   fake.loseConnection();
-  answerTo("callMethod system exitHostUSBSendMode", "nothing");
+  answerTo(exitHostMode, "nothing");
   deliverEnd();
   before.clear();
-  auto ending = std::async(std::launch::async, [this] { return scanner->doEndJob(1); });
-  while (ending.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) clock.advance(4000);
-  gave("end", ending.get());
+  endInTime();
+
+  begin("ends that fail, and are tried again");
+  open();
+  add(1, 0x4000);
+  for (const char* const document : {exitHostMode.c_str(), "removeObserver Job_1 stateChanged 407_Observer",
+                                     "removeObserver system systemUpdate Observer_System"}) {
+    answers = normally;
+    before = normallyBefore;
+    start();
+    deliverEnd();
+    answerTo(document, "exception");
+    if (document == exitHostMode) before.erase(document);
+    endInTime();
+    answers = normally;
+    before = normallyBefore;
+    end();
+  }
+  before.erase(exitHostMode);  // a device that says nothing of it is believed when it has answered
+  start();
+  deliverEnd();
+  endInTime();
 
   expectKept("scanner/bpd", "failures");
 }

@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "common/tasks/observation.h"
-#include "device/store/printer_store.h"
 #include "scanner/cpd/scanner_fixture.h"
 #include "support/other_threads.h"
 
@@ -166,23 +165,6 @@ TEST_F(CpdScannerTest, AStatusThatNeverComesIsWaitedForAsLongAsTheSettingSays) {
   }
 }
 
-TEST_F(CpdScannerTest, ALostConnectionReachesTheClientsAsAStatusAndACloseNot) {
-  startScan();
-  fake.deliver(block(1));
-  ReceivedScanData::onCall = [this] { EXPECT_TRUE(refusesData()); };
-  fake.loseConnection();
-  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1)), received(status(0x0B))));
-  fake.loseConnection();
-  EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "told once";
-  EXPECT_EQ(scanner->doEndJob(1), 0u);
-  EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
-  fake.takeCalls();
-  EXPECT_EQ(scanner->doClose(), 0u);
-  EXPECT_THAT(fake.takeCalls(), ElementsAre("get bidi", "close bidi", "release bidi")) << "and no abort";
-  EXPECT_EQ(fake.deliver(block(1)), 0u);
-  EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
-}
-
 TEST_F(WaitingCpdScannerTest, ASecondCancelDoesNotMakeTheEndWaitForAStatusThatHasBeen) {
   makeScanner();
   startScan();
@@ -192,37 +174,6 @@ TEST_F(WaitingCpdScannerTest, ASecondCancelDoesNotMakeTheEndWaitForAStatusThatHa
   EXPECT_EQ(scanner->doEndJob(1), 0u) << "the clock stands still";
   EXPECT_EQ(scanner->doStartJob(1, nullptr), 0u);
   EXPECT_EQ(fake.deliver(block(1)), 0u) << "nothing of the old scan ends the new one";
-}
-
-std::vector<std::uint32_t> progressIds;
-void recordProgress(std::uint32_t handle, std::uint32_t category, std::uint32_t id, const std::uint8_t*,
-                    std::uint32_t length, std::uint32_t) {
-  if (category != 3) return;
-  EXPECT_EQ(handle, 7u);
-  EXPECT_EQ(length, 0u);
-  progressIds.push_back(id);
-}
-
-TEST_F(CpdScannerTest, ThePrinterOfTheDeviceTellsHowFarTheScanIs) {
-  PrinterStore::getInstance().persist(FakeTransport::printerText(7));
-  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
-  EXPECT_EQ(QvnRegisterForNotificationsPrinter(1, 7, 3, recordProgress), 0u);
-  for (const std::uint32_t wanted : {0u, 1u}) {
-    progressIds.clear();
-    set("CpdScanPerformanceNotifications", wanted);
-    makeScanner();
-    startScan();
-    fake.deliver(status(0));
-    scanner->doEndJob(1);
-    scanner->doStartJob(1, nullptr);
-    scanner->doCancelJob(1);
-    scanner->doEndJob(1);
-    scanner->doClose();
-    const std::vector<std::uint32_t> all = {50, 51, 53, 50};
-    EXPECT_EQ(progressIds, wanted == 0 ? std::vector<std::uint32_t>() : all);
-  }
-  QvnUnregisterForNotificationsPrinter(1, 7);
-  QvnClosePrinter(1, 7);
 }
 
 }  // namespace

@@ -102,17 +102,25 @@ TEST_F(KeptCpdScannerTest, States) {
   PrinterStore::getInstance().persist(FakeTransport::printerText(7));
   QvnOpenPrinter(1, 7);
   QvnRegisterForNotificationsPrinter(1, 7, 3, hearProgress);
+  open();
+  add(2, 0);
+  add(1, 16);
+  add(1, 5);
+  gave("register", scanner->doRegisterForAsyncData({0, 3, nullptr}));
+  start();
+  cancel();
+  end();
+  close();
   set("CpdScanPerformanceNotifications", 1);
   makeScanner();
   open();
-  add(1, 16);
-  add(2, 0);
-  add(1, 5);
   start();
   operate();
   deliver(block(1));
   deliver(Data());
-  remove(2);
+  Data foreign = block(4);
+  CpdScannerAsyncDataManager::getInstance().accept(408, foreign);
+  for (int i = 0; i < 2; ++i) remove(2);
   deliver(status(0));
   operate();
   cancel();
@@ -149,6 +157,7 @@ TEST_F(KeptCpdScannerTest, States) {
   end();
   start();
   close();
+  deliver(block(1));
 
   expectKept("scanner/cpd", "states");
 }

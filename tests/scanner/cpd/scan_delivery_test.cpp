@@ -43,34 +43,5 @@ TEST_F(CpdScannerTest, AnExchangeTakesItsReplyAndNothingElse) {
   EXPECT_THAT(ReceivedScanData::take(), IsEmpty());
 }
 
-TEST_F(CpdScannerTest, EveryClientGetsEveryPieceInTheOrderOfRegistration) {
-  scanner->doOpen();
-  scanner->doRegisterForAsyncData({16, 9, ReceivedScanData::callback});
-  scanner->doRegisterForAsyncData({0, 2, ReceivedScanData::callback});
-  scanner->doRegisterForAsyncData({5, 9, ReceivedScanData::callback});  // registered already: nothing changes
-  scanner->doRegisterForAsyncData({0, 3, nullptr});
-  scanner->doStartJob(1, nullptr);
-  fake.deliver(Data());
-  fake.deliver(block(1));
-  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(1), "9/16"), received(block(1), "2/0")));
-  EXPECT_EQ(scanner->doUnregisterForAsyncData(9), 0u);
-  EXPECT_EQ(scanner->doUnregisterForAsyncData(9), 0u) << "not registered any more";
-  fake.deliver(block(2));
-  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(2), "2/0")));
-
-  // Registrations outlive the open.
-  fake.deliver(status(0));
-  scanner->doClose();
-  scanner->doOpen();
-  scanner->doStartJob(1, nullptr);
-  ReceivedScanData::take();
-  fake.deliver(block(3));
-  EXPECT_THAT(ReceivedScanData::take(), ElementsAre(received(block(3), "2/0")));
-
-  Data foreign = block(4);
-  CpdScannerAsyncDataManager::getInstance().accept(408, foreign);
-  EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "of another scanner";
-}
-
 }  // namespace
 }  // namespace qvn::test
