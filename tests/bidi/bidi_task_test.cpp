@@ -12,7 +12,6 @@ namespace qvn::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class BidiTaskTest : public LibraryTest {
  protected:
@@ -53,23 +52,6 @@ TEST_F(BidiTaskTest, TakesTheFirstReplyAndNothingElse) {
     EXPECT_EQ(run(), c.rc);
     EXPECT_EQ(asText(response), asText(c.response));
   }
-}
-
-TEST_F(BidiTaskTest, NothingIsSentWhileNoExchangeIsAllowed) {
-  printer.setBidiAllowed(false);
-  fake.takeCalls();
-  EXPECT_EQ(run(), 1u);
-  EXPECT_THAT(fake.calls(), IsEmpty());
-  EXPECT_EQ(asText(response), "old");
-}
-
-TEST_F(BidiTaskTest, AfterwardsTheDeviceHasNoObserver) {
-  fake.onVisitor = [](const std::string&, Data*) { return 31u; };
-  EXPECT_EQ(run(), 31u);
-  fake.onVisitor = nullptr;
-  response = Data("kept", 4);
-  fake.deliver(bytes({0xA5, 0, 6, 0, 5, 0, 0, 0, 1}));
-  EXPECT_EQ(asText(response), "kept") << "a late reply";
 }
 
 TEST_F(BidiTaskTest, GenericTasksRunAnyVisitorByName) {

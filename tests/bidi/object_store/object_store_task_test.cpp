@@ -107,13 +107,6 @@ TEST_F(ObjectStoreTaskTest, OfTwoRepliesTheFirstCountsAndNoneAfterwards) {
   EXPECT_EQ(answer, response(kId, number(1))) << "a late one";
 }
 
-TEST_F(ObjectStoreTaskTest, TellsWhyThereIsNoReply) {
-  EXPECT_EQ(makeTask().execute(), 1460u);
-  EXPECT_EQ(answer, "") << "what was there before is no reply";
-  fake.onVisitor = [](const std::string&, Data*) { return 64u; };
-  EXPECT_EQ(makeTask().execute(), 64u);
-}
-
 TEST_F(ObjectStoreTaskTest, InTheBackgroundTheCallerDoesNotWait) {
   fake.awaitsReplies = true;
   {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "bidi/element/element_helpers.h"
-#include "bidi/xml/xml_visitor.h"
 
 namespace qvn::test {
 namespace {
@@ -185,25 +184,6 @@ TEST(XMLMessageParser, ReadsThousandsOfAttributesAndChildren) {
   ASSERT_EQ(parse(parser, document + "</method>"), 0);
   EXPECT_EQ(parser.message()->getNumChildren(), 5003u);
   EXPECT_EQ(parser.message()->find("systemRule")->stringValue(), "m");
-}
-
-TEST(XMLMessageParser, ReadsBackWhatIsWritten) {
-  const std::string value =
-      "<MapElem><child name=\"list\"><ListElem><IntegerElem>-1</IntegerElem><DoubleElem>0.5</DoubleElem>"
-      "<BooleanElem>true</BooleanElem><NullElem/><BinaryElem>Zm9vYg==</BinaryElem></ListElem></child>"
-      "<child name=\"text\"><StringElem>a b</StringElem></child></MapElem>";
-  XMLMessageParser parser;
-  ASSERT_EQ(parse(parser, "<response>" + value + "</response>"), 0);
-  const std::unique_ptr<MapElem> first = parser.takeMessage();
-  const Element& tree = *first->find("result");
-  XMLVisitor visitor(MethodKind::CallMethod, 9, "o", "m");
-  tree.accept(visitor);
-  ASSERT_EQ(parse(parser, visitor.finish()), 0);
-  const Element& again = *parser.message()->find("params");
-  EXPECT_EQ(shown(again), shown(tree));
-  EXPECT_EQ(again.getChild("list")->getChild(4)->binaryLength(), 4u);
-  EXPECT_EQ(parser.message()->find("requestID")->stringValue(), "9");
-  EXPECT_EQ(parser.message()->find("systemRule")->stringValue(), "callMethod");
 }
 
 }  // namespace

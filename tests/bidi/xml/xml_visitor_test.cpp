@@ -16,8 +16,6 @@
 #include "bidi/element/map_elem.h"
 #include "bidi/element/null_elem.h"
 #include "bidi/element/string_elem.h"
-#include "bidi/object_store/store_messages.h"
-#include "support/store_documents.h"
 
 namespace qvn::test {
 namespace {
@@ -175,27 +173,6 @@ TEST(XMLVisitor, WritesNumbersAlikeInEveryLocale) {
 TEST(HasMarkup, FindsWhatWouldChangeADocument) {
   for (const char* text : {"<", "a>b", "x&", "&amp;"}) EXPECT_TRUE(hasMarkup(text)) << text;
   for (const char* text : {"", "job.1", "\"quoted\" 'text'"}) EXPECT_FALSE(hasMarkup(text)) << text;
-}
-
-TEST(StoreMessages, AreMethodsWithIdsOfTheirOwn) {
-  ListElem list;
-  list.addChild(0, std::make_unique<StringElem>("ScanJob"));
-  const std::pair<StoreMessage, const char*> cases[] = {
-      {callMethod("job", "create", &list), "callMethod job create"},
-      {callMethod("job", "start", nullptr), "callMethod job start"},
-      {addObserver("job", "stateChanged", "401_Observer"), "addObserver job stateChanged 401_Observer"},
-      {removeObserver("job", "stateChanged", "401_Observer"), "removeObserver job stateChanged 401_Observer"},
-  };
-  std::uint32_t id = cases[0].first.requestId;
-  for (const auto& [message, expected] : cases) {
-    EXPECT_EQ(message.requestId, id++);
-    EXPECT_EQ(requestId(message.document), message.requestId);
-    EXPECT_EQ(summary(message.document), expected);
-  }
-  EXPECT_EQ(argument(cases[0].first.document, "params"),
-            "\r\n  <ListElem>\r\n    <StringElem>ScanJob</StringElem>\r\n  </ListElem>\r\n");
-  EXPECT_EQ(argument(cases[1].first.document, "params"), "\r\n  <ListElem>\r\n  </ListElem>\r\n");
-  EXPECT_EQ(list.getNumChildren(), 1u) << "the params stay the caller's";
 }
 
 }  // namespace
