@@ -13,8 +13,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::IsEmpty;
-
 constexpr std::uint32_t kHandle = 8;
 
 std::string printerText() {
@@ -23,14 +21,9 @@ std::string printerText() {
   return text;
 }
 
-class BpdPrinterTest : public LibraryTest {
+class KeptBpdPrinterTest : public KeptLog, public LibraryTest {
  protected:
-  BpdPrinterTest() {
-    printer = std::make_unique<BpdPrinter>([this](const std::string& text) {
-      ++verifications;
-      if (onVerify) onVerify(text);
-    });
-    printer->setAttributes(printerText());
+  KeptBpdPrinterTest() {
     fake.onExchange = [](const Data& request) -> std::optional<Data> {
       const int command = request.getBuffer()[4];
       if (command == 5) return bytes({0xA5, 0, 6, 0, 5, request.getBuffer()[5], 0, 0, 5});
@@ -39,55 +32,13 @@ class BpdPrinterTest : public LibraryTest {
       return reply;
     };
     fake.onVisitor = [this](const std::string& visitor, Data* data) {
-      if (onVisit && data != nullptr) onVisit(visitor, *data);
+      if (data != nullptr && visitor != visitor_name::kNpaData) {
+        const bool isText = visitor == visitor_name::kJobHeader;
+        heard(visitor + " with " + (isText ? asText(*data) : LogText().hex(*data).str()));
+      }
       if (visitor == visitor_name::kGetNpaMode) data->fill(&npaMode, sizeof npaMode);
       const auto answer = answers.find(visitor);
       return answer == answers.end() ? 0u : answer->second;
-    };
-  }
-
-  std::uint32_t print(const std::string& text) {
-    Data request(text);
-    return printer->doPrint(request);
-  }
-
-  std::uint32_t npaMode = 1;
-  std::function<void(const std::string& visitor, const Data& data)> onVisit;
-  std::map<std::string, std::uint32_t> answers;
-  std::function<void(const std::string&)> onVerify;
-  int verifications = 0;
-  std::unique_ptr<BpdPrinter> printer;
-};
-
-TEST_F(BpdPrinterTest, AnUnverifiedDeviceIsLookedForBeforeItIsOpened) {
-  std::string unverified = printerText();
-  AttributeCodec::setLong(unverified, attribute::kUnverified, 1);
-  printer->setAttributes(unverified);
-  EXPECT_EQ(printer->doOpen(), 1168u) << "nothing is stored";
-  PrinterStore::getInstance().persist(unverified);
-  EXPECT_EQ(printer->doOpen(), 1u);
-  EXPECT_THAT(fake.calls("open"), IsEmpty());
-
-  onVerify = [](const std::string& text) {
-    std::string verified = text;
-    AttributeCodec::setLong(verified, attribute::kUnverified, 0);
-    AttributeCodec::setString(verified, attribute::kNickname, "found");
-    PrinterStore::getInstance().persist(verified);
-  };
-  EXPECT_EQ(printer->doOpen(), 0u);
-  EXPECT_EQ(verifications, 3);
-  std::string name;
-  AttributeCodec::getString(printer->getAttributes(), attribute::kNickname, name);
-  EXPECT_EQ(name, "found");
-}
-
-class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
- protected:
-  KeptBpdPrinterTest() {
-    onVisit = [this](const std::string& visitor, const Data& data) {
-      if (visitor == visitor_name::kNpaData) return;
-      const bool isText = visitor == visitor_name::kJobHeader;
-      heard(visitor + " with " + (isText ? asText(data) : LogText().hex(data).str()));
     };
   }
 
@@ -106,7 +57,8 @@ class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
   void open() { gave("open", printer->doOpen()); }
   void start() { gave("start", printer->doStartJob({9, "queue", "host", "job", "user"})); }
   void write(const std::string& text) {
-    const std::uint32_t rc = print(text);
+    Data request(text);
+    const std::uint32_t rc = printer->doPrint(request);
     gave("print for the account '" + printer->jobDescription().accountNumber() + "'", rc);
   }
   void cancel() { gave("cancel", printer->doCancelPrint()); }
@@ -128,6 +80,11 @@ class KeptBpdPrinterTest : public KeptLog, public BpdPrinterTest {
     end();
     exchange();
   }
+
+  std::uint32_t npaMode = 1;
+  std::map<std::string, std::uint32_t> answers;
+  std::function<void(const std::string&)> onVerify;
+  std::unique_ptr<BpdPrinter> printer;
 };
 
 TEST_F(KeptBpdPrinterTest, States) {
@@ -207,6 +164,14 @@ TEST_F(KeptBpdPrinterTest, States) {
   open();
   PrinterStore::getInstance().persist(unverified);
   open();
+  onVerify = [](const std::string& text) {
+    std::string verified = text;
+    AttributeCodec::setLong(verified, attribute::kUnverified, 0);
+    AttributeCodec::setString(verified, attribute::kNickname, "found");
+    PrinterStore::getInstance().persist(verified);
+  };
+  open();
+  heard("attributes " + printer->getAttributes());
   BpdPrinter nameless([](const std::string&) {});
   nameless.doRegisterForNotifications({1, 1, Data(), [](auto...) {}});
   nameless.doUnregisterForNotifications(1);
