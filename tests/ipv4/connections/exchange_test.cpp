@@ -105,18 +105,6 @@ TEST_F(Exchange, NeverTakesAnotherRequestsReply) {
   EXPECT_THAT(device.deliveries(), ElementsAre(started + "2", started + "3", started + "4"));
 }
 
-TEST_F(Exchange, DropsALateReplyWithoutLosingTheConnection) {
-  setSetting("ReadTimeout", kShortTimeout);
-  const OpenConnection bidi(*module, attributes(), "bidi");
-  EXPECT_EQ(ask(bidi, kLock), kReplied);  // the lock lasts as long as the connection
-  simulator.command("fault delay-reply=250:unlock:1");
-  EXPECT_EQ(ask(bidi, "A5 00 06 50 05 01 00 00 01"), kReplied);
-  EXPECT_EQ(ask(bidi, kUnlock), kNoReply);
-  EXPECT_EQ(ask(bidi, kCache), kReplied) << "behind the late one";
-  EXPECT_EQ(device.deliveries().size(), 3u);
-  EXPECT_THAT(device.deliveries().back(), testing::StartsWith("A5 00 15 20 E0 81 00"));
-}
-
 TEST_F(Exchange, LetsAnAlertsReceiverExchangePackets) {
   const OpenConnection bidi(*module, attributes(), "bidi");
   std::atomic<int> replies{0};

@@ -1,8 +1,6 @@
 // The "alert" connection of a HID, against a peer that plays the device.
 #include <gmock/gmock.h>
 
-#include <future>
-
 #include "ipv4/connections/connection_test.h"
 #include "ipv4/connections/open_part.h"
 
@@ -32,25 +30,6 @@ TEST_F(Hid, GetsReportsAndEventsHoweverTheyArrive) {
   const std::string event = "event 2164392708 2";
   EXPECT_THAT(device.waitFor(8), ElementsAre(kReport, event, "", kReport, kReport, event, "", kReport));
   EXPECT_NE(device.deliveringThread(), std::this_thread::get_id());
-}
-
-TEST_F(Hid, GetsEveryReportInOrder) {
-  constexpr std::uint32_t kReports = 100000;
-  std::atomic<bool> inOrder{true};
-  std::uint32_t next = 0;
-  const auto numbered = [](std::uint32_t number) {
-    const auto byte = [number](int shift) { return static_cast<std::uint8_t>(number >> shift); };
-    return Bytes{2, 1, byte(0), byte(8), byte(16), 0, 0, 0};
-  };
-  device.onDelivery = [&](const std::string& report) {
-    inOrder = inOrder && report == toHex(numbered(next++));
-  };
-  Bytes all;
-  for (std::uint32_t i = 0; i < kReports; ++i) all = std::move(all) + hex("01 08 00") + numbered(i);
-  auto sent = std::async(std::launch::async, [&] { alert->peer->send(all); });
-  EXPECT_EQ(device.waitFor(kReports).size(), kReports);
-  sent.get();
-  EXPECT_TRUE(inOrder);
 }
 
 TEST_F(Hid, IsConnectedAnewWhenOneMoreClientCountsOnIt) {
