@@ -36,26 +36,6 @@ class TransportsTest : public LibraryTest {
   }
 };
 
-TEST_F(TransportsTest, ATransportIsLoadedWhateverItsFirstDiscoveryComesTo) {
-  settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
-  settings.deleteValue("Transports\\Network", "FAKE", 0);
-  const std::function<std::uint32_t()> failures[] = {
-      [] { return 1460u; }, []() -> std::uint32_t { throw std::runtime_error("first"); },
-      []() -> std::uint32_t { throw 5; }};
-  for (const auto& fails : failures) {
-    fake.onCall = [&](const char* call) { return call == std::string("discover") ? fails() : 0u; };
-    EXPECT_EQ(openOf("FAKE"), 0u) << "the transport's own connection, not the fallback's";
-    EXPECT_EQ(openOf("FAKE"), 0u);
-    EXPECT_THAT(fake.calls("initialize"), ElementsAre("initialize"));
-    EXPECT_THAT(fake.calls("discover"), ElementsAre("discover")) << "once";
-    fake.onCall = nullptr;
-    EXPECT_EQ(QvnDiscovery(1, "LOCAL_TRANSPORT", ""), 0u);
-    EXPECT_THAT(fake.calls("discover"), ElementsAre("discover", "discover")) << "the next one reaches it";
-    transports.unload("FAKE");
-    fake.takeCalls();
-  }
-}
-
 TEST_F(TransportsTest, WhatCannotBeLoadedSaysWhyAndIsReplacedByTheFallbacks) {
   const struct {
     const char* what;
@@ -112,25 +92,6 @@ TEST_F(TransportsTest, AddRegistersUnderTheKindThatTheModuleGives) {
   EXPECT_THAT(transports.getTransportNames("HBN3"), ElementsAre("HBN3"));
 }
 
-TEST_F(TransportsTest, RemoveTakesTheTransportsOrTheModulesName) {
-  EXPECT_EQ(openOf("FAKE"), 0u);
-  EXPECT_EQ(QvnRemoveTransport(FakeTransport::module()), 0u);
-  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
-  EXPECT_EQ(openOf("FAKE"), kFallbackOpen);
-
-  settings.setString("Transports\\Network", "FAKE", FakeTransport::module(), 0);
-  EXPECT_EQ(QvnRemoveTransport("FAKE"), 126u) << "removed, yet no module of that name";
-  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
-}
-
-TEST_F(TransportsTest, RemoveWorksWhileOnlyOneKindIsRegistered) {
-  settings.deleteKey("Transports\\Local", 0);
-  EXPECT_EQ(openOf("FAKE"), 0u);
-  EXPECT_EQ(QvnRemoveTransport("FAKE"), 0u);
-  EXPECT_THAT(transports.getTransportNames("ALL_TRANSPORT"), IsEmpty());
-  EXPECT_THAT(fake.calls("uninitialize"), ElementsAre("uninitialize"));
-}
-
 TEST(TransportNames, MatchWithoutCase) {
   const struct {
     const char* filter;
@@ -179,14 +140,19 @@ TEST_F(KeptTransportsTest, ModulesAreLoadedAddedAndRemoved) {
   openDevice("NONE");
   transports.unload("FAKE");
   settings.setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
-  fake.onCall = [](const char* call) {
-    if (call == std::string("discover")) throw std::runtime_error("discover");
-    return 0u;
-  };
-  openDevice("FAKE");
-  fake.onCall = nullptr;
-  openDevice("FAKE");
-  transports.unload("FAKE");
+  settings.deleteValue("Transports\\Network", "FAKE", 0);
+  const std::function<std::uint32_t()> failures[] = {
+      []() -> std::uint32_t { throw std::runtime_error("discover"); }, [] { return 1460u; },
+      []() -> std::uint32_t { throw 5; }};
+  for (const auto& fails : failures) {
+    fake.onCall = [&](const char* call) { return call == std::string("discover") ? fails() : 0u; };
+    openDevice("FAKE");
+    openDevice("FAKE");
+    fake.onCall = nullptr;
+    gave("discovery", QvnDiscovery(1, "LOCAL_TRANSPORT", ""));
+    transports.unload("FAKE");
+  }
+  settings.deleteValue("Transports\\Local", "FAKE", 0);
 
   for (const char* const fault :
        {"no_entry", "fails_to_initialize", "null_managers", "throws", "other_abi"}) {
@@ -212,6 +178,18 @@ TEST_F(KeptTransportsTest, ModulesAreLoadedAddedAndRemoved) {
   fake.onCall = nullptr;
   gave("remove", transports.removeTransport("A"));
   gave("remove", transports.removeTransport(FakeTransport::module()));
+  openDevice("FAKE");
+  const auto addAgain = [this] {
+    settings.setString("Transports\\Network", "FAKE", FakeTransport::module(), 0);
+  };
+  addAgain();
+  gave("remove what is not loaded", transports.removeTransport("FAKE"));
+  openDevice("FAKE");
+  addAgain();
+  settings.deleteKey("Transports\\Local", 0);
+  openDevice("FAKE");
+  gave("remove with one kind registered", transports.removeTransport("FAKE"));
+  openDevice("FAKE");
 
   expectKept("transport", "modules");
 }
