@@ -41,15 +41,6 @@ TEST_F(EnumerationTest, PrintersAreFilteredByTransportAndAttributes) {
   EXPECT_THAT(printers("LOCAL_TRANSPORT", ""), IsEmpty());
 }
 
-TEST_F(EnumerationTest, ScannersAndHidsHaveTheirOwnStores) {
-  ScannerStore::getInstance().persist("<Handle>1</Handle><Transport>FAKE</Transport>");
-  HidStore::getInstance().persist("<Handle>2</Handle><Transport>FAKE</Transport>");
-  handles.clear();
-  EXPECT_EQ(QvnEnumScanners(1, "NETWORK_TRANSPORT", "ignored", found), 0u);
-  EXPECT_EQ(QvnEnumHids(1, "FAKE", nullptr, found), 0u);
-  EXPECT_THAT(handles, ElementsAre(1, 2));
-}
-
 TEST_F(EnumerationTest, DiscoveryStoresWhatTheTransportReports) {
   std::string options;
   fake.onDiscover = [&](const std::string& text) {
@@ -61,7 +52,7 @@ TEST_F(EnumerationTest, DiscoveryStoresWhatTheTransportReports) {
   EXPECT_EQ(QvnDiscovery(1, "ALL_TRANSPORT", "10.0.0.0"), 0u);
   EXPECT_EQ(options, "10.0.0.0");
   EXPECT_THAT(printers("FAKE", nullptr), ElementsAre(7));
-  EXPECT_EQ(QvnEnumScanners(1, "FAKE", nullptr, found), 0u);
+  EXPECT_EQ(QvnEnumScanners(1, "NETWORK_TRANSPORT", "ignored", found), 0u);
   EXPECT_EQ(QvnEnumHids(1, "FAKE", nullptr, found), 0u);
   EXPECT_THAT(handles, ElementsAre(7, 407, 807));
   EXPECT_EQ(QvnDiscovery(1, "LOCAL_TRANSPORT", nullptr), 0u) << "none is registered";
@@ -82,13 +73,6 @@ TEST_F(EnumerationTest, ALookUpByNameSearchesTheLocalTransportsOnce) {
   EXPECT_EQ(handle, 7u);
   EXPECT_EQ(QvnEnumSpecificScanner(1, "LAB", &handle), 1796u);
   EXPECT_EQ(QvnEnumSpecificHid(1, "LAB", &handle), 1796u);
-}
-
-TEST_F(EnumerationTest, DiscoveryDefaultsAreTheTransports) {
-  char buffer[8];
-  std::uint32_t required = 0;
-  EXPECT_EQ(QvnGetDiscoveryDefaults(1, "FAKE", buffer, 8, &required), 1u);
-  EXPECT_EQ(QvnSetDiscoveryDefaults(1, "HBN3", "x"), 1u);
 }
 
 TEST_F(EnumerationTest, HostInformationHasDefaultsThatStay) {

@@ -119,26 +119,6 @@ TEST_F(LoggingTest, TheHeaderShowsWhatIsAskedFor) {
                                        "pid=[0-9a-f]{4,} tid=[0-9a-f]{4,} Server {20}text\r\n"));
 }
 
-TEST_F(LoggingTest, TraceScopesIndentWhatLiesBetween) {
-  set("startLog", 1);
-  {
-    TraceScope outer(BasicLogger::getInstance(), server, [] { return LogText() << "outer()"; });
-    {
-      TraceScope inner(BasicLogger::getInstance(), server, [] { return LogText() << "inner()"; });
-      inner.logDetail([] { return LogText() << " detail"; });
-      std::thread([&] { logDetail(server, [] { return LogText() << "other thread"; }); }).join();
-      inner.setRc(6);
-    }
-    TraceScope disabled(
-        BasicLogger::getInstance(), server, [] { return LogText() << "disabled"; }, 2, false);
-    disabled.logDetail([] { return LogText() << " detail"; });
-    outer.setExitText("0 more");
-  }
-  EXPECT_EQ(contents(), line("Server", "+outer()") + line("Server", " +inner()") +
-                            line("Server", "  inner() detail") + line("Server", "other thread") +
-                            line("Server", " -inner() rc=6") + line("Server", "-outer() rc=0 more"));
-}
-
 TEST_F(LoggingTest, AScopeEnteredWhileUnwantedWritesNothingLater) {
   {
     TraceScope scope(BasicLogger::getInstance(), server, [] { return LogText() << "x"; });

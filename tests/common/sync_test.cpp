@@ -144,17 +144,6 @@ TEST(Thread, WhatItsRunnableAnswersOrThrowsIsTheExitCode) {
   }
 }
 
-TEST(Runnables, CallWhatTheyAreBoundTo) {
-  struct Object {
-    std::uint32_t twice() { return 2 * value; }
-    std::uint32_t value = 21;
-  } object;
-  EXPECT_EQ((MethodRunnable<Object>(object, &Object::twice).run()), 42u);
-  EXPECT_EQ(
-      FunctionRunnable(&object, [](void* argument) { return static_cast<Object*>(argument)->value; }).run(),
-      21u);
-}
-
 TEST(Application, LaunchesAProcessWaitsForItAndSaysWhenItCannot) {
   test::ManualClock clock(test::ManualClock::Mode::AutoAdvance, std::chrono::milliseconds(1000));
   Application ends("true");
