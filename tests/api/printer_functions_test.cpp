@@ -64,30 +64,6 @@ TEST_F(PrinterFunctionsTest, TextsFollowTheBufferRule) {
   EXPECT_EQ(value, 7u);
 }
 
-TEST_F(PrinterFunctionsTest, AJobFromOpenToClose) {
-  EXPECT_EQ(start(1), 6u) << "the printer must be open";
-  EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
-  EXPECT_EQ(QvnOpenPrinter(2, 7), 0u);
-  EXPECT_EQ(start(1), 0u);
-  EXPECT_EQ(start(2), 5u);
-  EXPECT_EQ(write(2, "x"), 5u);
-  EXPECT_EQ(write(1, "hello"), 0u);
-  EXPECT_EQ(written, 5u);
-  EXPECT_EQ(QvnDeletePrinter(1, 7), 170u) << "in use";
-  EXPECT_EQ(QvnEndJobPrinter(1, 7), 0u);
-  EXPECT_EQ(QvnClosePrinter(3, 7), 1u) << "not open by that client, which must not close it for the others";
-  EXPECT_EQ(QvnClosePrinter(1, 7), 0u);
-  std::uint32_t state = 0;
-  EXPECT_EQ(QvnGetCurrentStatePrinter(2, 7, &state), 0u);
-  EXPECT_EQ(state, 3u);
-  EXPECT_EQ(start(2), 0u) << "still open";
-  EXPECT_EQ(QvnClosePrinter(2, 7), 0u);
-  EXPECT_EQ(start(2), 6u);
-  EXPECT_EQ(QvnDeletePrinter(1, 7), 0u);
-  EXPECT_EQ(QvnOpenPrinter(1, 7), 6u);
-  EXPECT_THAT(fake.calls("discover"), testing::IsEmpty());
-}
-
 TEST_F(PrinterFunctionsTest, TheLastCloseEndsTheJobOfAClientThatDoesNotHaveThePrinterOpen) {
   for (const std::uint32_t buffered : {0u, 1u}) {
     set("CpdPrinterMwo", buffered);
@@ -113,22 +89,6 @@ TEST_F(PrinterFunctionsTest, ARemovedTransportStaysUntilNothingUsesIt) {
   EXPECT_EQ(QvnUninitialize(), 0u);
   EXPECT_THAT(fake.calls(), testing::IsSupersetOf({"close bidi", "uninitialize"}));
   EXPECT_EQ(QvnInitialize(), 0u);
-}
-
-TEST_F(PrinterFunctionsTest, AFailedOpenLooksForTheDeviceAndTriesAgain) {
-  int opens = 0;
-  fake.onOpen = [&](const std::string&) { return ++opens == 1 ? 1225u : 0u; };
-  EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
-  EXPECT_THAT(fake.calls("discoverSpecific"), ElementsAre("discoverSpecific"));
-  EXPECT_EQ(QvnClosePrinter(1, 7), 0u);
-
-  fake.onOpen = [](const std::string&) { return 1460u; };
-  EXPECT_EQ(QvnOpenPrinter(1, 7), 1460u);
-  EXPECT_EQ(QvnClosePrinter(1, 7), 6u) << "no reference is left";
-  fake.takeCalls();
-  fake.onOpen = [](const std::string&) { return 170u; };
-  EXPECT_EQ(QvnOpenPrinter(1, 7), 170u);
-  EXPECT_THAT(fake.calls("discoverSpecific"), testing::IsEmpty()) << "busy is final";
 }
 
 TEST_F(PrinterFunctionsTest, ACancelFromAnotherThreadTakesEffectAfterTheWrite) {

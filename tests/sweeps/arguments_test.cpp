@@ -2,8 +2,11 @@
 // library is not initialised, and in a child made by fork.
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "qvn/transport/attributes.h"
 #include "support/kept_log/kept_log.h"
+#include "support/manual_clock.h"
 #include "support/process/forked.h"
 #include "sweeps/call_table.h"
 #include "sweeps/stage.h"
@@ -46,6 +49,33 @@ TEST_F(KeptCalls, WriteTheirNamesArgumentsAndResults) {
     for (const auto& missing : call.missing) gave(call.name, missing());
   }
   expectKept("sweeps", "exported_calls");
+}
+
+class KeptUses : private SkippingClock, public KeptCalls {};
+
+TEST_F(KeptUses, FromBeforeTheOpenToBehindTheClose) {
+  Stage stage;
+  stage.onHeard = [this](const std::string& what, std::uint32_t) { heard(what); };
+  Stage::set("CpdPrinterMwo", 0);
+  for (const auto& [device, words] :
+       {std::pair(kPrinter,
+                  "StartJob Open Open StartJob StartJob Write Delete EndJob Close GetCurrentState StartJob "
+                  "Close StartJob Close Delete Open"),
+        {kScanner,
+         "StartJob Open Open ExchangeData RegisterForAsyncData StartJob GetCurrentState data CancelJob "
+         "status EndJob Delete UnregisterForAsyncData Close Close Close Delete Open"},
+        {kHid,
+         "RegisterForReports RegisterForNotifications Open RegisterForReports report event GetCurrentState "
+         "UnregisterForReports UnregisterForNotifications report event Delete Close UnregisterForReports "
+         "Delete Open"}}) {
+    scene(kindOf(device).name);
+    Stage::store({device});
+    besideOthers([&, device = device, use = words] {
+      stage.play(device, use);
+      while (device == kPrinter && times("Mwo::stop() handle=7") == 0) std::this_thread::yield();
+    });
+  }
+  expectKept("sweeps", "uses");
 }
 
 TEST(NotInitialised, EveryTracedFunctionGivesOneAndDoesNothing) {

@@ -14,7 +14,6 @@ namespace qvn::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr std::uint32_t kFallbackOpen = 1;
 
