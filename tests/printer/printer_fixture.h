@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "npa/npa_packet.h"
 #include "printer/cpd/cpd_printer.h"
@@ -12,16 +11,9 @@
 
 namespace qvn::test {
 
-inline std::vector<std::uint32_t> statusIds;
-inline void recordStatus(std::uint32_t, std::uint32_t, std::uint32_t id, const std::uint8_t*, std::uint32_t,
-                         std::uint32_t) {
-  statusIds.push_back(id);
-}
-
 class CpdPrinterTest : public SkippingClock, public LibraryTest {
  protected:
   CpdPrinterTest() {
-    statusIds.clear();
     makePrinter();
     fake.onExchange = [this](const Data& request) { return reply(request); };
   }
@@ -29,7 +21,6 @@ class CpdPrinterTest : public SkippingClock, public LibraryTest {
   void makePrinter() {
     printer = std::make_unique<CpdPrinter>();
     printer->setAttributes(FakeTransport::printerText(7));
-    printer->doRegisterForNotifications({1, 1, Data(), recordStatus});
   }
 
   // The device: accepts jobs with the id 5, has every job completed.
@@ -63,7 +54,6 @@ class CpdPrinterTest : public SkippingClock, public LibraryTest {
     ASSERT_EQ(printer->doOpen(), 0u);
     ASSERT_EQ(printer->doStartJob({}), 0u);
     fake.takeCalls();
-    statusIds.clear();
   }
 
   static std::string marker() { return {"\x1B\x2A\x82\x00\x00\x00\x00\xAC", 8}; }

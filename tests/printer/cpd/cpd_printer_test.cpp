@@ -14,22 +14,6 @@ namespace {
 
 using testing::IsEmpty;
 
-TEST_F(CpdPrinterTest, TheMarkerAllowsExchangesAndTheNextDataForbidsThem) {
-  startJob();
-  const struct {
-    std::string data;
-    bool allowed;
-  } cases[] = {
-      {"x" + marker(), true},      {"x", false}, {marker(), true}, {marker() + "x", false},
-      {marker().substr(1), false},
-  };
-  for (const auto& c : cases) {
-    print(c.data);
-    EXPECT_EQ(printer->isBidiAllowed(), c.allowed);
-    EXPECT_EQ(printer->jobDescription().isComplete(), c.allowed);
-  }
-}
-
 std::function<void(std::uint32_t id)> duringNotification;
 void onNotification(std::uint32_t, std::uint32_t, std::uint32_t id, const std::uint8_t*, std::uint32_t,
                     std::uint32_t) {

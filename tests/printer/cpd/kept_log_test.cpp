@@ -67,7 +67,11 @@ class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
   void write(const std::string& text) {
     Data data(text);
     timed([&] { return printer->doPrint(data); },
-          [&] { return "print of " + std::to_string(data.getCount()) + ", left " + asText(data); });
+          [&] {
+            const std::string left = data.getLength() == 0 ? "" : ", left " + asText(data);
+            return "print of " + std::to_string(data.getCount()) + left +
+                   (printer->jobDescription().isComplete() ? ", complete" : "");
+          });
   }
   void cancel() { gave("cancel", printer->doCancelPrint()); }
   void end() {
@@ -77,12 +81,12 @@ class KeptCpdPrinterTest : public KeptLog, public CpdPrinterTest {
   void exchange(Data request, std::uint32_t size = 64) {
     Data response(size, 0xFF);
     const std::uint32_t rc = printer->doExchangeNpa(request, response);
-    gave((LogText() << "exchange for ").hex(response).str(), rc);
+    gave((LogText() << "exchange for ").hex(rc == 0 ? response : Data()).str(), rc);
   }
   void getCache(std::uint32_t size = 64) {
     Data cache(size, 0xFF);
     const std::uint32_t rc = printer->doGetCache(cache);
-    gave((LogText() << "cache ").hex(cache).str(), rc);
+    gave((LogText() << "cache ").hex(rc == 0 ? cache : Data()).str(), rc);
   }
   void askState() {
     std::uint32_t state = 0;
@@ -121,7 +125,7 @@ TEST_F(KeptCpdPrinterTest, States) {
   gave("unregister", printer->doUnregisterForNotifications(9));
   gave("unregister", printer->doUnregisterForNotifications(2));
   CpdPrinter nameless;
-  gave("register", nameless.doRegisterForNotifications({1, 1, Data(), recordStatus}));
+  gave("register", nameless.doRegisterForNotifications({1, 1, Data(), onNotification}));
   gave("unregister", nameless.doUnregisterForNotifications(1));
 
   begin("a job");
@@ -157,6 +161,14 @@ TEST_F(KeptCpdPrinterTest, States) {
   fake.onVisitor = nullptr;
   end();
   close();
+
+  begin("the marker, after which exchanges are allowed until there are more data");
+  open();
+  start();
+  for (const std::string& data :
+       {"x" + marker(), std::string("x"), marker(), marker() + "x", marker().substr(1)})
+    write(data);
+  end();
 
   begin("a cancelled job");
   open();
@@ -235,6 +247,14 @@ TEST_F(KeptCpdPrinterTest, Tasks) {
   endReply.reset();
   end();
   endReply = jobReply(1, 9);
+
+  begin("a cancel that is not acknowledged");
+  fake.onWrite = nullptr;
+  open();
+  start();
+  write("no marker");
+  end();
+  EXPECT_TRUE(fake.written().ends_with(std::string(256 * 4096, '\0')));
 
   begin("a completion that is not told");
   set("TeojDuration", 3000);

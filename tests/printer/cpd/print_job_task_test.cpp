@@ -10,30 +10,11 @@
 namespace qvn::test {
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// As many as said, each of them this.
-template <typename Value>
-auto AreAll(std::size_t count, Value value) {
-  return testing::AllOf(SizeIs(count), Each(value));
-}
-
-class PrintJobTaskTest : public CpdPrinterTest {
- protected:
-  std::vector<std::string> exchanges() { return fake.calls("npa"); }
-
-  // The sleeps since the last call.
-  std::vector<platform::Milliseconds> takeSleeps() {
-    auto all = clock.sleeps();
-    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(sleepsTaken));
-    sleepsTaken += all.size();
-    return all;
-  }
-  std::size_t sleepsTaken = 0;
-};
+using PrintJobTaskTest = CpdPrinterTest;
 
 TEST_F(PrintJobTaskTest, TheDateGoesOutWithTheKeptHostId) {
   set("CpdPrinterDate", 1);
@@ -61,17 +42,6 @@ TEST_F(PrintJobTaskTest, AJobWithoutDataOrAnIdIsOpenInTheCacheUntilItsEnd) {
   EXPECT_THAT(fake.calls("write"), IsEmpty()) << "nothing is there to be cancelled";
 }
 
-TEST_F(PrintJobTaskTest, AnUnfinishedJobIsCancelledWithAtMostAMebibyteOfZeros) {
-  startJob();
-  print("no marker");
-  takeSleeps();
-  fake.takeCalls();
-  EXPECT_EQ(printer->doEndJob(), 0u);
-  EXPECT_THAT(fake.calls("write"), AreAll(256, "write 4096"));
-  EXPECT_THAT(takeSleeps(), AreAll(256, 50u));
-  EXPECT_EQ(fake.written().substr(9), std::string(256 * 4096, '\0'));
-}
-
 TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
   for (const char* const name : {"AIOLockEnabled", "CpdPrinterDate", "CpdPrinterHostId", "TeojInterval",
                                  "TeojDuration", "MwoBufferHwm", "MwoBufferLwm", "CpdPrinterMwo"}) {
@@ -83,11 +53,10 @@ TEST_F(PrintJobTaskTest, ASettingOfTheWrongTypeCountsAsItsDefault) {
   EXPECT_TRUE(printer->isWriterEnabled());
   EXPECT_EQ(print(marker()), 0u);
   completedReply.reset();
-  takeSleeps();
   fake.takeCalls();
   EXPECT_EQ(printer->doEndJob(), 0u);
   EXPECT_THAT(fake.calls("npa print 0502"), SizeIs(60));
-  EXPECT_THAT(exchanges(), testing::Contains("npa print 0501000005"));
+  EXPECT_THAT(fake.calls("npa"), testing::Contains("npa print 0501000005"));
   EXPECT_THAT(fake.calls("npa print E08"), IsEmpty()) << "no lock, no date";
 }
 
