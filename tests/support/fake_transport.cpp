@@ -26,6 +26,8 @@ std::string hex(const Data& data) {
   return text;
 }
 
+constexpr std::uint32_t kCommandLength = 8;
+
 // What is part of the trail only begins with a blank.
 bool isTrailOnly(const std::string& call) { return call.starts_with(' '); }
 
@@ -77,7 +79,9 @@ struct FakeTransport::Connection : Connectable {
       data.setCount(length);
     }
     data.consume(data.getCount(), false);
-    transport.record("write " + std::to_string(data.getCount()));
+    // Commands are short, and their bytes matter.
+    transport.record("write " + std::to_string(data.getCount()) +
+                     (length <= kCommandLength && data.getCount() == length ? " " + hex(Data(bytes)) : ""));
     std::lock_guard<std::mutex> lock(transport.mutex_);
     transport.written_ += bytes.substr(0, data.getCount());
   }

@@ -51,7 +51,8 @@ class __attribute__((visibility("default"))) FakeTransport {
   std::function<void(const std::string& call)> onRecord;
 
   // What the library asked, in order: "get bidi", "open bidi", "npa print 0500", "esc bidi 1B53560000000000",
-  // "visit startJobPrinter print", "write 5", "close print", "release print", "discover".
+  // "visit startJobPrinter print", "write 5 68656C6C6F" (a longer one without its bytes), "close print",
+  // "release print", "discover".
   void record(const std::string& call);
   std::vector<std::string> calls() const;
   std::vector<std::string> takeCalls();

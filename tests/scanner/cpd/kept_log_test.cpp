@@ -56,7 +56,12 @@ class KeptCpdScannerTest : public KeptLog, public CpdScannerTest {
     start();
     send(version);
     ask(version);
+    open();
+    add(3, 0);
+    remove(3);
+    close();
   }
+  void accept() { gave("accept", refusesData() ? 1 : 0); }
 };
 
 TEST_F(KeptCpdScannerTest, States) {
@@ -67,6 +72,7 @@ TEST_F(KeptCpdScannerTest, States) {
   end();
   add(1, 16);
   remove(1);
+  accept();
   close();
   fake.onOpen = [](const std::string&) { return 1225u; };
   open();
@@ -78,6 +84,7 @@ TEST_F(KeptCpdScannerTest, States) {
   cancel();
   end();
   lose();
+  accept();
   send(bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}));
   std::uint32_t state = 0;
   gave("state", scanner->doGetCurrentState(state));
@@ -116,6 +123,7 @@ TEST_F(KeptCpdScannerTest, States) {
   open();
   start();
   operate();
+  end();
   deliver(block(1));
   deliver(Data());
   Data foreign = block(4);
@@ -123,6 +131,7 @@ TEST_F(KeptCpdScannerTest, States) {
   for (int i = 0; i < 2; ++i) remove(2);
   deliver(status(0));
   operate();
+  lose();
   cancel();
   deliver(block(2));
   end();
@@ -147,6 +156,15 @@ TEST_F(KeptCpdScannerTest, States) {
     QvnClosePrinter(1, 7);
     while (times("Mwo::stop() handle=7") == 0) std::this_thread::yield();
   });
+
+  begin("closed before the end, and cancelled");
+  for (const bool cancelled : {false, true}) {
+    open();
+    start();
+    cancelled ? cancel() : deliver(status(0));
+    close();
+    accept();
+  }
 
   begin("a lost connection");
   open();
