@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <thread>
+#include <vector>
 
 #include "common/logging/log_text.h"
 #include "device/store/printer_store.h"
@@ -43,7 +44,7 @@ class KeptCpdScannerTest : public KeptLog, public CpdScannerTest {
   void close() { gave("close", scanner->doClose()); }
   void send(Data data) { gave("send", scanner->doExchangeData(1, data)); }
   void ask(Data request) {
-    Data response;
+    Data response("left over");
     const std::uint32_t rc = scanner->doExchangeData(1, request, response);
     gave((LogText() << "exchange of ").hex(response).str(), rc);
   }
@@ -89,13 +90,27 @@ TEST_F(KeptCpdScannerTest, States) {
   std::uint32_t state = 0;
   gave("state", scanner->doGetCurrentState(state));
   ask(bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}));
-  fake.onExchange = [&](const Data&) {
-    fake.deliver(block(1));
-    return status(0);
+  const Data dpi = bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0});
+  const Data ownReply = bytes({0x1B, 'X', 'Y', 'Z', 1, 0, 0, 0, 9});
+  const struct {
+    Data request;
+    std::vector<Data> before;
+    Data last;
+  } exchanges[] = {
+      {dpi, {block(1), block(2)}, status(2)},
+      {dpi, {status(0)}, status(7)},
+      {bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}), {}, status(0)},
+      {bytes({0x1B, 'S', 'G', 0, 0, 0, 0, 0}), {}, status(0)},
+      {bytes({1, 2, 3}), {}, status(0)},
+      {bytes({0x1B, 'X', 'Y', 'Z', 0, 0, 0x80, 0}), {status(0)}, ownReply},
   };
-  ask(bytes({0x1B, 'S', 'D', 44, 1, 44, 1, 0}));
-  ask(bytes({0x1B, 'S', 'G', 0, 0, 0, 0, 0}));
-  ask(bytes({1, 2, 3}));
+  for (const auto& exchange : exchanges) {
+    fake.onExchange = [&](const Data&) {
+      for (const Data& data : exchange.before) fake.deliver(data);
+      return exchange.last;
+    };
+    ask(exchange.request);
+  }
   fake.onVisitor = [](const std::string&, Data*) { return 64u; };
   ask(bytes({0x1B, 'S', 'V', 0, 0, 0, 0, 0}));
   fake.onVisitor = nullptr;

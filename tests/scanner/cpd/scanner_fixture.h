@@ -42,9 +42,7 @@ class ReceivedScanData {
   static inline std::vector<std::string> received_;
 };
 
-inline std::string received(const Data& data, const std::string& client = "1/16") {
-  return client + ": " + asText(data);
-}
+inline std::string received(const Data& data) { return "1/16: " + asText(data); }
 
 template <typename Clock>
 class ScannerTest : public Clock, public LibraryTest {
