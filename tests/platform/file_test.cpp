@@ -34,24 +34,6 @@ std::string content() {
   return text.str();
 }
 
-void append(std::string_view text) {
-  const auto file = open(File::Open::CreateIfMissing, kSuccess);
-  EXPECT_EQ(file->seekToEnd(), kSuccess);
-  EXPECT_EQ(file->write(text), kSuccess);
-}
-
-TEST(File, GrowsByWhatEachProcessAppends) {
-  append("first\r\n");
-  const auto held = open(File::Open::Existing, kSuccess);
-  test::Forked other([] {
-    append("second\r\n");
-    return 0;
-  });
-  EXPECT_EQ(other.wait(), 0);
-  append("third\r\n");
-  EXPECT_EQ(content(), "first\r\nsecond\r\nthird\r\n");
-}
-
 TEST(File, IsMadeOnlyWhenAskedTo) {
   open(File::Open::Existing, kFileNotFound);
   EXPECT_FALSE(fs::exists(nativePath(kPath)));

@@ -9,7 +9,6 @@ namespace qvn::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr char kAccountLine[] = "\x1B%-12345X@PJL\r\n@PJL LJOBINFO ACCOUNTNUMBER = \"ACC-17\"\r\n";
 constexpr std::uint32_t kAllStatusAlerts = 0x3FF;
@@ -35,21 +34,6 @@ class BpdPrinting : public LibraryClient {
 
   std::unique_ptr<SimulatorProcess> device;
 };
-
-TEST_F(BpdPrinting, DeliversJobsToAPlainPrinterByteForByte) {
-  const std::uint32_t handle = start({"--plain"});
-  const std::string zerosAtTheEnd = kAccountLine + noise(2000000) + std::string(9000, '\0');
-  int job = 0;
-  for (const std::string& data : {zerosAtTheEnd, std::string("a"), noise(300001)}) {
-    printJob(handle, "letter", data);
-    const nlohmann::json record = device->nextJob();
-    EXPECT_EQ(record.at("outcome"), "complete");
-    EXPECT_EQ(record.at("bytes"), data.size());
-    EXPECT_TRUE(stored(++job) == data);
-  }
-  EXPECT_EQ(packets(), "");
-  EXPECT_EQ(QvnClosePrinter(client, handle), 0u);
-}
 
 TEST_F(BpdPrinting, NamesTheJobToAPrinterWhoseAlertsAreWanted) {
   const std::uint32_t handle = start({});

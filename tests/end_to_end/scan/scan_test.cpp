@@ -124,16 +124,6 @@ TEST_P(Scanning, CtrlCAbortsThePageAndLeavesTheScannerReady) {
   }
 }
 
-TEST_P(Scanning, ADeviceThatDiesLeavesNoFile) {
-  start({"--fault", "slow-scan=50000"});
-  Child scan({QVN_COMMAND, "scan", "--dpi", "100", "-o", out("page.tif")});
-  waitUntilPageIsSent();
-  device().signal(SIGKILL);
-  EXPECT_EQ(scan.wait(), 1);
-  EXPECT_THAT(scan.errors(), HasSubstr("the connection to the scanner was lost"));
-  EXPECT_THAT(filesLeft(), IsEmpty());
-}
-
 TEST_P(Scanning, AScanThatIsKilledLeavesTheScannerToTheNext) {
   start({"--fault", "slow-scan=50000"});
   Child killed({QVN_COMMAND, "scan", "--dpi", "100", "-o", out("page.png")});
