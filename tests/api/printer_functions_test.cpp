@@ -120,22 +120,6 @@ TEST_F(PrinterFunctionsTest, ACancelFromAnotherThreadTakesEffectAfterTheWrite) {
   EXPECT_EQ(write(1, "new"), 0u) << "the mark went with the job";
 }
 
-TEST_F(PrinterFunctionsTest, ACancelEndsTheWaitForAPrinterThatTakesNoMoreOfTheBufferedData) {
-  set("CpdPrinterMwo", 1);
-  ASSERT_EQ(QvnOpenPrinter(1, 7), 0u);
-  ASSERT_EQ(start(1), 0u);
-  EXPECT_EQ(write(1, "one"), 0u);
-  int failures = 0;
-  fake.onWrite = [&](Data& data) {
-    data.setRc(64);
-    if (++failures == 3) QvnCancelJobPrinter(2, 7);
-  };
-  EXPECT_EQ(write(1, "two"), 0u);
-  EXPECT_EQ(QvnEndJobPrinter(1, 7), 0u);
-  EXPECT_EQ(fake.written(), "one");
-  EXPECT_THAT(fake.calls("visit flush"), ElementsAre("visit flushPrintBufferVisitor print"));
-}
-
 TEST_F(PrinterFunctionsTest, ExchangesAreFilteredAndBounded) {
   const auto exchange = [](const Data& packet, std::uint8_t* reply, std::uint32_t size,
                            std::uint32_t* length) {
