@@ -140,11 +140,11 @@ TEST_P(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
   ok({"settings", "set", "ScanCancelWaitDuration", "200"});
   using Cases = std::vector<std::pair<std::string, std::string>>;
   Cases cases = {{"close-mid-page=500000:1", "the connection to the scanner was lost"},
-                 {"stop-page=300000:1", "the scanner sent nothing for 1 seconds"}};
+                 {"stop-page=300000:1", "no block came from the scanner for 1 s"}};
   const Cases cpdCases = {
       {"busy", "the scanner is busy with another host"},
       {"status-early=300000:1", "the scanner ended the page after "},
-      {"status-never:1", "the scanner sent nothing for 1 seconds"},
+      {"status-never:1", "no block came from the scanner for 1 s"},
   };
   const Cases bpdCases = {
       {"busy", "the scanner did not start the scan: another host may have it"},
@@ -152,7 +152,7 @@ TEST_P(Scanning, FailsClearlyWithADeviceThatMisbehavesAndRecovers) {
       {"close-bidi=start:1", "the connection to the scanner was lost"},
       {"no-data:1", "the scanner ended the page after 0 of "},
       {"host-mode-fail:1", "the scanner did not start the scan"},
-      {"drop-reply=create:1", "the scanner sent nothing for 1 seconds"},
+      {"drop-reply=create:1", "no block came from the scanner for 1 s"},
   };
   const Cases& own = family() == kBpd ? bpdCases : cpdCases;
   cases.insert(cases.end(), own.begin(), own.end());

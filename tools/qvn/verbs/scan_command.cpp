@@ -218,7 +218,7 @@ void addScanCommand(Verb& root) {
       .oneOf({"flatbed", "feeder"});
   verb.addOption("--pages", options->pages, "How many pages from the feeder; otherwise all");
   verb.addOption("--timeout", options->timeout,
-                 "Give up when the scanner has sent nothing for so many seconds")
+                 "Give up when no block has come from the scanner for so many seconds")
       .between(1, 3600)
       .showDefault();
   verb.addJson(options->json, "Print a line of JSON for each page");

@@ -40,9 +40,9 @@ void Scanner::fail(const Error& error) {
 
 void Scanner::waitForPage() {
   if (page_->pipe().wait(patience_)) return;
-  fail(Error(Problem::Silent, "the scanner sent nothing for " +
+  fail(Error(Problem::Silent, "no block came from the scanner for " +
                                   std::to_string(std::chrono::ceil<std::chrono::seconds>(patience_).count()) +
-                                  " seconds"));
+                                  " s"));
 }
 
 std::optional<std::size_t> Scanner::take(std::span<std::uint8_t> buffer) {
