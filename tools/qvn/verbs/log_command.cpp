@@ -32,16 +32,12 @@ struct ShowOptions {
   bool errors = false;
 };
 
-std::uint32_t numberNow(const char* name, std::uint32_t byDefault) {
-  const auto value = readLibraryValue(setting_key::kLogger, name);
-  return value ? platform::registry::dwordOf(value->type, value->data).value_or(byDefault) : byDefault;
-}
-
 std::string status() {
   std::string said = "off: errors only";
-  if (numberNow(setting::kStartLog.name, setting::kStartLog.byDefault) != 0) {
+  if (numberSetting(setting::kStartLog) != 0) {
     std::array<char, 16> levels{};
-    std::snprintf(levels.data(), levels.size(), "0x%08X", numberNow("All", 0xFFFFFFFF));
+    std::snprintf(levels.data(), levels.size(), "0x%08X",
+                  numberSetting({setting_key::kLogger, "All", 0xFFFFFFFF}));
     said = std::string("on: levels ") + levels.data() + " of every component";
   }
   std::error_code none;

@@ -122,9 +122,14 @@ Named findSetting(const std::string& name) {
   if (backslash != std::string::npos) {
     return {name.substr(0, backslash + 1), name.substr(backslash + 1), Type::Number, "", false};
   }
-  throw UsageError("there is no setting '" + name +
-                   "': 'qvn settings list' shows them; one of a transport is named with its key, "
-                   "as in 'Ip1\\Settings\\ReadTimeout'");
+  std::vector<std::string> names;
+  for (const Setting& setting : kSettings) names.emplace_back(setting.name);
+  const std::string meant = didYouMean(name, names);
+  throw UsageError("there is no setting '" + name + "'" +
+                   (meant.empty()
+                        ? "; 'qvn settings list' shows them, and one of a transport is named with its key, "
+                          "as in 'Ip1\\Settings\\ReadTimeout'"
+                        : meant));
 }
 
 // Whether everything that is read below the key is among the settings here.
@@ -133,11 +138,6 @@ bool isOurs(const std::string& key) {
     const std::string_view known = setting.key;
     return key == known || key == std::string(known) + "\\";
   });
-}
-
-std::uint32_t numberNow(const LongSetting& setting) {
-  const auto value = readLibraryValue(setting.key, setting.name);
-  return value ? registry::dwordOf(value->type, value->data).value_or(setting.byDefault) : setting.byDefault;
 }
 
 // The buffered writer takes the pair of marks as it belongs together or not at all.
@@ -151,9 +151,9 @@ void requireMarks(std::uint32_t high, std::uint32_t low) {
 // Throws UsageError for a value of the right type that the library would not take as it is.
 void requireTaken(const Named& setting, const registry::Value& value) {
   if (setting.name == setting::kMwoBufferHwm.name) {
-    requireMarks(*registry::dwordOf(value.type, value.data), numberNow(setting::kMwoBufferLwm));
+    requireMarks(*registry::dwordOf(value.type, value.data), numberSetting(setting::kMwoBufferLwm));
   } else if (setting.name == setting::kMwoBufferLwm.name) {
-    requireMarks(numberNow(setting::kMwoBufferHwm), *registry::dwordOf(value.type, value.data));
+    requireMarks(numberSetting(setting::kMwoBufferHwm), *registry::dwordOf(value.type, value.data));
   } else if (setting.name == "CpdPrinterHostId" && value.data.size() != kHostIdLength) {
     throw UsageError("CpdPrinterHostId is " + std::to_string(kHostIdLength) + " bytes, not " +
                      std::to_string(value.data.size()));
@@ -237,9 +237,9 @@ void set(const std::string& name, const std::string& text, bool quiet) {
 void unset(const std::string& name, bool quiet) {
   const Named setting = findSetting(name);
   if (setting.name == setting::kMwoBufferHwm.name) {
-    requireMarks(setting::kMwoBufferHwm.byDefault, numberNow(setting::kMwoBufferLwm));
+    requireMarks(setting::kMwoBufferHwm.byDefault, numberSetting(setting::kMwoBufferLwm));
   } else if (setting.name == setting::kMwoBufferLwm.name) {
-    requireMarks(numberNow(setting::kMwoBufferHwm), setting::kMwoBufferLwm.byDefault);
+    requireMarks(numberSetting(setting::kMwoBufferHwm), setting::kMwoBufferLwm.byDefault);
   }
   const bool was = removeLibraryValue(setting.key, setting.name);
   say(quiet, name + (was ? " has no value of its own any more" : " had no value of its own") +
