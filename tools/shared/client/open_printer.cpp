@@ -29,6 +29,12 @@ constexpr std::size_t kLargestPiece = 0x40000;
 
 constexpr platform::Milliseconds kWatchInterval = 100;
 
+// Until it has made its first write of a job the buffered writer reckons with a second for each, and puts a
+// client that has filled its queue to sleep for five. It is given the time for that write before the queue is
+// full.
+constexpr int kPiecesBeforeFirstWrite = 7;
+constexpr platform::Milliseconds kFirstWrite = 100;
+
 std::uint64_t now() { return platform::clock().monotonicMilliseconds(); }
 
 // Whether the rest of the data is offered again: it was taken, or the printer takes nothing just now.
@@ -88,6 +94,7 @@ bool OpenPrinter::losesPatience() {
 std::uint32_t OpenPrinter::startJob(const JobNames& names) {
   jobCancelled_ = false;
   patienceLost_ = false;
+  pieces_ = 0;
   refusesSince_ = endBegan_ = ended_ = 0;
   return QvnStartJobPrinter(client_, printer_.handle, names.spoolerJobId, names.queue.c_str(),
                             names.host.c_str(), names.title.c_str(), names.user.c_str());
@@ -98,6 +105,7 @@ std::uint32_t OpenPrinter::write(const std::string& block, const std::function<v
   platform::Milliseconds pause = kShortestPause;
   while (at < block.size() && !Interrupt::requested()) {
     const std::size_t offered = std::min(block.size() - at, piece_);
+    if (pieces_++ == kPiecesBeforeFirstWrite && cancels_) platform::sleep(kFirstWrite);
     const std::uint64_t began = now();
     std::uint32_t taken = 0;
     const std::uint32_t result =

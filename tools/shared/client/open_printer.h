@@ -103,6 +103,7 @@ class OpenPrinter {
   std::function<void()> onItsEnd_;
   std::atomic<bool> patienceLost_{false};
   std::size_t piece_ = 0x10000;  // how much it is offered in one go
+  int pieces_ = 0;               // of this job
 };
 
 // Whether the printer's jobs can be cancelled, and their data must end with the end-of-job marker.
