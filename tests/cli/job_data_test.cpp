@@ -87,6 +87,10 @@ TEST(Progress, IsTrueAtEachMoment) {
       {"nnnnnnnnnnnnnnnnnn...  1.5 kB  1.5 kB/s",
        {longName, Bytes, std::nullopt, 1500, 1000, 0, "stands"},
        40},
+      {"\u00E9\u00E9\u00E9\u00E9\u00E9...  1.5...",
+       {"\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9", Bytes, std::nullopt, 1500, 1000, 0,
+        "stands"},
+       17},
       {"nnnnn...  1.5...", {longName, Bytes, std::nullopt, 1500, 1000, 0, "stands"}, 17},
   };
   for (const Case& one : cases) EXPECT_EQ(progressLine(one.progress, one.columns), one.line);

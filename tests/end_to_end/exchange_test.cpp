@@ -58,6 +58,8 @@ TEST_F(Exchange, ShowsTheStatusOfADeviceThatAnswersAndOfOneThatDoesNot) {
   EXPECT_EQ(status[0]["reasons"], json({"media-empty-error", "media-jam-error"}));
   EXPECT_EQ(status[0]["cache"]["18"], "44 00");
 
+  EXPECT_FALSE(json::parse(ok({"status", "--json"}))[0].contains("cache"));
+
   device().signal(SIGTERM);
   device().wait();
   const Result gone = qvn({"status", "--json"});
