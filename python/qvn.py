@@ -22,7 +22,7 @@ import socket
 import sys
 import threading
 import time
-from typing import Any, Callable, Iterator, NamedTuple, Optional, Union
+from typing import Any, Callable, Iterator, NamedTuple, Optional, TypeVar, Union
 
 __all__ = ["Attribute", "DeviceState", "Hid", "Library", "Page", "PrintJob", "Printer", "QvnError", "Registration",
            "Result", "ScanError", "Scanner", "c"]
@@ -286,7 +286,23 @@ class Attribute(str, enum.Enum):
 # ---- Library ----
 
 
-class Library:
+_Self = TypeVar("_Self")
+
+
+class _Closing:
+    """What the end of a with statement closes."""
+
+    def __enter__(self: _Self) -> _Self:
+        return self
+
+    def __exit__(self, *_: Any) -> None:
+        self.close()
+
+    def close(self) -> None:
+        raise NotImplementedError
+
+
+class Library(_Closing):
     """The library, initialised. close(), or the end of a with statement, closes its devices and takes it down."""
 
     def __init__(self) -> None:
@@ -297,12 +313,6 @@ class Library:
         self._closed = False
         # No callback may come when Python has gone.
         atexit.register(self.close)
-
-    def __enter__(self) -> Library:
-        return self
-
-    def __exit__(self, *_: Any) -> None:
-        self.close()
 
     def close(self) -> None:
         if self._closed:
@@ -355,19 +365,13 @@ class Library:
         return device if isinstance(device, int) else _number(name, self.client, _encoded(device))
 
 
-class Registration:
+class Registration(_Closing):
     """A callback that is registered, until close(), the end of a with statement, or its device is closed."""
 
     def __init__(self, device: _Device, what: str, callback: Any, *options: int) -> None:
         self._device, self._what, self._callback, self._closed = device, what, callback, False
         _call(f"QvnRegisterFor{what}{device.kind}", device.client, device.handle, *options, callback)
         device.library._registrations.append(self)
-
-    def __enter__(self) -> Registration:
-        return self
-
-    def __exit__(self, *_: Any) -> None:
-        self.close()
 
     def close(self) -> None:
         """When it returns no call is running, unless it is called inside a callback."""
@@ -381,7 +385,7 @@ class Registration:
             device.library._registrations.remove(self)
 
 
-class _Device:
+class _Device(_Closing):
     """A stored device. `with` opens it; attributes can be read without. Each object is a client of its own."""
 
     kind: str
@@ -393,6 +397,10 @@ class _Device:
 
     def __repr__(self) -> str:
         return f"<qvn.{self.kind} {self.handle}>"
+
+    def __enter__(self: _Self) -> _Self:
+        self.open()
+        return self
 
     def open(self) -> None:
         if not self._open:
@@ -409,9 +417,6 @@ class _Device:
             self._open = False
             self.library._devices.remove(self)
             _call(f"QvnClose{self.kind}", self.client, self.handle)
-
-    def __exit__(self, *_: Any) -> None:
-        self.close()
 
     def delete(self) -> None:
         """Takes the device out of the registry."""
@@ -452,10 +457,6 @@ class Printer(_Device):
 
     kind = "Printer"
     ALL_ALERTS = 0x3FFFFFF
-
-    def __enter__(self) -> Printer:
-        self.open()
-        return self
 
     def __setitem__(self, attribute: str, value: Union[int, str, bytes]) -> None:
         """Sets a writeable attribute, which the device's transport has to accept."""
@@ -630,10 +631,6 @@ class Scanner(_Device):
     MODES = {"bw": 1, "gray": 8, "color": 24}
     WHOLE = (0, 0, 10200, 14040)
 
-    def __enter__(self) -> Scanner:
-        self.open()
-        return self
-
     def scan(self, dpi: int = 300, mode: str = "gray", area: _Area = WHOLE, patience: float = 60) -> Page:
         """Scans the page on the glass. `area` is left, top, width and height in 1/1200 inch. A page that does not
         come whole is a ScanError, and so are `patience` seconds without any of it; a Bpd scanner is then closed, which
@@ -777,10 +774,6 @@ class Hid(_Device):
     """A HID: hears reports and events."""
 
     kind = "Hid"
-
-    def __enter__(self) -> Hid:
-        self.open()
-        return self
 
     def check(self) -> None:
         """QvnError when the open device is not there. One that was lost and is back is heard again from now on."""

@@ -19,8 +19,7 @@ struct Place {
 };
 
 // Takes "192.0.2.17", "192.0.2.20-192.0.2.40" and host names, each with ":port" behind or without, and the
-// words of a transport as they are; a comma separates items as another argument does. Throws Failure for a
-// name that nobody knows.
+// words of a transport as they are; a comma separates items as another argument does.
 std::vector<Place> parsePlaces(const std::vector<std::string>& arguments);
 
 }  // namespace qvn::cli

@@ -14,6 +14,17 @@ constexpr std::pair<const char*, const char*> kKinds[] = {
     {setting_key::kLocalTransports, "LOCAL_TRANSPORT"},
     {setting_key::kNetworkTransports, "NETWORK_TRANSPORT"}};
 
+struct LoadFailure {
+  platform::ErrorCode code = platform::kSuccess;
+  std::string reason;
+};
+
+LoadFailure loadFailure(const std::string& module) {
+  LoadFailure failure;
+  platform::Module::load(module, failure.code, &failure.reason);
+  return failure;
+}
+
 }  // namespace
 
 std::vector<RegisteredTransport> registeredTransports(const std::string& kindOrName) {
@@ -40,20 +51,20 @@ std::vector<RegisteredTransport> requireTransports(const std::string& kindOrName
 }
 
 void requireLoadable(const std::string& module) {
-  platform::ErrorCode error = platform::kSuccess;
-  std::string reason;
-  if (platform::Module::load(module, error, &reason) != nullptr) return;
-  throw Failure("cannot load the module '" + module + "': " + withCode(reason, error));
+  const LoadFailure failure = loadFailure(module);
+  if (failure.code == platform::kSuccess) return;
+  throw Failure("cannot load the module '" + module + "': " + withCode(failure.reason, failure.code));
 }
 
 void requireLoadable(const RegisteredTransport& transport) {
-  platform::ErrorCode error = platform::kSuccess;
-  std::string reason;
-  if (platform::Module::load(transport.module, error, &reason) != nullptr) return;
+  const LoadFailure failure = loadFailure(transport.module);
+  if (failure.code == platform::kSuccess) return;
   const std::string itsModule = transport.name + ": its module " + transport.module;
-  if (error == platform::kModuleNotFound) throw Failure(itsModule + withCode(" was not found", error));
-  const char* const changeable = error == platform::kAccessDenied ? " can be changed by others: " : ": ";
-  throw Failure(itsModule + changeable + withCode(reason, error));
+  if (failure.code == platform::kModuleNotFound)
+    throw Failure(withCode(itsModule + " was not found", failure.code));
+  const char* const changeable =
+      failure.code == platform::kAccessDenied ? " can be changed by others: " : ": ";
+  throw Failure(itsModule + changeable + withCode(failure.reason, failure.code));
 }
 
 }  // namespace qvn::cli

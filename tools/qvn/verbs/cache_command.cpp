@@ -33,8 +33,7 @@ Json meaning(const alerts::CacheEntry& entry) {
 void showCache(const std::string& name, bool json, bool raw) {
   const Session session;
   const Device printer = selectPrinter(session, name);
-  requireOf(session, printer, QvnOpenPrinter(session.client(), printer.handle),
-            "cannot open " + printer.text());
+  openDevice(session, printer);
   std::vector<std::uint8_t> cache;
   const std::uint32_t result = readCache(session.client(), printer.handle, cache);
   QvnClosePrinter(session.client(), printer.handle);

@@ -226,18 +226,21 @@ void addDeviceCommand(Verb& root) {
                      "Only the printer with this port name, in any case");
   listVerb.addOption("--port-type", listOptions->portType, "Only printers with this type of port");
   listVerb.addJson(listOptions->json);
+  listVerb.footer("Example:\n  qvn device list");
   listVerb.callback([listOptions] { list(*listOptions); });
 
   const auto showOptions = std::make_shared<NamedDevice>();
   Verb showVerb = verb.addVerb("show", "Show the attributes of a device");
   addDeviceArguments(showVerb, *showOptions);
   showVerb.addJson(showOptions->json);
+  showVerb.footer("Example:\n  qvn device show LAB1 --json");
   showVerb.callback([showOptions] { show(*showOptions); });
 
   const auto removeOptions = std::make_shared<NamedDevice>();
   Verb removeVerb = verb.addVerb("remove", "Forget a device");
   addDeviceArguments(removeVerb, *removeOptions);
   addQuiet(removeVerb, removeOptions->quiet);
+  removeVerb.footer("Example:\n  qvn device remove 7");
   removeVerb.callback([removeOptions] { remove(*removeOptions); });
 
   const auto addOptions = std::make_shared<AddOptions>();
@@ -257,6 +260,10 @@ void addDeviceCommand(Verb& root) {
   addVerb.addOption("--set", addOptions->attributes, "Another attribute, NAME=VALUE; may be repeated")
       .oneValueEach();
   addQuiet(addVerb, addOptions->quiet);
+  addVerb.footer(
+      "Example:\n"
+      "  qvn device add --family BpdPrinter --transport IPv4 --handle 7 \\\n"
+      "    --address 192.0.2.17 --set IpPort=9100 --portname LAB1");
   addVerb.callback([addOptions] { add(*addOptions); });
 }
 

@@ -17,8 +17,7 @@ void exchange(const RawExchangeOptions& options) {
   const std::string request = parseRequest(options.hex, "1B 53 56 00 00 00 00 00");
   const Session session;
   const Device scanner = selectNamed(session, kindNamed("scanner"), options.device);
-  requireOf(session, scanner, QvnOpenScanner(session.client(), scanner.handle),
-            "cannot open " + scanner.text());
+  openDevice(session, scanner);
   std::string reply(scan::kLongestCommand, '\0');
   std::uint32_t length = 0;
   const std::uint32_t result = QvnExchangeDataScanner(

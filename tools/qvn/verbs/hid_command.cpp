@@ -39,7 +39,7 @@ class Watched {
  public:
   // Throws Failure when the HID cannot be heard.
   Watched(const Session& session, const Device& hid) : client_(session.client()), handle_(hid.handle) {
-    requireOf(session, hid, QvnOpenHid(client_, handle_), "cannot open " + hid.text());
+    openDevice(session, hid);
     const std::uint32_t result = QvnRegisterForReportsHid(client_, handle_, onReport);
     if (result != QRN_ERROR_SUCCESS) {
       QvnCloseHid(client_, handle_);
@@ -113,6 +113,7 @@ void addHidCommand(Verb& root) {
   watchVerb.addDevice(options->devices, "HID", "may be repeated; without it all that can be opened");
   watchVerb.addOption("-n,--count", options->count, "End after so many reports and events");
   watchVerb.addJson(options->json, "Print a line of JSON for each report and event");
+  watchVerb.footer("Examples:\n  qvn hid watch\n  qvn hid watch --device 40801 --json --count 1");
   watchVerb.callback([options] { watch(*options); });
 }
 

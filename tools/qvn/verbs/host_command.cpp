@@ -113,12 +113,14 @@ void addHostCommand(Verb& root) {
   Verb getVerb = verb.addVerb("get", "Print one of them, or all");
   getVerb.addOption("KEY", options->name, "PcName, PinNumber or CodePage");
   getVerb.addJson(options->json);
+  getVerb.footer("Examples:\n  qvn host get\n  qvn host get PcName");
   getVerb.callback([options] { get(options->name, options->json); });
 
   Verb setVerb = verb.addVerb("set", "Change one of them");
   setVerb.addOption("KEY", options->name, "PcName, PinNumber or CodePage").required();
   setVerb.addOption("VALUE", options->value, "Its value").required();
   addQuiet(setVerb, options->quiet);
+  setVerb.footer("Example:\n  qvn host set PinNumber 4711");
   setVerb.callback([options] { set(options->name, options->value, options->quiet); });
 }
 

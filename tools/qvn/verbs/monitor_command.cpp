@@ -41,6 +41,7 @@ void addMonitorCommand(Verb& root) {
   Verb addVerb = verb.addVerb("add", "Register the print monitor with the spooler");
   const auto quiet = std::make_shared<bool>(false);
   addQuiet(addVerb, *quiet);
+  addVerb.footer("Example:\n  qvn monitor add");
   addVerb.callback([quiet] { add(*quiet); });
 }
 

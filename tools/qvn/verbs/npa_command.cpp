@@ -18,8 +18,7 @@ void exchange(const RawExchangeOptions& options) {
   const std::string request = parseRequest(options.hex, "A5 00 03 50 01 00");
   const Session session;
   const Device printer = selectPrinter(session, options.device);
-  requireOf(session, printer, QvnOpenPrinter(session.client(), printer.handle),
-            "cannot open " + printer.text());
+  openDevice(session, printer);
   std::string reply(kLargestPacket, '\0');
   std::uint32_t length = 0;
   const std::uint32_t result = QvnExchangeNpaPrinter(

@@ -148,13 +148,16 @@ void requireMarks(std::uint32_t high, std::uint32_t low) {
                    " (MwoBufferLwm): the high one is to be the greater; set the other first");
 }
 
+// The same for one mark's new value beside the other's own.
+void requireFits(const Named& setting, std::uint32_t mark) {
+  if (setting.name == setting::kMwoBufferHwm.name) requireMarks(mark, numberSetting(setting::kMwoBufferLwm));
+  if (setting.name == setting::kMwoBufferLwm.name) requireMarks(numberSetting(setting::kMwoBufferHwm), mark);
+}
+
 // Throws UsageError for a value of the right type that the library would not take as it is.
 void requireTaken(const Named& setting, const registry::Value& value) {
-  if (setting.name == setting::kMwoBufferHwm.name) {
-    requireMarks(*registry::dwordOf(value.type, value.data), numberSetting(setting::kMwoBufferLwm));
-  } else if (setting.name == setting::kMwoBufferLwm.name) {
-    requireMarks(numberSetting(setting::kMwoBufferHwm), *registry::dwordOf(value.type, value.data));
-  } else if (setting.name == "CpdPrinterHostId" && value.data.size() != kHostIdLength) {
+  if (const auto number = registry::dwordOf(value.type, value.data)) requireFits(setting, *number);
+  if (setting.name == "CpdPrinterHostId" && value.data.size() != kHostIdLength) {
     throw UsageError("CpdPrinterHostId is " + std::to_string(kHostIdLength) + " bytes, not " +
                      std::to_string(value.data.size()));
   } else if (setting.name == "DefaultModelName" && value.data.size() > kMaxModelNameLength) {
@@ -236,11 +239,7 @@ void set(const std::string& name, const std::string& text, bool quiet) {
 
 void unset(const std::string& name, bool quiet) {
   const Named setting = findSetting(name);
-  if (setting.name == setting::kMwoBufferHwm.name) {
-    requireMarks(setting::kMwoBufferHwm.byDefault, numberSetting(setting::kMwoBufferLwm));
-  } else if (setting.name == setting::kMwoBufferLwm.name) {
-    requireMarks(numberSetting(setting::kMwoBufferHwm), setting::kMwoBufferLwm.byDefault);
-  }
+  if (const auto byDefault = parseNumber(setting.byDefault)) requireFits(setting, *byDefault);
   const bool was = removeLibraryValue(setting.key, setting.name);
   say(quiet, name + (was ? " has no value of its own any more" : " had no value of its own") +
                  (setting.byDefault.empty() ? "" : "; its default is " + setting.byDefault));
@@ -268,7 +267,7 @@ void addSettingsCommand(Verb& root) {
       "  qvn settings set 'Ip1\\Settings\\ReadTimeout' 5000");
 
   Verb listVerb = verb.addVerb("list", "List the settings with value, default and meaning");
-  listVerb.addFlag("--json", options->json, "Print JSON");
+  listVerb.addJson(options->json);
   listVerb.footer("Example:\n  qvn settings list --json");
   listVerb.callback([options] { list(options->json); });
 

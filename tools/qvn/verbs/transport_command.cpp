@@ -115,7 +115,7 @@ void addTransportCommand(Verb& root) {
   removeVerb.callback([options] { remove(options->name, options->quiet); });
 
   Verb listVerb = verb.addVerb("list", "List the registered transports");
-  listVerb.addFlag("--json", options->json, "Print JSON");
+  listVerb.addJson(options->json);
   listVerb.footer("Example:\n  qvn transport list --json");
   listVerb.callback([options] { list(options->json); });
 }

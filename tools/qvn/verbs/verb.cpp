@@ -5,7 +5,6 @@
 #include <cctype>
 #include <cstdint>
 #include <optional>
-#include <sstream>
 #include <utility>
 
 #include "shared/client/failure.h"
@@ -68,21 +67,6 @@ void checkWords(const CLI::App* app, const std::vector<std::string>& arguments) 
   }
 }
 
-// The examples in a verb's footer that begin with the path of another one.
-std::string examplesOf(const std::string& path, const std::string& footer) {
-  std::istringstream lines(footer);
-  std::string examples;
-  bool taken = false;
-  for (std::string line; std::getline(lines, line);) {
-    const bool goesOn = taken && examples.ends_with("\\\n");
-    taken = goesOn || line.find("qvn " + path + " ") != std::string::npos || line.ends_with("qvn " + path);
-    if (taken) examples += line + "\n";
-  }
-  if (examples.empty()) return "";
-  examples.pop_back();
-  return "Examples:\n" + examples;
-}
-
 }  // namespace
 
 Option Option::required() { return Option(option_->required()); }
@@ -101,8 +85,7 @@ Option Option::excludes(Option other) { return Option(option_->excludes(other.op
 
 Verb Verb::addVerb(const std::string& name, const std::string& help) {
   CLI::App* const verb = app_->add_subcommand(name, help);
-  verb->footer(app_->get_parent() == nullptr ? ""
-                                             : examplesOf(app_->get_name() + " " + name, app_->get_footer()));
+  verb->footer("");  // not that of the verb above it
   return Verb(verb);
 }
 

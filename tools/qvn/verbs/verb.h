@@ -54,7 +54,7 @@ class Verb {
 
   // One of its verbs must follow.
   void requireVerb();
-  // Below the options in its help. A verb added later shows those of the examples that are its own.
+  // Below the options in its help.
   void footer(const std::string& text);
   // Called once the whole command line has been read.
   void callback(std::function<void()> run);

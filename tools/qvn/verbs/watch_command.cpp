@@ -65,7 +65,7 @@ class Watched {
   // Throws Failure when the printer cannot be heard.
   Watched(const Session& session, const Device& printer)
       : client_(session.client()), handle_(printer.handle) {
-    requireOf(session, printer, QvnOpenPrinter(client_, handle_), "cannot open " + printer.text());
+    openDevice(session, printer);
     const std::uint32_t result = QvnRegisterForAlertsPrinter(client_, handle_, kEveryAlert, onAlert);
     if (result != QRN_ERROR_SUCCESS) {
       QvnClosePrinter(client_, handle_);

@@ -14,11 +14,11 @@ namespace qvn::cli {
 namespace {
 
 constexpr DeviceKind kKinds[] = {
-    {"printer", "PrinterStore", QvnEnumPrinters, QvnGetStringPrinter, QvnGetLongPrinter,
+    {"printer", "PrinterStore", QvnOpenPrinter, QvnEnumPrinters, QvnGetStringPrinter, QvnGetLongPrinter,
      QvnGetByteArrayPrinter, QvnDeletePrinter, QvnEnumSpecificPrinter},
-    {"scanner", "ScannerStore", QvnEnumScanners, QvnGetStringScanner, QvnGetLongScanner, nullptr,
-     QvnDeleteScanner, QvnEnumSpecificScanner},
-    {"hid", "HidStore", QvnEnumHids, QvnGetStringHid, QvnGetLongHid, nullptr, QvnDeleteHid,
+    {"scanner", "ScannerStore", QvnOpenScanner, QvnEnumScanners, QvnGetStringScanner, QvnGetLongScanner,
+     nullptr, QvnDeleteScanner, QvnEnumSpecificScanner},
+    {"hid", "HidStore", QvnOpenHid, QvnEnumHids, QvnGetStringHid, QvnGetLongHid, nullptr, QvnDeleteHid,
      QvnEnumSpecificHid},
 };
 
@@ -186,6 +186,11 @@ std::string placeOf(const Session& session, const Device& device, DevicePort por
 void requireOf(const Session& session, const Device& device, std::uint32_t code, const std::string& sentence,
                DevicePort port) {
   if (code != QRN_ERROR_SUCCESS) throw Failure(sentence, code, placeOf(session, device, port));
+}
+
+void openDevice(const Session& session, const Device& device) {
+  requireOf(session, device, device.kind->open(session.client(), device.handle),
+            "cannot open " + device.text());
 }
 
 Json describeDevice(const Session& session, const Device& device) {

@@ -18,6 +18,7 @@ namespace qvn::cli {
 struct DeviceKind {
   const char* name;   // as on the command line
   const char* store;  // its key in the registry
+  decltype(&QvnOpenPrinter) open;
   decltype(&QvnEnumPrinters) enumerate;
   decltype(&QvnGetStringPrinter) getString;
   decltype(&QvnGetLongPrinter) getLong;
@@ -79,6 +80,9 @@ std::string placeOf(const Session& session, const Device& device, DevicePort por
 // Throws Failure with the sentence, and what the code says of this device, unless the code is 0.
 void requireOf(const Session& session, const Device& device, std::uint32_t code, const std::string& sentence,
                DevicePort port = DevicePort::Channel);
+
+// Opens the device for the session's client. Throws Failure.
+void openDevice(const Session& session, const Device& device);
 
 // One line of a listing, with kind, handle, family, transport, portname and address.
 Json describeDevice(const Session& session, const Device& device);

@@ -53,7 +53,7 @@ OpenPrinter::OpenPrinter(const Session& session, const Device& printer, Listener
       printer_(printer),
       cancels_(isCpdPrinter(session, printer)),
       listener_(std::move(listener)) {
-  requireOf(session, printer_, QvnOpenPrinter(client_, printer_.handle), "cannot open " + printer_.text());
+  openDevice(session, printer_);
   heardBy = this;
   // A printer that does not tell leaves only the results of the calls to go by.
   QvnRegisterForNotificationsPrinter(client_, printer_.handle, kPrinterJob, onNotification);
@@ -146,6 +146,7 @@ void OpenPrinter::cancelJob() {
 }
 
 std::uint32_t OpenPrinter::endJob() {
+  if (patience_ == 0) return QvnEndJobPrinter(client_, printer_.handle);
   std::mutex mutex;
   std::condition_variable changed;
   bool over = false;

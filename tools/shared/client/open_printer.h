@@ -95,15 +95,15 @@ class OpenPrinter {
   bool cancels_;
   Listener listener_;
   std::atomic<bool> jobCancelled_{false};
+  std::atomic<bool> patienceLost_{false};
+  int pieces_ = 0;               // of this job
+  std::size_t piece_ = 0x10000;  // how much it is offered in one go
   // Since when it takes none of the job's data, by the platform's clock; 0 while it does.
   std::atomic<std::uint64_t> refusesSince_{0};
   std::atomic<std::uint64_t> endBegan_{0};
   std::atomic<std::uint64_t> ended_{0};
-  platform::Milliseconds patience_ = 0;
   std::function<void()> onItsEnd_;
-  std::atomic<bool> patienceLost_{false};
-  std::size_t piece_ = 0x10000;  // how much it is offered in one go
-  int pieces_ = 0;               // of this job
+  platform::Milliseconds patience_ = 0;
 };
 
 // Whether the printer's jobs can be cancelled, and their data must end with the end-of-job marker.
