@@ -66,7 +66,11 @@ TEST(OpenPrinter, OffersDataForAsLongAsPatienceLasts) {
       EXPECT_EQ(printer.write(std::string(100000, 'x')), one.written);
       EXPECT_EQ(printer.endJob(), one.ended);
       const std::uint64_t took = platform::clock().monotonicMilliseconds() - began;
-      EXPECT_LT(took, 3 * kPatience);
+      // The buffers' own thread moves this clock on for as long as the one that loses patience is not
+      // scheduled.
+      if (one.buffered == 0) {
+        EXPECT_LT(took, 3 * kPatience);
+      }
       EXPECT_EQ(took >= kPatience, one.lost || one.patience == kForEver);
     }
     EXPECT_EQ(lost, one.lost ? 1 : 0);
