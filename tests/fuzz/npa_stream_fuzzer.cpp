@@ -8,9 +8,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace qvn::ipv4;
-  const auto packets = qvn::fuzz::findHoweverCut<NpaStream>({bytes, size}, [](const Packet& packet) {
+  const auto packets = qvn::fuzz::findHoweverCut<NpaStream>({bytes, size}, [](PacketView packet) {
     QVN_FUZZ_CHECK(isWellFormed(packet));
-    return packet;
+    return qvn::fuzz::Bytes(packet.begin(), packet.end());
   });
   for (std::size_t i = 1; i < packets.size(); ++i) {
     answers(packets[i], packets[i - 1]);

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "fuzz/check.h"
-#include "ipv4/streams/npa_stream.h"
 #include "ipv4/streams/receive_buffer.h"
 
 namespace qvn::fuzz {
@@ -24,8 +23,6 @@ inline void receive(ipv4::ReceiveBuffer& stream, View bytes) {
   std::copy(bytes.begin(), bytes.end(), room.begin());
   stream.add(bytes.size());
 }
-
-inline void receive(ipv4::NpaStream& stream, View bytes) { stream.add(bytes); }
 
 // What a stream finds in the bytes, the same in pieces of any length; `bytesOf` makes bytes of each thing
 // found. Giving up what has begun comes to an end, whatever is left.

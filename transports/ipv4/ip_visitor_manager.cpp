@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <stop_token>
 
 #include "connections/esc_connection.h"
 #include "connections/hid_connection.h"
@@ -17,7 +18,6 @@
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
-#include "sessions/pending_reply.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -97,14 +97,15 @@ class ObjectStoreDataVisitor : public Visitor {
     if (data_ == nullptr || device_ == nullptr) {
       result_ = QRN_ERROR_INVALID_PARAMETER;
     } else {
-      result_ = store != nullptr ? store->exchange(*data_, *device_, reply_) : QRN_ERROR_INVALID_FUNCTION;
+      result_ = store != nullptr ? store->exchange(*data_, *device_, cancelled_.get_token())
+                                 : QRN_ERROR_INVALID_FUNCTION;
     }
   }
 
-  void cancel() override { reply_.cancel(); }
+  void cancel() override { cancelled_.request_stop(); }
 
  private:
-  PendingReply reply_;
+  std::stop_source cancelled_;
 };
 
 class OpenHidVisitor : public Visitor {

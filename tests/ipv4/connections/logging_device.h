@@ -1,6 +1,7 @@
 // A device that notes what a transport delivers to it.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -35,9 +36,14 @@ class LoggingDevice : public Device {
     return deliveries_;
   }
   std::vector<std::string> deliveries() { return waitFor(0); }
+  // Whether any of it was delivered on the calling thread.
+  bool hasDeliveredHere() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return std::find(threads_.begin(), threads_.end(), std::this_thread::get_id()) != threads_.end();
+  }
   std::thread::id deliveringThread() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return thread_;
+    return threads_.back();
   }
 
   void doAccept(Data& data) override {
@@ -59,11 +65,11 @@ class LoggingDevice : public Device {
     if (onDelivery) onDelivery(delivery);
     const std::lock_guard<std::mutex> lock(mutex_);
     deliveries_.push_back(delivery);
-    thread_ = std::this_thread::get_id();
+    threads_.push_back(std::this_thread::get_id());
     added_.notify_all();
   }
 
-  // A printer's replies come by notify.
+  // A plug-in may bring a printer's packets by notify.
   struct Replies : Observer {
     explicit Replies(LoggingDevice& owner) : device(owner) {}
     void doUpdate(Data& data) override { device.doAccept(data); }
@@ -75,7 +81,7 @@ class LoggingDevice : public Device {
   std::mutex mutex_;
   std::condition_variable added_;
   std::vector<std::string> deliveries_;
-  std::thread::id thread_;
+  std::vector<std::thread::id> threads_;
 };
 
 }  // namespace qvn::test

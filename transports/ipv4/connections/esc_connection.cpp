@@ -1,16 +1,16 @@
 #include "connections/esc_connection.h"
 
+#include <memory>
+#include <mutex>
+
 #include "qvn/result_codes.h"
 
 namespace qvn::ipv4 {
 
 void EscConnection::write(Data& data) {
   const std::lock_guard<std::mutex> turn(turn_);
-  const esc::Bytes bytes = bytesOf(data);
   std::size_t sent = 0;
-  std::shared_ptr<EscSession> session;
-  std::uint32_t rc = readySession(bytes, session);
-  if (rc == QRN_ERROR_SUCCESS) rc = session->send(bytes, sent);
+  const std::uint32_t rc = send(bytesOf(data), sent);
   const auto count = static_cast<std::uint32_t>(sent);
   data.consume(count, false);
   data.setCount(count);
@@ -18,27 +18,30 @@ void EscConnection::write(Data& data) {
 }
 
 std::uint32_t EscConnection::exchange(Data& request, Device& device) {
-  const std::lock_guard<std::mutex> turn(turn_);
+  std::unique_lock<std::mutex> turn(turn_);
   setDevice(DeviceReference(device));
   const esc::Bytes bytes = bytesOf(request);
-  std::shared_ptr<EscSession> session;
-  std::uint32_t result = readySession(bytes, session);
-  std::uint32_t replyCode = result;
-  if (result == QRN_ERROR_SUCCESS && esc::expectsReply(bytes)) {
-    result = session->exchange(bytes, replyCode);
-  } else if (result == QRN_ERROR_SUCCESS) {
+  std::uint32_t replyCode = QRN_ERROR_SUCCESS;
+  std::uint32_t result = QRN_ERROR_SUCCESS;
+  if (esc::expectsReply(bytes)) {
+    result = SessionConnection::exchange(turn, bytes, bytes, Overlap::No, {}, replyCode);
+  } else {
     std::size_t sent = 0;
-    result = replyCode = session->send(bytes, sent);
+    result = replyCode = send(bytes, sent);
   }
   request.setCount(result == QRN_ERROR_SUCCESS ? request.getLength() : 0);
   request.setRc(replyCode);
   return result;
 }
 
-std::uint32_t EscConnection::readySession(esc::Bytes bytes, std::shared_ptr<EscSession>& session) {
-  const auto isUsable = [&](const EscSession& present) { return !present.isAmbiguous(bytes); };
-  return SessionConnection::readySession(
-      isUsable, [](EscSession&) {}, session);
+std::uint32_t EscConnection::send(esc::Bytes bytes, std::size_t& sent) {
+  std::shared_ptr<EscSession> session;
+  const std::uint32_t rc = readySession(bytes, session);
+  return rc == QRN_ERROR_SUCCESS ? session->send(bytes, sent) : rc;
+}
+
+bool EscConnection::isUsable(const EscSession& session, Session::Bytes bytes) const {
+  return !session.isAmbiguous(bytes);
 }
 
 }  // namespace qvn::ipv4

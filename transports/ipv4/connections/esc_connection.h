@@ -1,7 +1,7 @@
 // The "bidi" connection of a scanner: sends ESC commands and brings what the scanner sends.
 #pragma once
 
-#include <memory>
+#include <cstddef>
 
 #include "connections/session_connection.h"
 #include "qvn/transport/data.h"
@@ -23,11 +23,13 @@ class EscConnection : public SessionConnection<EscSession> {
 
   // Sends the request, and waits for its reply if there is to be one. Returns 0 when the exchange was carried
   // out, with the request's code 0, or 1460 for no reply; else the code of both. The request's count is the
-  // number of bytes sent: all or, on failure, 0. Any thread but the one that delivers; threads take turns.
+  // number of bytes sent: all or, on failure, 0. Any thread but the session's own; threads take turns.
   std::uint32_t exchange(Data& request, Device& device);
 
  private:
-  std::uint32_t readySession(esc::Bytes bytes, std::shared_ptr<EscSession>& session);
+  bool isUsable(const EscSession& session, Session::Bytes bytes) const override;
+  // Sends without waiting for a reply: 0, or why not all went out, with what did in `sent`. With turn_ held.
+  std::uint32_t send(esc::Bytes bytes, std::size_t& sent);
 };
 
 }  // namespace qvn::ipv4

@@ -6,7 +6,7 @@ std::uint32_t HidConnection::revive(Device& device) {
   const std::lock_guard<std::mutex> turn(turn_);
   setDevice(DeviceReference(device));
   std::shared_ptr<HidSession> session;
-  return readySession([](const HidSession&) { return true; }, [](HidSession&) {}, session);
+  return readySession({}, session);
 }
 
 }  // namespace qvn::ipv4

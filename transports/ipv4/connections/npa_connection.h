@@ -2,7 +2,6 @@
 #pragma once
 
 #include <map>
-#include <memory>
 
 #include "connections/session_connection.h"
 #include "qvn/transport/data.h"
@@ -26,7 +25,8 @@ class NpaConnection : public SessionConnection<NpaSession> {
   std::uint32_t send(Data& packet, Device& device);
 
  private:
-  std::uint32_t readySession(PacketView packet, Device& device, std::shared_ptr<NpaSession>& session);
+  bool isUsable(const NpaSession& session, Session::Bytes packet) const override;
+  void prepare(NpaSession& session) override;
   void remember(PacketView request);
 
   std::map<Packet, Packet> registrations_;  // by lasting effect; guarded by turn_

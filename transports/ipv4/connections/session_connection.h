@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <mutex>
+#include <stop_token>
 #include <utility>
 
 #include "base/ip_settings.h"
@@ -10,6 +11,7 @@
 #include "qvn/result_codes.h"
 #include "qvn/transport/device.h"
 #include "sessions/retired_sessions.h"
+#include "sessions/session.h"
 
 namespace qvn::ipv4 {
 
@@ -68,11 +70,36 @@ class SessionConnection : public IpConnection {
     if (session_ != nullptr) session_->setDevice(device);
   }
 
-  // The session to use, with turn_ held: a new one when the old one has ended or `isUsable` says no, after
-  // `prepare` has been done to it.
-  template <typename IsUsable, typename Prepare>
-  std::uint32_t readySession(const IsUsable& isUsable, const Prepare& prepare,
-                             std::shared_ptr<SessionType>& session) {
+  // For each family: whether what these bytes bring could be told from what else still comes on the session;
+  // and what a new one is told before it is used.
+  virtual bool isUsable(const SessionType& /*session*/, Session::Bytes /*bytes*/) const { return true; }
+  virtual void prepare(SessionType& /*session*/) {}
+
+  // Whether the next request may be sent while one still waits for its reply.
+  enum class Overlap : bool { No, Yes };
+
+  // Sends a request and returns once its reply has been delivered. `turn` holds turn_, and with overlap no
+  // longer than until the request has gone out. 0 when the exchange was carried out, with `replyCode` 0 for a
+  // reply and 1460 for none; else the code of both, 1236 when it was cancelled. `key` tells the reply from
+  // others.
+  std::uint32_t exchange(std::unique_lock<std::mutex>& turn, Session::Bytes request, Session::Bytes key,
+                         Overlap overlap, const std::stop_token& cancelled, std::uint32_t& replyCode) {
+    for (bool again = false;; again = true) {
+      std::shared_ptr<SessionType> session;
+      const std::uint32_t rc = readySession(request, session);
+      if (rc != QRN_ERROR_SUCCESS) return replyCode = rc;
+      Session::Exchange current(request, key);
+      const std::stop_callback onCancel(cancelled, [&] { session->cancel(current); });
+      // A device may have ended the connection just before, and be there again.
+      if (!session->send(current) && !again) continue;
+      if (overlap == Overlap::Yes) turn.unlock();
+      return session->await(current, replyCode);
+    }
+  }
+
+  // The session to use for these bytes, with turn_ held: a new one, prepared, when the old one has ended or
+  // is not usable for them.
+  std::uint32_t readySession(Session::Bytes bytes, std::shared_ptr<SessionType>& session) {
     Endpoint endpoint;
     Timeouts timeouts;
     DeviceReference device;
@@ -84,7 +111,9 @@ class SessionConnection : public IpConnection {
       device = device_;
     }
     if (session == nullptr) return QRN_ERROR_CONNECTION_INVALID;
-    if (session->isAlive() && isUsable(*session)) return QRN_ERROR_SUCCESS;
+    const bool isAlive = session->isAlive();
+    if (isAlive && isUsable(*session, bytes)) return QRN_ERROR_SUCCESS;
+    if (!isAlive) session->waitForEnd();
     // The old one goes first: the device may take only one connection, or hold a lock for it.
     session->close();
     std::shared_ptr<SessionType> made;

@@ -1,39 +1,45 @@
 #include "connections/store_connection.h"
 
-#include <memory>
-#include <span>
+#include <mutex>
 #include <string_view>
+#include <vector>
 
 #include "qvn/result_codes.h"
 #include "streams/block_stream.h"
 #include "streams/store_document.h"
 
 namespace qvn::ipv4 {
+namespace {
 
-std::uint32_t StoreConnection::exchange(Data& document, Device& device, PendingReply& reply) {
-  setDevice(DeviceReference(device));
-  std::uint32_t replyCode = QRN_ERROR_SUCCESS;
-  const std::uint32_t result = exchange(bytesOf(document), reply, replyCode);
-  document.setCount(result == QRN_ERROR_SUCCESS ? document.getLength() : 0);
-  document.setRc(replyCode);
-  return result;
+std::vector<std::uint8_t> blockOf(Session::Bytes document) {
+  const std::array header = blockHeader(document.size());
+  std::vector<std::uint8_t> block;
+  block.reserve(header.size() + document.size());
+  block.insert(block.end(), header.begin(), header.end());
+  block.insert(block.end(), document.begin(), document.end());
+  return block;
 }
 
-std::uint32_t StoreConnection::exchange(std::span<const std::uint8_t> document, PendingReply& reply,
-                                        std::uint32_t& replyCode) {
-  const std::string_view id = requestIdOf({reinterpret_cast<const char*>(document.data()), document.size()});
-  if (id.empty() || document.size() > kMaxBlockPayload) return replyCode = QRN_ERROR_INVALID_PARAMETER;
-  std::shared_ptr<StoreSession> session;
-  {
-    const std::lock_guard<std::mutex> turn(turn_);
-    const std::uint32_t rc =
-        readySession([](const StoreSession&) { return true; }, [](StoreSession&) {}, session);
-    if (rc != QRN_ERROR_SUCCESS) return replyCode = rc;
-    // Whatever it waited for until here, what is cancelled is not sent any more.
-    if (const auto code = reply.code()) return replyCode = *code;
-    session->send(document, id, reply);
+}  // namespace
+
+std::uint32_t StoreConnection::exchange(Data& document, Device& device, const std::stop_token& cancelled) {
+  const Session::Bytes bytes = bytesOf(document);
+  const std::string_view id = requestIdOf(bytesAsText(document));
+  document.setCount(0);
+  if (id.empty() || bytes.size() > kMaxBlockPayload) {
+    document.setRc(QRN_ERROR_INVALID_PARAMETER);
+    return QRN_ERROR_INVALID_PARAMETER;
   }
-  return session->await(reply, replyCode);
+  setDevice(DeviceReference(device));
+  const std::vector<std::uint8_t> block = blockOf(bytes);
+  std::unique_lock<std::mutex> turn(turn_);
+  std::uint32_t replyCode = QRN_ERROR_SUCCESS;
+  const std::uint32_t result =
+      SessionConnection::exchange(turn, block, {reinterpret_cast<const std::uint8_t*>(id.data()), id.size()},
+                                  Overlap::Yes, cancelled, replyCode);
+  if (result == QRN_ERROR_SUCCESS) document.setCount(document.getLength());
+  document.setRc(replyCode);
+  return result;
 }
 
 }  // namespace qvn::ipv4

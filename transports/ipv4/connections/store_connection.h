@@ -3,11 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <stop_token>
 
 #include "connections/session_connection.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
-#include "sessions/pending_reply.h"
 #include "sessions/store_session.h"
 
 namespace qvn::ipv4 {
@@ -19,14 +19,10 @@ class StoreConnection : public SessionConnection<StoreSession> {
 
   // Sends a method document and returns when the reply with its id has been delivered. Returns 0 when the
   // exchange was carried out, with the document's code 0 for a reply and 1460 for none; else the code of
-  // both: 87, with nothing sent, for a document without id or longer than a block, 1236 when `reply` was
+  // both: 87, with nothing sent, for a document without id or longer than a block, 1236 when it was
   // cancelled. The document's count is the number of bytes sent: all or, on failure, 0. Any thread but the
-  // one that delivers; threads take turns in sending only.
-  std::uint32_t exchange(Data& document, Device& device, PendingReply& reply);
-
- private:
-  std::uint32_t exchange(std::span<const std::uint8_t> document, PendingReply& reply,
-                         std::uint32_t& replyCode);
+  // session's own; threads take turns in sending only.
+  std::uint32_t exchange(Data& document, Device& device, const std::stop_token& cancelled);
 };
 
 }  // namespace qvn::ipv4

@@ -1,8 +1,7 @@
 #include "sessions/esc_session.h"
 
 #include <algorithm>
-#include <chrono>
-#include <utility>
+#include <mutex>
 
 #include "base/ip_settings.h"
 #include "net/tcp_socket.h"
@@ -12,11 +11,6 @@
 
 namespace qvn::ipv4 {
 namespace {
-
-// How long a request waits for the reader to take in what came unasked before it.
-constexpr std::chrono::milliseconds kUnreadTimeout{100};
-
-constexpr std::size_t kMaxUnanswered = 64;
 
 // A page comes for it, and then a status.
 bool beginsPage(esc::Bytes bytes) { return esc::beginsWith(bytes, {{esc::kEscape, 'S', 'G'}, 3}); }
@@ -35,40 +29,12 @@ bool agree(esc::Bytes left, esc::Bytes right) {
 
 }  // namespace
 
-std::uint32_t EscSession::exchange(esc::Bytes request, std::uint32_t& replyCode) {
-  Exchange current{request};
-  std::unique_lock<std::mutex> lock(mutex_);
-  // What the device sent before it could know of this request is no answer to it.
-  exchange_ = &current;
-  waitForUnreadLocked(lock);
-  answered_.clear();
-  current.stage = Stage::Waiting;
-  if (endedBy_ == 0) {
-    lock.unlock();
-    std::size_t sent = 0;
-    const std::uint32_t writeCode = socket_.send(request.data(), request.size(), timeouts_.npaWrite, sent);
-    lock.lock();
-    if (writeCode != QRN_ERROR_SUCCESS) endLocked(writeCode);  // sent in part there is nothing to go on with
-  }
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeouts_.reply);
-  changed_.wait_until(lock, deadline, [&] { return endedBy_ != 0 || current.stage == Stage::Done; });
-  changed_.wait(lock, [&] { return current.stage != Stage::Delivering; });
-  exchange_ = nullptr;
-  if (current.stage >= Stage::Delivered) return replyCode = QRN_ERROR_SUCCESS;
-  if (endedBy_ != 0) return replyCode = endedBy_;
-  if (unanswered_.size() == kMaxUnanswered) unanswered_.erase(unanswered_.begin());
-  unanswered_.emplace_back(request.begin(), request.end());
-  outOfStep_ = partial_;
-  replyCode = QRN_ERROR_TIMEOUT;
-  return QRN_ERROR_SUCCESS;
-}
-
 std::uint32_t EscSession::send(esc::Bytes bytes, std::size_t& sent) {
   sent = 0;
   {
     std::unique_lock<std::mutex> lock(mutex_);
     // The second copy of a status must not end the scan that this begins.
-    if (!answered_.empty()) waitForUnreadLocked(lock);
+    if (!answered_.empty()) takeInLocked(lock);
     answered_.clear();
     if (endedBy_ != 0) return endedBy_;
     if (beginsPage(bytes)) pageUnderWay_ = true;
@@ -86,54 +52,35 @@ bool EscSession::isAmbiguous(esc::Bytes bytes) const {
   const auto mayMeet = [&](esc::Bytes still) { return agree(still, expected); };
   const std::lock_guard<std::mutex> lock(mutex_);
   return outOfStep_ || (pageUnderWay_ && mayMeet(esc::kStatus.view())) ||
-         std::any_of(unanswered_.begin(), unanswered_.end(),
-                     [&](const auto& earlier) { return mayMeet(replyPrefix(earlier)); });
+         unanswered_.contains([&](esc::Bytes earlier) { return mayMeet(replyPrefix(earlier)); });
 }
 
-void EscSession::deliver(const esc::Bytes& command) {
-  DeviceReference device;
-  Exchange* answered = nullptr;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (isStaleLocked(command)) return;
-    if (esc::beginsWith(command, esc::kStatus)) pageUnderWay_ = false;
-    device = device_;
-    if (exchange_ != nullptr && exchange_->stage == Stage::Waiting &&
-        esc::isReply(exchange_->request, command)) {
-      answered = exchange_;
-      answered->stage = Stage::Delivering;
-    }
-  }
+bool EscSession::isForDeviceLocked(const esc::Bytes& command, bool isAwaited) {
+  if (isStaleLocked(command, isAwaited)) return false;
+  if (esc::beginsWith(command, esc::kStatus)) pageUnderWay_ = false;
+  return true;
+}
+
+bool EscSession::isStaleLocked(esc::Bytes command, bool isAwaited) {
+  if (unanswered_.take([&](esc::Bytes earlier) { return esc::isReply(earlier, command); })) return true;
+  if (isAwaited) return false;
+  const bool comesAgain = esc::isReply(answered_, command);
+  const bool comesTooEarly = esc::isReply(preparedLocked(), command);
+  return comesAgain || comesTooEarly;
+}
+
+void EscSession::deliver(const esc::Bytes& command, const DeviceReference& device) {
   LentData data(command.data(), static_cast<std::uint32_t>(command.size()));
   device.accept(data);
-  if (answered == nullptr) return;
-  // The exchange waits while its reply is being delivered.
-  const std::lock_guard<std::mutex> lock(mutex_);
-  answered->stage = Stage::Delivered;
-  answered_.assign(answered->request.begin(), answered->request.end());
 }
 
-// Only now that all that came with the reply has been sorted: the second copy of one sent twice goes nowhere.
-void EscSession::settleLocked() {
-  if (exchange_ != nullptr && exchange_->stage == Stage::Delivered) exchange_->stage = Stage::Done;
-}
+void EscSession::beginLocked(Bytes /*request*/) { answered_.clear(); }
 
-void EscSession::waitForUnreadLocked(std::unique_lock<std::mutex>& lock) {
-  changed_.wait_for(lock, kUnreadTimeout, [this] { return endedBy_ != 0 || nothingUnreadLocked(); });
-}
+void EscSession::answeredLocked(Bytes request) { answered_.assign(request.begin(), request.end()); }
 
-bool EscSession::isStaleLocked(esc::Bytes command) {
-  const auto late = std::find_if(unanswered_.begin(), unanswered_.end(),
-                                 [&](const auto& earlier) { return esc::isReply(earlier, command); });
-  if (late != unanswered_.end()) {
-    unanswered_.erase(late);
-    return true;
-  }
-  if (exchange_ != nullptr && exchange_->stage == Stage::Waiting) return false;
-  const bool comesAgain = esc::isReply(answered_, command);
-  const bool comesTooEarly = exchange_ != nullptr && exchange_->stage == Stage::Preparing &&
-                             esc::isReply(exchange_->request, command);
-  return comesAgain || comesTooEarly;
+void EscSession::giveUpLocked(Bytes request) {
+  unanswered_.add(request);
+  outOfStep_ = partial_;
 }
 
 }  // namespace qvn::ipv4

@@ -4,11 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "qvn/transport/esc_command_table.h"
 #include "sessions/stream_session.h"
+#include "sessions/unanswered_requests.h"
 #include "streams/esc_stream.h"
 
 namespace qvn::ipv4 {
@@ -18,11 +18,7 @@ class EscSession : public StreamSession<EscStream> {
   using StreamSession::StreamSession;
   ~EscSession() override { finish(); }
 
-  // Sends a command and returns once its reply has been delivered. One exchange or send at a time. Returns 0
-  // when it was carried out, with `replyCode` 0 for a reply and 1460 for none within the time-out, else the
-  // code of both.
-  std::uint32_t exchange(esc::Bytes request, std::uint32_t& replyCode);
-
+  using Session::send;
   // Sends without waiting for anything: 0, or why not all went out, with what did in `sent`.
   std::uint32_t send(esc::Bytes bytes, std::size_t& sent);
 
@@ -32,23 +28,20 @@ class EscSession : public StreamSession<EscStream> {
   bool isAmbiguous(esc::Bytes bytes) const;
 
  protected:
-  void deliver(const esc::Bytes& command) override;
-  void settleLocked() override;
+  bool isReply(const esc::Bytes& command, Bytes request) const override {
+    return esc::isReply(request, command);
+  }
+  bool isForDeviceLocked(const esc::Bytes& command, bool isAwaited) override;
+  void deliver(const esc::Bytes& command, const DeviceReference& device) override;
+  void beginLocked(Bytes request) override;
+  void answeredLocked(Bytes request) override;
+  void giveUpLocked(Bytes request) override;
 
  private:
-  enum class Stage : std::uint8_t { Preparing, Waiting, Delivering, Delivered, Done };
-  struct Exchange {
-    esc::Bytes request;
-    Stage stage = Stage::Preparing;
-  };
-
-  void waitForUnreadLocked(std::unique_lock<std::mutex>& lock);
-  bool isStaleLocked(esc::Bytes command);
+  bool isStaleLocked(esc::Bytes command, bool isAwaited);
 
   // Guarded by the lock.
-  Exchange* exchange_ = nullptr;
-  // Requests given up, whose replies may still come.
-  std::vector<std::vector<std::uint8_t>> unanswered_;
+  UnansweredRequests unanswered_;
   // The last request, whose reply may come twice, until something is sent.
   std::vector<std::uint8_t> answered_;
   bool pageUnderWay_ = false;  // a status ends it

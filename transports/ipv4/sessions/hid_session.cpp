@@ -8,8 +8,7 @@
 
 namespace qvn::ipv4 {
 
-void HidSession::deliver(const HidFrame& frame) {
-  const DeviceReference device = currentDevice();
+void HidSession::deliver(const HidFrame& frame, const DeviceReference& device) {
   if (frame.type == kHidReport) {
     LentData report(frame.content.data(), static_cast<std::uint32_t>(frame.content.size()));
     device.accept(report);

@@ -12,7 +12,7 @@ class HidSession : public StreamSession<HidStream> {
   ~HidSession() override { finish(); }
 
  protected:
-  void deliver(const HidFrame& frame) override;
+  void deliver(const HidFrame& frame, const DeviceReference& device) override;
 };
 
 }  // namespace qvn::ipv4

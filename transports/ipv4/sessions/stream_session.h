@@ -1,112 +1,66 @@
-// A session with a device that sends on its own: one thread receives and delivers, in order and nothing
-// queued, so that the device is slowed down to the pace of those who take it.
+// A session whose stream is made of things of one kind: packets, commands, frames or blocks.
 #pragma once
 
-#include <poll.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
+#include <mutex>
+#include <optional>
 
-#include <cerrno>
-#include <utility>
-
-#include "qvn/result_codes.h"
 #include "sessions/session.h"
 
 namespace qvn::ipv4 {
 
-// The stream is a ReceiveBuffer that gives Items. One that has giveUpPartial can go on behind something whose
-// rest does not come; others wait for it as long as it takes.
+// The stream is a ReceiveBuffer that gives Items, which are views of it. One that has giveUpPartial can go on
+// behind something whose rest does not come; others wait for it as long as it takes.
 template <typename Stream>
 class StreamSession : public Session {
  public:
   using Session::Session;
 
-  std::uint32_t startThreads() override {
-    return startThread([this] { readAndDeliver(); });
-  }
-
  protected:
-  // On the reader's thread, without the lock. The item ends with the call.
-  virtual void deliver(const typename Stream::Item& item) = 0;
+  using Item = typename Stream::Item;
 
-  // All that was received with one read has been delivered.
-  virtual void settleLocked() {}
+  // With the lock: whether the item answers the request with that key.
+  virtual bool isReply(const Item& /*item*/, Bytes /*key*/) const { return false; }
 
-  // On the reader's thread, behind all that was delivered: the connection has ended. Of one that was closed
-  // here nobody is told.
-  virtual void deliverEnd() { currentDevice().onConnectionLost(); }
+  // With the lock: false when nothing is left to do with the item, because it was kept for later or is for
+  // nobody. `isAwaited` tells that it is the reply to a request that waits.
+  virtual bool isForDeviceLocked(const Item& /*item*/, bool /*isAwaited*/) { return true; }
 
-  // What the device has sent until now has been delivered.
-  bool nothingUnreadLocked() const {
-    int unread = 0;
-    return !reading_ && (ioctl(socket_.fd(), FIONREAD, &unread) != 0 || unread == 0);
-  }
+  // Without the lock. The item ends with the call.
+  virtual void deliver(const Item& item, const DeviceReference& device) = 0;
 
-  // Guarded by the lock.
-  bool reading_ = false;  // the reader has received something and not delivered all of it
-  bool partial_ = false;  // something has begun and waits for its rest
-
-  Stream stream_;  // the reader's own
+  Stream stream_;  // of whoever reads
 
  private:
   static constexpr bool kGivesUp = requires(Stream & stream) { stream.giveUpPartial(); };
-  // How long the rest of something may take before its start counts as garbage, in milliseconds.
-  static constexpr int kRestTimeout = 500;
 
-  void readAndDeliver() {
-    for (;;) {
-      pollfd entry{socket_.fd(), POLLIN, 0};
-      const int ready = poll(&entry, 1, kGivesUp && stream_.isPartial() ? kRestTimeout : -1);
-      setReading();
-      std::uint32_t endCode = 0;
-      if (ready != 0) {
-        endCode = receive();
-      } else if constexpr (kGivesUp) {
-        stream_.giveUpPartial();
-      }
-      while (const auto item = stream_.next()) deliver(*item);
-      if (isOver(endCode)) break;
-    }
-    deliverEnd();
-    // Only then, so that what comes of an exchange that failed is told after the reason.
-    const std::lock_guard<std::mutex> lock(mutex_);
-    wakeLocked();
+  ReceiveBuffer& buffer() final { return stream_; }
+  bool givesUp() const final { return kGivesUp; }
+  void giveUpPartial() final {
+    if constexpr (kGivesUp) stream_.giveUpPartial();
   }
 
-  // Before anything is received: between, it would be neither unread nor being read.
-  void setReading() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    reading_ = true;
-  }
-
-  // The code that ends the connection, 0 when it goes on.
-  std::uint32_t receive() {
-    const auto room = stream_.room();
-    const ssize_t got = recv(socket_.fd(), room.data(), room.size(), MSG_DONTWAIT);
-    if (got > 0) {
-      stream_.add(static_cast<std::size_t>(got));
-    } else if (got == 0) {
-      return QRN_ERROR_NETNAME_DELETED;
-    } else if (errno != EAGAIN && errno != EINTR) {
-      return codeFromErrno(errno);
-    }
-    return QRN_ERROR_SUCCESS;
-  }
-
-  bool isOver(std::uint32_t endCode) {
-    bool over = false;
+  Progress deliverNext(bool onlyReplies) final {
+    if (!next_) next_ = stream_.next();
+    if (!next_) return Progress::None;
+    DeviceReference device;
     {
       const std::lock_guard<std::mutex> lock(mutex_);
-      partial_ = stream_.isPartial();
-      reading_ = false;
-      settleLocked();
-      if (endCode != QRN_ERROR_SUCCESS) markEndedLocked(endCode);
-      over = endedBy_ != 0;
+      Exchange* const answered = waitingLocked([this](Bytes key) { return isReply(*next_, key); });
+      if (!isForDeviceLocked(*next_, answered != nullptr)) {
+        next_.reset();
+        return Progress::Made;
+      }
+      if (answered == nullptr && onlyReplies) return Progress::Left;
+      beginDeliveryLocked(answered);
+      device = device_;
     }
-    // Without the lock: who wakes up needs it at once, and would only wait again.
-    changed_.notify_all();
-    return over;
+    deliver(*next_, device);
+    next_.reset();
+    endDelivery();
+    return Progress::Made;
   }
+
+  std::optional<Item> next_;  // of whoever reads
 };
 
 }  // namespace qvn::ipv4

@@ -67,32 +67,22 @@ PacketView lastingEffect(PacketView request) {
   return {};
 }
 
-void NpaStream::add(PacketView bytes) {
-  pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(next_));
-  next_ = 0;
-  pending_.insert(pending_.end(), bytes.begin(), bytes.end());
-}
-
-std::optional<Packet> NpaStream::next() {
+std::optional<PacketView> NpaStream::next() {
   for (;;) {
-    const auto start =
-        std::find(pending_.begin() + static_cast<std::ptrdiff_t>(next_), pending_.end(), kStartOfPacket);
-    next_ = static_cast<std::size_t>(start - pending_.begin());
-    const PacketView rest(start, pending_.end());
+    const PacketView unread = bytes();
+    const auto start = std::find(unread.begin(), unread.end(), kStartOfPacket);
+    drop(static_cast<std::size_t>(start - unread.begin()));
+    const PacketView rest = bytes();
     if (rest.size() < kUncounted) return std::nullopt;
     const std::size_t total = totalLength(rest);
     if (total < kShortest) {
-      ++next_;
+      drop(1);
       continue;
     }
     if (rest.size() < total) return std::nullopt;
-    next_ += total;
-    return Packet(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(total));
+    drop(total);
+    return rest.first(total);
   }
-}
-
-void NpaStream::giveUpPartial() {
-  if (isPartial()) ++next_;
 }
 
 }  // namespace qvn::ipv4

@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+#include "streams/receive_buffer.h"
+
 namespace qvn::ipv4 {
 
 using Packet = std::vector<std::uint8_t>;
@@ -27,22 +29,15 @@ bool answers(PacketView reply, PacketView request);
 // the same `lastingEffect` replace each other; empty for all others.
 PacketView lastingEffect(PacketView request);
 
-class NpaStream {
+class NpaStream : public ReceiveBuffer {
  public:
-  void add(PacketView bytes);
+  using Item = PacketView;
 
-  // The next complete packet. Bytes that cannot begin a packet are skipped.
-  std::optional<Packet> next();
-
-  // Whether a packet has begun and waits for its rest.
-  bool isPartial() const { return next_ < pending_.size(); }
+  // The next complete packet, in the buffer. Bytes that cannot begin a packet are skipped.
+  std::optional<PacketView> next();
 
   // Takes the packet that has begun for garbage and looks for the next start behind its first byte.
-  void giveUpPartial();
-
- private:
-  Packet pending_;
-  std::size_t next_ = 0;  // what lies before it has been used
+  void giveUpPartial() { drop(1); }
 };
 
 }  // namespace qvn::ipv4

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <span>
-#include <vector>
 
 namespace qvn::ipv4 {
 
@@ -14,10 +14,10 @@ class ReceiveBuffer {
  public:
   // The room for what comes next. Views of what came before end here.
   std::span<std::uint8_t> room() {
-    std::memmove(storage_.data(), storage_.data() + start_, end_ - start_);
+    std::memmove(storage_.get(), storage_.get() + start_, end_ - start_);
     end_ -= start_;
     start_ = 0;
-    return std::span(storage_).subspan(end_);
+    return std::span(storage_.get(), kSize).subspan(end_);
   }
 
   // So many bytes have been received into the room.
@@ -27,7 +27,7 @@ class ReceiveBuffer {
   bool isPartial() const { return start_ != end_; }
 
  protected:
-  std::span<const std::uint8_t> bytes() const { return std::span(storage_).subspan(start_, end_ - start_); }
+  std::span<const std::uint8_t> bytes() const { return {storage_.get() + start_, end_ - start_}; }
 
   void drop(std::size_t count) { start_ += count; }
 
@@ -35,7 +35,8 @@ class ReceiveBuffer {
   // Many blocks of a page in one read, and never full with one thing: the longest is little over 128 KiB.
   static constexpr std::size_t kSize = std::size_t{256} << 10;
 
-  std::vector<std::uint8_t> storage_ = std::vector<std::uint8_t>(kSize);
+  // Not filled with zeros: of a device that sends little, little memory is used.
+  std::unique_ptr<std::uint8_t[]> storage_ = std::make_unique_for_overwrite<std::uint8_t[]>(kSize);
   std::size_t start_ = 0;
   std::size_t end_ = 0;
 };
