@@ -7,6 +7,7 @@
 #include "api/system.h"
 #include "common/clients/operation_lock.h"
 #include "common/logging/basic_logger.h"
+#include "platform/threads/thread.h"
 #include "qvn/result_codes.h"
 
 namespace qvn {
@@ -43,6 +44,7 @@ std::uint32_t Initialization::initialize() {
   waitWhileGoingDown(lock);
   if (initializeCount == 0) {
     System::getInstance();
+    platform::keepThreads(true);
     CallGate::open();
   }
   ++initializeCount;
@@ -78,6 +80,7 @@ std::uint32_t Initialization::uninitialize() {
     changed.condition.wait(lock, [] { return holds == 0; });
   }
   System::destroyInstance();
+  platform::keepThreads(false);
   return QRN_ERROR_SUCCESS;
 }
 

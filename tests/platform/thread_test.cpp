@@ -5,6 +5,12 @@
 #include <signal.h>
 #include <sys/resource.h>
 
+#include <atomic>
+#include <filesystem>
+#include <future>
+#include <set>
+#include <vector>
+
 #include "support/manual_clock.h"
 
 namespace qvn::platform {
@@ -92,6 +98,73 @@ TEST(Thread, HasALastErrorOfItsOwnAndLeavesAClientsSignalsToTheClientsThreads) {
   }).reset();  // waits for its end
   EXPECT_EQ(lastError(), 5U);
   EXPECT_FALSE(blocksSignals());
+}
+
+// While threads are kept for the next start.
+class KeptThread : public testing::Test {
+ protected:
+  KeptThread() { keepThreads(true); }
+  ~KeptThread() override { keepThreads(false); }
+
+  static std::size_t threads() {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
+  }
+
+  const std::size_t others_ = threads();
+};
+
+TEST_F(KeptThread, IsAsGoodAsNew) {
+  struct Ended {
+    ~Ended() { ++count; }
+    std::atomic<int>& count;
+  };
+  static std::atomic<int> ends{0};
+  std::set<std::uint32_t> ids;
+  for (int i = 0; i < 5; ++i) {
+    start([&] {
+      static thread_local const Ended ended{ends};
+      EXPECT_EQ(lastError(), kSuccess);
+      setLastError(6);
+      ids.insert(currentThreadId());
+      return 0U;
+    }).reset();
+  }
+  EXPECT_EQ(ids.size(), 1U) << "one after the other";
+  EXPECT_EQ(ends, 0);
+  keepThreads(false);
+  EXPECT_EQ(ends, 1) << "what it had of its own has ended with it";
+  EXPECT_EQ(threads(), others_);
+}
+
+TEST_F(KeptThread, IsOneOfFewAndHasItsUsualPriority) {
+  std::vector<std::unique_ptr<Waiting>> many(7);
+  for (auto& one : many) one = std::make_unique<Waiting>();
+  EXPECT_TRUE(many[0]->thread().setPriority(-5));
+  for (auto& one : many) {
+    one->letGo();
+    EXPECT_EQ(one->thread().wait(kInfinite), WaitResult::Signalled);
+  }
+  EXPECT_EQ(threads(), others_ + 4);
+  start([] {
+    EXPECT_EQ(getpriority(PRIO_PROCESS, currentThreadId()), getpriority(PRIO_PROCESS, 0));
+    return 0U;
+  }).reset();
+}
+
+TEST_F(KeptThread, MayEndItsOwnHandle) {
+  auto handle = std::make_shared<std::unique_ptr<ThreadHandle>>();
+  std::promise<void> given;
+  std::promise<void> done;
+  *handle = start([&] {
+    given.get_future().wait();
+    EXPECT_EQ((*handle)->wait(kInfinite), WaitResult::TimedOut);
+    handle->reset();
+    done.set_value();
+    return 0U;
+  });
+  given.set_value();
+  done.get_future().wait();
 }
 
 TEST(Thread, ABodyIsRequired) {

@@ -73,9 +73,13 @@ void ObjectStoreBidiTask::cancelBecause(bool& reason) {
 std::uint32_t ObjectStoreBidiTask::runMethod() {
   // The owner may look at the flag as soon as the thread is done with everything else.
   const struct Running {
-    std::atomic<bool>& flag;
-    ~Running() { flag = false; }
-  } running{running_};
+    ObjectStoreBidiTask& task;
+    ~Running() {
+      task.runsOn_ = std::thread::id();
+      task.running_ = false;
+    }
+  } running{*this};
+  runsOn_ = std::this_thread::get_id();
   isException_ = false;
   response_.clear();
   Data request(message_);

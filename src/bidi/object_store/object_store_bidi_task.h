@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include "common/tasks/task.h"
 #include "common/threads/runnable.h"
@@ -37,6 +38,9 @@ class ObjectStoreBidiTask : public Task, public Observer {
   // that takes is the transport's matter (Visitor::cancel).
   std::uint32_t shutdownThread();
 
+  // Whether the calling thread is the one that the exchange runs on: a transport may deliver there.
+  bool runsHere() const { return runsOn_ == std::this_thread::get_id(); }
+
   // Any thread: an exchange that runs or begins later ends as soon as it can. Does not wait for that.
   void cancel();
 
@@ -64,6 +68,7 @@ class ObjectStoreBidiTask : public Task, public Observer {
   std::unique_ptr<Thread> thread_;
   MethodRunnable<ObjectStoreBidiTask> runnable_;
   std::atomic<bool> running_{false};
+  std::atomic<std::thread::id> runsOn_{};  // nobody's while it does not run
 
   // Guards what follows; cancel() comes from another thread.
   std::mutex cancelLock_;

@@ -20,6 +20,7 @@
 
 #include "platform/base/failure.h"
 #include "platform/base/unique_descriptor.h"
+#include "platform/threads/system_threads.h"
 
 namespace qvn::platform {
 namespace {
@@ -29,7 +30,10 @@ namespace fs = std::filesystem;
 class NativeModule final : public Module {
  public:
   explicit NativeModule(void* handle) : handle_(handle) {}
-  ~NativeModule() override { dlclose(handle_); }
+  ~NativeModule() override {
+    endWaitingThreads();  // they may have thread-local objects of the module
+    dlclose(handle_);
+  }
   NativeModule(const NativeModule&) = delete;
   NativeModule& operator=(const NativeModule&) = delete;
 

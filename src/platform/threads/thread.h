@@ -33,6 +33,11 @@ class QVN_PLATFORM_API ThreadHandle {
   virtual bool setPriority(std::int32_t priority) = 0;
 };
 
+// With true, from now on a few of the system's threads wait for the next start when their body has returned,
+// as if they were new then. With false those that wait are ended, and none waits any more. Not on a thread
+// that was started here.
+QVN_PLATFORM_API void keepThreads(bool keep);
+
 // Identifiers of the caller, never 0.
 QVN_PLATFORM_API std::uint32_t currentThreadId();
 QVN_PLATFORM_API std::uint32_t currentProcessId();

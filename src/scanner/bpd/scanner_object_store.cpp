@@ -66,6 +66,9 @@ std::uint32_t ScannerObjectStore::exchange(const StoreMessage& message) {
 void ScannerObjectStore::sendInBackground(const StoreMessage& message) {
   if (scanner_.job().isTracked()) scanner_.raise(kSending);
   const OperationLock::Turn turn(backgroundLock_);
+  // Inside what the last one delivers it cannot be ended: a device that answers with something to be answered
+  // gets no answer.
+  if (background_.task != nullptr && background_.task->runsHere()) return;
   background_.task.reset();
   {
     const std::lock_guard<std::mutex> lock(mutex_);

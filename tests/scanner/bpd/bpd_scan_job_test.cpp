@@ -402,6 +402,16 @@ TEST_F(BpdScanJobTest, OfTwoBackgroundSendsTheFirstIsGivenUp) {
   deliver(notification("407_Observer", "a&lt;b", "stateChanged",
                        entries("ScanJob", "state", "Wait Next Original")));
   EXPECT_THAT(sent(), IsEmpty()) << "a name that would change the document";
+  // A transport may deliver on the thread of the send, which cannot end itself.
+  fake.awaitsReplies = false;
+  std::atomic<int> asked{0};
+  before[kDone] = [&] {
+    if (++asked < 3) deliverState("Wait Next Original");
+  };
+  deliverState("Wait Next Original");
+  EXPECT_TRUE(waitForSent(kDone));
+  waitForOthersToRest();
+  EXPECT_EQ(asked, 1);
 }
 
 TEST_F(BpdScanJobTest, WhatTheDeviceSendsMayMeetWhatClientsDo) {
