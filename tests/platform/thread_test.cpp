@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "support/manual_clock.h"
+#include "support/other_threads.h"
 
 namespace qvn::platform {
 namespace {
@@ -165,6 +166,7 @@ TEST_F(KeptThread, MayEndItsOwnHandle) {
   });
   given.set_value();
   done.get_future().wait();
+  test::waitForOthersToRest();  // nobody can wait for its end
 }
 
 TEST(Thread, ABodyIsRequired) {
