@@ -3,6 +3,7 @@
 #include "common/settings/localize.h"
 #include "common/settings/setting_table.h"
 #include "common/settings/settings_store.h"
+#include "platform/registry/registry.h"
 
 namespace qvn {
 
@@ -14,8 +15,16 @@ bool LibraryLogger::getLong(const std::string& name, std::uint32_t& value, std::
   return settings_.getLongOrDefault(setting_key::kLogger, name, value, defaultValue, SettingsStore::kLocal);
 }
 
+bool LibraryLogger::isConfigured() const {
+  const std::uint64_t changes = platform::registry::changes();
+  if (changes != 0 && configuredAt_.load(std::memory_order_relaxed) == changes) return true;
+  const bool isAvailable = ApplicationSettings().isAvailable();
+  configuredAt_.store(isAvailable ? changes : 0, std::memory_order_relaxed);
+  return isAvailable;
+}
+
 bool LibraryLogger::isWanted(const Component& component, std::uint32_t level) const {
-  if (!ApplicationSettings().isAvailable()) return false;
+  if (!isConfigured()) return false;
   if ((level & log_level::kError) != 0) return true;
   if (startLog_.get() == 0) return false;
   const Component& all = log_component::all();

@@ -1,6 +1,7 @@
 // LibraryLogger: the logger as the registry configures it.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -22,7 +23,11 @@ class LibraryLogger : public BasicLogger {
   bool isWanted(const Component& component, std::uint32_t level) const override;
 
  private:
+  // Whether there are settings to go by.
+  bool isConfigured() const;
+
   ApplicationSettings settings_;
+  mutable std::atomic<std::uint64_t> configuredAt_{0};  // the registry's changes when there last were
   mutable CachedRegistryValue startLog_;
 };
 

@@ -218,6 +218,8 @@ ErrorCode openSubkey(const Key& parent, std::string_view path, Key& key) {
   });
 }
 
+std::uint64_t changes() { return storeChanges(); }
+
 ErrorCode flush() { return fail(syncStore()); }
 
 ErrorCode getValue(const Key& key, std::string_view name, Value& value) {

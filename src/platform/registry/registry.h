@@ -48,6 +48,10 @@ struct Value {
 QVN_PLATFORM_API std::string dwordBytes(std::uint32_t number);
 QVN_PLATFORM_API std::optional<std::uint32_t> dwordOf(ValueType type, std::string_view data);
 
+// Another number whenever any process has changed anything: what was read before is still so while it stands.
+// 0 when that cannot be told. Much cheaper than reading.
+QVN_PLATFORM_API std::uint64_t changes();
+
 QVN_PLATFORM_API ErrorCode openKey(Hive hive, std::string_view path, Key& key);
 
 // Opens the key, making it and every missing key above it first.

@@ -230,6 +230,14 @@ ErrorCode Cursor::next(Entry& entry) { return move(MDB_NEXT, {}, entry); }
 
 ErrorCode Cursor::erase() { return errorFromStore(mdb_cursor_del(cursor_, 0)); }
 
+std::uint64_t storeChanges() {
+  MDB_env* const environment = openStore.load(std::memory_order_acquire);
+  MDB_envinfo information{};
+  // In a transaction of its own a thread sees what nobody else does yet.
+  if (environment == nullptr || threadWriter != nullptr) return 0;
+  return mdb_env_info(environment, &information) == 0 ? information.me_last_txnid : 0;
+}
+
 ErrorCode syncStore() {
   ErrorCode error = kSuccess;
   MDB_env* const environment = store(error);

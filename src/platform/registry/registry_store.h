@@ -94,6 +94,9 @@ class Cursor {
   MDB_cursor* cursor_ = nullptr;
 };
 
+// See changes in registry.h.
+std::uint64_t storeChanges();
+
 // Waits until all committed writes are on disk.
 ErrorCode syncStore();
 

@@ -2,12 +2,14 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
 #include "platform/base/forks.h"
 #include "platform/threads/all_signals_blocked.h"
+#include "platform/threads/brief_wait.h"
 
 namespace qvn::platform {
 namespace {
@@ -19,8 +21,8 @@ struct SystemThread {
   pthread_t thread{};
   std::mutex mutex;  // guards what follows
   std::condition_variable called;
-  std::shared_ptr<ThreadRun> next;
-  bool isToEnd = false;
+  std::shared_ptr<ThreadRun> next;     // null once it is called: it is to end
+  std::atomic<bool> isCalled = false;  // may be looked at without the lock
 };
 
 struct Waiting {
@@ -28,6 +30,7 @@ struct Waiting {
   bool isOn = false;
   std::uint32_t atForks = 0;  // in a child the threads are not there
   std::vector<std::shared_ptr<SystemThread>> threads;
+  BriefWait gap;  // between two runs
 };
 
 // Never destroyed: threads may use it while the process ends.
@@ -45,9 +48,24 @@ bool wait(const std::shared_ptr<SystemThread>& self) {
   return true;
 }
 
+void call(SystemThread& thread, std::shared_ptr<ThreadRun> next) {
+  {
+    const std::lock_guard lock(thread.mutex);
+    thread.next = std::move(next);
+    thread.isCalled = true;
+  }
+  thread.called.notify_one();
+}
+
+// Null when the thread is to end.
 std::shared_ptr<ThreadRun> nextRun(SystemThread& self) {
-  std::unique_lock lock(self.mutex);
-  self.called.wait(lock, [&] { return self.next != nullptr || self.isToEnd; });
+  const auto isCalled = [&] { return self.isCalled.load(); };
+  waiting().gap.wait(isCalled, [&] {
+    std::unique_lock lock(self.mutex);
+    self.called.wait(lock, isCalled);
+  });
+  const std::lock_guard lock(self.mutex);
+  self.isCalled = false;
   return std::exchange(self.next, nullptr);
 }
 
@@ -126,15 +144,11 @@ std::shared_ptr<SystemThread> takeWaiting() {
 
 ErrorCode begin(const std::shared_ptr<ThreadRun>& run, std::size_t stackSize) {
   if (const std::shared_ptr<SystemThread> thread = takeWaiting()) {
-    {
-      const std::lock_guard lock(thread->mutex);
-      thread->next = run;
-    }
-    thread->called.notify_one();
+    call(*thread, run);
     return kSuccess;
   }
   auto made = std::make_shared<SystemThread>();
-  made->next = run;
+  call(*made, run);
   const int error = makeThread(std::move(made), stackSize);
   return error == 0 ? kSuccess : errorFromErrno(error);
 }
@@ -152,11 +166,7 @@ void keepThreads(bool keep) {
 
 void endWaitingThreads() {
   while (const std::shared_ptr<SystemThread> thread = takeWaiting()) {
-    {
-      const std::lock_guard lock(thread->mutex);
-      thread->isToEnd = true;
-    }
-    thread->called.notify_one();
+    call(*thread, nullptr);
     pthread_join(thread->thread, nullptr);
   }
 }

@@ -11,6 +11,7 @@
 
 #include "platform/base/failure.h"
 #include "platform/base/forks.h"
+#include "platform/threads/brief_wait.h"
 #include "platform/threads/system_threads.h"
 #include "platform/threads/thread_run.h"
 
@@ -49,14 +50,21 @@ class NativeThread final : public ThreadHandle {
   }
 
   WaitResult wait(Milliseconds timeout) override {
+    const auto hasEnded = [this] { return run_->ended.load(); };
     std::unique_lock lock(run_->mutex);
-    const auto hasEnded = [this] { return run_->ended; };
     if (timeout != kInfinite) {
       const bool ended = clock().wait(lock, run_->changed, timeout, hasEnded);
       return ended ? WaitResult::Signalled : WaitResult::TimedOut;
     }
     if (isOwnThread()) return WaitResult::TimedOut;  // it would never return
-    run_->changed.wait(lock, hasEnded);
+    lock.unlock();
+    static BriefWait lastRuns;
+    lastRuns.wait(hasEnded, [&] {
+      lock.lock();
+      run_->changed.wait(lock, hasEnded);
+      lock.unlock();
+    });
+    lock.lock();
     // Any number of threads may wait for the end.
     if (const auto thread = std::exchange(run_->endsToo, std::nullopt)) pthread_join(*thread, nullptr);
     return WaitResult::Signalled;

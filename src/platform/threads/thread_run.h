@@ -3,6 +3,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -18,8 +19,8 @@ struct ThreadRun {
 
   std::mutex mutex;  // guards what follows
   std::condition_variable changed;
-  std::uint32_t id = 0;  // 0 until the thread runs
-  bool ended = false;
+  std::uint32_t id = 0;             // 0 until the thread runs
+  std::atomic<bool> ended = false;  // may be looked at without the lock
   std::uint32_t exitCode = kStillActive;
   bool isAltered = false;            // the thread is not as others are, and runs nothing else
   std::optional<pthread_t> endsToo;  // the thread that ends with the run

@@ -41,6 +41,15 @@ Endpoint endpointOf(const std::string& deviceAttributes, const char* portDescrip
 
 Connectable* IpConnectionManager::getConnection(const std::string& deviceAttributes,
                                                 const std::string& connectionName) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    // Every operation on a device asks, mostly with the text of the last one.
+    for (auto& [key, entry] : entries_) {
+      if (entry.askedName != connectionName || entry.askedText != deviceAttributes) continue;
+      ++entry.holders;
+      return entry.connection.get();
+    }
+  }
   Key key;
   AttributeCodec::getString(deviceAttributes, attribute::kDevice, key.family);
   AttributeCodec::getLong(deviceAttributes, attribute::kHandle, key.handle);
@@ -56,6 +65,8 @@ Connectable* IpConnectionManager::getConnection(const std::string& deviceAttribu
   Entry& entry = entries_[key];
   if (entry.connection == nullptr) entry.connection = makeConnection(key);
   entry.connection->setEndpoint(endpoint);
+  entry.askedName = connectionName;
+  entry.askedText = deviceAttributes;
   ++entry.holders;
   return entry.connection.get();
 }

@@ -42,6 +42,8 @@ class IpConnectionManager : public ConnectionManager {
     }
   };
   struct Entry {
+    std::string askedName;  // with which it was last asked for, anew
+    std::string askedText;
     std::unique_ptr<IpConnection> connection;
     std::uint32_t holders = 0;
   };
