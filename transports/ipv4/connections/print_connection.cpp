@@ -8,7 +8,7 @@ namespace {
 
 // Print data on its way to the device. Megabytes of it in the system's buffers would be out of a cancel's
 // reach, hide from the library how fast the device is, and fall out of the processor's caches.
-constexpr std::uint32_t kMaxUnsent = std::uint32_t{128} << 10;
+constexpr std::uint32_t kMaxUnsent = std::uint32_t{64} << 10;
 
 }  // namespace
 

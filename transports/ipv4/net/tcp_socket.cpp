@@ -25,6 +25,10 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr char kLogComponent[] = "Ip1Transport";
 
+// What one call of the system takes. A larger one is cut off wherever the limit of what may be unsent is met, and
+// woken for the rest of it in smaller and smaller pieces; and the device hears of its beginning only then.
+constexpr std::size_t kPiece = std::size_t{64} << 10;
+
 // Waits for the events until the deadline: 0, 1460 or the code of a failed wait.
 std::uint32_t waitFor(int fd, short events, SteadyClock::time_point deadline) {
   for (;;) {
@@ -125,7 +129,7 @@ std::uint32_t TcpSocket::send(const std::uint8_t* bytes, std::size_t size, std::
                               std::size_t& sent) {
   sent = 0;
   while (sent < size) {
-    const ssize_t taken = ::send(fd_, bytes + sent, size - sent, MSG_NOSIGNAL);
+    const ssize_t taken = ::send(fd_, bytes + sent, std::min(size - sent, kPiece), MSG_NOSIGNAL);
     if (taken > 0) {
       sent += static_cast<std::size_t>(taken);
     } else if (taken < 0 && errno == EAGAIN) {
