@@ -13,6 +13,7 @@ rm -f "$build/bench.json"
   "$build/bench/QR__bench_store" "$build/bench.json"
   "$build/bench/qvn_bench_spooler" "$build/bench.json"
   "$build/bench/qvn_bench_scan_command" "$build/bench.json"
+  "$build/bench/qvn_bench_startup" "$build/bench.json"
   "$build/bench/qvn_bench_growth" "$build/bench.json"
 } | tee "$build/bench.txt"
 echo

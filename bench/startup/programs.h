@@ -1,0 +1,38 @@
+// Programs started for a measurement, which keep in step by startup/progress.h.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace qvn::bench {
+
+class Programs {
+ public:
+  // Starts the program so many times. Throws std::exception when it cannot.
+  Programs(const std::vector<std::string>& command, int count);
+  // Lets them go on to their ends and waits for these.
+  ~Programs();
+  Programs(const Programs&) = delete;
+  Programs& operator=(const Programs&) = delete;
+
+  // Waits until each has told that it has got somewhere. Throws std::runtime_error when one has ended instead
+  // or nothing is heard for a minute.
+  void awaitAll();
+  // Lets all go on, at once.
+  void go();
+
+  // A figure in KiB of the only program's memory, as /proc/PID/smaps_rollup names it.
+  double memory(const std::string& name) const;
+
+ private:
+  void end();
+
+  std::string name_;
+  std::vector<pid_t> ids_;
+  int input_ = -1;
+  int output_ = -1;
+};
+
+}  // namespace qvn::bench
