@@ -58,38 +58,47 @@ Seconds waitPerCall(int processes) {
          kCalls;
 }
 
-// The processor time that the machine spends for one call, idle time of processors that could have been used
-// included. By waiting alone, 16 processes on 2 processors could not do better than 8 times as long as one;
-// what remains is what they do to each other: calls that spin or sleep for one another's locks, whoever holds
-// one being put to sleep, caches and processors changed.
-Seconds costPerCall(int processes) {
-  const int processors = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-  return waitPerCall(processes) * std::min(processes, processors) / processes;
-}
-
-void tellReads(int processes) {
+// The processor time that the machine spends for one call of so many processes that call all the time, idle
+// time of processors that could have been used included, against that of one. Waiting for processors alone,
+// 16 processes on 2 of them cannot do better than 8 times as long as one; what this ratio shows is what they
+// do to each other: spinning and sleeping for one another's locks, a lock's holder put to sleep, processors
+// and caches changed.
+double costOfReads(int processes) {
+  const int processors =
+      std::min(processes, static_cast<int>(std::max(1U, std::thread::hardware_concurrency())));
   std::vector<double> waits;
-  std::vector<double> alone;
-  for (int round = 0; round < kReadRounds; ++round) {
-    waits.push_back(waitPerCall(processes));
-    alone.push_back(waitPerCall(1));
-  }
-  std::fprintf(stderr, "processes: a stored read takes %.2f us with %d processes reading, %.2f us with one\n",
-               median(waits) * 1e6, processes, median(alone) * 1e6);
+  std::vector<double> waitsOfOne;
+  const double ratio = medianRatio(
+      kReadRounds,
+      [&] {
+        waits.push_back(waitPerCall(processes));
+        return waits.back() * processors / processes;
+      },
+      [&] {
+        waitsOfOne.push_back(waitPerCall(1));
+        return waitsOfOne.back();
+      });
+  std::fprintf(stderr,
+               "processes: a read takes %.2f us with %d reading, %.2f us with one; cost per call %.2f\n",
+               median(waits) * 1e6, processes, median(waitsOfOne) * 1e6, ratio);
+  return ratio;
 }
 
-// The median over several programs that have told that they are where they are to be measured.
-double memoryOf(const Command& command, const std::string& name) {
+// The median of a figure of /proc/PID/smaps_rollup when the program has got where it tells.
+double memoryOf(const Command& command, const std::string& figure) {
   std::vector<double> sizes;
   for (int round = 0; round < kMemoryRounds; ++round) {
-    Programs program(command, 1);
-    program.awaitAll();
-    sizes.push_back(program.memory(name));
+    // Two of it: what they share then counts as shared.
+    Programs programs(command, 2);
+    programs.awaitAll();
+    sizes.push_back(programs.memoryOfFirst(figure));
   }
   return median(sizes);
 }
 
-double memoryAdded(const std::string& name) { return memoryOf(client(0), name) - memoryOf({QVN_IDLE}, name); }
+double memoryAdded(const std::string& figure) {
+  return memoryOf(client(0), figure) - memoryOf({QVN_IDLE}, figure);
+}
 
 void run(const char* file) {
   const Installation installation;
@@ -101,17 +110,14 @@ void run(const char* file) {
       medianRatio(
           kStartRounds, [&] { return startOf(client(0)); }, [&] { return startOf(bareRead(installation)); }),
       3);
-  // A print server's processes ask at the same time without slowing each other down.
-  tellReads(kFew);
-  tellReads(kMany);
+  // Many processes of a print server ask at the same time without slowing each other down.
+  costOfReads(kFew);
   table.atMost("processes: one stored read with 16 processes reading / with one, per call",
-               medianRatio(
-                   kReadRounds, [] { return costPerCall(kMany); }, [] { return costPerCall(1); }),
-               2.5);
-  for (const char* other : {"Rss", "Pss", "Private_Clean", "Private_Dirty"})
-    std::fprintf(stderr, "memory: %s grows by %.0f KiB\n", other, memoryAdded(other));
-  // How many clients a machine can hold.
-  table.atMost("memory: what QR__serv adds to an idle client, KiB", memoryAdded("Private_Dirty"), 1000);
+               costOfReads(kMany), 2.5);
+  // How many clients fit into a machine. What each has written for itself alone; clean pages are those of
+  // files, the modules and the registry, which are in memory once however many clients map them.
+  table.atMost("memory: what QR__serv adds to an idle client, KiB", memoryAdded("Private_Dirty"), 105);
+  std::fprintf(stderr, "memory: with the files' pages that it maps, %.0f KiB\n", memoryAdded("Rss"));
   table.print();
   table.appendTo(file);
 }

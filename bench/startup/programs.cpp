@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,12 +68,9 @@ Programs::~Programs() { end(); }
 
 void Programs::awaitAll() {
   for (std::size_t heard = 0; heard < ids_.size();) {
-    pollfd entry{output_, POLLIN, 0};
-    char bytes[64];
-    const bool hears = poll(&entry, 1, kPatience) == 1;
-    const ssize_t got = hears ? ::read(output_, bytes, sizeof bytes) : 0;
-    if (got <= 0) throw std::runtime_error(name_ + (hears ? " failed" : " does not get on"));
-    heard += static_cast<std::size_t>(got);
+    const ssize_t told = hear();
+    if (told <= 0) throw std::runtime_error(name_ + (told == 0 ? " failed" : " does not get on"));
+    heard += static_cast<std::size_t>(told);
   }
 }
 
@@ -80,8 +78,8 @@ void Programs::go() {
   if (input_ >= 0) close(std::exchange(input_, -1));
 }
 
-double Programs::memory(const std::string& name) const {
-  std::ifstream figures("/proc/" + std::to_string(ids_.at(0)) + "/smaps_rollup");
+double Programs::memoryOfFirst(const std::string& name) const {
+  std::ifstream figures("/proc/" + std::to_string(ids_.front()) + "/smaps_rollup");
   for (std::string word; figures >> word;) {
     double size = 0;
     if (word == name + ":" && figures >> size) return size;
@@ -89,9 +87,20 @@ double Programs::memory(const std::string& name) const {
   throw std::runtime_error("/proc/PID/smaps_rollup does not tell " + name);
 }
 
+ssize_t Programs::hear() const {
+  pollfd entry{output_, POLLIN, 0};
+  char bytes[64];
+  return poll(&entry, 1, kPatience) == 1 ? read(output_, bytes, sizeof bytes) : -1;
+}
+
 void Programs::end() {
   go();
-  for (const pid_t id : ids_) waitpid(id, nullptr, 0);
+  while (hear() > 0) {
+  }
+  for (const pid_t id : ids_) {
+    kill(id, SIGKILL);  // It has ended, but for one that hangs.
+    waitpid(id, nullptr, 0);
+  }
   close(output_);
 }
 

@@ -12,7 +12,7 @@ class Programs {
  public:
   // Starts the program so many times. Throws std::exception when it cannot.
   Programs(const std::vector<std::string>& command, int count);
-  // Lets them go on to their ends and waits for these.
+  // Lets them go on to their ends and waits for these; ends what is still there after a minute.
   ~Programs();
   Programs(const Programs&) = delete;
   Programs& operator=(const Programs&) = delete;
@@ -23,10 +23,12 @@ class Programs {
   // Lets all go on, at once.
   void go();
 
-  // A figure in KiB of the only program's memory, as /proc/PID/smaps_rollup names it.
-  double memory(const std::string& name) const;
+  // A figure of the first one's memory in KiB, as /proc/PID/smaps_rollup names it.
+  double memoryOfFirst(const std::string& name) const;
 
  private:
+  // How many bytes have come; 0 when all have ended, less when nothing comes for a minute.
+  ssize_t hear() const;
   void end();
 
   std::string name_;
