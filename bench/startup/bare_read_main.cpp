@@ -1,7 +1,8 @@
 // The least that a program has to do for a stored printer's bytes: opens the registry's file with LMDB alone,
 // finds the key that holds the printers and copies one value of it, tells so, waits for the go, reads the
-// value as many times more as it is told to, tells so and ends. usage: bare_read FILE KEY VALUE CALLS, the
-// value's name being the handle in decimal
+// value as many times more as it is told to, tells so and ends.
+//
+// usage: bare_read FILE KEY VALUE CALLS, the value's name being the handle in decimal
 #include <lmdb.h>
 
 #include <cstdlib>

@@ -1,6 +1,7 @@
 // A client as any driver author writes one: initialises the library, reads an attribute of one stored
-// printer, tells so, waits for the go, reads as many more as it is told to, tells so and ends. usage:
-// stored_read FIRST COUNT CALLS, of COUNT stored printers whose handles begin at FIRST
+// printer, tells so, waits for the go, reads as many more as it is told to, tells so and ends.
+//
+// usage: stored_read FIRST COUNT CALLS, of COUNT stored printers whose handles begin at FIRST
 #include <cstdint>
 #include <cstdlib>
 
