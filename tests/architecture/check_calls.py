@@ -4,7 +4,6 @@ and nobody would know that the thread is inside a callback."""
 import pathlib
 import re
 import sys
-import tempfile
 
 # Only these files know what a plug-in gives.
 PLUGIN_FILES = {
@@ -45,6 +44,7 @@ def beside(text, call, functions):
 
 
 def violations(root):
+    seen = set()
     for path in sorted((root / "src").rglob("*")):
         if path.suffix not in (".h", ".cpp"):
             continue
@@ -58,32 +58,11 @@ def violations(root):
                 yield f"{name}:{line}: calls a plug-in beside {' and '.join(sorted(PLUGIN_FUNCTIONS))}"
         for line in beside(code, CLIENT_CALL, CLIENT_FUNCTIONS):
             yield f"{name}:{line}: calls a client beside ClientCall"
+        seen |= {call for call in (PLUGIN_CALL, CLIENT_CALL) if call.search(code)}
+    if len(seen) < 2:
+        yield "no calls of clients or of plug-ins are found any more"
 
 
-def self_test():
-    """The check must find each kind of call that is made directly, and none that is not."""
-    with tempfile.TemporaryDirectory() as directory:
-        root = pathlib.Path(directory)
-        for room in ("device", "hid", "transport"):
-            (root / "src" / room).mkdir(parents=True)
-        (root / "src/hid/a.cpp").write_text("Connectable* c;\nx.callback(1);\nClientCall::run([&] { callback(2); });\n")
-        (root / "src/device/connection.cpp").write_text(
-            'transportResult("a", [&] { connectable_->open(); });\nconnectable_->open();\n')
-        (root / "src/transport/t.cpp").write_text("// m->getVisitor(n)\nm->getVisitor(n);\n")
-        found = list(violations(root))
-    expected = [
-        "device/connection.cpp:2: calls a plug-in beside callTransport and transportResult",
-        "hid/a.cpp: knows a plug-in's Connectable",
-        "hid/a.cpp:2: calls a client beside ClientCall",
-        "transport/t.cpp:2: calls a plug-in beside callTransport and transportResult",
-    ]
-    if found != expected:
-        sys.exit(f"found {found}, not {expected}")
-
-
-if sys.argv[1:] == ["--self-test"]:
-    self_test()
-else:
-    found = list(violations(pathlib.Path(sys.argv[1])))
-    print("\n".join(found))
-    sys.exit(1 if found else 0)
+found = list(violations(pathlib.Path(sys.argv[1])))
+print("\n".join(found))
+sys.exit(1 if found else 0)
