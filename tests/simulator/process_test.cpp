@@ -19,16 +19,6 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(SimulatorProcessTest, TellsWhatItIsAndWhere) {
-  const SimulatorProcess device({"--model", "M", "--serial", "S"});
-  const nlohmann::json& line = device.readyLine();
-  EXPECT_EQ(line.at("family"), "CpdPrinter");
-  EXPECT_EQ(line.at("model"), "M");
-  EXPECT_EQ(line.at("serial"), "S");
-  EXPECT_EQ(line.at("pid"), device.pid());
-  EXPECT_EQ(line.at("address"), "127.0.0.1");
-}
-
 TEST(SimulatorProcessTest, EndsCleanly) {
   SimulatorProcess quit;
   quit.command("quit");
@@ -47,9 +37,10 @@ TEST(SimulatorProcessTest, EndsCleanly) {
   EXPECT_EQ(goes.wait(), 0);
 }
 
-TEST(SimulatorProcessTest, RefusesWrongArguments) {
-  const SimulatorProcess device;
-  EXPECT_EQ(runSimulator({"--help"}), 0);
+TEST(SimulatorProcessTest, HelpsPeopleAndRefusesWrongArguments) {
+  SimulatorProcess device;
+  EXPECT_THAT(device.command("help").value("told", ""), HasSubstr("clear-faults"));
+  for (const char* const helpful : {"help", "--help", "--version"}) EXPECT_EQ(runSimulator({helpful}), 0);
   EXPECT_EQ(runSimulator({"--fault", "dance"}), 2);
   EXPECT_EQ(runSimulator({"--serial", "a<b"}), 2);
   EXPECT_EQ(runSimulator({"--plain"}), 2) << "every CpdPrinter has a bidi port";
@@ -123,13 +114,6 @@ TEST(SimulatorProcessTest, RefusesFaultsThatItCannotHave) {
   }
   SimulatorProcess({"--fault", "misframe-reply=create", "--family", "BpdPrinter", "--framed"})
       .order("fault busy");
-}
-
-TEST(SimulatorProcessTest, HelpsPeople) {
-  EXPECT_EQ(runSimulator({"help"}), 0);
-  EXPECT_EQ(runSimulator({"--version"}), 0);
-  SimulatorProcess device;
-  EXPECT_THAT(device.command("help").value("told", ""), HasSubstr("clear-faults"));
 }
 
 TEST(SimulatorProcessTest, TellsOnATerminalHowToFindIt) {

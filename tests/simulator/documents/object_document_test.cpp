@@ -7,8 +7,6 @@ namespace qvn::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 class SimulatedDocuments : public testing::Test {
@@ -135,16 +133,8 @@ TEST_F(SimulatedDocuments, RefuseWhatHostsShouldNotSend) {
   };
   host.send(callDocument(nested(40)));
   EXPECT_EQ(host.receive(), "exception to 42") << "deeper than any";
-  std::string bomb = kDeclaration + "<!DOCTYPE method [<!ENTITY a \"aaaaaaaaaa\">";
-  for (char name = 'b'; name <= 'z'; ++name) {
-    bomb += std::string("<!ENTITY ") + name + " \"";
-    for (int i = 0; i < 10; ++i) bomb += std::string("&") + static_cast<char>(name - 1) + ";";
-    bomb += "\">";
-  }
   const std::string valid = observerDocument(kArguments);
   const std::string body = valid.substr(valid.find("<method"));
-  std::string wide;
-  for (const char c : valid) wide += std::string{c, '\0'};
   const Case kWithoutId[] = {
       {"nothing", ""},
       {"blanks", std::string(131072, ' ')},
@@ -154,24 +144,8 @@ TEST_F(SimulatedDocuments, RefuseWhatHostsShouldNotSend) {
       {"an id that is no number", methodWith("name=\"addObserver\" requestID=\"x\"")},
       {"an id that is too long", methodWith("name=\"addObserver\" requestID=\"123456789012\"")},
       {"an attribute too many", methodWith("name=\"addObserver\" requestID=\"42\" x=\"\"")},
-      {"tags that cross",
-       kDeclaration +
-           "<method name=\"addObserver\" requestID=\"42\"><arg name=\"objName\">system</method></arg>"},
-      {"two roots", valid + body},
-      {"text behind the root", valid + "x"},
-      {"an entity without a declaration", observedBy("&O;")},
       {"a declared entity", kDeclaration + "<!DOCTYPE method [<!ENTITY O \"O\">]>" + body},
-      {"entities within entities",
-       bomb + "]><method name=\"&z;\" requestID=\"42\">" + argument("objName", "&z;") + "</method>"},
-      {"a file as an entity", kDeclaration +
-                                  "<!DOCTYPE method [<!ENTITY f SYSTEM \"/etc/hostname\">]><method "
-                                  "name=\"addObserver\" requestID=\"42\">" +
-                                  argument("objName", "&f;") + "</method>"},
-      {"a document type from elsewhere",
-       kDeclaration + "<!DOCTYPE method SYSTEM \"http://127.0.0.1:9/x\">" + body},
       {"no UTF-8", observedBy("\xC3\x28")},
-      {"a zero byte", observedBy(std::string("O\0O", 3))},
-      {"UTF-16", wide},
       {"elements within elements", callDocument(nested(400))},
       {"a document that is too long", valid + std::string(10001 - valid.size(), ' ')},
   };

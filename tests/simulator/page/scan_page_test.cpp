@@ -241,20 +241,6 @@ TEST_F(SimulatedPages, EndAtOnceWhenAborted) {
   EXPECT_EQ(next.data.size(), 637u * 877u);
 }
 
-TEST_F(SimulatedPages, LeaveRoomForOtherReplies) {
-  const SimulatorProcess device({"--block", "777"});
-  ScanHost host(device);
-  host.set(300, ScanFormat::Gray);
-  const Bytes alone = host.scan().data;
-  host.send(kScanGo);
-  host.send("1B 53 4B 00 00 00 00 00");
-  const ScannedPage page = host.receivePage();
-  EXPECT_TRUE(page.data == alone);
-  ASSERT_EQ(page.replies.size(), 1u);
-  EXPECT_EQ(toHex(page.replies[0]), "1B 53 4B 00 01 00 00 00") << "sending";
-  EXPECT_EQ(host.ask("1B 53 4B 00 00 00 00 00"), "1B 53 4B 00 00 00 00 00") << "idle";
-}
-
 TEST_F(SimulatedPages, AreForOneHostAtATime) {
   const SimulatorProcess device;
   ScanHost first(device);

@@ -157,9 +157,12 @@ TEST_F(SimulatedPackets, FindsThePacketBehindGarbage) {
   EXPECT_EQ(toHex(bidi.receivePacket()).substr(0, 17), "A5 00 1C 20 01 00");
 }
 
-TEST(SimulatedDiscovery, AnswersOnlyWellFormedQuestions) {
+TEST(SimulatedDiscovery, AnswersOnlyWellFormedQuestionsWithWhatItIs) {
   const SimulatorProcess device(
       {"--model", "M 1", "--serial", "S-1", "--name", "on the desk", "--address", "127.0.0.3"});
+  EXPECT_EQ(device.readyLine().at("model"), "M 1");
+  EXPECT_EQ(device.readyLine().at("serial"), "S-1");
+  EXPECT_EQ(device.readyLine().at("pid"), device.pid());
   Datagrams host;
   for (const char* bad : {"", "QVN-DISCOVER 1 \n", "QVN-DISCOVER 1 abc", "QVN-DISCOVER 2 abc\n",
                           "QVN-DISCOVER 1 a b\n", "QVN-DISCOVER 1 012345678901234567890123456789012\n"}) {
