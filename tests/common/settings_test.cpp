@@ -134,18 +134,6 @@ TEST_F(SettingsTest, RemoveAllKeepsTheRootWhileAnotherModuleHasABranch) {
   EXPECT_THROW(RegistryKey("Software\\Test", false, kHive), Win32Exception);
 }
 
-TEST_F(SettingsTest, TheLibrarysRemoveAllSaysWhetherTheBrandsFolderWent) {
-  for (const auto& [deleteStore, other, went] :
-       {std::tuple{0u, false, false}, {1u, false, true}, {1u, true, false}}) {
-    ApplicationSettings settings;
-    settings.create();
-    settings.setLong("Settings", "DeleteStoreOnUninstall", deleteStore, 0);
-    if (other) RegistryKey("Software\\Quorin Tools\\Qvn\\Local\\zz__", true, kHive);
-    EXPECT_EQ(settings.removeAll(), went) << deleteStore << other;
-    EXPECT_FALSE(settings.isAvailable());
-  }
-}
-
 TEST(RegistryKey, RecursiveDeletionEmptiesAKeyNamedSoftwareAndKeepsIt) {
   for (const char* const path : {"Software\\A\\software\\B", "Software\\A\\C\\D", "Other\\A"})
     RegistryKey(path, true, kHive);
