@@ -16,8 +16,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::ElementsAre;
-
 TEST(Initialization, Nests) {
   EXPECT_EQ(QvnInitialize(), 0u);
   EXPECT_EQ(QvnInitialize(), 0u);
@@ -51,13 +49,6 @@ TEST(ClientIds, AreEachGivenOnce) {
   take();
   other.join();
   EXPECT_EQ(nextClientId(), first + 2 * kTimes + 1);
-}
-
-TEST(ClientIds, AreOneOnAMachineThatHasJustStarted) {
-  ManualClock clock;
-  std::uint32_t id = 0;
-  QvnGetClientId(&id);
-  EXPECT_EQ(id, 1u);
 }
 
 // What the callback of an enumeration does; run on the calling thread inside the exported call.
@@ -101,9 +92,9 @@ TEST_F(InitializationTest, TheLastUninitialisationClosesWhatIsOpenBeforeItsTrans
   EXPECT_EQ(QvnOpenHid(1, 807), 0u);
   fake.takeCalls();
   EXPECT_EQ(QvnUninitialize(), 0u);
-  EXPECT_THAT(fake.takeCalls(),
-              ElementsAre("get bidi", "close bidi", "release bidi", "get bidi", "close bidi", "release bidi",
-                          "get alert", "close alert", "release alert", "uninitialize"));
+  EXPECT_THAT(fake.takeCalls(), testing::ElementsAre("get bidi", "close bidi", "release bidi", "get bidi",
+                                                     "close bidi", "release bidi", "get alert", "close alert",
+                                                     "release alert", "uninitialize"));
   EXPECT_EQ(QvnInitialize(), 0u);
 }
 
