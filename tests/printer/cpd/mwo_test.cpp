@@ -221,20 +221,6 @@ TEST_F(MwoTest, ACancelIsCarriedOutWhileTheEndOfItsJobWaits) {
   EXPECT_EQ(sink.text(), "01");
 }
 
-TEST_F(MwoTest, PurgingThrowsTheQueueAwayUntilTheNextStop) {
-  Mwo mwo(sink);
-  mwo.begin();
-  print(mwo, "0");
-  print(mwo, "lost");
-  EXPECT_EQ(mwo.purge(), 0u);
-  whileTimePasses([&] { mwo.stop(); });
-  EXPECT_EQ(sink.text(), "0");
-  mwo.begin();
-  print(mwo, "1");
-  whileTimePasses([&] { mwo.stop(); });
-  EXPECT_EQ(sink.text(), "01");
-}
-
 TEST_F(MwoTest, TakesOnlySensibleLimits) {
   const struct {
     std::uint32_t high;
