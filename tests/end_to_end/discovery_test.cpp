@@ -1,6 +1,5 @@
 // Finding printers with the exported functions, and finding them again.
 #include <gmock/gmock.h>
-#include <signal.h>
 
 #include <memory>
 

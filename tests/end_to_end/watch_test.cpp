@@ -10,7 +10,6 @@ namespace qvn::test {
 namespace {
 
 using nlohmann::json;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 

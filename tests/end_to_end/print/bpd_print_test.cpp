@@ -8,8 +8,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::HasSubstr;
-
 constexpr char kAccountLine[] = "\x1B%-12345X@PJL\r\n@PJL LJOBINFO ACCOUNTNUMBER = \"ACC-17\"\r\n";
 constexpr std::uint32_t kAllStatusAlerts = 0x3FF;
 
@@ -47,7 +45,7 @@ TEST_F(BpdPrinting, NamesTheJobToAPrinterWhoseAlertsAreWanted) {
   EXPECT_EQ(record.at("outcome"), "complete");
   EXPECT_EQ(record.at("name"), "HT:host;UR:anna;SC:TCP 9400;JN:accounts;QU:queue;AN:ACC-17;");
   EXPECT_TRUE(stored(1) == data);
-  EXPECT_THAT(packets(), HasSubstr("A5001080A45BA45B10EFA45B11EE00FF13EC2E"));
+  EXPECT_THAT(packets(), testing::HasSubstr("A5001080A45BA45B10EFA45B11EE00FF13EC2E"));
 
   printJob(handle, "no account", "x");
   EXPECT_EQ(device->nextJob().at("name"), "HT:host;UR:anna;SC:TCP 9400;JN:no account;QU:queue;AN:;");
