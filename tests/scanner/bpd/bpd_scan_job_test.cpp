@@ -11,7 +11,6 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -35,8 +34,9 @@ class BpdScanJobTest : public StandingClock, public BpdScannerTest {
  protected:
   BpdScanJobTest() { clock.advance(1); }  // request ids begin with the time
 
-  // Starts a job, which runs when this returns.
+  // Starts a job, of a scanner that is opened for it when it is not; it runs when this returns.
   void startJob() {
+    if (scanner->openCount() == 0) openFor();
     ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
     ASSERT_TRUE(clock.waitForWait(multiplier * kFirstWait));
     takeSent();
@@ -142,7 +142,6 @@ TEST_F(BpdScanJobTest, HostModeIsAwaitedForAsLongAsDataComes) {
 }
 
 TEST_F(BpdScanJobTest, AnEndCancelsAJobThatRunsAndWaitsForItsEnd) {
-  openFor();
   startJob();
   before[kCancel] = [] {};
   deliver("<Page.Start>");
@@ -171,7 +170,6 @@ TEST_F(BpdScanJobTest, AnEndCancelsAJobThatRunsAndWaitsForItsEnd) {
 }
 
 TEST_F(BpdScanJobTest, ACancelThatNothingFollowsIsGivenUpByTheWatchdog) {
-  openFor();
   startJob();
   before[kCancel] = [] {};
   auto end = endInBackground();
@@ -245,7 +243,7 @@ TEST_F(BpdScanJobTest, TheMultiplierIsTheClientsOrTheSettings) {
     setParameter("TimeoutX", row.parameter);
     ASSERT_EQ(scanner->doStartJob(1, nullptr), 0u);
     EXPECT_THAT(ReceivedBpdData::take(),
-                ElementsAre(EndsWith("/2000: TimeoutX=" + std::to_string(row.expected))));
+                ElementsAre(testing::EndsWith("/2000: TimeoutX=" + std::to_string(row.expected))));
     const std::uint64_t wait = std::uint64_t{row.expected} * kFirstWait;
     EXPECT_TRUE(clock.waitForWait(static_cast<std::uint32_t>(std::min<std::uint64_t>(wait, 0xFFFFFFFE))));
     endJob();
@@ -282,13 +280,11 @@ TEST_F(BpdScanJobTest, AJobThatFallsSilentIsEndedForTheClientThatDoesNot) {
 }
 
 TEST_F(BpdScanJobTest, TheWatchdogOfOneJobLeavesTheNextOneAlone) {
-  openFor();
   startJob();
   clock.advance(kFirstWait);
   EXPECT_TRUE(waitFor("1/1/2000: Job.End"));
   ASSERT_TRUE(clock.waitForWait(10000));
   EXPECT_EQ(scanner->doClose(), 0u);
-  openFor();
   startJob();
   clock.advance(10000);
   waitForOthersToRest();
@@ -360,7 +356,6 @@ TEST_F(BpdScanJobTest, ACloseEndsEverythingThatGoesOn) {
     before = normalBefore;
     fake.awaitsReplies = false;
   }
-  openFor();
   startJob();
 }
 
@@ -391,7 +386,6 @@ TEST_F(BpdScanJobTest, TheLastCloseWaitsForTheExchangeThatItCancels) {
 }
 
 TEST_F(BpdScanJobTest, OfTwoBackgroundSendsTheFirstIsGivenUp) {
-  openFor();
   startJob();
   for (int i = 0; i < 2; ++i) {
     takeSent();
@@ -415,7 +409,6 @@ TEST_F(BpdScanJobTest, OfTwoBackgroundSendsTheFirstIsGivenUp) {
 }
 
 TEST_F(BpdScanJobTest, WhatTheDeviceSendsMayMeetWhatClientsDo) {
-  openFor();
   startJob();
   BpdScanAsyncDataTask task(*scanner);
   const auto registerAs = [&](std::uint32_t client) {
