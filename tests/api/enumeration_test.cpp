@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
 #include "platform/process/system_information.h"

@@ -26,7 +26,6 @@ namespace registry = platform::registry;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr char kBrand[] = "Software\\Quorin Tools";
 

@@ -12,9 +12,7 @@
 namespace qvn::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr std::uint32_t kModel = 0x043D0101;

@@ -14,7 +14,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 
 // In the registry before the library looks: it looks again only after ten seconds.
@@ -57,7 +56,7 @@ TEST_F(TraceTest, DiscoveriesAndWhatTheyFailAt) {
     return std::vector<std::string>{"<Device>CpdPrinter</Device>"};
   };
   QvnDiscovery(5, "FAKE", "");
-  EXPECT_THAT(lines(), Contains("  Unable to store device: <Device>CpdPrinter</Device> rc=1168"));
+  EXPECT_THAT(lines(), testing::Contains("  Unable to store device: <Device>CpdPrinter</Device> rc=1168"));
   QvnEnumWindowsHids(5, "USB1", nullptr);
   EXPECT_THAT(lines(), ElementsAre("+QvnEnumWindowsHids(clientId=5, transport=USB1)",
                                    "-QvnEnumWindowsHids(clientId=5, transport=USB1) rc=87"));

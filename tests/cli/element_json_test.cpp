@@ -1,23 +1,22 @@
 // Values of an object store as JSON: there and back, and what no document can hold.
 #include "shared/object-store/element_json.h"
 
-#include <nlohmann/json.hpp>
-
 #include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
 
 #include "bidi/xml/xml_visitor.h"
 
 namespace qvn::test {
 namespace {
 
-using object_store::Json;
 using object_store::parseElement;
 
 TEST(ElementJson, GoesThereAndBack) {
   for (const char* text :
        {"7", "-2147483648", "0.5", "true", "null", R"("text")", "[]", "{}", R"([1,[2,{"a":null}]])",
         R"({"base64":"AP8="})", R"({"base64":"AP8=","more":1})", R"({"base64":7})"}) {
-    EXPECT_EQ(object_store::toJson(*parseElement(text)).dump(), Json::parse(text).dump());
+    EXPECT_EQ(object_store::toJson(*parseElement(text)).dump(), object_store::Json::parse(text).dump());
   }
 }
 

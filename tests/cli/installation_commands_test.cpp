@@ -14,7 +14,6 @@ namespace {
 using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 std::filesystem::path scriptFile() {
@@ -47,7 +46,7 @@ TEST_F(InstallationCommands, InstallGivesEverySettingItsDefaultAndUninstallTakes
   ok({"install"});
   EXPECT_EQ(ok({"registry", "export"}), once);
   ok({"settings", "set", "DeleteStoreOnUninstall", "1"});
-  EXPECT_THAT(ok({"uninstall", "-q"}), IsEmpty());
+  EXPECT_THAT(ok({"uninstall", "-q"}), testing::IsEmpty());
   EXPECT_EQ(qvn({"registry", "export", "--key", "Software\\Quorin Tools"}).exitCode, 1);
 }
 

@@ -13,7 +13,6 @@ namespace qvn::test {
 namespace {
 
 using cli::logTimeOf;
-using cli::tellsError;
 
 TEST(LogLines, AreOfAnErrorByTheirResultOrTheirWords) {
   const struct {
@@ -36,7 +35,7 @@ TEST(LogLines, AreOfAnErrorByTheirResultOrTheirWords) {
     for (const char* const header :
          {"Server                    ", "2026/11/26-10:00:00.000 Server                    ",
           "2026/11/26-10:00:00.000 pid=00ab tid=00cd Server                    "}) {
-      EXPECT_EQ(tellsError(std::string(header) + row.text), row.isError) << header << row.text;
+      EXPECT_EQ(cli::tellsError(std::string(header) + row.text), row.isError) << header << row.text;
     }
   }
 }

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-
 #include "library_settings.h"
 #include "shared/client/session.h"
 #include "support/fake_transport.h"

@@ -6,7 +6,6 @@ namespace qvn {
 namespace {
 
 namespace registry = platform::registry;
-using testing::HasSubstr;
 
 void apply(const std::string& script) {
   std::size_t line = 0;
@@ -88,7 +87,7 @@ TEST_F(RegistryScript, NamesTheFirstWrongLine) {
       parseRegistryScript(script);
       ADD_FAILURE() << "accepted: " << script;
     } catch (const RegistryScriptError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(message)) << script;
+      EXPECT_THAT(error.what(), testing::HasSubstr(message)) << script;
     }
   }
 }

@@ -17,7 +17,6 @@ namespace {
 
 namespace registry = platform::registry;
 using nlohmann::json;
-using testing::HasSubstr;
 
 TEST(Settings, DefaultsAreThoseOfWhoReadsThem) {
   registry::Key key;
@@ -52,7 +51,7 @@ TEST(Settings, ADamagedRegistryIsNamed) {
   std::ofstream(home / "registry.mdb") << std::string(100'000, 'x');
   const Result result = run({QVN_COMMAND, "settings", "list"}, "", {{"QVN_HOME", home.string()}});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, HasSubstr((home / "registry.mdb").string() + " is damaged"));
+  EXPECT_THAT(result.errors, testing::HasSubstr((home / "registry.mdb").string() + " is damaged"));
 }
 
 }  // namespace

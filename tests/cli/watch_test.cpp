@@ -1,8 +1,6 @@
 // What the watching verbs do while nothing comes.
 #include <gmock/gmock.h>
 
-#include <utility>
-
 #include "library_settings.h"
 #include "qvn/attributes.h"
 #include "qvn/transport/attribute_codec.h"

@@ -18,10 +18,7 @@
 namespace qvn {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::StartsWith;
 
 const char moduleAddress = 0;
 
@@ -95,7 +92,8 @@ TEST(Component, WantsEverythingOrNothingByDefault) {
     if (component.getMask() == 0xFFFFFFFF) wanting.push_back(component.getName());
     EXPECT_TRUE(component.getMask() == 0xFFFFFFFF || component.getMask() == 0) << component.getName();
   }
-  EXPECT_THAT(wanting, ElementsAre("Bidi", "ComClientBidi", "LegacyClient", "PortMonitorUI", "PrintMonitor"));
+  EXPECT_THAT(wanting,
+              testing::ElementsAre("Bidi", "ComClientBidi", "LegacyClient", "PortMonitorUI", "PrintMonitor"));
 }
 
 TEST_F(LoggingTest, WithoutTheLibrarysKeyOrOnceStoppedNothingIsWritten) {
@@ -115,8 +113,9 @@ TEST_F(LoggingTest, TheHeaderShowsWhatIsAskedFor) {
   set("Proc_Id_In_Header", 1);
   set("Thread_Id_In_Header", 1);
   logError(server, [] { return LogText() << "text"; });
-  EXPECT_THAT(contents(), MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2}-[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3} "
-                                       "pid=[0-9a-f]{4,} tid=[0-9a-f]{4,} Server {20}text\r\n"));
+  EXPECT_THAT(contents(),
+              testing::MatchesRegex("[0-9]{4}/[0-9]{2}/[0-9]{2}-[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3} "
+                                    "pid=[0-9a-f]{4,} tid=[0-9a-f]{4,} Server {20}text\r\n"));
 }
 
 TEST_F(LoggingTest, AScopeEnteredWhileUnwantedWritesNothingLater) {
@@ -158,7 +157,7 @@ TEST(BasicLogger, ComposesALineUnderTheFilesMutex) {
     }
   };
   Composing().log(log_component::server(), 1, "text");
-  EXPECT_THAT(test::contentOf(platform::nativePath("c:\\composed.log")), StartsWith("held "));
+  EXPECT_THAT(test::contentOf(platform::nativePath("c:\\composed.log")), testing::StartsWith("held "));
 }
 
 TEST_F(LoggingTest, TheColumnWidthAndTheFileCanBeChanged) {

@@ -17,7 +17,6 @@
 namespace qvn {
 namespace {
 
-using test::waitForOthersToRest;
 using testing::ElementsAre;
 
 struct Recorder : Observer {
@@ -115,7 +114,7 @@ class Held {
       operation();
       returned = true;
     });
-    waitForOthersToRest();
+    test::waitForOthersToRest();
     EXPECT_FALSE(returned);
     if (returned) std::_Exit(1);  // the update would go on in what is gone
     goOn_.set_value();

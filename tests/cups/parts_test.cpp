@@ -14,8 +14,6 @@
 namespace qvn::cups {
 namespace {
 
-using testing::HasSubstr;
-
 TEST(DeviceUri, NamesEveryPortName) {
   for (const char* name : {"LAB1", "IP_SIM0000001", "USB001", "front desk", "LPT1:", "a:b:c", "[x]", "50%",
                            "a/b?c#d@e", "\\\\host\\share", "M\xC3\xBCller", "\"'"}) {

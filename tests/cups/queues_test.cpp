@@ -12,8 +12,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::UnorderedElementsAre;
-
 TEST(CupsQueues, AreListedWithTheirPortsAndNamePrinters) {
   const std::filesystem::path home = std::getenv("QVN_HOME");
   ok({"transport", "add", "qvn_ipv4.so"});
@@ -32,8 +30,8 @@ TEST(CupsQueues, AreListedWithTheirPortsAndNamePrinters) {
   ASSERT_EQ(platform::localPrintQueues(queues), platform::kSuccess);
   std::vector<std::tuple<std::string, std::string, std::string>> listed;
   for (const auto& queue : queues) listed.emplace_back(queue.printerName, queue.shareName, queue.portName);
-  EXPECT_THAT(listed, UnorderedElementsAre(std::tuple("desk", "desk", "front desk"),
-                                           std::tuple("raw", "raw", "RAW1")));
+  EXPECT_THAT(listed, testing::UnorderedElementsAre(std::tuple("desk", "desk", "front desk"),
+                                                    std::tuple("raw", "raw", "RAW1")));
 
   ASSERT_EQ(QvnInitialize(), 0u);
   std::uint32_t handle = 0;

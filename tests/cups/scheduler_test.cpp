@@ -12,7 +12,6 @@ namespace qvn::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 class Cups : public PrintServer {
  protected:
@@ -108,7 +107,7 @@ TEST_F(Cups, ShowsTheAlertsOfThePrinterAsStatesOfTheQueue) {
   device().command("fault slow-print=0");
   print(file("a.prn", noise(2000000)));
   ASSERT_TRUE(queueSays("sending the job"));
-  EXPECT_THAT(queue(), Not(HasSubstr("media-empty")));
+  EXPECT_THAT(queue(), testing::Not(HasSubstr("media-empty")));
   device().command("status 1 16384");
   EXPECT_TRUE(queueSays("media-empty-error"));
   device().command("status 1 0");

@@ -17,8 +17,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::ElementsAre;
-
 class DeviceStoreTest : public LibraryTest {
  protected:
   PrinterStore& store = PrinterStore::getInstance();

@@ -1,14 +1,12 @@
 // Bytes of any length as an ESC command: what class it is, what answers it, and how it is put together.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <string>
 #include <vector>
 
 #include "fuzz/check.h"
 #include "scanner/esc/esc_command_factory.h"
 
 using qvn::Data;
-using qvn::EscCommand;
 
 namespace {
 

@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "common/exception.h"
 #include "common/logging/log_text.h"

@@ -16,7 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr mode_t kSafeDirectory = 0755;
 constexpr mode_t kSafeFile = 0644;
@@ -41,7 +40,7 @@ std::unique_ptr<Module> load(const std::string& name, ErrorCode expected) {
   if (expected == kSuccess) {
     EXPECT_THAT(detail, IsEmpty());
   } else {
-    EXPECT_THAT(detail, Not(IsEmpty())) << name;
+    EXPECT_THAT(detail, testing::Not(IsEmpty())) << name;
     EXPECT_EQ(lastError(), expected) << name;
   }
   return module;

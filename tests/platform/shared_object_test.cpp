@@ -20,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::Forked;
-using test::ManualClock;
 using test::Pipe;
 
 constexpr Access kEveryone{.everyone = true};
@@ -65,7 +64,7 @@ WaitResult acquireOnAnotherThread(NamedMutex& mutex, Milliseconds timeout) {
 // A wait that the clock ends, then one that `release` ends.
 template <typename Wait, typename Release>
 void expectTimedWaits(const Wait& wait, const Release& release) {
-  ManualClock manual;
+  test::ManualClock manual;
   WaitResult first = WaitResult::Failed;
   WaitResult second = WaitResult::Failed;
   std::thread waiter([&] {

@@ -11,8 +11,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::HasSubstr;
-
 std::size_t threads() {
   std::size_t count = 0;
   for ([[maybe_unused]] const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) ++count;
@@ -228,7 +226,7 @@ TEST_P(SaneBackend, LeavesTheScannerToOthersBetweenPages) {
   EXPECT_EQ(set(handle, "resolution", 75), SANE_STATUS_GOOD);
   ASSERT_EQ(start(handle), SANE_STATUS_GOOD);
   EXPECT_THAT(qvn({"scan", "-o", out("page.png")}).errors,
-              HasSubstr(family() == kBpd ? "another host may have it" : "busy with another host"));
+              testing::HasSubstr(family() == kBpd ? "another host may have it" : "busy with another host"));
   std::vector<SANE_Byte> page;
   EXPECT_EQ(readAll(handle, page), SANE_STATUS_EOF);
   ok({"scan", "--dpi", "75", "-o", out("page.png")});

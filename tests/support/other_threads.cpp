@@ -1,7 +1,5 @@
 #include "support/other_threads.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <string>

@@ -16,9 +16,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
-
 constexpr char kKey[] = "Kit\\Devices\\";
 
 class KitTest : public LibraryTest {
@@ -82,7 +79,7 @@ TEST_F(KitTest, ALineIsWrittenAsTheLibrarysAre) {
   EXPECT_FALSE(isTransportLogged("KitTransport", log_level::kDetail));
   transportLog("KitTransport", log_level::kDetail, "detail");
   transportLog(nullptr, log_level::kError, "no name");
-  EXPECT_THAT(logged(), Not(HasSubstr("detail")));
+  EXPECT_THAT(logged(), testing::Not(testing::HasSubstr("detail")));
 }
 
 TEST_F(KitTest, AnAdministratorTurnsAComponentOn) {

@@ -21,7 +21,6 @@ namespace fs = std::filesystem;
 using test::contentOf;
 using test::Forked;
 using test::inOwnProcess;
-using test::Pipe;
 using testing::HasSubstr;
 
 int numberOf(const Key& key, std::string_view name) {
@@ -119,7 +118,7 @@ TEST_F(RegistryStoreTest, AReaderThatWasKilledDoesNotKeepTheStoreFromShrinking) 
     Key key;
     ASSERT_EQ(make("Readers", key), kSuccess);
     ASSERT_EQ(setString(key, "value", std::string(100'000, 'a')), kSuccess);
-    Pipe reading;
+    test::Pipe reading;
     Forked reader([&] {
       return static_cast<int>(readValue(key, "value", [&](ValueType, std::string_view) {
         reading.tell(1);

@@ -4,15 +4,12 @@
 
 #include "api/exported_call.h"
 #include "device/store/printer_store.h"
-#include "npa/job_commands.h"
 #include "printer/printer_fixture.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 
 namespace qvn::test {
 namespace {
-
-using testing::IsEmpty;
 
 std::function<void(std::uint32_t id)> duringNotification;
 void onNotification(std::uint32_t, std::uint32_t, std::uint32_t id, const std::uint8_t*, std::uint32_t,

@@ -10,7 +10,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -82,7 +81,7 @@ TEST_F(PrintJobTaskTest, TheSummaryReachesAttributesAndTransport) {
   EXPECT_EQ(AttributeCodec::getByteArray(printer->getAttributes(), attribute::kNpaRevisionLevel, revisions, 3,
                                          length),
             0u);
-  EXPECT_THAT(revisions, ElementsAre(7, 8, 9));
+  EXPECT_THAT(revisions, testing::ElementsAre(7, 8, 9));
 
   summary.getBuffer()[3] = 0x80;
   EXPECT_EQ(DcSummaryTask(*printer, connection).execute(), 22u) << "rejected";

@@ -10,8 +10,6 @@
 namespace qvn::test {
 namespace {
 
-using testing::ElementsAre;
-
 TEST(ScanBlockTags, StandWithinTheFirst32Bytes) {
   using Kind = ScanBlock::Kind;
   const std::string filler(29, ' ');
@@ -86,7 +84,7 @@ TEST_F(BpdScannerTest, InsideACallbackTheEndOfAJobIsRefused) {
     EXPECT_EQ(guardedCall([this] { return scanner->doEndJob(1); }), 170u);
   };
   deliver("<Ring>");
-  EXPECT_THAT(ReceivedBpdData::take(), ElementsAre("1/0/2000: Ring"));
+  EXPECT_THAT(ReceivedBpdData::take(), testing::ElementsAre("1/0/2000: Ring"));
 }
 
 }  // namespace

@@ -13,7 +13,6 @@ namespace qvn::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST_F(CpdScannerTest, TellsObserversOfItsStateAndOfACloseThatFailedAllTheSame) {
   struct : Observer {
@@ -49,7 +48,8 @@ TEST_F(CpdScannerTest, DataThatComesWhileTheScanIsBeingStartedIsNotLost) {
       fake.deliver(status(0));
     });
     waitForOthersToRest();
-    EXPECT_THAT(ReceivedScanData::take(), IsEmpty()) << "whose it is shows when the command has gone out";
+    EXPECT_THAT(ReceivedScanData::take(), testing::IsEmpty())
+        << "whose it is shows when the command has gone out";
     data.setRc(0);
     data.setCount(data.getLength());
   };
