@@ -232,6 +232,19 @@ TEST_F(HostilePeer, IsNotMissedWhenItEndsTheConnection) {
   EXPECT_EQ(*result, (ExchangeResult{1225, 1225}));
 }
 
+TEST_F(HostilePeer, MayEndTheConnectionWithEveryReply) {
+  const OpenConnection bidi(*module, attributes(), "bidi");
+  for (int i = 0; i < 50; ++i) {
+    std::thread answering([&] {
+      Stream peer = listener.accept();
+      peer.receivePacket();
+      peer.send(hex(kUnlocked));
+    });
+    EXPECT_EQ(ask(bidi, kUnlock), kReplied) << i;
+    answering.join();
+  }
+}
+
 TEST_F(HostilePeer, CannotAnswerBeforeItIsAsked) {
   const OpenConnection bidi(*module, attributes(), "bidi");
   Stream peer = listener.accept();
