@@ -248,9 +248,9 @@ void Session::waitUntilReadable(Clock::time_point deadline, bool partial) {
   if (entries[1].revents != 0) interrupted_.take();
 }
 
-void Session::beginDeliveryLocked(Exchange* answered) {
-  delivering_ = answered;
-  if (answered != nullptr) answered->stage_ = Exchange::Stage::Delivering;
+void Session::beginDeliveryLocked(Exchange& answered) {
+  delivering_ = &answered;
+  answered.stage_ = Exchange::Stage::Delivering;
 }
 
 void Session::endDelivery() {

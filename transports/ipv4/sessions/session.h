@@ -127,7 +127,7 @@ class Session {
     }
     return nullptr;
   }
-  void beginDeliveryLocked(Exchange* answered);
+  void beginDeliveryLocked(Exchange& answered);
   void endDelivery();
 
   // The request that is about to be sent; empty when there is none.

@@ -42,21 +42,22 @@ class StreamSession : public Session {
   Progress deliverNext(bool onlyReplies) final {
     if (!next_) next_ = stream_.next();
     if (!next_) return Progress::None;
+    Exchange* answered = nullptr;
     DeviceReference device;
     {
       const std::lock_guard<std::mutex> lock(mutex_);
-      Exchange* const answered = waitingLocked([this](Bytes key) { return isReply(*next_, key); });
+      answered = waitingLocked([this](Bytes key) { return isReply(*next_, key); });
       if (!isForDeviceLocked(*next_, answered != nullptr)) {
         next_.reset();
         return Progress::Made;
       }
       if (answered == nullptr && onlyReplies) return Progress::Left;
-      beginDeliveryLocked(answered);
+      if (answered != nullptr) beginDeliveryLocked(*answered);
       device = device_;
     }
     deliver(*next_, device);
     next_.reset();
-    endDelivery();
+    if (answered != nullptr) endDelivery();
     return Progress::Made;
   }
 
