@@ -29,8 +29,8 @@ std::string makeJob(const std::filesystem::path& directory) {
 }
 
 void run(const char* file) {
-  if (!test::Scheduler::isInstalled() || !std::filesystem::exists(kSocketBackend)) {
-    throw std::runtime_error("the scheduler or its socket backend is not installed (package cups)");
+  if (!std::filesystem::exists(kSocketBackend)) {
+    throw std::runtime_error("the scheduler's socket backend is not installed (package cups)");
   }
   test::SimulatorProcess device(
       {"--family", "BpdPrinter", "--plain", "--discard", "--events", "--quit-on-eof"});

@@ -7,14 +7,14 @@ packages=(
   liblmdb-dev libcli11-dev nlohmann-json3-dev
   libcups2-dev libavahi-client-dev libpng-dev libtiff-dev libsane-dev
   libexpat1-dev libxml2-dev
-  libgtest-dev libgmock-dev libbenchmark-dev python3
+  libgtest-dev libgmock-dev libbenchmark-dev libssl-dev python3
 )
 # What the tests print through, print to and are found by.
 programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-utils iproute2)
 case "${1:-build}" in
   build) ;;
   test) packages+=("${programs[@]}") ;;
-  bench) packages+=("${programs[@]}" cups libssl-dev) ;;
+  bench) packages+=("${programs[@]}" cups) ;;
   pictures) packages=(graphviz) ;;
   package) packages+=(dpkg-dev file debootstrap) ;;
   check) packages+=("${programs[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
