@@ -14,7 +14,6 @@ rm -f "$build/bench.json"
   "$build/bench/qvn_bench_spooler" "$build/bench.json"
   "$build/bench/qvn_bench_scan_command" "$build/bench.json"
   "$build/bench/qvn_bench_startup" "$build/bench.json"
-  "$build/bench/qvn_bench_growth" "$build/bench.json"
 } | tee "$build/bench.txt"
 echo
 "${0%/*}/bench_chart.py" "$build/bench.json"

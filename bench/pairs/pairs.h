@@ -44,7 +44,4 @@ void measureDiscovery(const Installation& installation, RatioTable& table);
 // Calls that touch no device, among many stored printers.
 void measureCalls(const Installation& installation, RatioTable& table);
 
-// Message documents and what they are made of; no device and no exported function.
-void measureCodec(RatioTable& table);
-
 }  // namespace qvn::bench

@@ -40,7 +40,6 @@ void run(const char* file, const std::set<std::string>& families) {
   if (isChosen("discovery")) measureDiscovery(installation, table);
   if (isChosen("enumerate")) measureEnumeration(installation, table);
   if (isChosen("call")) measureCalls(installation, table);
-  if (isChosen("codec")) measureCodec(table);
   table.print();
   table.appendTo(file);
 }
@@ -49,9 +48,8 @@ void run(const char* file, const std::set<std::string>& families) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs(
-        "usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call|codec]...\n",
-        stderr);
+    std::fputs("usage: qvn_bench_pairs FILE [print|exchange|alert|scan|hid|discovery|enumerate|call]...\n",
+               stderr);
     return 2;
   }
   try {

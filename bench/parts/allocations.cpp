@@ -1,4 +1,4 @@
-#include "allocations.h"
+#include "parts/allocations.h"
 
 #include <cstdlib>
 #include <new>
@@ -24,6 +24,11 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 
 namespace qvn::bench {
 
-std::uint64_t allocationsOfThisThread() { return allocations; }
+AllocationCounter::AllocationCounter(benchmark::State& state) : state_(state), before_(allocations) {}
+
+AllocationCounter::~AllocationCounter() {
+  state_.counters["allocations"] =
+      benchmark::Counter(static_cast<double>(allocations - before_), benchmark::Counter::kAvgIterations);
+}
 
 }  // namespace qvn::bench
