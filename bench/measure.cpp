@@ -8,25 +8,72 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace qvn::bench {
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  const std::size_t middle = values.size() / 2;
-  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+namespace {
+
+constexpr std::size_t kLeastRounds = 11;
+constexpr std::size_t kMostRounds = 2001;
+constexpr std::size_t kLeastSlowRounds = 3;
+constexpr Seconds kPatience = 15;
+
+// The values of one row over the rounds so far, in ascending order.
+using Sorted = std::vector<double>;
+
+void add(std::vector<Sorted>& rows, const std::vector<double>& ratios) {
+  rows.resize(ratios.size());
+  for (std::size_t i = 0; i < ratios.size(); ++i) {
+    rows[i].insert(std::upper_bound(rows[i].begin(), rows[i].end(), ratios[i]), ratios[i]);
+  }
 }
 
-double medianRatio(int rounds, const Measured& a, const Measured& b) {
-  // Both once before it counts: files are opened, memory is faulted in.
-  a();
-  b();
-  std::vector<double> ratios;
-  for (int round = 0; round < rounds; ++round) {
-    const Seconds first = a();
-    ratios.push_back(first / b());
+}  // namespace
+
+Turns::Turns(std::vector<Measured> sides) : sides_(std::move(sides)) {
+  for (const Measured& side : sides_) side();
+}
+
+std::vector<double> Turns::measure(int rounds) {
+  std::vector<Sorted> rows;
+  for (int i = 0; i < rounds; ++i) add(rows, round());
+  std::vector<double> medians;
+  for (const Sorted& row : rows) medians.push_back(Ratio(row).median);
+  return medians;
+}
+
+std::vector<double> Turns::round() {
+  isForward_ = !isForward_;
+  std::vector<Seconds> times(sides_.size());
+  for (std::size_t turn = 0; turn < sides_.size(); ++turn) {
+    const std::size_t side = isForward_ ? turn : sides_.size() - 1 - turn;
+    times[side] = sides_[side]();
   }
-  return median(ratios);
+  std::vector<double> ratios;
+  for (std::size_t other = 1; other < times.size(); ++other) ratios.push_back(times[0] / times[other]);
+  return ratios;
+}
+
+std::vector<Ratio> untilStable(const std::function<std::vector<double>()>& round) {
+  std::vector<Sorted> rows;
+  Seconds taken = 0;
+  for (std::size_t rounds = 1;; ++rounds) {
+    taken += timeOf([&] { add(rows, round()); });
+    std::vector<Ratio> ratios;
+    for (const Sorted& row : rows) ratios.emplace_back(row);
+    const bool isStable =
+        std::all_of(ratios.begin(), ratios.end(), [](const Ratio& ratio) { return ratio.isStable(); });
+    if ((isStable && rounds >= kLeastRounds) || rounds == kMostRounds ||
+        (taken > kPatience && rounds >= kLeastSlowRounds)) {
+      return ratios;
+    }
+  }
+}
+
+Ratio medianRatio(const Measured& a, const Measured& b) {
+  Turns turns({a, b});
+  return untilStable([&] { return turns.measure(1); }).front();
 }
 
 std::uint64_t nanosecondsNow() {

@@ -1,10 +1,13 @@
-// How the pairs are measured: in turn, A B A B ..., so that both meet the same weather of a shared machine.
+// How the pairs are measured: in turn, A B, B A, A B ..., so that both meet the same weather of a shared
+// machine, and as often as it takes until the median can be trusted.
 #pragma once
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <vector>
+
+#include "ratio.h"
 
 namespace qvn::bench {
 
@@ -13,10 +16,29 @@ using Seconds = double;
 // Runs something once and gives the time that counts.
 using Measured = std::function<Seconds()>;
 
-double median(std::vector<double> values);
+// Two or more sides that are measured in turn.
+class Turns {
+ public:
+  // Runs each once before it counts: files are opened, memory is faulted in.
+  explicit Turns(std::vector<Measured> sides);
 
-// The median over `rounds` of (time of a) / (time of b), each round running first one, then the other.
-double medianRatio(int rounds, const Measured& a, const Measured& b);
+  // (time of the first side) / (time of each other one): the medians over so many rounds.
+  std::vector<double> measure(int rounds);
+
+ private:
+  std::vector<double> round();
+
+  std::vector<Measured> sides_;
+  bool isForward_ = false;
+};
+
+// Repeats a round, which gives a ratio for each of the rows that are measured together, until all of them are
+// stable; at least 11 times and at most 2001 times. After 15 s it ends with what there is, three rounds at
+// least.
+std::vector<Ratio> untilStable(const std::function<std::vector<double>()>& round);
+
+// (time of a) / (time of b) in rounds of both, until it is stable.
+Ratio medianRatio(const Measured& a, const Measured& b);
 
 template <typename Action>
 Seconds timeOf(Action&& action) {

@@ -2,6 +2,7 @@
 // tags, and what its watchdog costs while nothing happens. It stands on the library's inner parts, as no
 // exported function exchanges a document. Prints the rows and adds them to the file that the argument names.
 #include <unistd.h>
+#include <array>
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,7 @@
 
 #include "bidi/object_store/received_message.h"
 #include "bidi/object_store/store_messages.h"
+#include "exchange_rows.h"
 #include "installation.h"
 #include "measure.h"
 #include "peers/byte_sink.h"
@@ -133,61 +135,49 @@ class BareReceiver {
 };
 
 void measurePage(std::uint32_t client, const ObjectSource& source, RatioTable& table) {
-  constexpr int kRounds = 11;
   const OpenScanner scanner(client, kScanner);
   BareReceiver bare(source.port());
   table.atLeast("scan: throughput of a host-send page of 418 MB / bare recv loop that finds the same tags",
-                medianRatio(
-                    kRounds, [&] { return timeOf([&] { bare.scan(); }); },
-                    [&] {
-                      const Seconds taken = timeOf([&] {
-                        scanner.start();
-                        job.wait(ObjectSource::kPageSize);
-                      });
-                      scanner.end();
-                      return taken;
-                    }),
-                0.8);
+                "the scanner's motor never waits for the library", 0.8,
+                medianRatio([&] { return timeOf([&] { bare.scan(); }); },
+                            [&] {
+                              const Seconds taken = timeOf([&] {
+                                scanner.start();
+                                job.wait(ObjectSource::kPageSize);
+                              });
+                              scanner.end();
+                              return taken;
+                            }));
 }
 
-// One document and its reply, on a thread that is made and joined for it, written and read as the library
-// does.
+// One document and its reply, written and read as the library does.
 void bareExchange(const PlainSocket& socket) {
   const StoreMessage message = addObserver("system", "systemUpdate", "Observer_System");
-  std::string reply;
-  std::thread worker([&] {
-    const std::string block = ObjectSource::block(message.document);
-    socket.writeAll(reinterpret_cast<const std::uint8_t*>(block.data()), block.size());
-    std::array<std::uint8_t, 1024> buffer;
-    const std::size_t count = socket.read(buffer.data(), buffer.size());
-    reply.assign(reinterpret_cast<const char*>(buffer.data()) + ObjectSource::kHeader,
-                 count - ObjectSource::kHeader);
-  });
-  worker.join();
-  if (classifyMessage(reply).requestId != message.requestId) throw std::runtime_error("no reply");
+  const std::string block = ObjectSource::block(message.document);
+  socket.writeAll(reinterpret_cast<const std::uint8_t*>(block.data()), block.size());
+  std::array<std::uint8_t, 1024> buffer;
+  const std::size_t count = socket.read(buffer.data(), buffer.size());
+  const std::string_view reply(reinterpret_cast<const char*>(buffer.data()), count);
+  if (classifyMessage(reply.substr(ObjectSource::kHeader)).requestId != message.requestId) {
+    throw std::runtime_error("no reply");
+  }
 }
 
 void measureExchange(const ObjectSource& source, RatioTable& table) {
-  // Where the system puts a connection's thread decides much, and stays so: many connections.
-  constexpr int kConnections = 9;
-  constexpr int kRounds = 5;
-  constexpr std::uint32_t kExchangesPerRound = 100;
-  const PlainSocket socket(source.port());
-  std::vector<double> ratios;
-  for (int connection = 0; connection < kConnections; ++connection) {
+  addExchangeRows(table, "object store", "bare ping-pong and codec", "starting a job at a Bpd scanner", [&] {
+    const PlainSocket socket(source.port());
     BpdScanner scanner;
     scanner.setAttributes(Installation::bpdScannerText(kScanner, source.port()));
     require(scanner.doOpen(), "opening the scanner");
-    const auto exchange = [&] {
-      require(scanner.objectStore().exchange(addObserver("system", "systemUpdate", "Observer_System")),
-              "the exchange");
-    };
-    ratios.push_back(medianRatio(
-        kRounds, [&] { return timeOf(kExchangesPerRound, exchange); },
-        [&] { return timeOf(kExchangesPerRound, [&] { bareExchange(socket); }); }));
+    std::vector<double> ratios = exchangeRatios(
+        [&] {
+          require(scanner.objectStore().exchange(addObserver("system", "systemUpdate", "Observer_System")),
+                  "the exchange");
+        },
+        [&] { bareExchange(socket); });
     require(scanner.doClose(), "closing the scanner");
-  }
-  table.atMost("exchange: object store / bare ping-pong, one thread and the codec", median(ratios), 1.25);
+    return ratios;
+  });
 }
 
 // How often the other threads of the process have given up the processor by themselves: each time they slept.
@@ -213,7 +203,7 @@ void measureWatchdog(std::uint32_t client, RatioTable& table) {
   const std::uint64_t before = sleepsOfOthers();
   std::this_thread::sleep_for(std::chrono::seconds(3));
   table.atMost("watchdog: wake-ups of all threads in 3 s of a job that is silent",
-               static_cast<double>(sleepsOfOthers() - before), 0);
+               "a laptop that waits for a scanner sleeps", 0, static_cast<double>(sleepsOfOthers() - before));
   scanner.end();
 }
 

@@ -8,7 +8,7 @@ import sys
 HALF = 12  # columns from 0 to the bound; a bar ends at twice the bound
 
 with open(sys.argv[1], encoding="utf-8") as file:
-    rows = json.load(file)
+    rows = json.load(file)["rows"]
 for row in rows:
     kind = "at_least" if "at_least" in row else "at_most"
     bound, ratio = row[kind], row["ratio"]

@@ -21,8 +21,7 @@ void sendAlert(int connection) {
   auto alert = kAlert;
   const std::uint64_t now = nanosecondsNow();
   std::memcpy(alert.data() + kTimeOffset, &now, sizeof now);
-  if (send(connection, alert.data(), alert.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(alert.size()))
-    _exit(1);
+  sendAll(connection, alert.data(), alert.size());
 }
 
 // Every packet is acknowledged as it came; no request of a registration is longer than one read.
@@ -36,8 +35,10 @@ bool acknowledge(int connection) {
 
 void serve(int listener, int control) {
   const auto raise = [control](const std::vector<int>& connections) {
-    std::uint8_t connection = 0;
-    if (read(control, &connection, 1) != 1 || connection >= connections.size()) return false;
+    std::uint32_t connection = 0;
+    if (read(control, &connection, sizeof connection) != sizeof connection ||
+        connection >= connections.size())
+      return false;
     sendAlert(connections[connection]);
     return true;
   };
@@ -48,7 +49,7 @@ void serve(int listener, int control) {
 
 AlertSource::AlertSource() : peer_(serve) {}
 
-void AlertSource::raise(std::uint8_t connection) { peer_.tell(connection); }
+void AlertSource::raise(std::uint32_t connection) { peer_.tell(connection); }
 
 std::uint64_t AlertSource::sentAt(std::span<const std::uint8_t> alert) {
   std::uint64_t time = 0;

@@ -16,7 +16,7 @@ class AlertSource {
   std::uint16_t port() const { return peer_.port(); }
 
   // Sends an alert to the connection that was made as the nth, from 0 on.
-  void raise(std::uint8_t connection);
+  void raise(std::uint32_t connection);
 
   // The length of its alerts, and the nanoseconds of the monotonic clock at which one was sent.
   static constexpr std::size_t kAlertSize = 19;

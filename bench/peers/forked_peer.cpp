@@ -65,7 +65,9 @@ void serveConnections(int listener, int control,
       continue;
     }
     for (std::size_t i = 2; i < entries.size(); ++i) {
-      if (entries[i].revents != 0 && !onConnection(entries[i].fd)) entries[i].fd = -1;
+      if (entries[i].revents == 0 || onConnection(entries[i].fd)) continue;
+      close(entries[i].fd);
+      entries[i].fd = connections[i - 2] = -1;
     }
     if (entries[0].revents != 0 && !onControl(connections)) return;
   }

@@ -39,8 +39,8 @@ class ForkedPeer {
 };
 
 // Serves every connection of the listener, in the order in which they were made, and the control: `onControl`
-// gets the connections and returns false when it is over, `onConnection` one that has something to read and
-// returns false when that one is.
+// gets the connections, -1 for those that are over, and returns false when all is; `onConnection` gets one
+// that has something to read and returns false when that one is over.
 void serveConnections(int listener, int control,
                       const std::function<bool(const std::vector<int>&)>& onControl,
                       const std::function<bool(int)>& onConnection);
