@@ -1,5 +1,6 @@
 // What the library costs a program that starts, many that run, and one that does nothing, all seen from
 // outside. Prints the rows and adds them to the file that the argument names.
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -16,8 +17,6 @@ constexpr std::uint32_t kFirst = 1000;
 constexpr std::uint32_t kStored = 10000;
 constexpr std::size_t kTextSize = 512;
 
-constexpr int kStartRounds = 101;
-constexpr int kReadRounds = 9;
 constexpr int kMemoryRounds = 11;
 
 // As long as each other: a bare read is so much shorter.
@@ -58,11 +57,16 @@ Seconds callsOf(const Command& command, int processes) {
   });
 }
 
+double medianOf(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return Ratio(values).median;
+}
+
 // A stored read with that many processes reading all the time, against one with a single process. What
 // processes wait for a processor is no cost of the library: 16 of them on 2 processors take 8 times as long
 // whatever they do. So either side's unit is the bare read, which takes no lock, with as many processes
 // reading; what remains is what the library's locks between processes make them wait, idle or spinning.
-double slowdown(const Installation& installation, int processes) {
+Ratio slowdown(const Installation& installation, int processes) {
   std::vector<double> waits;
   std::vector<double> waitsAlone;
   const auto inBareReads = [&](int readers, std::vector<double>& noted) {
@@ -70,12 +74,12 @@ double slowdown(const Installation& installation, int processes) {
     noted.push_back(all / kCalls);
     return all / callsOf(bare(installation, kBareCalls), readers);
   };
-  const double ratio = medianRatio(
-      kReadRounds, [&] { return inBareReads(processes, waits); }, [&] { return inBareReads(1, waitsAlone); });
+  const Ratio ratio =
+      medianRatio([&] { return inBareReads(processes, waits); }, [&] { return inBareReads(1, waitsAlone); });
   std::fprintf(stderr,
                "processes: a read takes %.2f us with %d reading, %.2f us with one; without the wait for "
                "processors %.2f times as long\n",
-               median(waits) * 1e6, processes, median(waitsAlone) * 1e6, ratio);
+               medianOf(waits) * 1e6, processes, medianOf(waitsAlone) * 1e6, ratio.median);
   return ratio;
 }
 
@@ -88,7 +92,7 @@ double memoryOf(const Command& command, const std::string& figure) {
     programs.awaitAll();
     sizes.push_back(programs.memoryOfFirst(figure));
   }
-  return median(sizes);
+  return medianOf(sizes);
 }
 
 double memoryAdded(const std::string& figure) {
@@ -99,19 +103,18 @@ void run(const char* file) {
   const Installation installation;
   installation.storePrinters(kFirst, kStored, kTextSize);
   RatioTable table;
-  // How soon a tool that is started for one question answers it.
   table.atMost(
       "start: from exec to the first stored read, 10,000 devices / bare program",
-      medianRatio(
-          kStartRounds, [&] { return startOf(client(0)); }, [&] { return startOf(bare(installation, 0)); }),
-      3);
-  // Many processes of a print server ask at the same time without slowing each other down.
+      "a tool that is started for one question answers it at once", 3,
+      medianRatio([&] { return startOf(client(0)); }, [&] { return startOf(bare(installation, 0)); }));
   slowdown(installation, kFew);
   table.atMost("processes: one stored read with 16 processes reading / with one, per call",
-               slowdown(installation, kMany), 2.5);
-  // How many clients fit into a machine. What each has written for itself alone; clean pages are those of
-  // files, the modules and the registry, which are in memory once however many clients map them.
-  table.atMost("memory: what QR__serv adds to an idle client, KiB", memoryAdded("Private_Dirty"), 105);
+               "the many processes of a print server do not slow each other down", 2.5,
+               slowdown(installation, kMany));
+  // What each has written for itself alone: clean pages are those of files, the modules and the registry,
+  // which are in memory once however many clients map them.
+  table.atMost("memory: what QR__serv adds to an idle client, KiB",
+               "a machine has room for thousands of clients", 105, memoryAdded("Private_Dirty"));
   std::fprintf(stderr, "memory: with the files' pages that it maps, %.0f KiB\n", memoryAdded("Rss"));
   table.print();
   table.appendTo(file);
