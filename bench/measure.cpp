@@ -91,6 +91,11 @@ double peakMemory() {
   throw std::runtime_error("/proc/self/status does not tell the peak memory");
 }
 
+void forgetPeakMemory() {
+  std::ofstream references("/proc/self/clear_refs");
+  if (!(references << 5 << std::flush)) throw std::runtime_error("/proc/self/clear_refs cannot be written");
+}
+
 void require(std::uint32_t result, const char* operation) {
   if (result != 0) throw std::runtime_error(std::string(operation) + " gave " + std::to_string(result));
 }

@@ -58,8 +58,9 @@ Seconds timeOf(std::uint32_t runs, Action&& action) {
 // The time in nanoseconds, of the clock that all processes share and that never goes back.
 std::uint64_t nanosecondsNow();
 
-// The most memory that the process has had in use, in KiB.
+// The most memory that the process has had in use, in KiB, since it began or last forgot.
 double peakMemory();
+void forgetPeakMemory();
 
 // The main function of a program of measurements that takes the file of results as its only argument.
 int benchMain(int argc, char** argv, void (*run)(const char* file));

@@ -14,7 +14,7 @@ programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-uti
 case "${1:-build}" in
   build) ;;
   test) packages+=("${programs[@]}") ;;
-  bench) packages+=("${programs[@]}" cups) ;;
+  bench) packages+=("${programs[@]}" cups python3-matplotlib) ;;
   pictures) packages=(graphviz) ;;
   package) packages+=(dpkg-dev file debootstrap) ;;
   check) packages+=("${programs[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;

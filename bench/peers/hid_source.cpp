@@ -17,13 +17,13 @@ struct Order {
   std::uint32_t reports;
 };
 
-bool sendReport(int connection, std::uint32_t number) {
+void sendReport(int connection, std::uint32_t number) {
   std::array<std::uint8_t, HidSource::kFrameHeader + HidSource::kReportSize> frame = {
       1, HidSource::kReportSize, 0};
   const std::uint64_t now = nanosecondsNow();
   std::memcpy(frame.data() + HidSource::kFrameHeader, &number, sizeof number);
   std::memcpy(frame.data() + HidSource::kFrameHeader + sizeof number, &now, sizeof now);
-  return send(connection, frame.data(), frame.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(frame.size());
+  sendAll(connection, frame.data(), frame.size());
 }
 
 void serve(int listener, int control) {
@@ -33,11 +33,14 @@ void serve(int listener, int control) {
       return false;
     }
     for (std::uint32_t number = 0; number < order.reports; ++number) {
-      if (!sendReport(connections[order.connection], number)) return false;
+      sendReport(connections[order.connection], number);
     }
     return true;
   };
-  serveConnections(listener, control, carryOut, [](int) { return false; });
+  serveConnections(listener, control, carryOut, [](int connection) {
+    std::uint8_t unused[256];
+    return recv(connection, unused, sizeof unused, 0) > 0;
+  });
 }
 
 }  // namespace
