@@ -8,7 +8,7 @@ namespace qvn::bench {
 
 struct Ratio {
   // Of what is counted, not timed: it is what it is.
-  Ratio(double counted) : median(counted) {}  // NOLINT(google-explicit-constructor)
+  Ratio(double counted) : median(counted) {}
   // The median of what the rounds gave, in ascending order, at least one. Its interval is that of the order
   // statistics: in 95 of 100 measurements the true median lies between these two of the rounds. Fewer than
   // six rounds hold no such interval; then it goes from the least to the greatest.
