@@ -93,8 +93,8 @@ std::uint32_t Session::await(Exchange& exchange, std::uint32_t& replyCode) {
   std::unique_lock<std::mutex> lock(mutex_);
   const auto deadline = Clock::now() + milliseconds(timeouts_.reply);
   while (exchange.stage_ != Stage::Over && !endIsTold_) {
-    if (exchange.reads_ && endedBy_ != 0)
-      releaseLocked(exchange, false);  // for the session's thread to tell it
+    // The session's thread tells the end.
+    if (exchange.reads_ && endedBy_ != 0) releaseLocked(exchange, false);
     if (exchange.stage_ == Stage::Delivering) {
       changed_.wait(lock);  // a delivery takes as long as it takes
     } else if (Clock::now() >= deadline) {
