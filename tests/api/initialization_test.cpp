@@ -9,6 +9,7 @@
 #include "device/store/hid_store.h"
 #include "device/store/printer_store.h"
 #include "device/store/scanner_store.h"
+#include "platform/threads/thread.h"
 #include "support/library_fixture.h"
 #include "support/manual_clock.h"
 #include "support/other_threads.h"
@@ -37,6 +38,24 @@ TEST(ClientIds, StartAtTheTickCountAndRiseByOneWithoutZero) {
     EXPECT_EQ(QvnGetClientId(&id), 0u);
     EXPECT_EQ(id, expected);
   }
+}
+
+TEST(Initialization, KeepsNoThreadBeyondItsEnd) {
+  static std::atomic<int> ends{0};
+  struct Ended {
+    ~Ended() { ++ends; }
+    std::uint32_t code = 0;
+  };
+  ASSERT_EQ(QvnInitialize(), 0u);
+  platform::ErrorCode error = platform::kSuccess;
+  const auto touch = [] {
+    static thread_local const Ended ended;
+    return ended.code;
+  };
+  platform::ThreadHandle::start(touch, 0, error).reset();
+  EXPECT_EQ(ends, 0) << "it waits for the next task";
+  EXPECT_EQ(QvnUninitialize(), 0u);
+  EXPECT_EQ(ends, 1);
 }
 
 TEST(ClientIds, AreEachGivenOnce) {

@@ -101,6 +101,8 @@ TEST_F(LoggingTest, WithoutTheLibrarysKeyOrOnceStoppedNothingIsWritten) {
   for (const auto& silence : cases) {
     settings.create();
     test::inOwnProcess([&] {
+      // From the second time on it is known.
+      for (int i = 0; i < 2; ++i) EXPECT_TRUE(BasicLogger::isEnabled(server, log_level::kError));
       silence();
       logError(server, [] { return LogText() << "lost"; });
       EXPECT_THAT(contents(), IsEmpty());

@@ -12,6 +12,7 @@
 #include <set>
 #include <vector>
 
+#include "platform/process/module.h"
 #include "support/manual_clock.h"
 #include "support/other_threads.h"
 
@@ -128,8 +129,9 @@ TEST_F(KeptThread, IsAsGoodAsNew) {
   }
   EXPECT_EQ(ids.size(), 1U) << "one after the other";
   EXPECT_EQ(ends, 0);
-  keepThreads(false);
-  EXPECT_EQ(ends, 1) << "what it had of its own has ended with it";
+  ErrorCode error = kSuccess;
+  Module::load("libm.so.6", error, nullptr).reset();
+  EXPECT_EQ(ends, 1) << "what it had of its own could have been the module's";
 }
 
 TEST_F(KeptThread, IsOneOfFewAndHasItsUsualPriority) {

@@ -257,7 +257,7 @@ TEST_F(ObjectStore, EndsAllExchangesWithTheirConnection) {
     if (c.by == By::WrongHeader) bidi->peer->send(hex("42 4B 07 00 00 00 00 00") + block(reply(1)));
     if (c.by == By::Close) (*bidi)->close();
     for (auto& result : results) EXPECT_EQ(result.get(), (ExchangeResult{c.code, c.code}));
-    EXPECT_EQ(scanner.waitFor(c.deliveries.size()), c.deliveries);
+    EXPECT_EQ(scanner.deliveries(), c.deliveries) << "told before the exchanges fail";
     EXPECT_TRUE(c.by != By::WrongHeader || bidi->peer->isEnded());
     if (c.by == By::Close) continue;
     // What is sent next goes to a new connection.
