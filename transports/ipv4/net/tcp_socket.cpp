@@ -25,8 +25,9 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr char kLogComponent[] = "Ip1Transport";
 
-// What one call of the system takes. A larger one is cut off wherever the limit of what may be unsent is met, and
-// woken for the rest of it in smaller and smaller pieces; and the device hears of its beginning only then.
+// What one call of the system takes. A larger one is cut off wherever the limit of what may be unsent is met,
+// and woken for the rest of it in smaller and smaller pieces; and the device hears of its beginning only
+// then.
 constexpr std::size_t kPiece = std::size_t{64} << 10;
 
 // Waits for the events until the deadline: 0, 1460 or the code of a failed wait.
