@@ -51,21 +51,21 @@ class NativeThread final : public ThreadHandle {
 
   WaitResult wait(Milliseconds timeout) override {
     const auto hasEnded = [this] { return run_->ended.load(); };
-    std::unique_lock lock(run_->mutex);
-    if (timeout != kInfinite) {
-      const bool ended = clock().wait(lock, run_->changed, timeout, hasEnded);
-      return ended ? WaitResult::Signalled : WaitResult::TimedOut;
+    {
+      std::unique_lock lock(run_->mutex);
+      if (timeout != kInfinite) {
+        const bool ended = clock().wait(lock, run_->changed, timeout, hasEnded);
+        return ended ? WaitResult::Signalled : WaitResult::TimedOut;
+      }
+      if (isOwnThread()) return WaitResult::TimedOut;  // it would never return
     }
-    if (isOwnThread()) return WaitResult::TimedOut;  // it would never return
-    lock.unlock();
     static BriefWait lastRuns;
     lastRuns.wait(hasEnded, [&] {
-      lock.lock();
+      std::unique_lock lock(run_->mutex);
       run_->changed.wait(lock, hasEnded);
-      lock.unlock();
     });
-    lock.lock();
     // Any number of threads may wait for the end.
+    const std::lock_guard guard(run_->mutex);
     if (const auto thread = std::exchange(run_->endsToo, std::nullopt)) pthread_join(*thread, nullptr);
     return WaitResult::Signalled;
   }

@@ -29,9 +29,7 @@ std::uint32_t EscConnection::exchange(Data& request, Device& device) {
     std::size_t sent = 0;
     result = replyCode = send(bytes, sent);
   }
-  request.setCount(result == QRN_ERROR_SUCCESS ? request.getLength() : 0);
-  request.setRc(replyCode);
-  return result;
+  return answer(request, result, replyCode);
 }
 
 std::uint32_t EscConnection::send(esc::Bytes bytes, std::size_t& sent) {

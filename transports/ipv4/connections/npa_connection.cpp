@@ -9,19 +9,13 @@ namespace qvn::ipv4 {
 
 std::uint32_t NpaConnection::exchange(Data& request, Device& device) {
   const PacketView packet = bytesOf(request);
-  request.setCount(0);
-  if (!isWellFormed(packet)) {
-    request.setRc(QRN_ERROR_INVALID_PARAMETER);
-    return QRN_ERROR_INVALID_PARAMETER;
-  }
+  if (!isWellFormed(packet)) return answer(request, QRN_ERROR_INVALID_PARAMETER, QRN_ERROR_INVALID_PARAMETER);
   std::unique_lock<std::mutex> turn(turn_);
   setDevice(DeviceReference(device));
   std::uint32_t replyCode = QRN_ERROR_SUCCESS;
   const std::uint32_t result = SessionConnection::exchange(turn, packet, packet, Overlap::No, {}, replyCode);
-  if (result == QRN_ERROR_SUCCESS) request.setCount(request.getLength());
   if (replyCode == QRN_ERROR_SUCCESS) remember(packet);
-  request.setRc(replyCode);
-  return result;
+  return answer(request, result, replyCode);
 }
 
 std::uint32_t NpaConnection::send(Data& packet, Device& device) {

@@ -9,6 +9,7 @@
 #include "base/ip_settings.h"
 #include "connections/ip_connection.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
 #include "sessions/retired_sessions.h"
 #include "sessions/session.h"
@@ -95,6 +96,13 @@ class SessionConnection : public IpConnection {
       if (overlap == Overlap::Yes) turn.unlock();
       return session->await(current, replyCode);
     }
+  }
+
+  // What the request's sender is told: all of it or nothing was sent, and how it went.
+  static std::uint32_t answer(Data& request, std::uint32_t result, std::uint32_t replyCode) {
+    request.setCount(result == QRN_ERROR_SUCCESS ? request.getLength() : 0);
+    request.setRc(replyCode);
+    return result;
   }
 
   // The session to use for these bytes, with turn_ held: a new one, prepared, when the old one has ended or

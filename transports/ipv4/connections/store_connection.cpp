@@ -25,10 +25,8 @@ std::vector<std::uint8_t> blockOf(Session::Bytes document) {
 std::uint32_t StoreConnection::exchange(Data& document, Device& device, const std::stop_token& cancelled) {
   const Session::Bytes bytes = bytesOf(document);
   const std::string_view id = requestIdOf(bytesAsText(document));
-  document.setCount(0);
   if (id.empty() || bytes.size() > kMaxBlockPayload) {
-    document.setRc(QRN_ERROR_INVALID_PARAMETER);
-    return QRN_ERROR_INVALID_PARAMETER;
+    return answer(document, QRN_ERROR_INVALID_PARAMETER, QRN_ERROR_INVALID_PARAMETER);
   }
   setDevice(DeviceReference(device));
   const std::vector<std::uint8_t> block = blockOf(bytes);
@@ -37,9 +35,7 @@ std::uint32_t StoreConnection::exchange(Data& document, Device& device, const st
   const std::uint32_t result =
       SessionConnection::exchange(turn, block, {reinterpret_cast<const std::uint8_t*>(id.data()), id.size()},
                                   Overlap::Yes, cancelled, replyCode);
-  if (result == QRN_ERROR_SUCCESS) document.setCount(document.getLength());
-  document.setRc(replyCode);
-  return result;
+  return answer(document, result, replyCode);
 }
 
 }  // namespace qvn::ipv4

@@ -2,7 +2,6 @@
 
 #include <sys/epoll.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 

@@ -7,7 +7,6 @@
 #include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/device.h"
-#include "qvn/transport/lent_data.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -51,8 +50,8 @@ bool EscSession::isAmbiguous(esc::Bytes bytes) const {
   const esc::Bytes expected = beginsPage(bytes) ? esc::kStatus.view() : replyPrefix(bytes);
   const auto mayMeet = [&](esc::Bytes still) { return agree(still, expected); };
   const std::lock_guard<std::mutex> lock(mutex_);
-  return outOfStep_ || (pageUnderWay_ && mayMeet(esc::kStatus.view())) ||
-         unanswered_.contains([&](esc::Bytes earlier) { return mayMeet(replyPrefix(earlier)); });
+  return (pageUnderWay_ && mayMeet(esc::kStatus.view())) ||
+         unanswered_.mayBring([&](esc::Bytes earlier) { return mayMeet(replyPrefix(earlier)); });
 }
 
 bool EscSession::isForDeviceLocked(const esc::Bytes& command, bool isAwaited) {
@@ -69,18 +68,6 @@ bool EscSession::isStaleLocked(esc::Bytes command, bool isAwaited) {
   return comesAgain || comesTooEarly;
 }
 
-void EscSession::deliver(const esc::Bytes& command, const DeviceReference& device) {
-  LentData data(command.data(), static_cast<std::uint32_t>(command.size()));
-  device.accept(data);
-}
-
-void EscSession::beginLocked(Bytes /*request*/) { answered_.clear(); }
-
 void EscSession::answeredLocked(Bytes request) { answered_.assign(request.begin(), request.end()); }
-
-void EscSession::giveUpLocked(Bytes request) {
-  unanswered_.add(request);
-  outOfStep_ = partial_;
-}
 
 }  // namespace qvn::ipv4

@@ -8,7 +8,6 @@
 
 #include "qvn/transport/esc_command_table.h"
 #include "sessions/stream_session.h"
-#include "sessions/unanswered_requests.h"
 #include "streams/esc_stream.h"
 
 namespace qvn::ipv4 {
@@ -32,20 +31,17 @@ class EscSession : public StreamSession<EscStream> {
     return esc::isReply(request, command);
   }
   bool isForDeviceLocked(const esc::Bytes& command, bool isAwaited) override;
-  void deliver(const esc::Bytes& command, const DeviceReference& device) override;
-  void beginLocked(Bytes request) override;
+  void deliver(const esc::Bytes& command, const DeviceReference& device) override { lend(device, command); }
+  void beginLocked() override { answered_.clear(); }
   void answeredLocked(Bytes request) override;
-  void giveUpLocked(Bytes request) override;
 
  private:
   bool isStaleLocked(esc::Bytes command, bool isAwaited);
 
   // Guarded by the lock.
-  UnansweredRequests unanswered_;
   // The last request, whose reply may come twice, until something is sent.
   std::vector<std::uint8_t> answered_;
   bool pageUnderWay_ = false;  // a status ends it
-  bool outOfStep_ = false;     // an exchange timed out in the middle of a command
 };
 
 }  // namespace qvn::ipv4

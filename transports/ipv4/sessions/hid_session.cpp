@@ -3,15 +3,13 @@
 #include <optional>
 
 #include "qvn/transport/device.h"
-#include "qvn/transport/lent_data.h"
 #include "qvn/transport/notification.h"
 
 namespace qvn::ipv4 {
 
 void HidSession::deliver(const HidFrame& frame, const DeviceReference& device) {
   if (frame.type == kHidReport) {
-    LentData report(frame.content.data(), static_cast<std::uint32_t>(frame.content.size()));
-    device.accept(report);
+    lend(device, frame.content);
   } else if (frame.type == kHidEvent) {
     const std::optional<HidEvent> event = parseHidEvent(frame.content);
     if (!event) return;

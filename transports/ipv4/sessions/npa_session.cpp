@@ -6,7 +6,6 @@
 #include "base/ip_settings.h"
 #include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
-#include "qvn/transport/lent_data.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -31,7 +30,7 @@ std::uint32_t NpaSession::send(PacketView packet) {
 
 bool NpaSession::isAmbiguous(PacketView request) const {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return outOfStep_ || unanswered_.contains([&](const Packet& earlier) { return answers(earlier, request); });
+  return unanswered_.mayBring([&](const Packet& earlier) { return answers(earlier, request); });
 }
 
 bool NpaSession::isForDeviceLocked(const PacketView& packet, bool isAwaited) {
@@ -42,16 +41,6 @@ bool NpaSession::isForDeviceLocked(const PacketView& packet, bool isAwaited) {
     return false;
   }
   return !unanswered_.take([&](const Packet& earlier) { return answers(packet, earlier); }) && isAwaited;
-}
-
-void NpaSession::deliver(const PacketView& packet, const DeviceReference& device) {
-  LentData data(packet.data(), static_cast<std::uint32_t>(packet.size()));
-  device.accept(data);
-}
-
-void NpaSession::giveUpLocked(Bytes request) {
-  unanswered_.add(request);
-  outOfStep_ = partial_;
 }
 
 void NpaSession::deliverAlerts() {

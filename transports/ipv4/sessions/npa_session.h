@@ -7,7 +7,6 @@
 #include <deque>
 
 #include "sessions/stream_session.h"
-#include "sessions/unanswered_requests.h"
 #include "streams/npa_stream.h"
 
 namespace qvn::ipv4 {
@@ -31,9 +30,8 @@ class NpaSession : public StreamSession<NpaStream> {
  protected:
   bool isReply(const PacketView& packet, Bytes request) const override { return answers(packet, request); }
   bool isForDeviceLocked(const PacketView& packet, bool isAwaited) override;
-  void deliver(const PacketView& packet, const DeviceReference& device) override;
+  void deliver(const PacketView& packet, const DeviceReference& device) override { lend(device, packet); }
   void deliverEnd() override {}
-  void giveUpLocked(Bytes request) override;
   void wakeLocked() override;
 
  private:
@@ -42,8 +40,6 @@ class NpaSession : public StreamSession<NpaStream> {
   // Guarded by the lock.
   std::condition_variable alertsCame_;  // for the thread that delivers them, or the connection has ended
   std::deque<Packet> alerts_;
-  UnansweredRequests unanswered_;
-  bool outOfStep_ = false;  // an exchange timed out in the middle of a packet
 };
 
 }  // namespace qvn::ipv4

@@ -12,6 +12,7 @@
 #include "platform/base/error.h"
 #include "platform/threads/all_signals_blocked.h"
 #include "qvn/result_codes.h"
+#include "qvn/transport/lent_data.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -55,7 +56,7 @@ DeviceReference Session::currentDevice() const {
 bool Session::send(Exchange& exchange) {
   std::unique_lock<std::mutex> lock(mutex_);
   exchanges_.push_back(&exchange);
-  if (takesInBefore()) {
+  if (mixesUpReplies()) {
     claimEmptyLocked(lock, exchange);
   } else if (isFreeLocked()) {
     claimLocked(exchange);
@@ -66,7 +67,7 @@ bool Session::send(Exchange& exchange) {
     return false;
   }
   if (exchange.stage_ == Exchange::Stage::Over) return true;
-  beginLocked(exchange.key_);
+  beginLocked();
   exchange.stage_ = Exchange::Stage::Waiting;
   lock.unlock();
 
@@ -112,7 +113,7 @@ std::uint32_t Session::await(Exchange& exchange, std::uint32_t& replyCode) {
   if (delivering_ == &exchange) delivering_ = nullptr;
   if (exchange.stage_ == Stage::Over) return replyCode = exchange.code_;
   if (endedBy_ != 0) return replyCode = endedBy_;
-  giveUpLocked(exchange.key_);
+  if (mixesUpReplies()) unanswered_.add(exchange.key_, partial_);
   replyCode = QRN_ERROR_TIMEOUT;
   return QRN_ERROR_SUCCESS;
 }
@@ -246,6 +247,12 @@ void Session::waitUntilReadable(Clock::time_point deadline, bool partial) {
   pollfd entries[] = {{socket_.fd(), POLLIN, 0}, {interrupted_.fd(), POLLIN, 0}};
   poll(entries, std::size(entries), static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX)));
   if (entries[1].revents != 0) interrupted_.take();
+}
+
+void Session::lend(const DeviceReference& device, Bytes bytes, std::uint32_t code) {
+  LentData data(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  data.setRc(code);
+  device.accept(data);
 }
 
 void Session::beginDeliveryLocked(Exchange& answered) {

@@ -23,6 +23,7 @@
 #include "net/tcp_socket.h"
 #include "net/wake_up.h"
 #include "qvn/transport/device.h"
+#include "sessions/unanswered_requests.h"
 #include "streams/receive_buffer.h"
 
 namespace qvn::ipv4 {
@@ -112,12 +113,12 @@ class Session {
   // here nobody is told.
   virtual void deliverEnd() { currentDevice().onConnectionLost(); }
 
-  // What comes before a request is sent is no answer to it. Whether it is to be taken in before.
-  virtual bool takesInBefore() const { return true; }
-  // The request goes out; its reply has been delivered; it has had no reply in time.
-  virtual void beginLocked(Bytes /*key*/) {}
+  // Whether a reply could be taken for another request's: then what comes before a request is sent, which is
+  // no answer to it, is taken in first, and requests that are given up are remembered.
+  virtual bool mixesUpReplies() const { return true; }
+  // A request goes out; its reply has been delivered.
+  virtual void beginLocked() {}
   virtual void answeredLocked(Bytes /*key*/) {}
-  virtual void giveUpLocked(Bytes /*key*/) {}
 
   // For deliverNext: the exchange whose reply something is, or null. What is delivered for it ends it.
   template <typename IsReply>
@@ -146,6 +147,9 @@ class Session {
   // Whom what comes is for now.
   DeviceReference currentDevice() const;
 
+  // Lends the device some bytes where they lie, with a code.
+  static void lend(const DeviceReference& device, Bytes bytes, std::uint32_t code = 0);
+
   // The connection has ended; the reason that came first counts.
   void endLocked(std::uint32_t code);
   virtual void wakeLocked() { changed_.notify_all(); }
@@ -157,7 +161,7 @@ class Session {
   std::condition_variable changed_;  // for whoever exchanges, or is to read next
   DeviceReference device_;           // to nothing once it has been closed
   std::uint32_t endedBy_ = 0;        // 0 while the connection lives
-  bool partial_ = false;             // something has begun and waits for its rest
+  UnansweredRequests unanswered_;
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -188,6 +192,7 @@ class Session {
 
   // Guarded by the lock.
   bool isRead_ = false;               // by somebody
+  bool partial_ = false;              // something has begun and waits for its rest
   bool left_ = false;                 // there is something for the session's thread, so nobody else reads
   bool endIsTold_ = false;            // only then exchanges fail: what comes of that is told after the reason
   std::vector<Exchange*> exchanges_;  // in the order they were sent

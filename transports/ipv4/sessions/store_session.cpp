@@ -1,25 +1,17 @@
 #include "sessions/store_session.h"
 
-#include <algorithm>
 #include <mutex>
 #include <string_view>
 
 #include "qvn/result_codes.h"
 #include "qvn/transport/data.h"
 #include "qvn/transport/device.h"
-#include "qvn/transport/lent_data.h"
 #include "streams/store_document.h"
 
 namespace qvn::ipv4 {
 
 bool StoreSession::isReply(const Block& block, Bytes id) const {
   return answeredIdOf(block.bytes) == std::string_view(reinterpret_cast<const char*>(id.data()), id.size());
-}
-
-void StoreSession::deliver(const Block& block, const DeviceReference& device) {
-  LentData data(block.bytes.data(), static_cast<std::uint32_t>(block.bytes.size()));
-  data.setRc(block.code);
-  device.accept(data);
 }
 
 void StoreSession::deliverEnd() {

@@ -17,11 +17,13 @@ class StoreSession : public StreamSession<BlockStream> {
 
  protected:
   bool isReply(const Block& block, Bytes id) const override;
-  void deliver(const Block& block, const DeviceReference& device) override;
+  void deliver(const Block& block, const DeviceReference& device) override {
+    lend(device, block.bytes, block.code);
+  }
   void deliverEnd() override;
   std::uint32_t streamError() const override;
   // A reply says which request it answers.
-  bool takesInBefore() const override { return false; }
+  bool mixesUpReplies() const override { return false; }
 };
 
 }  // namespace qvn::ipv4
