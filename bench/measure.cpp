@@ -19,14 +19,12 @@ constexpr std::size_t kMostRounds = 2001;
 constexpr std::size_t kLeastSlowRounds = 3;
 constexpr Seconds kPatience = 15;
 
-// The values of one row over the rounds so far, in ascending order.
-using Sorted = std::vector<double>;
+// The values of one row over the rounds so far.
+using Values = std::vector<double>;
 
-void add(std::vector<Sorted>& rows, const std::vector<double>& ratios) {
+void add(std::vector<Values>& rows, const std::vector<double>& ratios) {
   rows.resize(ratios.size());
-  for (std::size_t i = 0; i < ratios.size(); ++i) {
-    rows[i].insert(std::upper_bound(rows[i].begin(), rows[i].end(), ratios[i]), ratios[i]);
-  }
+  for (std::size_t i = 0; i < ratios.size(); ++i) rows[i].push_back(ratios[i]);
 }
 
 }  // namespace
@@ -36,10 +34,10 @@ Turns::Turns(std::vector<Measured> sides) : sides_(std::move(sides)) {
 }
 
 std::vector<double> Turns::measure(int rounds) {
-  std::vector<Sorted> rows;
+  std::vector<Values> rows;
   for (int i = 0; i < rounds; ++i) add(rows, round());
   std::vector<double> medians;
-  for (const Sorted& row : rows) medians.push_back(Ratio(row).median);
+  for (const Values& row : rows) medians.push_back(Ratio(row).median);
   return medians;
 }
 
@@ -56,12 +54,12 @@ std::vector<double> Turns::round() {
 }
 
 std::vector<Ratio> untilStable(const std::function<std::vector<double>()>& round) {
-  std::vector<Sorted> rows;
+  std::vector<Values> rows;
   Seconds taken = 0;
   for (std::size_t rounds = 1;; ++rounds) {
     taken += timeOf([&] { add(rows, round()); });
     std::vector<Ratio> ratios;
-    for (const Sorted& row : rows) ratios.emplace_back(row);
+    for (const Values& row : rows) ratios.emplace_back(row);
     const bool isStable =
         std::all_of(ratios.begin(), ratios.end(), [](const Ratio& ratio) { return ratio.isStable(); });
     if ((isStable && rounds >= kLeastRounds) || rounds == kMostRounds ||

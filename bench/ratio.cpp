@@ -18,7 +18,9 @@ double medianOfSorted(const std::vector<double>& values) {
 
 }  // namespace
 
-Ratio::Ratio(const std::vector<double>& values) : median(medianOfSorted(values)), rounds(values.size()) {
+Ratio::Ratio(std::vector<double> values) : rounds(values.size()) {
+  std::sort(values.begin(), values.end());
+  median = medianOfSorted(values);
   const auto count = static_cast<double>(rounds);
   // The interval's lower end is the nth of the rounds, its upper end the nth from the other side.
   const double rank = std::floor((count + 1) / 2 - kHalfDeviations * std::sqrt(count));

@@ -1,6 +1,5 @@
 // What the library costs a program that starts, many that run, and one that does nothing, all seen from
 // outside. Prints the rows and adds them to the file that the argument names.
-#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -57,11 +56,6 @@ Seconds callsOf(const Command& command, int processes) {
   });
 }
 
-double medianOf(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return Ratio(values).median;
-}
-
 // A stored read with that many processes reading all the time, against one with a single process. What
 // processes wait for a processor is no cost of the library: 16 of them on 2 processors take 8 times as long
 // whatever they do. So either side's unit is the bare read, which takes no lock, with as many processes
@@ -79,7 +73,7 @@ Ratio slowdown(const Installation& installation, int processes) {
   std::fprintf(stderr,
                "processes: a read takes %.2f us with %d reading, %.2f us with one; without the wait for "
                "processors %.2f times as long\n",
-               medianOf(waits) * 1e6, processes, medianOf(waitsAlone) * 1e6, ratio.median);
+               Ratio(waits).median * 1e6, processes, Ratio(waitsAlone).median * 1e6, ratio.median);
   return ratio;
 }
 
@@ -92,7 +86,7 @@ double memoryOf(const Command& command, const std::string& figure) {
     programs.awaitAll();
     sizes.push_back(programs.memoryOfFirst(figure));
   }
-  return medianOf(sizes);
+  return Ratio(sizes).median;
 }
 
 double memoryAdded(const std::string& figure) {

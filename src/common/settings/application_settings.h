@@ -10,7 +10,7 @@
 
 namespace qvn {
 
-// Needs Localize. Cheap to make: every test whether a log line is wanted makes one.
+// Needs Localize.
 class ApplicationSettings : public SettingsStore {
  public:
   ApplicationSettings();
