@@ -38,11 +38,17 @@ HOUSES = {
         ["hid"],
         ["api"],
     ],
-    "transports/ipv4": [
-        ["base", "net"],
+    "transports/shared": [
+        ["base", "channel"],
         ["streams"],
         ["sessions"],
-        ["connections", "discovery"],
+        ["connections"],
+        ["visitors"],
+        [""],
+    ],
+    "transports/ipv4": [
+        ["base", "net"],
+        ["discovery"],
         [""],
     ],
     "tools/qvn": [[""], ["scan", "watch"], ["verbs"]],
@@ -55,6 +61,9 @@ HOUSES = {
         [""],
     ],
 }
+
+# What stands before the room in the includes of a house that several others stand on.
+PREFIXES = {"transports/shared": "shared/"}
 
 # The program starts the rooms that lie above it.
 ROOFS = {"tools/qvn/main.cpp"}
@@ -97,6 +106,7 @@ def against_the_drawing(root, base, house):
             yield f"{base}/{relative}: lies in no room"
             continue
         for quote, name in includes(path):
+            name = name.removeprefix(PREFIXES.get(base, ""))
             if quote != '"' or not (root / base / name).is_file() or f"{base}/{relative}" in ROOFS:
                 continue
             other = room_of(name, level_of)

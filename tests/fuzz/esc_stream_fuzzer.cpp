@@ -1,5 +1,5 @@
 // What a device sends on its scan port: commands, and garbage between them.
-#include "ipv4/streams/esc_stream.h"
+#include "shared/streams/esc_stream.h"
 
 #include <cstdint>
 
@@ -7,7 +7,7 @@
 #include "fuzz/pieces.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  qvn::fuzz::findHoweverCut<qvn::ipv4::EscStream>({bytes, size}, [](qvn::esc::Bytes command) {
+  qvn::fuzz::findHoweverCut<qvn::shared::EscStream>({bytes, size}, [](qvn::esc::Bytes command) {
     QVN_FUZZ_CHECK(command.front() == 0x1B && command.size() == qvn::esc::commandLength(command));
     return qvn::fuzz::Bytes(command.begin(), command.end());
   });

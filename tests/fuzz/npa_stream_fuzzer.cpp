@@ -1,5 +1,5 @@
 // What a device sends on its bidi port: packets, and garbage between them.
-#include "ipv4/streams/npa_stream.h"
+#include "shared/streams/npa_stream.h"
 
 #include <cstdint>
 

@@ -10,14 +10,14 @@
 #include <vector>
 
 #include "fuzz/check.h"
-#include "ipv4/streams/receive_buffer.h"
+#include "shared/streams/receive_buffer.h"
 
 namespace qvn::fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
 using View = std::span<const std::uint8_t>;
 
-inline void receive(ipv4::ReceiveBuffer& stream, View bytes) {
+inline void receive(shared::ReceiveBuffer& stream, View bytes) {
   const auto room = stream.room();
   QVN_FUZZ_CHECK(room.size() >= bytes.size());
   std::copy(bytes.begin(), bytes.end(), room.begin());

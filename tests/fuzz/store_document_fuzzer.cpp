@@ -1,5 +1,5 @@
 // Blocks that are replies of an object store, or pretend to be, and documents that pretend to be requests.
-#include "ipv4/streams/store_document.h"
+#include "shared/streams/store_document.h"
 
 #include <cstdint>
 #include <string>
@@ -23,8 +23,8 @@ void checkId(std::string_view id, std::string_view text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  using qvn::ipv4::answeredIdOf;
-  using qvn::ipv4::requestIdOf;
+  using qvn::shared::answeredIdOf;
+  using qvn::shared::requestIdOf;
   const std::vector<std::uint8_t> block(bytes, bytes + size);
   const std::string_view text(reinterpret_cast<const char*>(block.data()), block.size());
   const std::string_view asked = requestIdOf(text);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "qvn/transport/settings.h"
+#include "shared/channel/place.h"
 
 namespace qvn::ipv4 {
 
@@ -12,15 +13,8 @@ inline constexpr char kDevicesKey[] = "Ip1\\Devices\\";    // serial number -> h
 inline constexpr char kServicesKey[] = "Ip1\\Services\\";  // serial number -> name of the announced service
 inline constexpr char kSearchValue[] = "Search";           // the search text that discovery uses by default
 
-struct Timeouts {
-  std::uint32_t connect;     // until the device has accepted a connection
-  std::uint32_t npaWrite;    // until a packet, command or document has gone out
-  std::uint32_t reply;       // from the packet, command or document to its reply
-  std::uint32_t printWrite;  // without the device taking any print data
-};
-
 // As they are set now.
-inline Timeouts currentTimeouts() {
+inline shared::Timeouts currentTimeouts() {
   return {.connect = transportSetting(kSettingsKey, "NpaTimeout", 5000),
           .npaWrite = transportSetting(kSettingsKey, "NpaWriteTimeout", 10000),
           .reply = transportSetting(kSettingsKey, "ReadTimeout", 15000),

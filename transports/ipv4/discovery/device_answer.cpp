@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <charconv>
 
-#include "base/transport_identity.h"
+#include "shared/base/families.h"
 
 namespace qvn::ipv4 {
 namespace {
 
 constexpr std::size_t kMaxValue = 63;
-constexpr std::string_view kWithoutNpa = kBpdPrinterFamily;  // the one family that may lack a bidi port
+constexpr std::string_view kWithoutNpa =
+    shared::kBpdPrinterFamily;  // the one family that may lack a bidi port
 
 bool takeText(std::string_view value, std::string& out) {
   if (!isPlainText(value)) return false;

@@ -11,6 +11,7 @@
 #include <set>
 #include <string_view>
 
+#include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
 
 namespace qvn::ipv4 {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "discovery/device_answer.h"
-#include "net/tcp_socket.h"
+#include "net/endpoint.h"
 
 namespace qvn::ipv4 {
 

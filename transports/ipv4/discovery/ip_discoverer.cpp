@@ -11,11 +11,13 @@
 #include "base/transport_identity.h"
 #include "discovery/device_handles.h"
 #include "discovery/search_text.h"
+#include "net/tcp_socket.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/log.h"
 #include "qvn/transport/settings.h"
+#include "shared/base/families.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -178,13 +180,14 @@ std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {
   };
   tellPart(describePrinter(answer, handle, place.address));
   if (answer.scanPort != 0) {
-    const char* const family = answer.family == kBpdPrinterFamily ? kBpdScannerFamily : kCpdScannerFamily;
+    const char* const family =
+        answer.family == shared::kBpdPrinterFamily ? shared::kBpdScannerFamily : shared::kCpdScannerFamily;
     const std::uint32_t scanner = handle + kScannerHandleOffset;
     tellPart(describe(answer, family, scanner, place.address, answer.scanPort));
   }
   if (answer.hidPort != 0) {
     const std::uint32_t hid = handle + kHidHandleOffset;
-    tellPart(describe(answer, kHidFamily, hid, place.address, answer.hidPort));
+    tellPart(describe(answer, shared::kHidFamily, hid, place.address, answer.hidPort));
   }
   return QRN_ERROR_SUCCESS;
 }

@@ -9,7 +9,7 @@
 #include "discovery/device_question.h"
 #include "discovery/service_searches.h"
 #include "discovery/services.h"
-#include "net/tcp_socket.h"
+#include "net/endpoint.h"
 #include "qvn/transport/discoverer.h"
 
 namespace qvn::ipv4 {

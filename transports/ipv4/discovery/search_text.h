@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "net/tcp_socket.h"
+#include "net/endpoint.h"
 
 namespace qvn::ipv4 {
 

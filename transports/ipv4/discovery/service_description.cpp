@@ -1,10 +1,10 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "base/transport_identity.h"
 #include "discovery/device_answer.h"
 #include "discovery/services.h"
-#include "net/tcp_socket.h"
+#include "net/endpoint.h"
+#include "shared/base/families.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -32,7 +32,7 @@ std::string firstPlain(std::initializer_list<std::string_view> texts) {
 
 std::optional<DeviceAnswer> describeService(const Service& service) {
   DeviceAnswer device;
-  device.family = kBpdPrinterFamily;
+  device.family = shared::kBpdPrinterFamily;
   device.serial = firstPlain({txtEntry(service, "usb_ser"), txtEntry(service, "uuid"), service.name});
   device.model = firstPlain({txtEntry(service, "ty"), withoutParentheses(txtEntry(service, "product")),
                              service.name, device.serial});

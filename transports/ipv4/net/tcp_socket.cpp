@@ -1,6 +1,5 @@
 #include "net/tcp_socket.h"
 
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -44,20 +43,6 @@ std::uint32_t waitFor(int fd, short events, SteadyClock::time_point deadline) {
 
 }  // namespace
 
-bool parseAddress(const std::string& text, std::uint32_t& address) {
-  in_addr parsed{};
-  if (inet_pton(AF_INET, text.c_str(), &parsed) != 1) return false;
-  address = ntohl(parsed.s_addr);
-  return true;
-}
-
-std::string addressText(std::uint32_t address) {
-  in_addr network{};
-  network.s_addr = htonl(address);
-  char text[INET_ADDRSTRLEN];
-  return inet_ntop(AF_INET, &network, text, sizeof text);
-}
-
 std::uint32_t codeFromErrno(int error) {
   switch (error) {
     case ECONNRESET:
@@ -80,11 +65,13 @@ std::uint32_t codeFromErrno(int error) {
   }
 }
 
-TcpSocket::TcpSocket(TcpSocket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-
-TcpSocket& TcpSocket::operator=(TcpSocket&& other) noexcept {
-  std::swap(fd_, other.fd_);
-  return *this;
+TcpSocket::~TcpSocket() {
+  if (!fd_) return;
+  // Closing with unread bytes would reset the connection and could cost the device the end of a job.
+  ::shutdown(fd_.get(), SHUT_WR);
+  std::uint8_t unread[4096];
+  for (int reads = 0; reads < 64 && recv(fd_.get(), unread, sizeof unread, MSG_DONTWAIT) > 0; ++reads) {
+  }
 }
 
 std::uint32_t TcpSocket::connect(const Endpoint& endpoint, std::uint32_t timeout) {
@@ -98,44 +85,51 @@ std::uint32_t TcpSocket::connect(const Endpoint& endpoint, std::uint32_t timeout
 }
 
 std::uint32_t TcpSocket::tryToConnect(const Endpoint& endpoint, std::uint32_t timeout) {
-  close();
   if (endpoint.port == 0) return QRN_ERROR_INVALID_PARAMETER;
   const auto deadline = SteadyClock::now() + std::chrono::milliseconds(timeout);
-  TcpSocket made;
-  made.fd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (!made.isOpen()) return codeFromErrno(errno);
+  platform::UniqueDescriptor made(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!made) return codeFromErrno(errno);
   sockaddr_in where{};
   where.sin_family = AF_INET;
   where.sin_port = htons(endpoint.port);
   where.sin_addr.s_addr = htonl(endpoint.address);
-  if (::connect(made.fd_, reinterpret_cast<const sockaddr*>(&where), sizeof where) != 0) {
+  if (::connect(made.get(), reinterpret_cast<const sockaddr*>(&where), sizeof where) != 0) {
     if (errno != EINPROGRESS) return codeFromErrno(errno);
-    if (const std::uint32_t rc = waitFor(made.fd_, POLLOUT, deadline); rc != QRN_ERROR_SUCCESS) return rc;
+    if (const std::uint32_t rc = waitFor(made.get(), POLLOUT, deadline); rc != QRN_ERROR_SUCCESS) return rc;
     int error = 0;
     socklen_t size = sizeof error;
-    getsockopt(made.fd_, SOL_SOCKET, SO_ERROR, &error, &size);
+    getsockopt(made.get(), SOL_SOCKET, SO_ERROR, &error, &size);
     if (error != 0) return codeFromErrno(error);
   }
   const int on = 1;
-  setsockopt(made.fd_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  std::swap(fd_, made.fd_);
+  setsockopt(made.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  fd_ = std::move(made);
   return QRN_ERROR_SUCCESS;
 }
 
 void TcpSocket::limitUnsent(std::uint32_t bytes) {
-  if (isOpen()) setsockopt(fd_, IPPROTO_TCP, TCP_NOTSENT_LOWAT, &bytes, sizeof bytes);
+  setsockopt(fd_.get(), IPPROTO_TCP, TCP_NOTSENT_LOWAT, &bytes, sizeof bytes);
 }
 
-std::uint32_t TcpSocket::send(const std::uint8_t* bytes, std::size_t size, std::uint32_t timeout,
-                              std::size_t& sent) {
+std::uint32_t TcpSocket::receive(std::span<std::uint8_t> room, std::size_t& received) {
+  received = 0;
+  const ssize_t got = recv(fd_.get(), room.data(), room.size(), MSG_DONTWAIT);
+  if (got == 0) return QRN_ERROR_NETNAME_DELETED;
+  if (got < 0) return errno == EAGAIN || errno == EINTR ? QRN_ERROR_SUCCESS : codeFromErrno(errno);
+  received = static_cast<std::size_t>(got);
+  return QRN_ERROR_SUCCESS;
+}
+
+std::uint32_t TcpSocket::send(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent) {
   sent = 0;
-  while (sent < size) {
-    const ssize_t taken = ::send(fd_, bytes + sent, std::min(size - sent, kPiece), MSG_NOSIGNAL);
+  while (sent < bytes.size()) {
+    const auto piece = bytes.subspan(sent, std::min(bytes.size() - sent, kPiece));
+    const ssize_t taken = ::send(fd_.get(), piece.data(), piece.size(), MSG_NOSIGNAL);
     if (taken > 0) {
       sent += static_cast<std::size_t>(taken);
     } else if (taken < 0 && errno == EAGAIN) {
       const auto deadline = SteadyClock::now() + std::chrono::milliseconds(timeout);
-      if (const std::uint32_t rc = waitFor(fd_, POLLOUT, deadline); rc != QRN_ERROR_SUCCESS) return rc;
+      if (const std::uint32_t rc = waitFor(fd_.get(), POLLOUT, deadline); rc != QRN_ERROR_SUCCESS) return rc;
     } else if (taken < 0 && errno != EINTR) {
       return codeFromErrno(errno);
     }
@@ -143,18 +137,6 @@ std::uint32_t TcpSocket::send(const std::uint8_t* bytes, std::size_t size, std::
   return QRN_ERROR_SUCCESS;
 }
 
-void TcpSocket::shutDown() {
-  if (isOpen()) ::shutdown(fd_, SHUT_RDWR);
-}
-
-void TcpSocket::close() {
-  if (!isOpen()) return;
-  // Closing with unread bytes would reset the connection and could cost the device the end of a job.
-  ::shutdown(fd_, SHUT_WR);
-  std::uint8_t unread[4096];
-  for (int reads = 0; reads < 64 && recv(fd_, unread, sizeof unread, MSG_DONTWAIT) > 0; ++reads) {
-  }
-  ::close(std::exchange(fd_, -1));
-}
+void TcpSocket::shutDown() { ::shutdown(fd_.get(), SHUT_RDWR); }
 
 }  // namespace qvn::ipv4

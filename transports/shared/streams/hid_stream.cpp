@@ -1,0 +1,31 @@
+#include "shared/streams/hid_stream.h"
+
+namespace qvn::shared {
+namespace {
+
+constexpr std::size_t kHeader = 3;
+constexpr std::size_t kEventLength = 8;
+
+std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
+  std::uint32_t number = 0;
+  for (std::size_t i = 4; i > 0; --i) number = number << 8 | bytes[offset + i - 1];
+  return number;
+}
+
+}  // namespace
+
+std::optional<HidFrame> HidStream::next() {
+  const std::span<const std::uint8_t> unread = bytes();
+  if (unread.size() < kHeader) return std::nullopt;
+  const std::size_t length = unread[1] | std::size_t{unread[2]} << 8;
+  if (unread.size() < kHeader + length) return std::nullopt;
+  drop(kHeader + length);
+  return HidFrame{unread[0], unread.subspan(kHeader, length)};
+}
+
+std::optional<HidEvent> parseHidEvent(std::span<const std::uint8_t> content) {
+  if (content.size() != kEventLength) return std::nullopt;
+  return HidEvent{.id = numberAt(content, 0), .category = numberAt(content, 4)};
+}
+
+}  // namespace qvn::shared
