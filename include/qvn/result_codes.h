@@ -35,6 +35,10 @@
 #define QRN_ERROR_ALREADY_EXISTS 183u
 /* A wait timed out. */
 #define QRN_ERROR_WAIT_TIMEOUT 258u
+/* The device cannot be talked to, though it is there: it stalls whatever it is sent. */
+#define QRN_ERROR_IO_DEVICE 1117u
+/* The device is not plugged in. */
+#define QRN_ERROR_DEVICE_NOT_CONNECTED 1167u
 /* A registry value or a stored attribute does not exist. */
 #define QRN_ERROR_NOT_FOUND 1168u
 /* An operation was ended by who asked for it. */

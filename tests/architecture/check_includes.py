@@ -51,6 +51,12 @@ HOUSES = {
         ["discovery"],
         [""],
     ],
+    "transports/usb1": [
+        ["base", "descriptors"],
+        ["bus"],
+        ["channels", "discovery"],
+        [""],
+    ],
     "tools/qvn": [[""], ["scan", "watch"], ["verbs"]],
     "tools/qvn-sim": [
         ["base"],

@@ -30,7 +30,7 @@ class IpTransport : public shared::Transport {
 
 namespace qvn::shared {
 
-const TransportIdentity kTransportIdentity{ipv4::kTransportName, ipv4::kTransportKind};
+const TransportIdentity kTransportIdentity = ipv4::kTransport;
 
 std::unique_ptr<Transport> makeTransport() { return std::make_unique<ipv4::IpTransport>(); }
 

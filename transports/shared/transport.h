@@ -7,6 +7,7 @@
 #include "qvn/transport/connection_manager.h"
 #include "qvn/transport/discoverer.h"
 #include "qvn/transport/visitor_manager.h"
+#include "shared/base/device_text.h"
 
 namespace qvn::shared {
 
@@ -22,11 +23,6 @@ class Transport {
   virtual ConnectionManager& connectionManager() = 0;
   virtual VisitorManager& visitorManager() = 0;
   virtual Discoverer& discoverer() = 0;
-};
-
-struct TransportIdentity {
-  const char* name;
-  const char* kind;
 };
 
 // Each module defines these.

@@ -53,6 +53,8 @@ constexpr Message kMessages[] = {
     {1016, "An I/O operation initiated by the registry failed unrecoverably."},
     {1018, "Illegal operation attempted on a registry key that has been marked for deletion."},
     {1020, "Cannot delete a registry key that has subkeys."},
+    {1117, "The request could not be performed because of an I/O device error."},
+    {1167, "The device is not connected."},
     {1168, "Element not found."},
     {1223, "The operation was canceled by the user."},
     {1225, "The remote computer refused the network connection."},

@@ -1,10 +1,11 @@
 // What the library knows this transport by.
 #pragma once
 
+#include "shared/base/device_text.h"
+
 namespace qvn::ipv4 {
 
-inline constexpr char kTransportName[] = "IPv4";
-inline constexpr char kTransportKind[] = "NETWORK_TRANSPORT";
+inline constexpr shared::TransportIdentity kTransport{"IPv4", "NETWORK_TRANSPORT"};
 
 // Of what discovery logs.
 inline constexpr char kDiscoveryLogComponent[] = "Ip1TransportDiscovery";

@@ -4,16 +4,16 @@
 #include <charconv>
 
 #include "shared/base/families.h"
+#include "shared/base/plain_text.h"
 
 namespace qvn::ipv4 {
 namespace {
 
-constexpr std::size_t kMaxValue = 63;
 constexpr std::string_view kWithoutNpa =
     shared::kBpdPrinterFamily;  // the one family that may lack a bidi port
 
 bool takeText(std::string_view value, std::string& out) {
-  if (!isPlainText(value)) return false;
+  if (!shared::isPlainText(value)) return false;
   out = value;
   return true;
 }
@@ -36,12 +36,6 @@ bool takeLine(std::string_view key, std::string_view value, DeviceAnswer& answer
 }
 
 }  // namespace
-
-bool isPlainText(std::string_view value) {
-  return !value.empty() && value.size() <= kMaxValue && std::all_of(value.begin(), value.end(), [](char c) {
-    return c >= ' ' && c <= '~' && c != '<' && c != '>';
-  });
-}
 
 std::string discoveryQuestion(std::string_view token) {
   return "QVN-DISCOVER 1 " + std::string(token) + "\n";

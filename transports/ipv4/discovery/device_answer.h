@@ -30,9 +30,6 @@ struct DeviceAnswer {
   std::uint16_t hidPort = 0;   // 0: has no HID
 };
 
-// Printable ASCII of 1 to 63 characters that cannot be taken for a tag of an attribute text.
-bool isPlainText(std::string_view value);
-
 std::string discoveryQuestion(std::string_view token);
 
 // Nothing when the datagram does not answer that question, lacks something, or says something that must not

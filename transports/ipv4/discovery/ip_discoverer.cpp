@@ -17,7 +17,9 @@
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/log.h"
 #include "qvn/transport/settings.h"
+#include "shared/base/device_text.h"
 #include "shared/base/families.h"
+#include "shared/base/part_handles.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -33,33 +35,18 @@ std::uint16_t portOf(const std::string& attributes, const char* descriptor) {
   return port <= 0xFFFF ? static_cast<std::uint16_t>(port) : std::uint16_t{0};
 }
 
-// The part of a device that does not print is a device of its own. Handles are unique per kind only, and the
-// library finds a scanner's printer by the difference.
-constexpr std::uint32_t kScannerHandleOffset = 400;
-constexpr std::uint32_t kHidHandleOffset = 800;
-
-// Tells a device that was found just now from one that is only stored: milliseconds that wrap.
-std::uint32_t tickCount() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
-}
-
 // What all parts have in common, whether they answered or were announced.
 std::string describe(const DeviceAnswer& device, const char* family, std::uint32_t handle,
                      std::uint32_t address, std::uint16_t channel) {
-  std::string text;
-  AttributeCodec::setString(text, attribute::kDevice, family);
-  AttributeCodec::setLong(text, attribute::kHandle, handle);
-  AttributeCodec::setString(text, attribute::kPortname, "IP_" + device.serial);
-  AttributeCodec::setString(text, attribute::kAddress, addressText(address));
-  AttributeCodec::setString(text, attribute::kPortType, "TCP");
-  AttributeCodec::setString(text, attribute::kTransport, kTransportName);
-  AttributeCodec::setString(text, attribute::kTransportType, kTransportKind);
-  AttributeCodec::setString(text, attribute::kPrinterModel, device.model);
-  AttributeCodec::setString(text, attribute::kSerialNumber, device.serial);
+  std::string text = shared::attributeTextOf(kTransport, {.family = family,
+                                                          .handle = handle,
+                                                          .portname = "IP_" + device.serial,
+                                                          .address = addressText(address),
+                                                          .portType = "TCP",
+                                                          .model = device.model,
+                                                          .serial = device.serial});
   AttributeCodec::setString(text, attribute::kNickname, device.name);
   AttributeCodec::setLong(text, attribute::kChannelId, channel);
-  AttributeCodec::setLong(text, attribute::kTickCount, tickCount());
   return text;
 }
 
@@ -182,11 +169,11 @@ std::uint32_t IpDiscoverer::tell(const AnsweringDevice& device) {
   if (answer.scanPort != 0) {
     const char* const family =
         answer.family == shared::kBpdPrinterFamily ? shared::kBpdScannerFamily : shared::kCpdScannerFamily;
-    const std::uint32_t scanner = handle + kScannerHandleOffset;
+    const std::uint32_t scanner = handle + shared::kScannerHandleOffset;
     tellPart(describe(answer, family, scanner, place.address, answer.scanPort));
   }
   if (answer.hidPort != 0) {
-    const std::uint32_t hid = handle + kHidHandleOffset;
+    const std::uint32_t hid = handle + shared::kHidHandleOffset;
     tellPart(describe(answer, shared::kHidFamily, hid, place.address, answer.hidPort));
   }
   return QRN_ERROR_SUCCESS;

@@ -5,6 +5,7 @@
 #include "discovery/services.h"
 #include "net/endpoint.h"
 #include "shared/base/families.h"
+#include "shared/base/plain_text.h"
 
 namespace qvn::ipv4 {
 namespace {
@@ -23,7 +24,7 @@ std::string_view withoutParentheses(std::string_view text) {
 // Empty when none may be used.
 std::string firstPlain(std::initializer_list<std::string_view> texts) {
   for (const std::string_view text : texts) {
-    if (isPlainText(text)) return std::string(text);
+    if (shared::isPlainText(text)) return std::string(text);
   }
   return {};
 }

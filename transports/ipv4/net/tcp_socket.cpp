@@ -29,12 +29,20 @@ constexpr char kLogComponent[] = "Ip1Transport";
 // then.
 constexpr std::size_t kPiece = std::size_t{64} << 10;
 
+std::int64_t millisecondsUntil(SteadyClock::time_point deadline) {
+  return std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock::now()).count();
+}
+
+int pollTimeout(std::int64_t milliseconds) {
+  return static_cast<int>(std::clamp<std::int64_t>(milliseconds, 0, INT_MAX));
+}
+
 // Waits for the events until the deadline: 0, 1460 or the code of a failed wait.
 std::uint32_t waitFor(int fd, short events, SteadyClock::time_point deadline) {
   for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock::now()).count();
+    const std::int64_t left = millisecondsUntil(deadline);
     pollfd entry{fd, events, 0};
-    const int ready = poll(&entry, 1, static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX)));
+    const int ready = poll(&entry, 1, pollTimeout(left));
     if (ready > 0) return QRN_ERROR_SUCCESS;
     if (ready == 0 && left <= INT_MAX) return QRN_ERROR_TIMEOUT;
     if (ready < 0 && errno != EINTR) return codeFromErrno(errno);
@@ -103,12 +111,19 @@ std::uint32_t TcpSocket::tryToConnect(const Endpoint& endpoint, std::uint32_t ti
   }
   const int on = 1;
   setsockopt(made.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  fd_ = std::move(made);
-  return QRN_ERROR_SUCCESS;
+  const std::uint32_t rc = interrupted_.open();
+  if (rc == QRN_ERROR_SUCCESS) fd_ = std::move(made);
+  return rc;
 }
 
 void TcpSocket::limitUnsent(std::uint32_t bytes) {
   setsockopt(fd_.get(), IPPROTO_TCP, TCP_NOTSENT_LOWAT, &bytes, sizeof bytes);
+}
+
+void TcpSocket::wait(SteadyClock::time_point deadline) {
+  pollfd entries[] = {{fd_.get(), POLLIN, 0}, {interrupted_.fd(), POLLIN, 0}};
+  poll(entries, std::size(entries), pollTimeout(millisecondsUntil(deadline)));
+  if (entries[1].revents != 0) interrupted_.take();
 }
 
 std::uint32_t TcpSocket::receive(std::span<std::uint8_t> room, std::size_t& received) {

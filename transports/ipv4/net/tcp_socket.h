@@ -1,6 +1,7 @@
 // A TCP connection to a device.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -8,6 +9,7 @@
 #include "net/endpoint.h"
 #include "platform/base/unique_descriptor.h"
 #include "shared/channel/channel.h"
+#include "shared/channel/wake_up.h"
 
 namespace qvn::ipv4 {
 
@@ -28,6 +30,8 @@ class TcpSocket : public shared::Channel {
 
   // 64 when the device has ended the connection.
   int readable() const override { return fd_.get(); }
+  void wait(std::chrono::steady_clock::time_point deadline) override;
+  void interrupt() override { interrupted_.raise(); }
   std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received) override;
   std::uint32_t send(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent) override;
   void shutDown() override;
@@ -36,6 +40,7 @@ class TcpSocket : public shared::Channel {
   std::uint32_t tryToConnect(const Endpoint& endpoint, std::uint32_t timeout);
 
   platform::UniqueDescriptor fd_;
+  shared::WakeUp interrupted_;
 };
 
 }  // namespace qvn::ipv4

@@ -2,6 +2,7 @@
 // claimed.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -18,6 +19,12 @@ class Channel {
 
   // A descriptor that is readable when there is something to receive, or the channel has ended.
   virtual int readable() const = 0;
+
+  // Returns when there is something to receive or the channel has ended, at the deadline, or once after an
+  // interrupt. One thread at a time.
+  virtual void wait(std::chrono::steady_clock::time_point deadline) = 0;
+  // Ends the wait, or the next one. Any thread.
+  virtual void interrupt() = 0;
 
   // Takes what is there without waiting: 0 with how much that was, also nothing; else the code that the
   // channel has ended with. One thread at a time.

@@ -1,9 +1,6 @@
 #include "shared/sessions/session.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <climits>
 #include <system_error>
 #include <utility>
 
@@ -26,8 +23,7 @@ constexpr milliseconds kUnreadTimeout{100};
 }  // namespace
 
 std::uint32_t Session::startThreads() {
-  std::uint32_t rc = watch_.open(channel_->readable());
-  if (rc == QRN_ERROR_SUCCESS) rc = interrupted_.open();
+  const std::uint32_t rc = watch_.open(channel_->readable());
   return rc != QRN_ERROR_SUCCESS ? rc : startThread([this] { serve(); });
 }
 
@@ -121,7 +117,7 @@ void Session::cancel(Exchange& exchange) {
   if (exchange.stage_ == Exchange::Stage::Over) return;
   exchange.stage_ = Exchange::Stage::Over;
   exchange.code_ = QRN_ERROR_CONNECTION_ABORTED;
-  if (exchange.reads_) interrupted_.raise();
+  if (exchange.reads_) channel_->interrupt();
   changed_.notify_all();
 }
 
@@ -239,10 +235,7 @@ void Session::readLocked(std::unique_lock<std::mutex>& lock, Exchange& exchange,
 
 void Session::waitUntilReadable(Clock::time_point deadline, bool partial) {
   if (partial) deadline = std::min(deadline, lastReceived_ + kRestTimeout);
-  const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
-  pollfd entries[] = {{channel_->readable(), POLLIN, 0}, {interrupted_.fd(), POLLIN, 0}};
-  poll(entries, std::size(entries), static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX)));
-  if (entries[1].revents != 0) interrupted_.take();
+  channel_->wait(deadline);
 }
 
 void Session::lend(const DeviceReference& device, Bytes bytes, std::uint32_t code) {

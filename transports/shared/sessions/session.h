@@ -23,7 +23,6 @@
 #include "shared/channel/channel.h"
 #include "shared/channel/channel_watch.h"
 #include "shared/channel/place.h"
-#include "shared/channel/wake_up.h"
 #include "shared/sessions/unanswered_requests.h"
 #include "shared/streams/receive_buffer.h"
 
@@ -188,7 +187,6 @@ class Session {
   void waitUntilReadable(Clock::time_point deadline, bool partial);
 
   ChannelWatch watch_;              // the session's thread sleeps on it
-  WakeUp interrupted_;              // for an exchange that reads
   Clock::time_point lastReceived_;  // of whoever reads
 
   // Guarded by the lock.

@@ -3,7 +3,6 @@
 namespace qvn::shared {
 namespace {
 
-constexpr std::size_t kHeader = 3;
 constexpr std::size_t kEventLength = 8;
 
 std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
@@ -16,11 +15,11 @@ std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) 
 
 std::optional<HidFrame> HidStream::next() {
   const std::span<const std::uint8_t> unread = bytes();
-  if (unread.size() < kHeader) return std::nullopt;
+  if (unread.size() < kHidFrameHeader) return std::nullopt;
   const std::size_t length = unread[1] | std::size_t{unread[2]} << 8;
-  if (unread.size() < kHeader + length) return std::nullopt;
-  drop(kHeader + length);
-  return HidFrame{unread[0], unread.subspan(kHeader, length)};
+  if (unread.size() < kHidFrameHeader + length) return std::nullopt;
+  drop(kHidFrameHeader + length);
+  return HidFrame{unread[0], unread.subspan(kHidFrameHeader, length)};
 }
 
 std::optional<HidEvent> parseHidEvent(std::span<const std::uint8_t> content) {

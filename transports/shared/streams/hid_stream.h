@@ -2,6 +2,7 @@
 // little-endian, and those bytes.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -15,6 +16,7 @@ struct HidFrame {
   std::span<const std::uint8_t> content;  // in the buffer
 };
 
+inline constexpr std::size_t kHidFrameHeader = 3;  // type and length
 inline constexpr std::uint8_t kHidReport = 1;
 inline constexpr std::uint8_t kHidEvent = 2;
 

@@ -1,0 +1,174 @@
+#include "bus/in_pipe.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "bus/libusb_code.h"
+#include "qvn/result_codes.h"
+
+namespace qvn::usb1 {
+namespace {
+
+// A device that stalls again and again without sending anything will do so for ever.
+constexpr int kMostStalls = 3;
+
+}  // namespace
+
+InPipe::InPipe(UsbBus& bus, libusb_device_handle* device, const Pipe& pipe, bool isInterrupt,
+               std::size_t size)
+    : bus_(bus), device_(device), pipe_(pipe) {
+  size = std::max<std::size_t>(size / pipe.packetSize, 1) * pipe.packetSize;
+  for (Slot& slot : slots_) {
+    slot.pipe = this;
+    slot.buffer.resize(size);
+    slot.transfer = libusb_alloc_transfer(0);
+    if (slot.transfer == nullptr) throw std::bad_alloc();
+    const auto fill = isInterrupt ? libusb_fill_interrupt_transfer : libusb_fill_bulk_transfer;
+    fill(slot.transfer, device, pipe.address, slot.buffer.data(), static_cast<int>(size), onEnd, &slot, 0);
+  }
+}
+
+InPipe::~InPipe() {
+  shutDown();
+  bus_.waitFor(landed_);
+  { const std::lock_guard<std::mutex> theCallbackHasReturned(mutex_); }
+  for (Slot& slot : slots_) libusb_free_transfer(slot.transfer);
+}
+
+std::uint32_t InPipe::start() {
+  if (const std::uint32_t rc = raised_.open(); rc != QRN_ERROR_SUCCESS) return rc;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (Slot& slot : slots_) submitLocked(slot);
+  return endedBy_;
+}
+
+void InPipe::wait(UsbBus::Clock::time_point deadline) {
+  bus_.waitFor(arrived_, deadline);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  isInterrupted_ = false;
+  tellLocked();
+}
+
+void InPipe::interrupt() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    isInterrupted_ = true;
+  }
+  bus_.finishFromOutside(arrived_);
+}
+
+std::uint32_t InPipe::receive(std::span<std::uint8_t> room, std::size_t& received) {
+  received = 0;
+  std::unique_lock<std::mutex> lock(mutex_);
+  do {
+    std::size_t part = 0;
+    while (!room.empty() && takeLocked(room, part)) {
+      received += part;
+      room = room.subspan(part);
+    }
+  } while (received == 0 && stalled_ != nullptr && clearStall(lock));
+  tellLocked();
+  return received == 0 && come_.empty() ? endedBy_ : std::uint32_t{QRN_ERROR_SUCCESS};
+}
+
+std::uint32_t InPipe::receiveOne(std::span<std::uint8_t> room, std::size_t& received) {
+  received = 0;
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (!takeLocked(room, received) && stalled_ != nullptr && clearStall(lock)) {
+  }
+  tellLocked();
+  return received == 0 && come_.empty() ? endedBy_ : std::uint32_t{QRN_ERROR_SUCCESS};
+}
+
+void InPipe::shutDown() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  endLocked(QRN_ERROR_CONNECTION_ABORTED);
+  tellLocked();
+}
+
+void InPipe::endLocked(std::uint32_t code) {
+  if (endedBy_ != 0) return;
+  endedBy_ = code;
+  for (Slot& slot : slots_)
+    libusb_cancel_transfer(slot.transfer);  // of no consequence to one that does not fly
+  if (flying_ == 0) UsbBus::finish(landed_);
+}
+
+void InPipe::submitLocked(Slot& slot) {
+  if (endedBy_ != 0) return;
+  ++flying_;
+  if (const int error = libusb_submit_transfer(slot.transfer); error != LIBUSB_SUCCESS) {
+    --flying_;
+    endLocked(error == LIBUSB_ERROR_NO_MEM ? codeFromError(error) : std::uint32_t{QRN_ERROR_NETNAME_DELETED});
+  }
+}
+
+bool InPipe::takeLocked(std::span<std::uint8_t> room, std::size_t& received) {
+  if (come_.empty()) return false;
+  Slot& slot = *come_.front();
+  const auto left =
+      std::span(slot.buffer).first(static_cast<std::size_t>(slot.transfer->actual_length)).subspan(taken_);
+  received = std::min(left.size(), room.size());
+  std::memcpy(room.data(), left.data(), received);
+  taken_ += received;
+  if (received == left.size()) {
+    come_.pop_front();
+    taken_ = 0;
+    submitLocked(slot);
+  }
+  return true;
+}
+
+bool InPipe::clearStall(std::unique_lock<std::mutex>& lock) {
+  Slot& slot = *std::exchange(stalled_, nullptr);
+  if (endedBy_ != 0) return false;
+  if (++stalls_ > kMostStalls) {
+    endLocked(QRN_ERROR_IO_DEVICE);
+    return false;
+  }
+  lock.unlock();
+  libusb_clear_halt(device_, pipe_.address);
+  lock.lock();
+  submitLocked(slot);
+  return true;
+}
+
+void InPipe::tellLocked() {
+  const bool hasCome = !come_.empty() || stalled_ != nullptr || endedBy_ != 0;
+  std::atomic_ref<int>(arrived_).store(hasCome || isInterrupted_ ? 1 : 0, std::memory_order_release);
+  if (hasCome == isRaised_) return;
+  isRaised_ = hasCome;
+  if (hasCome) {
+    raised_.raise();
+  } else {
+    raised_.take();
+  }
+}
+
+void InPipe::onEnd(libusb_transfer* transfer) {
+  auto& slot = *static_cast<Slot*>(transfer->user_data);
+  slot.pipe->endedTransfer(slot);
+}
+
+void InPipe::endedTransfer(Slot& slot) {
+  const std::unique_lock<std::mutex> lock(mutex_);
+  --flying_;
+  const libusb_transfer_status status = slot.transfer->status;
+  if (slot.transfer->actual_length > 0) {
+    stalls_ = 0;
+    come_.push_back(&slot);
+  } else if (status == LIBUSB_TRANSFER_COMPLETED) {
+    submitLocked(slot);  // a packet without anything
+  } else if (status == LIBUSB_TRANSFER_STALL) {
+    stalled_ = &slot;
+  }
+  if (status != LIBUSB_TRANSFER_COMPLETED && status != LIBUSB_TRANSFER_STALL)
+    endLocked(codeFromStatus(status));
+  tellLocked();
+  if (endedBy_ != 0 && flying_ == 0) UsbBus::finish(landed_);
+}
+
+}  // namespace qvn::usb1
