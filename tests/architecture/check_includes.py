@@ -63,7 +63,7 @@ HOUSES = {
         ["net"],
         ["faults"],
         ["page"],
-        ["print", "esc", "documents", "hid"],
+        ["print", "esc", "documents", "hid", "usb"],
         [""],
     ],
 }

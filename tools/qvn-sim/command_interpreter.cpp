@@ -30,6 +30,7 @@ std::pair<std::string_view, std::string> splitAtBlank(std::string_view text) {
 }  // namespace
 
 std::string CommandInterpreter::run(std::string_view line) {
+  device_.usbip.readArrived();  // what hosts have asked for before counts
   const auto [command, argument] = splitAtBlank(line);
   if (command == "help") return kCommandHelp;
   if (command == "quit") {
@@ -38,7 +39,8 @@ std::string CommandInterpreter::run(std::string_view line) {
     device_.faults.add(argument);
   } else if (command == "clear-faults") {
     device_.faults.clear();
-  } else if (!runPrinterCommand(command, argument) && !runScannerCommand(command, argument)) {
+  } else if (!runPrinterCommand(command, argument) && !runScannerCommand(command, argument) &&
+             !runUsbCommand(command)) {
     throw std::invalid_argument("unknown command; \"help\" tells them");
   }
   return {};
@@ -101,6 +103,17 @@ bool CommandInterpreter::runScannerCommand(std::string_view command, const std::
     device_.objects.sendToAll(payload);
   } else {
     return false;
+  }
+  return true;
+}
+
+bool CommandInterpreter::runUsbCommand(std::string_view command) {
+  if (command != "unplug" && command != "plug") return false;
+  if (device_.usbip.port() == 0) throw std::invalid_argument("this device has no USB side");
+  if (command == "plug") {
+    device_.usb.plug();
+  } else {
+    device_.usb.unplug();
   }
   return true;
 }

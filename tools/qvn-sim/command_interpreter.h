@@ -12,6 +12,8 @@
 #include "page/scan_engine.h"
 #include "print/bidi_port.h"
 #include "print/printer.h"
+#include "usb/device.h"
+#include "usb/usbip_server.h"
 
 namespace sim {
 
@@ -27,6 +29,7 @@ inline constexpr char kCommandHelp[] =
     "  event ID [CATEGORY]  send an event\n"
     "  load N               put so many sheets into the feeder\n"
     "  block HEX            send a block to every host on the scan port of a BpdPrinter\n"
+    "  unplug, plug         pull the device off USB, and plug it again\n"
     "  fault NAME[=VALUE]   have a fault\n"
     "  clear-faults         have none any more\n"
     "  help                 print this\n"
@@ -44,6 +47,8 @@ class CommandInterpreter {
     ObjectPort& objects;
     HidPort& hid;
     bool hasScanner;
+    usb::Device& usb;
+    usb::UsbipServer& usbip;
   };
 
   explicit CommandInterpreter(const Device& device) : device_(device) {}
@@ -54,6 +59,7 @@ class CommandInterpreter {
 
  private:
   bool runPrinterCommand(std::string_view command, const std::string& argument);
+  bool runUsbCommand(std::string_view command);
   bool runScannerCommand(std::string_view command, const std::string& argument);
 
   const Device device_;

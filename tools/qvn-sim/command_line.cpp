@@ -13,6 +13,8 @@ namespace sim {
 
 FaultTargets Options::faultTargets() const {
   FaultTargets targets;
+  if (usbPort) targets = targets | FaultTarget::Usb;
+  if (usbPort && !plain) targets = targets | FaultTarget::UsbIn;
   if (!plain) targets = targets | FaultTarget::NpaReply | FaultTarget::NpaSilence;
   if (!hasScanner()) return targets;
   if (identity.family == kCpdPrinter) return targets | FaultTarget::EscReply;
@@ -41,6 +43,10 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
   app.add_option("--bidi-port", options.bidiPort, "TCP port for NPA packets; 0: any free one");
   app.add_option("--scan-port", options.scanPort, "TCP port for scanning; 0: any free one");
   app.add_option("--hid-port", options.hidPort, "TCP port for HID reports; 0: any free one");
+  app.add_option("--usb", options.usbPort,
+                 "Be on USB as well, exported by USB/IP on a TCP port; 0: any free one, 3240 unless given")
+      ->expected(0, 1)
+      ->default_str("3240");
   app.add_flag("--plain", options.plain, "Take print data and nothing else (a BpdPrinter)");
   app.add_flag("--printer-only", options.printerOnly, "Have neither scanner nor HID");
   app.add_option("--jobs", options.jobs, "Directory for finished jobs (job-<id>.prn and job-<id>.json)");
@@ -76,7 +82,9 @@ std::optional<Options> parseCommandLine(int argc, char** argv, int& exitCode) {
       "wrong-length=BLOCK[:TIMES] stop-page=BYTES[:TIMES] close-mid-page=BYTES[:TIMES]\n"
       "slow-scan=BYTES_PER_SECOND ignore-abort[:TIMES] no-data[:TIMES] read-error=BLOCKS[:TIMES]\n"
       "oversize-reply=COMMAND[:TIMES] wrong-id=COMMAND[:TIMES] host-mode-fail[:TIMES] "
-      "host-mode-stay[:TIMES]\n\n"
+      "host-mode-stay[:TIMES]\n"
+      "usb-stall=BYTES[:TIMES] usb-unplug=BYTES[:TIMES] usb-short=BYTES[:TIMES] usb-zero[:TIMES]\n"
+      "usb-babble[:TIMES] usb-no-id[:TIMES] usb-little-id[:TIMES] usb-empty-id[:TIMES]\n\n"
       "Standard input takes commands, one a line:\n" +
       std::string(kCommandHelp) +
       "\nExample:\n"

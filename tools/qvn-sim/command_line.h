@@ -21,8 +21,9 @@ struct Options {
   std::uint16_t bidiPort = 0;
   std::uint16_t scanPort = 0;
   std::uint16_t hidPort = 0;
-  bool plain = false;        // no bidi port at all
-  bool printerOnly = false;  // neither scanner nor HID
+  std::optional<std::uint16_t> usbPort;  // of USB/IP; nothing without
+  bool plain = false;                    // no bidi port at all
+  bool printerOnly = false;              // neither scanner nor HID
   std::filesystem::path jobs;
   bool discard = false;
   std::filesystem::path page;  // the picture on the glass; the test chart when empty

@@ -32,6 +32,9 @@
 #include "print/print_port.h"
 #include "print/printer.h"
 #include "script.h"
+#include "usb/descriptors.h"
+#include "usb/device.h"
+#include "usb/usbip_server.h"
 
 namespace {
 
@@ -48,6 +51,18 @@ sim::Descriptor stopSignals() {
 std::unique_ptr<sim::Picture> pictureFrom(const std::filesystem::path& file) {
   if (file.empty()) return std::make_unique<sim::TestChart>();
   return std::make_unique<sim::PngPicture>(file);
+}
+
+sim::usb::Description usbDescription(const sim::Options& options) {
+  using Scanner = sim::usb::Description::Scanner;
+  const sim::Identity& identity = options.identity;
+  const Scanner scanner = identity.family == sim::kBpdPrinter ? Scanner::Blocks : Scanner::EscCommands;
+  return {.family = identity.family,
+          .model = identity.model,
+          .serial = identity.serial,
+          .takesPackets = !options.plain,
+          .scanner = options.hasScanner() ? scanner : Scanner::None,
+          .hasPanel = options.hasScanner()};
 }
 
 void simulate(sim::Options options) {
@@ -98,12 +113,32 @@ void simulate(sim::Options options) {
     hid.listen(options.address, options.hidPort);
   }
 
+  sim::usb::Device usb(loop, options.faults, usbDescription(options),
+                       ending == sim::JobEnding::WithConnection,
+                       {.print =
+                            [&](sim::Descriptor socket, std::shared_ptr<const bool> isBroken) {
+                              print.connect(std::move(socket), std::move(isBroken));
+                            },
+                        .bidi = [&](sim::Descriptor socket) { bidi.connect(std::move(socket)); },
+                        .scan =
+                            [&](sim::Descriptor socket) {
+                              if (options.identity.family == sim::kBpdPrinter) {
+                                objects.connect(std::move(socket));
+                              } else {
+                                scan.connect(std::move(socket));
+                              }
+                            },
+                        .hid = [&](sim::Descriptor socket) { hid.connect(std::move(socket)); },
+                        .portStatus = [&] { return printer.portStatus(); }});
+  sim::usb::UsbipServer usbip(loop, usb);
+  if (options.usbPort) usbip.listen(options.address, *options.usbPort);
+
   const std::uint16_t scanPort = scan.port() != 0 ? scan.port() : objects.port();
   const sim::TcpPorts ports{print.port(), bidi.port(), scanPort, hid.port()};
   const sim::DiscoveryPort discovery(loop, options.faults, options.identity, ports, options.address,
                                      options.discoveryPort);
   sim::CommandInterpreter commands(
-      {loop, options.faults, printer, bidi, scanner, engine, objects, hid, options.hasScanner()});
+      {loop, options.faults, printer, bidi, scanner, engine, objects, hid, options.hasScanner(), usb, usbip});
   const sim::Console console(loop, commands, options.quitAtEndOfInput);
   sim::Script script(loop, commands, options.script);
   loop.watch(signals.get(), [&] { loop.stop(); });
@@ -114,6 +149,7 @@ void simulate(sim::Options options) {
                                 {"print", ports.print},
                                 {"scan", ports.scan},
                                 {"hid", ports.hid},
+                                {"usb", usbip.port()},
                                 {"family", options.identity.family},
                                 {"model", options.identity.model},
                                 {"serial", options.identity.serial},

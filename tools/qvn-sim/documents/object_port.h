@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/bytes.h"
 #include "base/connection_id.h"
@@ -17,6 +18,7 @@
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"
 #include "net/message_hosts.h"
+#include "net/sockets.h"
 #include "page/page_pump.h"
 #include "page/page_source.h"
 #include "page/scan_engine.h"
@@ -30,8 +32,10 @@ class ObjectPort {
   ObjectPort(EventLoop& loop, FaultSwitches& faults, ScanEngine& engine, PageSource& pages, Trace& trace,
              bool framesReplies);
 
-  // Until then nobody can connect.
+  // Until then nobody can connect by TCP.
   void listen(const std::string& address, std::uint16_t port) { hosts_.listen(address, port); }
+  // Takes in a host that is connected otherwise.
+  void connect(Descriptor socket) { hosts_.connect(std::move(socket)); }
 
   // 0 when it does not listen.
   std::uint16_t port() const { return hosts_.port(); }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "base/bytes.h"
 #include "base/connection_id.h"
@@ -14,6 +15,7 @@
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"
 #include "net/message_hosts.h"
+#include "net/sockets.h"
 #include "page/page_pump.h"
 #include "page/page_source.h"
 #include "page/scan_engine.h"
@@ -25,8 +27,10 @@ class ScanPort {
   ScanPort(EventLoop& loop, FaultSwitches& faults, Scanner& scanner, ScanEngine& engine, PageSource& pages,
            Trace& trace);
 
-  // Until then nobody can connect.
+  // Until then nobody can connect by TCP.
   void listen(const std::string& address, std::uint16_t port) { hosts_.listen(address, port); }
+  // Takes in a host that is connected otherwise.
+  void connect(Descriptor socket) { hosts_.connect(std::move(socket)); }
 
   // 0 when it does not listen.
   std::uint16_t port() const { return hosts_.port(); }

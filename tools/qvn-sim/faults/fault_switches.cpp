@@ -36,12 +36,16 @@ constexpr std::array kReplyFaults = {
     ReplyFaultName{"close-bidi", ReplyFault::Close, false, kNpa | FaultTarget::NpaSilence | kScanner},
 };
 
-struct ScanFaultName {
+template <typename Fault>
+struct NumberedFaultName {
   std::string_view name;
-  ScanFault fault;
+  Fault fault;
   const char* value;  // what its number is; none when it has none
   FaultTargets targets;
+  std::uint64_t least = 0;
 };
+using ScanFaultName = NumberedFaultName<ScanFault>;
+using UsbFaultName = NumberedFaultName<UsbFault>;
 
 constexpr std::array kScanFaults = {
     ScanFaultName{"status-early", ScanFault::StatusEarly, "a number of bytes", kEsc},
@@ -58,14 +62,32 @@ constexpr std::array kScanFaults = {
     ScanFaultName{"host-mode-stay", ScanFault::HostModeStay, nullptr, kMethod},
 };
 
+constexpr std::array kUsbFaults = {
+    UsbFaultName{"usb-stall", UsbFault::Stall, "a number of bytes", FaultTarget::Usb},
+    UsbFaultName{"usb-unplug", UsbFault::Unplug, "a number of bytes", FaultTarget::Usb},
+    UsbFaultName{"usb-short", UsbFault::Short, "a number of bytes, 1 or more", FaultTarget::UsbIn, 1},
+    UsbFaultName{"usb-zero", UsbFault::Zero, nullptr, FaultTarget::UsbIn},
+    UsbFaultName{"usb-babble", UsbFault::Babble, nullptr, FaultTarget::UsbIn},
+    UsbFaultName{"usb-no-id", UsbFault::NoId, nullptr, FaultTarget::Usb},
+    UsbFaultName{"usb-little-id", UsbFault::LittleId, nullptr, FaultTarget::Usb},
+    UsbFaultName{"usb-empty-id", UsbFault::EmptyId, nullptr, FaultTarget::Usb},
+};
+
 // By the order of FaultTarget.
-constexpr std::array kTargetTexts = {"replies to NPA commands", "packets without a reply",
-                                     "replies to ESC commands", "replies to methods",
-                                     "notifications",           "frames"};
+constexpr std::array kTargetTexts = {"replies to NPA commands",
+                                     "packets without a reply",
+                                     "replies to ESC commands",
+                                     "replies to methods",
+                                     "notifications",
+                                     "frames",
+                                     "USB",
+                                     "what comes from the device on USB"};
 
 // What a device lacks that has none of these targets.
 const char* describe(FaultTargets targets) {
   if (targets.meet(kNpa)) return targets.meet(kScanner) ? "neither bidi port nor scanner" : "no bidi port";
+  if (targets.meet(FaultTarget::Usb)) return "no USB side";
+  if (targets.meet(FaultTarget::UsbIn)) return "no USB side that sends";
   if (targets.meet(kEsc)) return targets.meet(kMethod) ? "no scanner" : "no scanner that takes ESC commands";
   return targets.meet(FaultTarget::Frame) ? "no frame around its replies" : "no scanner that takes documents";
 }
@@ -151,14 +173,9 @@ void FaultSwitches::add(std::string_view text) {
   if (const ReplyFaultName* reply = findNamed(kReplyFaults, name)) {
     entries_.push_back(takeEntry(fault, *reply));
   } else if (const ScanFaultName* page = findNamed(kScanFaults, name)) {
-    expectOneOf(fault, page->targets);
-    std::uint64_t value = 0;
-    if (page->value == nullptr) {
-      fault.expectNoEquals();
-    } else {
-      value = fault.takeNumber<std::uint64_t>(page->value, kLargestValue);
-    }
-    scanFaults_.insert_or_assign(page->fault, Limited{value, fault.takeTimes()});
+    addTo(scanFaults_, fault, *page);
+  } else if (const UsbFaultName* bus = findNamed(kUsbFaults, name)) {
+    addTo(usbFaults_, fault, *bus);
   } else if (name == "busy" || name == "never-finish") {
     expectOneOf(fault, name == "busy" ? kNpa | kScanner : kNpa);
     fault.expectNoEquals();
@@ -179,6 +196,19 @@ void FaultSwitches::add(std::string_view text) {
   } else {
     fault.complain("unknown");
   }
+}
+
+template <typename Name, typename Fault>
+void FaultSwitches::addTo(Numbered<Fault>& faults, Text& fault, const Name& known) const {
+  expectOneOf(fault, known.targets);
+  std::uint64_t value = 0;
+  if (known.value == nullptr) {
+    fault.expectNoEquals();
+  } else {
+    value = fault.takeNumber<std::uint64_t>(known.value, kLargestValue);
+    if (value < known.least) fault.complain(std::string("expected ") + known.value);
+  }
+  faults.insert_or_assign(known.fault, Limited{value, fault.takeTimes()});
 }
 
 FaultSwitches::Entry FaultSwitches::takeEntry(Text& fault, const ReplyFaultName& known) const {
@@ -222,17 +252,31 @@ std::optional<std::chrono::milliseconds> FaultSwitches::strike(ReplyFault fault,
   return std::nullopt;
 }
 
-std::optional<std::uint64_t> FaultSwitches::valueOf(ScanFault fault) const {
-  const auto found = scanFaults_.find(fault);
-  if (found == scanFaults_.end() || !found->second.times.areLeft()) return std::nullopt;
+template <typename Fault>
+std::optional<std::uint64_t> FaultSwitches::valueIn(const Numbered<Fault>& faults, Fault fault) {
+  const auto found = faults.find(fault);
+  if (found == faults.end() || !found->second.times.areLeft()) return std::nullopt;
   return found->second.value;
 }
 
-std::optional<std::uint64_t> FaultSwitches::strike(ScanFault fault) {
-  const auto value = valueOf(fault);
-  if (value) scanFaults_.at(fault).times.countDown();
+template <typename Fault>
+std::optional<std::uint64_t> FaultSwitches::strikeIn(Numbered<Fault>& faults, Fault fault) {
+  const auto value = valueIn(faults, fault);
+  if (value) faults.at(fault).times.countDown();
   return value;
 }
+
+std::optional<std::uint64_t> FaultSwitches::valueOf(ScanFault fault) const {
+  return valueIn(scanFaults_, fault);
+}
+
+std::optional<std::uint64_t> FaultSwitches::strike(ScanFault fault) { return strikeIn(scanFaults_, fault); }
+
+std::optional<std::uint64_t> FaultSwitches::valueOf(UsbFault fault) const {
+  return valueIn(usbFaults_, fault);
+}
+
+std::optional<std::uint64_t> FaultSwitches::strike(UsbFault fault) { return strikeIn(usbFaults_, fault); }
 
 bool FaultSwitches::closesJobAt(std::uint64_t received) {
   if (!closeMidJob_ || received < closeMidJob_->value || !closeMidJob_->times.areLeft()) return false;

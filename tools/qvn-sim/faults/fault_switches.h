@@ -41,6 +41,18 @@ enum class ScanFault : std::uint8_t {
   HostModeStay,  // -
 };
 
+// What can go wrong on the bus, and the number that the fault has.
+enum class UsbFault : std::uint8_t {
+  Stall,     // bytes of print data
+  Unplug,    // bytes of print data
+  Short,     // bytes of a packet
+  Zero,      // -
+  Babble,    // -
+  NoId,      // -
+  LittleId,  // -
+  EmptyId,   // -
+};
+
 // What a fault strikes. A device has those that its ports speak.
 enum class FaultTarget : std::uint8_t {
   NpaReply,
@@ -49,6 +61,8 @@ enum class FaultTarget : std::uint8_t {
   MethodReply,
   Notification,
   Frame,  // of the reply to a method
+  Usb,
+  UsbIn,  // what comes from the device on USB, besides control requests
 };
 
 // A bit for each target.
@@ -65,7 +79,7 @@ class FaultTargets {
   constexpr bool meet(FaultTargets other) const { return (bits_ & other.bits_) != 0; }
 
  private:
-  std::uint8_t bits_ = 0;
+  std::uint8_t bits_ = 0;  // has room for the eight there are
 };
 
 constexpr FaultTargets operator|(FaultTarget one, FaultTarget other) {
@@ -99,6 +113,8 @@ class FaultSwitches {
   // The number of the fault when the device has it; 0 for one without. `strike` counts down a limited one.
   std::optional<std::uint64_t> valueOf(ScanFault fault) const;
   std::optional<std::uint64_t> strike(ScanFault fault);
+  std::optional<std::uint64_t> valueOf(UsbFault fault) const;
+  std::optional<std::uint64_t> strike(UsbFault fault);
 
   bool busy() const { return busy_; }
   bool neverFinish() const { return neverFinish_; }
@@ -134,7 +150,17 @@ class FaultSwitches {
     Times times;
   };
 
+  template <typename Fault>
+  using Numbered = std::map<Fault, Limited>;
+
   class Text;
+
+  template <typename Fault>
+  static std::optional<std::uint64_t> valueIn(const Numbered<Fault>& faults, Fault fault);
+  template <typename Fault>
+  static std::optional<std::uint64_t> strikeIn(Numbered<Fault>& faults, Fault fault);
+  template <typename Name, typename Fault>
+  void addTo(Numbered<Fault>& faults, Text& fault, const Name& known) const;
 
   Entry takeEntry(Text& fault, const ReplyFaultName& known) const;
   void expectOneOf(const Text& fault, FaultTargets targets) const;
@@ -142,7 +168,8 @@ class FaultSwitches {
   FaultTargetNamed targetNamed_;
   FaultTargets device_;
   std::vector<Entry> entries_;
-  std::map<ScanFault, Limited> scanFaults_;
+  Numbered<ScanFault> scanFaults_;
+  Numbered<UsbFault> usbFaults_;
   std::optional<Limited> closeMidJob_;
   std::optional<std::uint64_t> printBytesPerSecond_;
   std::optional<std::uint64_t> scanBytesPerSecond_;

@@ -44,7 +44,7 @@ Bytes message(std::uint8_t type, ByteView content) {
 }  // namespace
 
 HidPort::HidPort(EventLoop& loop)
-    : loop_(loop), listener_(loop, [this](Descriptor socket) { connected(std::move(socket)); }) {}
+    : loop_(loop), listener_(loop, [this](Descriptor socket) { connect(std::move(socket)); }) {}
 
 void HidPort::sendReport(ByteView report) { sendToAll({message(kReport, report)}); }
 
@@ -52,7 +52,7 @@ void HidPort::sendEvent(ByteView event) { sendToAll({message(kEvent, event)}); }
 
 void HidPort::sendNumberedReports(std::uint32_t count) { sendToAll({{}, 0, count}); }
 
-void HidPort::connected(Descriptor socket) {
+void HidPort::connect(Descriptor socket) {
   if (hosts_.size() >= kMaxHosts) return;
   const HostId id = ++lastId_;
   loop_.watch(socket.get(), [this, id] { readFrom(id); });

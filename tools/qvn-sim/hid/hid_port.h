@@ -21,8 +21,10 @@ class HidPort {
  public:
   explicit HidPort(EventLoop& loop);
 
-  // Until then nobody can connect, and there is nobody to send to.
+  // Until then nobody can connect by TCP.
   void listen(const std::string& address, std::uint16_t port) { listener_.listen(address, port); }
+  // Takes in a host that is connected otherwise; one too many sees its connection closed.
+  void connect(Descriptor socket);
 
   // 0 when it does not listen.
   std::uint16_t port() const { return listener_.port(); }
@@ -48,7 +50,6 @@ class HidPort {
     Bytes buffer;                  // what goes next
   };
 
-  void connected(Descriptor socket);
   void readFrom(HostId id);
   void sendToAll(const Waiting& waiting);
   void fillBuffer(Host& host);

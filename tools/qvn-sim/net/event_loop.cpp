@@ -40,7 +40,8 @@ void EventLoop::run() {
   while (!stopped_) {
     polled.clear();
     for (const auto& [fd, watch] : watched_) {
-      polled.push_back({fd, static_cast<short>(watch.onWritable ? POLLIN | POLLOUT : POLLIN), 0});
+      const int events = (watch.onReadable ? POLLIN : 0) | (watch.onWritable ? POLLOUT : 0);
+      polled.push_back({fd, static_cast<short>(events), 0});
     }
     const int ready = poll(polled.data(), polled.size(), millisecondsToNextTimer());
     if (ready < 0 && errno != EINTR) throw std::system_error(errno, std::generic_category(), "poll");

@@ -13,7 +13,8 @@ class EventLoop {
   using Handler = std::function<void()>;
 
   // Calls `onReadable` whenever the descriptor can be read, was closed by the peer or has an error. Handlers
-  // may be called once too often and must not block. Watching again replaces the handler.
+  // may be called once too often and must not block. Watching again replaces the handler; without one the
+  // descriptor is watched for watchWritable alone.
   void watch(int fd, Handler onReadable);
   // Calls `onWritable` as well, whenever a watched descriptor takes data, until unwatchWritable.
   void watchWritable(int fd, Handler onWritable);
@@ -33,8 +34,8 @@ class EventLoop {
 
  private:
   struct Watch {
-    Handler onReadable;
-    Handler onWritable;  // none when that is of no interest
+    Handler onReadable;  // either is none when that is of no interest
+    Handler onWritable;
   };
 
   void call(int fd, Handler Watch::*which);

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/bytes.h"
 #include "base/connection_id.h"
@@ -40,13 +41,28 @@ class MessageHosts {
   MessageHosts(EventLoop& loop, Handlers handlers)
       : loop_(loop),
         handlers_(std::move(handlers)),
-        listener_(loop, [this](Descriptor socket) { connected(std::move(socket)); }) {}
+        listener_(loop, [this](Descriptor socket) { connect(std::move(socket)); }) {}
 
-  // Until then nobody can connect.
+  // Until then nobody can connect by TCP.
   void listen(const std::string& address, std::uint16_t port) { listener_.listen(address, port); }
+
+  // Takes in a host that is connected otherwise; one too many sees its connection closed.
+  void connect(Descriptor socket) {
+    if (hosts_.size() >= kMaxHosts) return;
+    const ConnectionId id = ++lastId_;
+    loop_.watch(socket.get(), [this, id] { readFrom(id); });
+    hosts_[id].socket = std::move(socket);
+  }
 
   // 0 when it does not listen.
   std::uint16_t port() const { return listener_.port(); }
+
+  // Takes in what hosts have sent since the loop last looked.
+  void readArrived() {
+    std::vector<ConnectionId> ids;
+    for (const auto& [id, host] : hosts_) ids.push_back(id);
+    for (const ConnectionId id : ids) readFrom(id);
+  }
 
   // Null when the host is connected no more.
   Host* find(ConnectionId id) {
@@ -68,13 +84,6 @@ class MessageHosts {
   static constexpr std::size_t kMaxHosts = 64;
   // How long the rest of a message may take.
   static constexpr std::chrono::milliseconds kMessageTimeout{500};
-
-  void connected(Descriptor socket) {
-    if (hosts_.size() >= kMaxHosts) return;
-    const ConnectionId id = ++lastId_;
-    loop_.watch(socket.get(), [this, id] { readFrom(id); });
-    hosts_[id].socket = std::move(socket);
-  }
 
   void readFrom(ConnectionId id) {
     Host* const host = find(id);

@@ -83,6 +83,13 @@ Descriptor acceptTcp(const Descriptor& listener) {
   return accepted;
 }
 
+std::pair<Descriptor, Descriptor> socketPair(bool keepsMessages) {
+  int ends[2];
+  const int type = (keepsMessages ? SOCK_SEQPACKET : SOCK_STREAM) | SOCK_NONBLOCK | SOCK_CLOEXEC;
+  if (socketpair(AF_UNIX, type, 0, ends) != 0) fail("socketpair");
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
 void resetOnClose(const Descriptor& socket) {
   const linger abort{1, 0};
   setsockopt(socket.get(), SOL_SOCKET, SO_LINGER, &abort, sizeof abort);

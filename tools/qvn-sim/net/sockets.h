@@ -35,6 +35,9 @@ std::uint16_t localPort(const Descriptor& socket);
 // The next waiting connection; not open when there is none.
 Descriptor acceptTcp(const Descriptor& listener);
 
+// Two ends of a connection within the process; with `keepsMessages` each one that is sent arrives by itself.
+std::pair<Descriptor, Descriptor> socketPair(bool keepsMessages);
+
 // The peer sees a reset instead of an orderly end.
 void resetOnClose(const Descriptor& socket);
 

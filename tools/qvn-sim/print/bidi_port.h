@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/bytes.h"
 #include "base/connection_id.h"
@@ -11,6 +12,7 @@
 #include "faults/fault_switches.h"
 #include "net/event_loop.h"
 #include "net/message_hosts.h"
+#include "net/sockets.h"
 #include "print/npa_packets.h"
 #include "print/packet_assembler.h"
 #include "print/printer.h"
@@ -21,8 +23,10 @@ class BidiPort {
  public:
   BidiPort(EventLoop& loop, FaultSwitches& faults, Printer& printer, Trace& trace);
 
-  // Until then nobody can connect, and there is nobody to send to.
+  // Until then nobody can connect by TCP, and there is nobody to send to.
   void listen(const std::string& address, std::uint16_t port) { hosts_.listen(address, port); }
+  // Takes in a host that is connected otherwise.
+  void connect(Descriptor socket) { hosts_.connect(std::move(socket)); }
 
   // 0 when it does not listen.
   std::uint16_t port() const { return hosts_.port(); }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace sim {
 namespace {
@@ -36,14 +37,9 @@ PrintPort::PrintPort(EventLoop& loop, FaultSwitches& faults, JobQueue& jobs, con
 
 void PrintPort::readArrived() {
   for (int turn = 0; turn < kReadsPerTurn; ++turn) {
-    if (!connection_.isOpen()) {
-      connection_ = acceptTcp(listener_);
-      if (!connection_.isOpen()) {
-        drained();
-        return;
-      }
-      loop_.unwatch(listener_.get());
-      loop_.watch(connection_.get(), [this] { readArrived(); });
+    if (!host_.socket.isOpen() && !takeNextHost()) {
+      drained();
+      return;
     }
     switch (readOnce()) {
       case ReadResult::Data:
@@ -62,28 +58,49 @@ void PrintPort::readArrived() {
   }
 }
 
+void PrintPort::connect(Descriptor socket, std::shared_ptr<const bool> isBroken) {
+  waiting_.push_back({std::move(socket), std::move(isBroken)});
+  loop_.after(std::chrono::milliseconds(0), [this] { readArrived(); });
+}
+
+bool PrintPort::takeNextHost() {
+  if (waiting_.empty()) {
+    host_ = {acceptTcp(listener_), nullptr};
+    if (!host_.socket.isOpen()) return false;
+  } else {
+    host_ = std::move(waiting_.front());
+    waiting_.pop_front();
+  }
+  loop_.unwatch(listener_.get());
+  loop_.watch(host_.socket.get(), [this] { readArrived(); });
+  return true;
+}
+
 PrintPort::ReadResult PrintPort::readOnce() {
   const std::size_t room = allowance();
   if (room == 0) return ReadResult::Nothing;
-  const ssize_t got = recv(connection_.get(), buffer_.data(), room, 0);
+  const ssize_t got = recv(host_.socket.get(), buffer_.data(), room, 0);
   if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
     drained();
     return ReadResult::Nothing;
   }
-  if (got <= 0) return got == 0 ? ReadResult::Ended : ReadResult::Broken;
+  if (got <= 0) {
+    const bool isBroken = host_.isBroken ? *host_.isBroken : got < 0;
+    return isBroken ? ReadResult::Broken : ReadResult::Ended;
+  }
   received_ += static_cast<std::uint64_t>(got);
   if (faults_.printBytesPerSecond()) allowed_ -= static_cast<std::uint64_t>(got);
   jobs_.receive(ByteView(buffer_.data(), static_cast<std::size_t>(got)));
   if (jobs_.currentBytes() > 0 && faults_.closesJobAt(jobs_.currentBytes())) {
-    resetOnClose(connection_);
+    resetOnClose(host_.socket);
     return ReadResult::Broken;
   }
   return ReadResult::Data;
 }
 
 void PrintPort::closeConnection() {
-  loop_.unwatch(connection_.get());
-  connection_.close();
+  loop_.unwatch(host_.socket.get());
+  host_.socket.close();
   // Also when this turn ends here: the next host must be heard.
   loop_.watch(listener_.get(), [this] { readArrived(); });
 }
@@ -110,15 +127,15 @@ std::size_t PrintPort::allowance() {
   const auto rate = faults_.printBytesPerSecond();
   if (!rate) return buffer_.size();
   if (allowed_ == 0) {
-    loop_.unwatch(connection_.get());
+    loop_.unwatch(host_.socket.get());
     if (!stepPending_) {
       stepPending_ = true;
       loop_.after(kSlowStep, [this] {
         stepPending_ = false;
         const auto now = faults_.printBytesPerSecond();
         if (now) allowed_ = *now == 0 ? 0 : std::max<std::uint64_t>(1, *now * kSlowStep.count() / 1000);
-        if (!connection_.isOpen()) return;
-        loop_.watch(connection_.get(), [this] { readArrived(); });
+        if (!host_.socket.isOpen()) return;
+        loop_.watch(host_.socket.get(), [this] { readArrived(); });
         readArrived();
       });
     }

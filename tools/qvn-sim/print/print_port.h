@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <memory>
 #include <string>
 
 #include "base/bytes.h"
@@ -19,12 +21,21 @@ class PrintPort {
 
   std::uint16_t port() const { return localPort(listener_); }
 
+  // Takes in a host that is connected otherwise, in its turn. `isBroken` tells how its connection has ended
+  // when it has: by the host, or by a line that broke.
+  void connect(Descriptor socket, std::shared_ptr<const bool> isBroken);
+
   // Takes in what has arrived, as far as the faults allow.
   void readArrived();
 
  private:
   enum class ReadResult : std::uint8_t { Data, Nothing, Ended, Broken };
+  struct Host {
+    Descriptor socket;
+    std::shared_ptr<const bool> isBroken;  // none when the socket knows
+  };
 
+  bool takeNextHost();
   ReadResult readOnce();
   void closeConnection();
   void drained();
@@ -34,7 +45,8 @@ class PrintPort {
   FaultSwitches& faults_;
   JobQueue& jobs_;
   Descriptor listener_;
-  Descriptor connection_;
+  std::deque<Host> waiting_;  // that are connected otherwise
+  Host host_;                 // whose data is taken; its socket is not open when there is none
   Bytes buffer_;
   std::uint64_t allowed_ = 0;  // bytes that a slow device will still take before the next step
   bool stepPending_ = false;

@@ -9,6 +9,25 @@ namespace {
 constexpr std::array<std::uint8_t, 3> kNpaRevisions = {0x02, 0x01, 0x00};
 constexpr std::uint16_t kMaxPacketSize = 1024;
 
+// The lines of a parallel port that tell the status.
+constexpr std::uint8_t kPaperEmpty = 0x20;
+constexpr std::uint8_t kSelected = 0x10;
+constexpr std::uint8_t kNoError = 0x08;
+
+// What a bit of the status changes of the lines of a printer that is ready.
+struct PortCondition {
+  std::uint16_t bit;
+  std::uint8_t raised;
+  std::uint8_t lowered;
+};
+constexpr PortCondition kPortConditions[] = {
+    {0x4000, kPaperEmpty, kNoError},  // out of paper
+    {0x1000, 0, kNoError},            // out of toner
+    {0x0800, 0, kNoError},            // cover open
+    {0x0400, 0, kNoError},            // paper jam
+    {0x0200, 0, kSelected},           // offline
+};
+
 // The reply to a command with nothing to tell: its first `length` bytes again.
 Bytes acknowledge(ByteView packet, std::size_t length) {
   return npa::makePacket(npa::kReplyFlags, packet.subspan(npa::kCommand, length - npa::kCommand));
@@ -99,6 +118,17 @@ Bytes Printer::setStatus(std::uint8_t busy, std::uint16_t status) {
   appendStatusEntries(alert);
   npa::writeBig16(alert, 1, static_cast<std::uint16_t>(alert.size() - npa::kUncounted));
   return alert;
+}
+
+std::uint8_t Printer::portStatus() const {
+  std::uint8_t raised = kSelected | kNoError;
+  std::uint8_t lowered = 0;
+  for (const PortCondition& condition : kPortConditions) {
+    if ((status_ & condition.bit) == 0) continue;
+    raised |= condition.raised;
+    lowered |= condition.lowered;
+  }
+  return static_cast<std::uint8_t>(raised & ~lowered);
 }
 
 Bytes Printer::reset() {

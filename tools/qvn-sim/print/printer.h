@@ -43,6 +43,8 @@ class Printer {
   // Changes the status and gives the alert that tells so.
   Bytes setStatus(std::uint8_t busy, std::uint16_t status);
   Bytes setBusy(bool busy) { return setStatus(busy ? 1 : 0, status_); }
+  // The status as a parallel port's lines show it (IEEE 1284): paper empty, selected, no error.
+  std::uint8_t portStatus() const;
   // Forgets what hosts have set up and gives the alert that tells so.
   Bytes reset();
   static Bytes cancelAcknowledge();
