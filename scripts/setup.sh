@@ -6,8 +6,8 @@ packages=(
   build-essential cmake ninja-build pkg-config ccache
   liblmdb-dev libcli11-dev nlohmann-json3-dev
   libcups2-dev libavahi-client-dev libpng-dev libtiff-dev libsane-dev
-  libexpat1-dev libxml2-dev
-  libgtest-dev libgmock-dev libbenchmark-dev python3
+  libexpat1-dev libxml2-dev libusb-1.0-0-dev
+  libgtest-dev libgmock-dev libumockdev-dev umockdev libbenchmark-dev python3
 )
 # What the tests print through, print to and are found by.
 programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-utils iproute2)
