@@ -3,10 +3,10 @@
 
 #include <filesystem>
 
-#include "ipv4/connections/logging_device.h"
 #include "ipv4/discovery/discovery_log.h"
-#include "ipv4/transport_module.h"
 #include "support/content_of.h"
+#include "support/transport/logging_device.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 namespace {

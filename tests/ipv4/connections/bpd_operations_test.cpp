@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "ipv4/transport_module.h"
 #include "support/simulator/simulator_process.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 namespace {

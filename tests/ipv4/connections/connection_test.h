@@ -8,8 +8,8 @@
 #include <thread>
 #include <vector>
 
-#include "ipv4/connections/logging_device.h"
-#include "ipv4/transport_module.h"
+#include "support/transport/logging_device.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 

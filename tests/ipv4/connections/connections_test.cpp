@@ -5,11 +5,11 @@
 #include <iterator>
 #include <thread>
 
-#include "ipv4/transport_module.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/plugin.h"
 #include "support/process/forked.h"
 #include "support/simulator/simulator_process.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 namespace {

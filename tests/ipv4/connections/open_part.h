@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "ipv4/transport_module.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 

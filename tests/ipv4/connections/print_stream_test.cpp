@@ -3,8 +3,8 @@
 
 #include <thread>
 
-#include "ipv4/transport_module.h"
 #include "qvn/transport/lent_data.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 namespace {

@@ -6,11 +6,11 @@
 
 #include "ipv4/discovery/discovery_log.h"
 #include "ipv4/discovery/mdns.h"
-#include "ipv4/transport_module.h"
 #include "qvn/transport/attribute_codec.h"
 #include "qvn/transport/attributes.h"
 #include "support/private_network.h"
 #include "support/simulator/simulator_process.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 namespace {

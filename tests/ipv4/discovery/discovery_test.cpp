@@ -6,11 +6,11 @@
 #include <thread>
 
 #include "ipv4/discovery/discovery_log.h"
-#include "ipv4/transport_module.h"
 #include "qvn/transport/attributes.h"
 #include "qvn/transport/settings.h"
 #include "support/registry_values.h"
 #include "support/simulator/simulator_process.h"
+#include "support/transport/transport_module.h"
 
 namespace qvn::test {
 namespace {

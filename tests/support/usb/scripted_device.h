@@ -20,7 +20,7 @@ namespace qvn::test {
 
 using usbfs::Bytes;
 
-class ScriptedDevice final : public usbfs::LocalDevice {
+class ScriptedDevice : public usbfs::LocalDevice {
  public:
   using Setup = std::array<std::uint8_t, 8>;
   // What a device makes of data that goes out: how much of it it takes, and whether the transfer then ends,

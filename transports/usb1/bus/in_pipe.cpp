@@ -18,8 +18,8 @@ constexpr int kMostStalls = 3;
 }  // namespace
 
 InPipe::InPipe(UsbBus& bus, libusb_device_handle* device, const Pipe& pipe, bool isInterrupt,
-               std::size_t size)
-    : bus_(bus), device_(device), pipe_(pipe) {
+               std::size_t size, std::shared_ptr<shared::WakeUp> raised)
+    : bus_(bus), device_(device), pipe_(pipe), raised_(std::move(raised)) {
   size = std::max<std::size_t>(size / pipe.packetSize, 1) * pipe.packetSize;
   for (Slot& slot : slots_) {
     slot.pipe = this;
@@ -39,7 +39,6 @@ InPipe::~InPipe() {
 }
 
 std::uint32_t InPipe::start() {
-  if (const std::uint32_t rc = raised_.open(); rc != QRN_ERROR_SUCCESS) return rc;
   const std::lock_guard<std::mutex> lock(mutex_);
   for (Slot& slot : slots_) submitLocked(slot);
   return endedBy_;
@@ -142,9 +141,9 @@ void InPipe::tellLocked() {
   if (hasCome == isRaised_) return;
   isRaised_ = hasCome;
   if (hasCome) {
-    raised_.raise();
+    raised_->raise();
   } else {
-    raised_.take();
+    raised_->take();
   }
 }
 

@@ -22,7 +22,9 @@ namespace qvn::usb1 {
 class InPipe {
  public:
   // `size` of one transfer is made a multiple of the packet size: a device may always send a whole packet.
-  InPipe(UsbBus& bus, libusb_device_handle* device, const Pipe& pipe, bool isInterrupt, std::size_t size);
+  // `raised` is readable while there is something to receive, or the end.
+  InPipe(UsbBus& bus, libusb_device_handle* device, const Pipe& pipe, bool isInterrupt, std::size_t size,
+         std::shared_ptr<shared::WakeUp> raised);
   InPipe(const InPipe&) = delete;
   InPipe& operator=(const InPipe&) = delete;
   // Waits until nothing flies any more.
@@ -33,7 +35,6 @@ class InPipe {
 
   // As of a channel (shared/channel/channel.h): 64 when the device is gone, 13 when it sent more than fits
   // into its packets, 1117 when it goes on to stall, 1236 when it was ended here.
-  int readable() const { return raised_.fd(); }
   void wait(UsbBus::Clock::time_point deadline);
   void interrupt();
   std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received);
@@ -63,7 +64,7 @@ class InPipe {
   UsbBus& bus_;
   libusb_device_handle* const device_;
   const Pipe pipe_;
-  shared::WakeUp raised_;
+  const std::shared_ptr<shared::WakeUp> raised_;
   std::array<Slot, kSlots> slots_;
 
   std::mutex mutex_;  // guards what follows

@@ -62,6 +62,7 @@ UsbBus::~UsbBus() {
     }
     thread_.join();
   }
+  disposed_.clear();
   if (context_ != nullptr) libusb_exit(context_);
 }
 
@@ -100,24 +101,38 @@ void UsbBus::finishFromOutside(int& done) {
   libusb_interrupt_event_handler(context_);
 }
 
-void UsbBus::serve() {
-  while (standAside()) {
-    timeval time = timevalOf(kLongestWait);
-    libusb_handle_events_timeout_completed(context_, &time, nullptr);
-  }
+void UsbBus::dispose(std::shared_ptr<void> object) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  disposed_.push_back(std::move(object));
+  changed_.notify_all();
+  if (stage_ == Stage::Handling) libusb_interrupt_event_handler(context_);
 }
 
-bool UsbBus::standAside() {
+void UsbBus::serve() {
   std::unique_lock<std::mutex> lock(mutex_);
-  while (!stopping_ && (waiting_ != 0 || waits_ != lingeredFor_)) {
-    stage_ = Stage::Aside;
-    changed_.wait(lock, [this] { return stopping_ || waiting_ == 0; });
-    stage_ = Stage::Lingering;
-    lingeredFor_ = waits_;
-    changed_.wait_for(lock, kLinger, [this] { return stopping_; });
+  while (!stopping_) {
+    if (!disposed_.empty()) {
+      std::vector<std::shared_ptr<void>> ending;
+      ending.swap(disposed_);
+      lock.unlock();
+      ending.clear();
+      lock.lock();
+    } else if (waiting_ != 0) {
+      stage_ = Stage::Aside;
+      changed_.wait(lock, [this] { return stopping_ || waiting_ == 0 || !disposed_.empty(); });
+    } else if (waits_ != lingeredFor_) {
+      stage_ = Stage::Lingering;
+      lingeredFor_ = waits_;
+      changed_.wait_for(lock, kLinger, [this] { return stopping_ || !disposed_.empty(); });
+    } else {
+      stage_ = Stage::Handling;
+      lock.unlock();
+      timeval time = timevalOf(kLongestWait);
+      libusb_handle_events_timeout_completed(context_, &time, nullptr);
+      lock.lock();
+      stage_ = Stage::Aside;
+    }
   }
-  stage_ = Stage::Handling;
-  return !stopping_;
 }
 
 }  // namespace qvn::usb1

@@ -7,8 +7,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace qvn::usb1 {
 
@@ -37,6 +39,10 @@ class UsbBus {
   // From elsewhere.
   void finishFromOutside(int& done);
 
+  // Ends the object soon, on the bus's thread: for what waits at its end, where nobody may wait. Any thread,
+  // also from a callback.
+  void dispose(std::shared_ptr<void> object);
+
  private:
   // Who waits for an event handles it, since to hand it over from thread to thread takes longer than most
   // transfers. The bus's thread stands aside meanwhile, and for a moment afterwards, since transfers come in
@@ -45,8 +51,6 @@ class UsbBus {
   class Waiting;
 
   void serve();
-  // False at the end.
-  bool standAside();
 
   libusb_context* context_ = nullptr;
   std::thread thread_;
@@ -57,6 +61,7 @@ class UsbBus {
   int waiting_ = 0;                // threads that handle events
   std::uint64_t waits_ = 0;        // begun so far
   std::uint64_t lingeredFor_ = 0;  // of these
+  std::vector<std::shared_ptr<void>> disposed_;
   bool stopping_ = false;
 };
 

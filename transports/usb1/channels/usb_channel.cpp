@@ -33,59 +33,90 @@ void logPortStatus(UsbInterface& interface) {
 
 }  // namespace
 
-UsbChannel::UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens) : interface_(std::move(use)) {
-  const Function& function = interface_->function();
-  if (function.out) out_ = std::make_unique<OutSender>(*interface_, kind);
+// What is over the interface: nothing of it flies any more at its end.
+struct UsbChannel::Pipes {
+  UsbInterfaces::Use interface;  // outlives what uses it
+  std::unique_ptr<OutSender> out;
+  std::unique_ptr<InPipe> in;
+};
+
+UsbChannel::UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens)
+    : bus_(use->bus()), raised_(std::make_shared<shared::WakeUp>()), pipes_(std::make_shared<Pipes>()) {
+  const Function& function = use->function();
+  if (function.out) pipes_->out = std::make_unique<OutSender>(*use, kind);
   if (listens == Listens::Yes && function.in) {
-    in_ = std::make_unique<InPipe>(interface_->bus(), interface_->device(), function.in, !function.out,
-                                   readSize());
+    pipes_->in =
+        std::make_unique<InPipe>(bus_, use->device(), function.in, !function.out, readSize(), raised_);
   }
+  pipes_->interface = std::move(use);
 }
 
-UsbChannel::~UsbChannel() = default;
+std::uint32_t UsbChannel::start() {
+  if (pipes_->in == nullptr) return QRN_ERROR_SUCCESS;
+  const std::uint32_t rc = raised_->open();
+  return rc == QRN_ERROR_SUCCESS ? pipes_->in->start() : rc;
+}
 
-std::uint32_t UsbChannel::start() { return in_ != nullptr ? in_->start() : std::uint32_t{QRN_ERROR_SUCCESS}; }
-
-int UsbChannel::readable() const { return in_ != nullptr ? in_->readable() : -1; }
+int UsbChannel::readable() const { return raised_->fd(); }
 
 void UsbChannel::wait(std::chrono::steady_clock::time_point deadline) {
-  if (in_ != nullptr) in_->wait(deadline);
+  if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->wait(deadline);
 }
 
 void UsbChannel::interrupt() {
-  if (in_ != nullptr) in_->interrupt();
+  if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->interrupt();
 }
 
 std::uint32_t UsbChannel::receive(std::span<std::uint8_t> room, std::size_t& received) {
   received = 0;
-  return in_ != nullptr ? in_->receive(room, received) : std::uint32_t{QRN_ERROR_INVALID_FUNCTION};
+  const auto pipes = this->pipes();
+  if (pipes == nullptr) return QRN_ERROR_CONNECTION_ABORTED;
+  return pipes->in != nullptr ? receiveFrom(*pipes->in, room, received)
+                              : std::uint32_t{QRN_ERROR_INVALID_FUNCTION};
 }
 
 std::uint32_t UsbChannel::send(std::span<const std::uint8_t> bytes, std::uint32_t timeout,
                                std::size_t& sent) {
   sent = 0;
-  if (out_ == nullptr) return QRN_ERROR_INVALID_FUNCTION;
-  const std::uint32_t rc = out_->send(bytes, timeout, sent);
-  if (rc == QRN_ERROR_TIMEOUT && in_ == nullptr) logPortStatus(*interface_);
+  const auto pipes = this->pipes();
+  if (pipes == nullptr) return QRN_ERROR_CONNECTION_ABORTED;
+  if (pipes->out == nullptr) return QRN_ERROR_INVALID_FUNCTION;
+  const std::uint32_t rc = pipes->out->send(bytes, timeout, sent);
+  if (rc == QRN_ERROR_TIMEOUT && pipes->in == nullptr) logPortStatus(*pipes->interface);
   return rc;
 }
 
 std::uint32_t UsbChannel::flush() {
-  const auto result = interface_->control(
-      {request_type::kInterfaceClassOut, kSoftReset, 0, interface_->function().interface}, {});
+  const auto pipes = this->pipes();
+  if (pipes == nullptr) return QRN_ERROR_CONNECTION_ABORTED;
+  UsbInterface& interface = *pipes->interface;
+  const auto result = interface.control(
+      {request_type::kInterfaceClassOut, kSoftReset, 0, interface.function().interface}, {});
   return result.code == QRN_ERROR_IO_DEVICE ? std::uint32_t{QRN_ERROR_SUCCESS} : result.code;
 }
 
 void UsbChannel::shutDown() {
-  if (out_ != nullptr) out_->shutDown();
-  if (in_ != nullptr) in_->shutDown();
+  std::shared_ptr<Pipes> ending;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ending = std::exchange(pipes_, nullptr);
+  }
+  if (ending == nullptr) return;
+  if (ending->out != nullptr) ending->out->shutDown();
+  if (ending->in != nullptr) ending->in->shutDown();
+  bus_.dispose(std::move(ending));
 }
 
-std::uint32_t HidReportChannel::receive(std::span<std::uint8_t> room, std::size_t& received) {
+std::shared_ptr<UsbChannel::Pipes> UsbChannel::pipes() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return pipes_;
+}
+
+std::uint32_t HidReportChannel::receiveFrom(InPipe& in, std::span<std::uint8_t> room, std::size_t& received) {
   received = 0;
   if (room.size() <= shared::kHidFrameHeader) return QRN_ERROR_SUCCESS;
   std::size_t length = 0;
-  const std::uint32_t rc = in()->receiveOne(room.subspan(shared::kHidFrameHeader), length);
+  const std::uint32_t rc = in.receiveOne(room.subspan(shared::kHidFrameHeader), length);
   if (rc != QRN_ERROR_SUCCESS || length == 0) return rc;
   room[0] = shared::kHidReport;
   room[1] = static_cast<std::uint8_t>(length & 0xFF);

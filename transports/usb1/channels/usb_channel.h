@@ -5,12 +5,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <span>
 
 #include "bus/in_pipe.h"
 #include "bus/out_pipe.h"
 #include "bus/usb_interface.h"
 #include "shared/channel/channel.h"
+#include "shared/channel/wake_up.h"
 
 namespace qvn::usb1 {
 
@@ -21,7 +23,6 @@ class UsbChannel : public shared::Channel {
   enum class Listens : bool { No, Yes };
 
   UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens);
-  ~UsbChannel() override;
 
   // Before all others: 0, or why there is no channel after all.
   std::uint32_t start();
@@ -33,15 +34,20 @@ class UsbChannel : public shared::Channel {
   std::uint32_t send(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent) override;
   // Resets the printer softly (printer class, SOFT_RESET). One that does not know that is left as it is.
   std::uint32_t flush() override;
+  // Gives the interface back soon, whatever becomes of the channel.
   void shutDown() override;
 
- protected:
-  InPipe* in() { return in_.get(); }
-
  private:
-  UsbInterfaces::Use interface_;  // outlives what uses it
-  std::unique_ptr<OutSender> out_;
-  std::unique_ptr<InPipe> in_;
+  struct Pipes;
+  std::shared_ptr<Pipes> pipes() const;
+  virtual std::uint32_t receiveFrom(InPipe& in, std::span<std::uint8_t> room, std::size_t& received) {
+    return in.receive(room, received);
+  }
+
+  UsbBus& bus_;
+  const std::shared_ptr<shared::WakeUp> raised_;
+  mutable std::mutex mutex_;
+  std::shared_ptr<Pipes> pipes_;  // null once it is shut down
 };
 
 // Of a HID whose transfers are its reports: each is put into a frame as on a HID port.
@@ -49,7 +55,9 @@ class HidReportChannel : public UsbChannel {
  public:
   explicit HidReportChannel(UsbInterfaces::Use use)
       : UsbChannel(std::move(use), OutKind::Stream, Listens::Yes) {}
-  std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received) override;
+
+ private:
+  std::uint32_t receiveFrom(InPipe& in, std::span<std::uint8_t> room, std::size_t& received) override;
 };
 
 }  // namespace qvn::usb1

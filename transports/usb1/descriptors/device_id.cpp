@@ -73,6 +73,7 @@ DeviceId parseDeviceId(std::span<const std::uint8_t> answer) {
   while (!text.empty()) {
     std::string_view value = take(text, ';');
     const std::string_view key = take(value, ':');
+    value = trimmed(value);
     if (isOneOf(key, {"MFG", "MANUFACTURER"})) {
       keep(id.manufacturer, value);
     } else if (isOneOf(key, {"MDL", "MODEL"})) {

@@ -1,4 +1,4 @@
-#include "ipv4/transport_module.h"
+#include "support/transport/transport_module.h"
 
 #include <ostream>
 #include <stdexcept>
@@ -41,7 +41,7 @@ void setSetting(const char* name, std::uint32_t value) {
   store(std::string(kLibraryRegistryRoot) + "Ip1\\Settings\\", name, value);
 }
 
-TransportModule::TransportModule() : TransportModule(QVN_IPV4_MODULE) {}
+TransportModule::TransportModule() : TransportModule(QVN_TRANSPORT_MODULE) {}
 TransportModule::TransportModule(const char* path) : TransportModule(initialized(loadModule(path))) {}
 
 TransportModule::TransportModule(std::unique_ptr<platform::Module> module)

@@ -23,7 +23,7 @@ void setSetting(const char* name, std::uint32_t value);
 
 class TransportModule {
  public:
-  // The IPv4 transport, or the module at that path.
+  // The transport that the suite is about, or the module at that path.
   TransportModule();
   explicit TransportModule(const char* path);
   // Uninitialises and unloads.
