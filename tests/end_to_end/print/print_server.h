@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "support/content_of.h"
+#include "support/link/device_link.h"
 #include "support/process/child.h"
 #include "support/process/successful_run.h"
 #include "support/simulator/simulator_process.h"
@@ -22,14 +23,14 @@ class PrintServer : public testing::Test {
   void start(const std::vector<std::string>& faults = {}, const std::string& family = "CpdPrinter") {
     std::vector<std::string> arguments = {"--family", family, "--events", "--jobs",
                                           (home_ / "jobs").string()};
+    for (const std::string& argument : DeviceLink::simulatorArguments()) arguments.push_back(argument);
     for (const std::string& fault : faults) arguments.insert(arguments.end(), {"--fault", fault});
     device_ = std::make_unique<SimulatorProcess>(arguments);
     ok({"registry", "import", "-"}, "[-Software]");
     // The true end of a job is asked for at intervals, and a job that is lost has none.
     ok({"settings", "set", "TeojInterval", "20"});
     ok({"settings", "set", "TeojDuration", "500"});
-    ok({"transport", "add", "qvn_ipv4.so"});
-    ok({"discover", "--transport", "IPv4", device_->place()});
+    link_.connect(*device_);
   }
 
   void TearDown() override {
@@ -52,6 +53,7 @@ class PrintServer : public testing::Test {
 
  private:
   std::filesystem::path home_;
+  DeviceLink link_;
   std::unique_ptr<SimulatorProcess> device_;
 };
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/content_of.h"
+#include "support/link/device_link.h"
 #include "support/pictures/picture.h"
 #include "support/process/child.h"
 #include "support/process/eventually.h"
@@ -38,10 +39,10 @@ class ScanStation : public testing::Test {
     writePng(home_ / "glass.png", picture_);
     arguments.insert(arguments.end(), {"--family", family_, "--page", (home_ / "glass.png").string(),
                                        "--scans", scans().string(), "--trace", trace().string()});
+    for (const std::string& argument : DeviceLink::simulatorArguments()) arguments.push_back(argument);
     device_ = std::make_unique<SimulatorProcess>(arguments);
     ok({"registry", "import", "-"}, "[-Software]");
-    ok({"transport", "add", "qvn_ipv4.so"});
-    ok({"discover", "--transport", "IPv4", device_->place()});
+    link_.connect(*device_);
   }
 
   void TearDown() override {
@@ -80,6 +81,7 @@ class ScanStation : public testing::Test {
   std::string family_;
   std::filesystem::path home_;
   Picture picture_;
+  DeviceLink link_;
   std::unique_ptr<SimulatorProcess> device_;
 };
 

@@ -1,5 +1,7 @@
 #include "descriptors/functions.h"
 
+#include <algorithm>
+#include <iterator>
 #include <span>
 
 #include "shared/base/families.h"

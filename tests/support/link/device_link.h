@@ -1,0 +1,32 @@
+// How a suite's machine reaches its simulated device: over TCP, or on a USB bus of its own. A suite links one of both.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/simulator/simulator_process.h"
+
+namespace qvn::test {
+
+class DeviceLink {
+ public:
+  DeviceLink();
+  ~DeviceLink();
+
+  // What a device is started with.
+  static std::vector<std::string> simulatorArguments();
+
+  // Adds the transport to an installation without any and has it find the device.
+  void connect(const SimulatorProcess& device);
+
+  // What the simulated device is called: the name of its port, and its printer's handle.
+  static std::string portname(const std::string& serial = "SIM0000001");
+  static std::string printerHandle();
+
+ private:
+  struct Bus;
+  std::unique_ptr<Bus> bus_;
+};
+
+}  // namespace qvn::test

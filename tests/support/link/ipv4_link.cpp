@@ -1,0 +1,21 @@
+#include "support/link/device_link.h"
+#include "support/process/successful_run.h"
+
+namespace qvn::test {
+
+struct DeviceLink::Bus {};
+
+DeviceLink::DeviceLink() = default;
+DeviceLink::~DeviceLink() = default;
+
+std::vector<std::string> DeviceLink::simulatorArguments() { return {}; }
+
+void DeviceLink::connect(const SimulatorProcess& device) {
+  ok({"transport", "add", "qvn_ipv4.so"});
+  ok({"discover", "--transport", "IPv4", device.place()});
+}
+
+std::string DeviceLink::portname(const std::string& serial) { return "IP_" + serial; }
+std::string DeviceLink::printerHandle() { return "40001"; }
+
+}  // namespace qvn::test

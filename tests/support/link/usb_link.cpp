@@ -1,0 +1,29 @@
+#include <cstdlib>
+
+#include "support/link/device_link.h"
+#include "support/process/successful_run.h"
+#include "support/usb/usb_bed.h"
+
+namespace qvn::test {
+
+struct DeviceLink::Bus {
+  UsbBed bed;
+};
+
+DeviceLink::DeviceLink() : bus_(std::make_unique<Bus>()) {}
+DeviceLink::~DeviceLink() = default;
+
+std::vector<std::string> DeviceLink::simulatorArguments() { return {"--usb=0"}; }
+
+void DeviceLink::connect(const SimulatorProcess& device) {
+  bus_->bed.plug(device.readyLine().at("usb").get<std::uint16_t>());
+  // For the programs that the test starts from now on.
+  for (const auto& [name, value] : bus_->bed.environment()) setenv(name.c_str(), value.c_str(), 1);
+  ok({"transport", "add", "qvn_usb1.so"});
+  ok({"discover", "--transport", "USB1"});
+}
+
+std::string DeviceLink::portname(const std::string& serial) { return "USB_" + serial; }
+std::string DeviceLink::printerHandle() { return "20001"; }
+
+}  // namespace qvn::test
