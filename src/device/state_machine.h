@@ -55,6 +55,10 @@ class StateMachine {
     if (turn.isNested() && isIn(closed_)) throw CallbackRefusal("the close is not over");
   }
 
+  // Whether there has been an operation. One without has nothing to end, and takes no lock at its end: it may
+  // have been made of the text of a device that was found, inside an operation of another one.
+  bool wasUsed() const { return stateLock_.wasTaken(); }
+
   OperationLock& stateLock() { return stateLock_; }
   // Without the state lock it may be another one at once.
   const State& state() const { return *state_; }

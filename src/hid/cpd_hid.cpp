@@ -18,7 +18,7 @@ CpdHid::~CpdHid() { CpdHid::shutDown(); }
 
 void CpdHid::shutDown() {
   endReferences();
-  withState([this](const CpdHidState&) { return closeAlert(); });
+  if (wasUsed()) withState([this](const CpdHidState&) { return closeAlert(); });
 }
 
 std::uint32_t CpdHid::openAlert(const Connection& connection) {

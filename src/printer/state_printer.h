@@ -61,6 +61,7 @@ class StatePrinter : public JobPrinter, public StateMachine<Family, State> {
   void shutDown() override {
     this->endReferences();
     endRegistrations();
+    if (!this->wasUsed()) return;
     this->withState([this](const State&) { return isConnected() ? closeConnections() : QRN_ERROR_SUCCESS; });
   }
 

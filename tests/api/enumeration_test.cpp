@@ -74,6 +74,21 @@ TEST_F(EnumerationTest, ALookUpByNameSearchesTheLocalTransportsOnce) {
   EXPECT_EQ(QvnEnumSpecificHid(1, "LAB", &handle), 1796u);
 }
 
+TEST_F(EnumerationTest, TheFirstOperationOnALocalDeviceFindsAllOfThem) {
+  ApplicationSettings().setString("Transports\\Local", "FAKE", FakeTransport::module(), 0);
+  fake.onDiscover = [](const std::string&) {
+    std::vector<std::string> texts;
+    for (const char* family : {"CpdPrinter", "BpdPrinter", "CpdScanner", "BpdScanner", "CpdHid"}) {
+      texts.push_back(FakeTransport::deviceText(family, 7, "LAB"));
+    }
+    return texts;
+  };
+  PrinterStore::getInstance().persist(FakeTransport::printerText(7, "lab"));
+  EXPECT_EQ(QvnOpenPrinter(1, 7), 0u);
+  EXPECT_THAT(fake.calls("discover"), ElementsAre("discover"));
+  EXPECT_EQ(QvnClosePrinter(1, 7), 0u);
+}
+
 TEST_F(EnumerationTest, HostInformationHasDefaultsThatStay) {
   std::string name;
   ASSERT_EQ(platform::computerName(name), 0u);

@@ -19,7 +19,7 @@ class Cups : public PrintServer {
   void startQueue(std::uint16_t sharedAt = 0) {
     start();
     scheduler_ = std::make_unique<Scheduler>(home_ / "cups", home_, sharedAt);
-    command({"lpadmin", "-p", "lab", "-v", "qvn://IP_SIM0000001", "-m", "raw", "-E"});
+    command({"lpadmin", "-p", "lab", "-v", "qvn://" + DeviceLink::portname(), "-m", "raw", "-E"});
   }
 
   void TearDown() override {

@@ -74,7 +74,7 @@ TEST_F(StoreCommand, SaysThatAnotherHostIsInHostModeOrThatItFails) {
 
 TEST_F(StoreCommand, ShowsWhatTheDeviceTellsUntilCtrlC) {
   Child watch({QVN_COMMAND, "store", "watch", "system", "systemUpdate"});
-  EXPECT_EQ(watch.readErrorLine(), "watching scanner 40401");
+  EXPECT_EQ(watch.readErrorLine(), "watching scanner " + DeviceLink::scannerHandle());
   EXPECT_EQ(ok({"store", "call", "system", "enterHostUSBSendMode", "{}"}), "0\n");
   const json entered = json::parse(watch.readLine().value_or("null"));
   EXPECT_EQ(entered.value("event", ""), "systemUpdate");

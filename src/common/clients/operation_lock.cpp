@@ -35,6 +35,7 @@ OperationLock::Turn::Turn(OperationLock& lock, Nested nested) : lock_(lock), out
     throw CallbackRefusal("the operation is not over");
   }
   if (++lock_.depth_ == 1) lock_.holder_ = std::this_thread::get_id();
+  lock_.wasTaken_ = true;
   if (lock_.rank_ > innermost) innermost = lock_.rank_;
 }
 

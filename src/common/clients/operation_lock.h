@@ -57,6 +57,9 @@ class OperationLock {
   // Whether the calling thread holds it.
   bool isHeldHere() const { return holder_ == std::this_thread::get_id(); }
 
+  // Whether anybody has ever taken it.
+  bool wasTaken() const { return wasTaken_; }
+
   // The lock held for a scope. Outside callbacks it is waited for; the holding thread may take it again.
   // Inside a callback it is refused (CallbackRefusal) when another thread holds it, and a nested operation
   // is.
@@ -79,6 +82,7 @@ class OperationLock {
   const LockRank rank_;
   CriticalSection section_;
   std::atomic<std::thread::id> holder_{};
+  std::atomic<bool> wasTaken_{false};
   int depth_ = 0;  // how often the holder has taken it
 };
 

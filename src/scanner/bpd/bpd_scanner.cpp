@@ -36,13 +36,15 @@ BpdScanner::~BpdScanner() { BpdScanner::shutDown(); }
 
 void BpdScanner::shutDown() {
   endReferences();
-  objectStore_.end();
-  withState([this](const BpdScannerState&) {
-    if (bidi_) closeConnection();
-    setOpenCount(0);
-    setState(BpdScannerClosed::getInstance());
-  });
-  watchdog_.waitForEnd();
+  if (wasUsed()) {
+    objectStore_.end();
+    withState([this](const BpdScannerState&) {
+      if (bidi_) closeConnection();
+      setOpenCount(0);
+      setState(BpdScannerClosed::getInstance());
+    });
+    watchdog_.waitForEnd();
+  }
   asyncDataTask_.unregisterAll();
   asyncDataTask_.waitForCalls(0);
 }

@@ -37,7 +37,7 @@ CpdScanner::~CpdScanner() { CpdScanner::shutDown(); }
 
 void CpdScanner::shutDown() {
   endReferences();
-  withState([this](const CpdScannerState&) { return closeBidi(); });
+  if (wasUsed()) withState([this](const CpdScannerState&) { return closeBidi(); });
 }
 
 std::uint32_t CpdScanner::doOpen() {

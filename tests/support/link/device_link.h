@@ -20,9 +20,10 @@ class DeviceLink {
   // Adds the transport to an installation without any and has it find the device.
   void connect(const SimulatorProcess& device);
 
-  // What the simulated device is called: the name of its port, and its printer's handle.
+  // What the simulated device is called: the name of its port, and the handles of its parts.
   static std::string portname(const std::string& serial = "SIM0000001");
   static std::string printerHandle();
+  static std::string scannerHandle();
 
  private:
   struct Bus;

@@ -17,5 +17,6 @@ void DeviceLink::connect(const SimulatorProcess& device) {
 
 std::string DeviceLink::portname(const std::string& serial) { return "IP_" + serial; }
 std::string DeviceLink::printerHandle() { return "40001"; }
+std::string DeviceLink::scannerHandle() { return "40401"; }
 
 }  // namespace qvn::test

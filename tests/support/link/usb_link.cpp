@@ -25,5 +25,6 @@ void DeviceLink::connect(const SimulatorProcess& device) {
 
 std::string DeviceLink::portname(const std::string& serial) { return "USB_" + serial; }
 std::string DeviceLink::printerHandle() { return "20001"; }
+std::string DeviceLink::scannerHandle() { return "20401"; }
 
 }  // namespace qvn::test

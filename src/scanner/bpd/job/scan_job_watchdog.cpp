@@ -33,6 +33,7 @@ ScanJobWatchdog::ScanJobWatchdog(BpdScanner& scanner)
     : scanner_(scanner), event_(false, false, "", false), runnable_(*this, &ScanJobWatchdog::run) {}
 
 ScanJobWatchdog::~ScanJobWatchdog() {
+  if (!threadLock_.wasTaken()) return;
   stop();
   waitForEnd();
 }
