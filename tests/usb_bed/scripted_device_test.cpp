@@ -20,7 +20,7 @@ using Taken = ScriptedDevice::Taken;
 using Done = UsbOpening::Done;
 
 Bytes printerDescriptors() {
-  return DescriptorBuilder(0x1209, 0x0001)
+  return DescriptorBuilder(kVendor, kProduct)
       .interface(0, 0, 7, 1, 1)
       .bulk(kOut)
       .interface(0, 1, 7, 1, 2)

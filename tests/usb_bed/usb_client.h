@@ -9,11 +9,9 @@
 #include <vector>
 
 #include "support/usb/scripted_device.h"
+#include "usb_bed/test_device.h"
 
 namespace qvn::test {
-
-constexpr std::uint8_t kOut = 0x01;
-constexpr std::uint8_t kIn = 0x81;
 
 // A context of its own.
 class UsbClient {
@@ -52,7 +50,7 @@ class UsbClient {
 class UsbOpening {
  public:
   explicit UsbOpening(const UsbClient& client)
-      : context_(client.context()), handle_(libusb_open_device_with_vid_pid(context_, 0x1209, 0x0001)) {
+      : context_(client.context()), handle_(libusb_open_device_with_vid_pid(context_, kVendor, kProduct)) {
     EXPECT_NE(handle_, nullptr);
   }
   ~UsbOpening() {
