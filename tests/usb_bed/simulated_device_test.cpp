@@ -1,4 +1,5 @@
 // The simulated device on the bed, under this program's libusb and another's.
+#include <optional>
 #include <stdexcept>
 
 #include "support/process/child.h"
@@ -26,18 +27,25 @@ class SimulatedDeviceTest : public testing::Test {
 };
 
 TEST_F(SimulatedDeviceTest, PrintsForAnotherProgramUntilItIsUnplugged) {
-  Child program({QVN_USB_PRINT}, bed.environment());
-  EXPECT_THAT(program.readLine().value_or("nothing"), HasSubstr("MFG:Qvn;"));
   const UsbClient client;
+  std::optional<Child> program;
   {
-    program.write(std::string(100'000, 'x'));
-    program.closeInput();
-    EXPECT_EQ(program.readLine(), "sent 100000");
+    const UsbOpening opening(client);
+    EXPECT_EQ(libusb_claim_interface(opening, 1), 0);
+    program.emplace(std::vector<std::string>{QVN_USB_PRINT}, bed.environment());
+  }
+  EXPECT_THAT(program->readLine().value_or("nothing"), HasSubstr("MFG:Qvn;"));
+  program->write(std::string(100'000, 'x'));
+  program->closeInput();
+  EXPECT_EQ(program->readLine(), "sent 100000");
+  {
     const UsbOpening opening(client);
     EXPECT_EQ(libusb_claim_interface(opening, 0), LIBUSB_ERROR_BUSY);
+    EXPECT_EQ(libusb_claim_interface(opening, 1), 0)
+        << "a program that was started meanwhile has no part in a claim";
   }
   bed.unplug();
-  EXPECT_EQ(program.wait(), -LIBUSB_ERROR_NO_DEVICE) << program.errors();
+  EXPECT_EQ(program->wait(), -LIBUSB_ERROR_NO_DEVICE) << program->errors();
   EXPECT_EQ(simulator.nextJob().at("bytes"), 100'000);
 
   plug();

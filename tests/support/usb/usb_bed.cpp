@@ -4,15 +4,16 @@
 #include <linux/usb/ch9.h>
 #include <linux/usbdevice_fs.h>
 #include <sys/ioctl.h>
-#include <umockdev.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
+#include "support/process/child.h"
 #include "support/usb/descriptor_builder.h"
 
 namespace qvn::test {
@@ -135,38 +136,36 @@ Bytes rootHubDescriptors() {
 
 }  // namespace
 
+// The program that keeps the tree.
 class UsbBed::Tree {
  public:
-  Tree() : bed_(umockdev_testbed_new()) {}
-  ~Tree() { g_object_unref(bed_); }
+  Tree() : program_({QVN_USB_MOCK_SYSFS}), root_(program_.readLine().value_or("")) {
+    if (root_.empty()) throw std::runtime_error("no sysfs: " + program_.errors());
+    setenv("UMOCKDEV_DIR", root_.c_str(), 1);
+  }
+  ~Tree() {
+    unsetenv("UMOCKDEV_DIR");
+    program_.closeInput();
+    program_.wait();
+  }
   Tree(const Tree&) = delete;
   Tree& operator=(const Tree&) = delete;
 
-  std::string root() const {
-    char* text = umockdev_testbed_get_root_dir(bed_);
-    std::string root = text;
-    g_free(text);
-    return root;
-  }
+  const std::string& root() const { return root_; }
 
-  // Also tells that it has been added.
-  void add(const Entry& entry) {
-    GError* error = nullptr;
-    if (umockdev_testbed_add_from_string(bed_, entry.text().c_str(), &error) != 0) return;
-    const std::string why = error->message;
-    g_error_free(error);
-    throw std::runtime_error("umockdev: " + why);
-  }
-
-  // Nobody finds it any more when the event comes.
-  void remove(const std::string& sysPath) {
-    fs::remove(root() + "/sys/bus/usb/devices/" + fs::path(sysPath).filename().string());
-    umockdev_testbed_uevent(bed_, sysPath.c_str(), "remove");
-    umockdev_testbed_remove_device(bed_, sysPath.c_str());
-  }
+  // These also send the event, once everything is there, or gone.
+  void add(const Entry& entry) { order(entry.text()); }
+  void remove(const std::string& sysPath) { order("R: " + sysPath + "\n"); }
 
  private:
-  UMockdevTestbed* const bed_;
+  void order(const std::string& request) {
+    program_.write(request + "\n");
+    const std::string answer = program_.readLine().value_or(program_.errors());
+    if (answer != "ok") throw std::runtime_error("sysfs: " + answer);
+  }
+
+  Child program_;
+  const std::string root_;
 };
 
 UsbBed::UsbBed() : tree_(std::make_unique<Tree>()) {

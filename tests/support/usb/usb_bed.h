@@ -27,7 +27,7 @@ class UsbBed {
   // Plugs a device into a port of the root hub, and tells whoever listens. Every time it gets another number,
   // as the kernel gives it. The scripted device stays until it is unplugged.
   void plug(ScriptedDevice& device, const std::string& port = "1-1");
-  // The device that a USB/IP server on this machine exports. Throws std::runtime_error when there is none.
+  // The device that a USB/IP server on this machine exports.
   void plug(std::uint16_t serverPort, const std::string& port = "1-1", const std::string& busId = "1-1");
 
   // All openings of the device end, in other processes within a moment.
