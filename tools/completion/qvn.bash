@@ -125,13 +125,14 @@ _qvn_sim() {
       _qvn_words "delay-reply= late-reply= drop-reply= corrupt-reply= misframe-reply= double-reply= reject= close-bidi=
         busy never-finish slow-print= close-mid-job= slow-discovery= status-early= status-late= status-twice status-never
         wrong-length= stop-page= close-mid-page= slow-scan= ignore-abort no-data read-error= oversize-reply= wrong-id=
-        host-mode-fail host-mode-stay"
+        host-mode-fail host-mode-stay usb-stall= usb-unplug= usb-short= usb-zero usb-babble usb-no-id usb-little-id
+        usb-empty-id"
       ;;
     --family) _qvn_words "CpdPrinter BpdPrinter" ;;
     --model | --serial | --name | --address | --*-port | --print-time | --cancel-run | --feeder | --block) ;;
     *)
       _qvn_words "--family --model --serial --name --address --discovery-port --print-port --bidi-port --scan-port --hid-port
-        --plain --printer-only --jobs --discard --print-time --cancel-run --page --feeder --block --framed --scans --script --trace --events --quit-on-eof --fault --version --help"
+        --usb --plain --printer-only --jobs --discard --print-time --cancel-run --page --feeder --block --framed --scans --script --trace --events --quit-on-eof --fault --version --help"
       ;;
   esac
 }

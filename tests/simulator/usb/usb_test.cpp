@@ -1,6 +1,7 @@
 // The simulated device on USB, as a host sees it that imports it by USB/IP.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 

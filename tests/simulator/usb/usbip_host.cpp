@@ -88,7 +88,7 @@ std::pair<int, std::optional<UsbResult>> UsbipHost::unlink(std::uint32_t number)
 
 UsbResult UsbipHost::control(std::string_view setup) {
   const Bytes bytes = hex(setup);
-  const std::size_t length = bytes.at(6) | bytes.at(7) << 8;
+  const auto length = static_cast<std::size_t>(bytes.at(6) | bytes.at(7) << 8);
   return end(begin(kSubmit, bytes[0] & kIn, submission(0, length, bytes), {}));
 }
 

@@ -1,10 +1,14 @@
 // A host that imports the simulated device by USB/IP.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "support/simulator/simulator_process.h"
 #include "support/simulator/test_sockets.h"
