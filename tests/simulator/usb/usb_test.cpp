@@ -208,25 +208,48 @@ TEST_F(SimulatedUsb, TellsWhatWasTakenOfATransferThatIsTakenBack) {
   EXPECT_EQ(stored(1), data);
 }
 
-TEST_F(SimulatedUsb, EndsAJobThatEndsWithItsConnection) {
-  SimulatorProcess device = start({"--family", "BpdPrinter", "--plain"});
+TEST_F(SimulatedUsb, EndsItsConnectionsToThePorts) {
+  SimulatorProcess device = start();
   UsbipHost host(device);
-  int job = 0;
-  for (const char* const ending : {"01 0B 00 00 00 00 00 00", "21 02 00 00 00 00 00 00", ""}) {
-    if (*ending == '\0') {
-      UsbipHost(device).out(0x01, bytesOf("data"));  // the job ends in silence: another host stays
-    } else {
-      host.out(0x01, bytesOf("data"));
-      host.control(ending);
-    }
-    EXPECT_EQ(device.nextJob().at("outcome"), "complete") << ending;
-    EXPECT_EQ(stored(++job), bytesOf("data")) << ending;
+  for (const char* const ending :
+       {"01 0B 00 00 00 00 00 00", "21 02 00 00 00 00 00 00", "23 02 00 00 00 00 00 00",
+        "23 03 04 00 01 00 00 00", "00 09 01 00 00 00 00 00"}) {
+    host.out(0x01, bytesOf("data"));
+    EXPECT_EQ(host.ask(ending), "");
+    EXPECT_EQ(device.nextJob().at("outcome"), "lost") << ending;
   }
+  const std::uint32_t reading = host.beginIn(0x82, 64);
+  host.control("01 0B 00 00 01 00 00 00");
+  EXPECT_EQ(host.end(reading).status, -108) << "what waits at an endpoint that is set up anew";
   {
     const UsbipHost left = std::move(host);
     UsbipHost(device).out(0x01, bytesOf("data"));
   }
-  EXPECT_EQ(device.nextJob().at("outcome"), "complete") << "the last host has left";
+  EXPECT_EQ(device.nextJob().at("outcome"), "lost") << "the last host has left";
+}
+
+TEST_F(SimulatedUsb, TakesASecondOfSilenceForAnEnd) {
+  SimulatorProcess busy = start({"--family", "BpdPrinter", "--fault", "slow-print=0"});
+  UsbipHost asks(busy);
+  const Bytes data = repeated(100000, 'p');
+  const std::uint32_t printing = asks.beginOut(0x01, data);
+  EXPECT_EQ(asks.unlink(asks.beginIn(0x83, 64)).first, kCancelled);
+  SimulatorProcess silent({"--family", "BpdPrinter", "--plain", "--usb=0", "--events"});
+  UsbipHost(silent).out(0x01, bytesOf("of a host that leaves"));
+  EXPECT_EQ(silent.nextJob().at("outcome"), "complete");
+  UsbipHost prints(silent);
+  prints.out(0x01, data);
+  EXPECT_EQ(silent.nextJob().at("outcome"), "complete") << "no more data has come";
+
+  busy.order("button 1");
+  const std::uint32_t reading = asks.beginIn(0x83, 64);
+  busy.order("button 2");
+  EXPECT_EQ(toHex(asks.end(reading).data), "01 08 00 01 01 02 00 00 00 00 00")
+      << "nobody asked for the first";
+  busy.order("clear-faults");
+  EXPECT_EQ(asks.end(printing).length, data.size());
+  asks.control("21 02 00 00 00 00 00 00");
+  EXPECT_EQ(busy.nextJob().at("bytes"), data.size()) << "one job: its data was waiting all the time";
 }
 
 // The same bytes come as from the TCP port.
@@ -304,6 +327,7 @@ TEST_F(SimulatedUsb, HasFaultsOfTheBus) {
   EXPECT_EQ(ask().status, kOverflow);
   EXPECT_EQ(ask().length, 31u);
 
+  host.out(0x01, repeated(2000, 'p'));  // before the fault
   device.order("fault usb-stall=1000:1");
   const UsbResult stalled = host.out(0x01, repeated(4096, 'p'));
   EXPECT_EQ(stalled.status, kStalled);
@@ -314,7 +338,7 @@ TEST_F(SimulatedUsb, HasFaultsOfTheBus) {
   host.out(0x01, {});
   EXPECT_EQ(ask().length, 31u);
   host.out(0x01, kMarker);
-  EXPECT_EQ(device.nextJob().at("bytes"), 4096);
+  EXPECT_EQ(device.nextJob().at("bytes"), 2000 + 4096);
 }
 
 // A connection that a port closes shows as a halt, once; then all is as at the beginning.
@@ -345,6 +369,17 @@ TEST_F(SimulatedUsb, HaltsWhenAPortClosesItsConnection) {
     host.out(row.to, row.request);
     EXPECT_THAT(host.in(row.from, 16384).length, Ge(row.reply == 16384 ? 1u : row.reply)) << row.fault;
     host.control("01 0B 00 00 01 00 00 00");  // forget the rest of the page
+  }
+  // What finds the connection closed goes over the next one.
+  for (const auto& row : {rows[0], rows[1]}) {
+    device.order(std::string("fault ") + row.fault);
+    host.out(row.to, row.request);
+    device.order("load 1");
+    device.order("load 1");
+    host.out(row.to, row.request);
+    EXPECT_EQ(host.in(row.from, 16384).status, kStalled) << row.fault;
+    host.clearHalt(row.from);
+    EXPECT_EQ(host.in(row.from, 16384).length, row.reply) << row.fault;
   }
   device.order("fault close-mid-job=1000:1");
   UsbResult result;
@@ -423,6 +458,7 @@ TEST_F(SimulatedUsb, SurvivesHostileHosts) {
   UsbipHost host(device);
   EXPECT_EQ(host.in(0x85, 64).status, kStalled) << "no such endpoint";
   EXPECT_EQ(host.in(0x82, (1u << 20) + 1).status, -12) << "more than is taken";
+  std::uint32_t reading = 0;
   int refused = 0;
   for (int i = 0; i < 20; ++i) host.beginOut(0x01, repeated(1 << 20, 'p'));
   const std::uint32_t last = host.beginOut(0x01, {});
@@ -430,6 +466,8 @@ TEST_F(SimulatedUsb, SurvivesHostileHosts) {
     if (host.unlink(number).second.value_or(UsbResult{}).status == -12) ++refused;
   }
   EXPECT_EQ(refused, 4) << "of what is more than 16 MiB together";
+  for (int i = 0; i < 1025; ++i) reading = host.beginIn(0x82, 64);
+  EXPECT_EQ(host.end(reading).status, -12) << "more transfers than are taken";
 
   std::minstd_rand random(2);
   for (int round = 0; round < 200; ++round) {

@@ -89,10 +89,7 @@ std::optional<std::size_t> PrintPipe::takePrintData(ByteView packets) {
   // Where a fault strikes, and whether it is there.
   const auto strikesAt = [&](UsbFault fault, std::uint64_t& since) {
     const auto place = faults_.valueOf(fault);
-    if (!place) {
-      since = 0;
-      return false;
-    }
+    if (!place) return false;
     if (since >= *place) {
       faults_.strike(fault);
       since = 0;
@@ -137,8 +134,9 @@ void PrintPipe::passHeldOn() {
 }
 
 void PrintPipe::count(std::size_t printData) {
-  sinceStall_ += printData;
-  sincePlugged_ += printData;
+  // A fault counts from the time that the device has it.
+  sinceStall_ = faults_.valueOf(UsbFault::Stall) ? sinceStall_ + printData : 0;
+  sincePlugged_ = faults_.valueOf(UsbFault::Unplug) ? sincePlugged_ + printData : 0;
   if (endsInSilence_) silence_.used();
 }
 
