@@ -86,8 +86,8 @@ TEST_F(Printing, SaysThatThePrinterRejectedTheJob) {
   EXPECT_EQ(stored(1), "next");
 }
 
-TEST_F(Printing, FailsWhenTheDeviceClosesInTheMiddleOfAnUnbufferedJob) {
-  start({"close-mid-job=500000:1"});
+TEST_F(Printing, FailsWhenTheConnectionBreaksInTheMiddleOfAnUnbufferedJob) {
+  start({DeviceLink::breaksAfter(500000)});
   ok({"settings", "set", "CpdPrinterMwo", "0"});
   const Result result = qvn({"print", file("a.prn", noise(8000000))});
   EXPECT_EQ(result.exitCode, 1);

@@ -20,6 +20,11 @@ class DeviceLink {
   // Adds the transport to an installation without any and has it find the device.
   void connect(const SimulatorProcess& device);
 
+  // Whether programs can use one part of a device at the same time; else the later one finds it busy.
+  static bool servesSeveralHosts();
+  // The fault with which a job's connection breaks, once, after about so many bytes.
+  static std::string breaksAfter(std::size_t bytes);
+
   // What the simulated device is called: the name of its port, and the handles of its parts.
   static std::string portname(const std::string& serial = "SIM0000001");
   static std::string printerHandle();

@@ -15,6 +15,9 @@ void DeviceLink::connect(const SimulatorProcess& device) {
   ok({"discover", "--transport", "IPv4", device.place()});
 }
 
+bool DeviceLink::servesSeveralHosts() { return true; }
+std::string DeviceLink::breaksAfter(std::size_t bytes) { return "close-mid-job=" + std::to_string(bytes) + ":1"; }
+
 std::string DeviceLink::portname(const std::string& serial) { return "IP_" + serial; }
 std::string DeviceLink::printerHandle() { return "40001"; }
 std::string DeviceLink::scannerHandle() { return "40401"; }

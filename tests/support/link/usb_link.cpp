@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <utility>
 
 #include "support/link/device_link.h"
 #include "support/process/successful_run.h"
@@ -8,6 +9,7 @@ namespace qvn::test {
 
 struct DeviceLink::Bus {
   UsbBed bed;
+  bool isPlugged = false;
 };
 
 DeviceLink::DeviceLink() : bus_(std::make_unique<Bus>()) {}
@@ -16,12 +18,16 @@ DeviceLink::~DeviceLink() = default;
 std::vector<std::string> DeviceLink::simulatorArguments() { return {"--usb=0"}; }
 
 void DeviceLink::connect(const SimulatorProcess& device) {
+  if (std::exchange(bus_->isPlugged, true)) bus_->bed.unplug();
   bus_->bed.plug(device.readyLine().at("usb").get<std::uint16_t>());
   // For the programs that the test starts from now on.
   for (const auto& [name, value] : bus_->bed.environment()) setenv(name.c_str(), value.c_str(), 1);
   ok({"transport", "add", "qvn_usb1.so"});
   ok({"discover", "--transport", "USB1"});
 }
+
+bool DeviceLink::servesSeveralHosts() { return false; }
+std::string DeviceLink::breaksAfter(std::size_t bytes) { return "usb-unplug=" + std::to_string(bytes) + ":1"; }
 
 std::string DeviceLink::portname(const std::string& serial) { return "USB_" + serial; }
 std::string DeviceLink::printerHandle() { return "20001"; }

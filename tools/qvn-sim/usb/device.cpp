@@ -28,6 +28,7 @@ Device::Device(EventLoop& loop, FaultSwitches& faults, const Description& descri
       scanLink_(loop, ports_.scan, PortLink::Kind::Stream, 0),
       hidLink_(loop, ports_.hid, PortLink::Kind::Stream, 0),
       packetsIn_(loop, faults, bidiLink_, InPipe::Units::Messages, kBulkPacket, onDone_),
+      jobsEndInSilence_(jobEndsInSilence),
       printOut_(loop, faults, printLink_, bidiLink_, jobEndsInSilence,
                 {.onBidiEnded = [this] { packetsIn_.portEnded(); }, .onUnplug = [this] { unplug(); }},
                 onDone_),
@@ -117,7 +118,7 @@ Pipe* Device::pipe(std::uint8_t endpoint) {
 }
 
 void Device::resetPrinter() {
-  printLink_.close();
+  if (jobsEndInSilence_) printLink_.close();  // else a job ends as its packets say
   for (Pipe* const of : {static_cast<Pipe*>(&printOut_), static_cast<Pipe*>(&packetsIn_)}) {
     of->discard();
     of->clearHalt();

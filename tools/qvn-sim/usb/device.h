@@ -97,6 +97,7 @@ class Device {
   PortLink scanLink_;
   PortLink hidLink_;
   InPipe packetsIn_;
+  const bool jobsEndInSilence_;
   PrintPipe printOut_;
   InPipe scanIn_;
   OutPipe scanOut_;

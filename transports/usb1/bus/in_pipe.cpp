@@ -12,7 +12,7 @@
 namespace qvn::usb1 {
 namespace {
 
-// A device that stalls again and again without sending anything will do so for ever.
+// A device that stalls again and again without having sent anything will do so for ever.
 constexpr int kMostStalls = 3;
 
 }  // namespace
@@ -156,16 +156,20 @@ void InPipe::endedTransfer(Slot& slot) {
   const std::unique_lock<std::mutex> lock(mutex_);
   --flying_;
   const libusb_transfer_status status = slot.transfer->status;
+  const bool isStall = status == LIBUSB_TRANSFER_STALL;
   if (slot.transfer->actual_length > 0) {
-    stalls_ = 0;
+    hasSent_ = true;
     come_.push_back(&slot);
+  } else if (isStall && !hasSent_) {
+    stalled_ = &slot;  // the halt of before
   } else if (status == LIBUSB_TRANSFER_COMPLETED) {
     submitLocked(slot);  // a packet without anything
-  } else if (status == LIBUSB_TRANSFER_STALL) {
-    stalled_ = &slot;
   }
-  if (status != LIBUSB_TRANSFER_COMPLETED && status != LIBUSB_TRANSFER_STALL)
+  if (isStall && hasSent_) {
+    endLocked(QRN_ERROR_NETNAME_DELETED);  // it has broken off
+  } else if (!isStall && status != LIBUSB_TRANSFER_COMPLETED) {
     endLocked(codeFromStatus(status));
+  }
   tellLocked();
   if (endedBy_ != 0 && flying_ == 0) UsbBus::finish(landed_);
 }

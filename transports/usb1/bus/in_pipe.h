@@ -33,8 +33,9 @@ class InPipe {
   // Before all others: 0, or why nothing can be asked for.
   std::uint32_t start();
 
-  // As of a channel (shared/channel/channel.h): 64 when the device is gone, 13 when it sent more than fits
-  // into its packets, 1117 when it goes on to stall, 1236 when it was ended here.
+  // As of a channel (shared/channel/channel.h): 64 when the device is gone or stalls after it has sent
+  // something, 13 when it sent more than fits into its packets, 1117 when it goes on to stall, 1236 when it was
+  // ended here.
   void wait(UsbBus::Clock::time_point deadline);
   void interrupt();
   std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received);
@@ -72,7 +73,8 @@ class InPipe {
   std::size_t taken_ = 0;  // of the first of these
   std::size_t flying_ = 0;
   Slot* stalled_ = nullptr;
-  int stalls_ = 0;  // without anything in between
+  int stalls_ = 0;
+  bool hasSent_ = false;
   std::uint32_t endedBy_ = 0;
   bool isRaised_ = false;
   bool isInterrupted_ = false;
