@@ -149,6 +149,10 @@ TEST_F(SimulatedUsb, TellsPacketsFromPrintData) {
     EXPECT_EQ(stored(++job), row.printed + bytesOf("-")) << row.what;
     EXPECT_EQ(host.unlink(more).first, kCancelled) << row.what << ": a reply too much";
   }
+  host.out(0x01, full);
+  host.control("21 02 00 00 00 00 00 00");
+  host.out(0x01, summary);
+  EXPECT_EQ(host.in(0x81, 1024).length, 31u) << "a reset forgets the unit that has begun";
   host.control("01 0B 00 00 00 00 00 00");  // takes no packets then
   host.out(0x01, summary);
   host.out(0x01, kMarker);

@@ -1,4 +1,4 @@
-// Little-endian numbers, as ESC commands and the HID port have them.
+// Little-endian numbers, as ESC commands, the HID port and USB have them.
 #pragma once
 
 #include <cstddef>
