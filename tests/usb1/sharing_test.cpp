@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "support/process/eventually.h"
+#include "support/usb/usb_client.h"
 #include "usb1/usb_test.h"
-#include "usb_bed/usb_client.h"
 
 namespace qvn::test {
 namespace {

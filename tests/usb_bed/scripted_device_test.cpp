@@ -9,7 +9,7 @@
 #include "support/process/forked.h"
 #include "support/usb/descriptor_builder.h"
 #include "support/usb/usb_bed.h"
-#include "usb_bed/usb_client.h"
+#include "support/usb/usb_client.h"
 
 namespace qvn::test {
 namespace {

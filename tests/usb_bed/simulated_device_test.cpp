@@ -5,7 +5,7 @@
 #include "support/process/child.h"
 #include "support/simulator/simulator_process.h"
 #include "support/usb/usb_bed.h"
-#include "usb_bed/usb_client.h"
+#include "support/usb/usb_client.h"
 
 namespace qvn::test {
 namespace {

@@ -8,7 +8,7 @@
 #include <iterator>
 #include <string>
 
-#include "usb_bed/test_device.h"
+#include "support/usb/test_device.h"
 
 namespace {
 

@@ -180,28 +180,31 @@ bool UsbIpPeer::readReply() {
   {
     const std::lock_guard lock(mutex_);
     const auto found = sent_.find(header.sequence);
-    // What an unlink came too late for has been answered.
-    if (found == sent_.end()) return header.command == usbip::kUnlinked;
+    if (found == sent_.end()) return false;
     sent = found->second;
-    sent_.erase(found);
   }
   const auto status = static_cast<std::int32_t>(static_cast<std::uint32_t>(header.first));
-  if (header.command == usbip::kUnlinked && sent.isUnlink) {
-    if (status != 0) {
+  if (sent.isUnlink) {
+    if (header.command != usbip::kUnlinked) return false;
+    // With status 0 it came too late, and the transfer has been answered.
+    {
       const std::lock_guard lock(mutex_);
-      std::erase_if(sent_, [&](const auto& entry) { return entry.second.id == sent.id; });
+      std::erase_if(sent_, [&](const auto& entry) {
+        return entry.first == header.sequence || (status != 0 && entry.second.id == sent.id);
+      });
     }
     if (status != 0) host_.complete(sent.id, status, nullptr, 0);
     return true;
   }
   const std::size_t actual = header.second;
-  if (header.command != usbip::kSubmitted || sent.isUnlink || actual > sent.length) return false;
+  if (header.command != usbip::kSubmitted || actual > sent.length) return false;
   if (sent.isIn) {
     if (received_.size() < actual) received_.resize(actual);
-    if (!receiveAll(socket_, received_.data(), actual)) {
-      host_.complete(sent.id, -ESHUTDOWN, nullptr, 0);
-      return false;
-    }
+    if (!receiveAll(socket_, received_.data(), actual)) return false;
+  }
+  {
+    const std::lock_guard lock(mutex_);
+    sent_.erase(header.sequence);
   }
   host_.complete(sent.id, status, sent.isIn ? received_.data() : nullptr, actual);
   return true;
@@ -216,7 +219,9 @@ void UsbIpPeer::read() {
     connected_ = false;
     left.swap(sent_);
   }
-  for (const auto& [sequence, sent] : left) host_.complete(sent.id, -ESHUTDOWN, nullptr, 0);
+  for (const auto& [sequence, sent] : left) {
+    if (!sent.isUnlink) host_.complete(sent.id, -ESHUTDOWN, nullptr, 0);
+  }
   host_.disconnected();
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "support/usb/scripted_device.h"
-#include "usb_bed/test_device.h"
+#include "support/usb/test_device.h"
 
 namespace qvn::test {
 
