@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+
 #include "library_settings.h"
 #include "shared/client/session.h"
 #include "support/fake_transport.h"
 #include "support/manual_clock.h"
+#include "support/process/eventually.h"
 
 namespace qvn::cli {
 namespace {
@@ -57,10 +60,18 @@ TEST(OpenPrinter, OffersDataForAsLongAsPatienceLasts) {
     int lost = 0;
     {
       const Session session;
-      OpenPrinter printer(session, selectPrinter(session, "7"));
+      std::atomic<bool> hasFailed{false};
+      OpenPrinter printer(session, selectPrinter(session, "7"), [&](JobEvent event) {
+        if (event == JobEvent::Error) hasFailed = true;
+      });
       printer.setPatience(one.patience, [&] { ++lost; });
       ASSERT_EQ(printer.startJob({}), 0U);
       const std::uint64_t began = platform::clock().monotonicMilliseconds();
+      if (one.buffered != 0) {
+        EXPECT_EQ(printer.write(std::string(1000, 'x')), 0U);
+        EXPECT_TRUE(test::eventually([&] { return hasFailed.load(); }));
+        // What the buffers still take says nothing of the printer.
+      }
       EXPECT_EQ(printer.write(std::string(100000, 'x')), one.written);
       EXPECT_EQ(printer.endJob(), one.ended);
       const std::uint64_t took = platform::clock().monotonicMilliseconds() - began;

@@ -76,23 +76,31 @@ void discover(const Options& options) {
 
   const Session session;
   const Before before(session, options.transport);
-  const std::uint32_t result = QvnDiscovery(session.client(), options.transport.c_str(), text.c_str());
-  if (result == QRN_ERROR_INVALID_PARAMETER && !text.empty()) {
-    throw UsageError("'" + text + "' is no place to look at: an address as 192.0.2.17, a range as " +
-                     "192.0.2.20-192.0.2.40, the name of a host that is known here, or dns-sd");
+  std::string failures;
+  for (const RegisteredTransport& transport : transports) {
+    // Where to look is said of the network; what is plugged in is found all the same.
+    const bool isLocal = transport.kind == "LOCAL_TRANSPORT";
+    const std::string& where = isLocal && transports.size() > 1 ? std::string() : text;
+    const std::uint32_t result = QvnDiscovery(session.client(), transport.name.c_str(), where.c_str());
+    if (result == QRN_ERROR_INVALID_PARAMETER && !where.empty()) {
+      throw UsageError("'" + text + "' is no place to look at: an address as 192.0.2.17, a range as " +
+                       "192.0.2.20-192.0.2.40, the name of a host that is known here, or dns-sd");
+    }
+    if (result == QRN_ERROR_SUCCESS) continue;
+    const Failure failure("the discovery over " + transport.name + " failed", result, transport.name);
+    failures += (failures.empty() ? "" : "\nqvn: ") + std::string(failure.what());
   }
-  require(result, "the discovery over " + options.transport + " failed");
 
   const std::vector<Device> devices = stored(session, options.transport);
   Json listing = Json::array();
   for (const Device& device : devices) listing.push_back(describeDevice(session, device));
   printDevices(listing, options.json);
   std::cout.flush();
-  if (devices.empty() && places.empty() && !options.json) {
-    hint("no device is stored: say where to look, for example 192.0.2.17");
+  if (devices.empty() && places.empty() && failures.empty() && !options.json) {
+    hint("no device is stored: plug one in, or say where to look, for example 192.0.2.17");
   }
 
-  std::string silent;
+  std::string silent = std::move(failures);
   for (const Place& place : places) {
     const auto answered = [&](const Device& device) {
       const std::uint32_t port = readNumber(session, device, attribute::kUdpPort);

@@ -56,7 +56,9 @@ struct Advice {
 };
 
 constexpr Advice kAdvice[] = {
-    {QRN_ERROR_ACCESS_DENIED, "another program has it, or it is not for this user"},
+    {QRN_ERROR_ACCESS_DENIED,
+     "another program has it, or it is not for this user (on USB, the udev rule 70-qvn-usb.rules is for the "
+     "group lp)"},
     {QRN_ERROR_INVALID_DATA, "{} sent what no such device sends: is another kind of device there?"},
     {QRN_ERROR_DUP_NAME, "another program has it open: try again when that has ended"},
     {QRN_ERROR_NETNAME_DELETED,

@@ -71,8 +71,14 @@ void OpenPrinter::onNotification(std::uint32_t, std::uint32_t category, std::uin
 }
 
 void OpenPrinter::hear(JobEvent event) {
-  if (event == JobEvent::Error) refuses();
-  if (event == JobEvent::Busy) refusesSince_ = 0;
+  if (event == JobEvent::Error) {
+    isLost_ = true;
+    refuses();
+  }
+  if (event == JobEvent::Busy) {
+    isLost_ = false;
+    refusesSince_ = 0;
+  }
   if (event == JobEvent::Cancelled) jobCancelled_ = true;
   if (event == JobEvent::Ending) endBegan_ = now();
   if (event == JobEvent::TrueEnd) ended_ = now();
@@ -93,7 +99,7 @@ bool OpenPrinter::losesPatience() {
 
 std::uint32_t OpenPrinter::startJob(const JobNames& names) {
   jobCancelled_ = false;
-  patienceLost_ = false;
+  patienceLost_ = isLost_ = false;
   pieces_ = 0;
   refusesSince_ = endBegan_ = ended_ = 0;
   return QvnStartJobPrinter(client_, printer_.handle, names.spoolerJobId, names.queue.c_str(),
@@ -113,7 +119,8 @@ std::uint32_t OpenPrinter::write(const std::string& block, const std::function<v
                         static_cast<std::uint32_t>(offered), &taken);
     at += taken;
     if (taken > 0) {
-      refusesSince_ = 0;
+      // What the library keeps for a printer that it has lost says nothing of the printer.
+      if (!isLost_) refusesSince_ = 0;
       if (onTaken) onTaken(taken);
     }
     if (!goesOn(result)) return result;

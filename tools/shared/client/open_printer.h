@@ -100,6 +100,7 @@ class OpenPrinter {
   std::size_t piece_ = 0x10000;  // how much it is offered in one go
   // Since when it takes none of the job's data, by the platform's clock; 0 while it does.
   std::atomic<std::uint64_t> refusesSince_{0};
+  std::atomic<bool> isLost_{false};  // from the notification of an error to that of a write
   std::atomic<std::uint64_t> endBegan_{0};
   std::atomic<std::uint64_t> ended_{0};
   std::function<void()> onItsEnd_;
