@@ -6,11 +6,12 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "base/ip_settings.h"
 #include "common/logging/log_component.h"
+#include "ipv4/base/ip_settings.h"
 #include "platform/files/paths.h"
 #include "platform/registry/registry.h"
 #include "support/process/successful_run.h"
+#include "usb1/base/usb_settings.h"
 
 namespace qvn::test {
 namespace {
@@ -23,15 +24,22 @@ TEST(Settings, DefaultsAreThoseOfWhoReadsThem) {
   ASSERT_EQ(registry::createKey(registry::Hive::LocalMachine, kLibraryRegistryRoot, {}, key), 0U);
   ipv4::currentTimeouts();
   ipv4::discoveryTimeout();
+  usb1::currentTimeouts();
+  usb1::writeSize();
+  usb1::readSize();
+  usb1::mayDetachKernelDriver();
   std::map<std::string, std::uint32_t> defaults{{"All", log_component::all().getMask()}};
   for (std::size_t i = 0; i < log_component::kCount; ++i) {
     defaults[log_component::at(i).getName()] = log_component::at(i).getMask();
   }
-  const std::string ipv4 = std::string(kLibraryRegistryRoot) + ipv4::kSettingsKey;
-  ASSERT_EQ(registry::openKey(registry::Hive::LocalMachine, ipv4, key), 0U);
-  registry::forEachValue(key, [&](std::string_view name, registry::ValueType type, std::string_view data) {
-    defaults[std::string(name)] = registry::dwordOf(type, data).value();
-  });
+  for (const char* const transport : {ipv4::kSettingsKey, usb1::kSettingsKey}) {
+    ASSERT_EQ(
+        registry::openKey(registry::Hive::LocalMachine, kLibraryRegistryRoot + std::string(transport), key),
+        0U);
+    registry::forEachValue(key, [&](std::string_view name, registry::ValueType type, std::string_view data) {
+      defaults[std::string(name)] = registry::dwordOf(type, data).value();
+    });
+  }
   int compared = 0;
   for (const json& setting : json::parse(ok({"settings", "list", "--json"}))) {
     const auto found = defaults.find(setting["name"].get<std::string>());
@@ -42,7 +50,7 @@ TEST(Settings, DefaultsAreThoseOfWhoReadsThem) {
     EXPECT_EQ(setting["default"], found->second) << setting;
     ++compared;
   }
-  EXPECT_EQ(compared, 12);
+  EXPECT_EQ(compared, 18);
 }
 
 TEST(Settings, ADamagedRegistryIsNamed) {

@@ -78,7 +78,7 @@ TEST_F(UsbPrint, DataThatBeginsLikeAPacketIsNoPacket) {
 }
 
 TEST_F(UsbPrint, WhatWasTakenIsCountedWhenTheDeviceTakesNoMore) {
-  set("PJLWriteTimeout", kShortTimeout);
+  set("Usb1PJLWriteTimeout", kShortTimeout);
   device.onOut = takesThenWaits(1536);
   begin();
   OpenConnection print(*module, printer(), "print");
@@ -87,7 +87,7 @@ TEST_F(UsbPrint, WhatWasTakenIsCountedWhenTheDeviceTakesNoMore) {
 }
 
 TEST_F(UsbPrint, ASlowDeviceIsWaitedForAsLongAsItTakesSomething) {
-  set("PJLWriteTimeout", kShortTimeout);
+  set("Usb1PJLWriteTimeout", kShortTimeout);
   std::atomic<bool> wholeTransfer{false};
   device.onOut = [&](std::uint8_t, std::span<const std::uint8_t> data, bool) {
     // A packet of each transfer, which then has to be asked for anew.

@@ -25,7 +25,7 @@ constexpr char kAlert[] = "A5 00 06 50 F3 01 00 00 01";
 
 class UsbTalk : public UsbTest {
  protected:
-  UsbTalk() { set("ReadTimeout", 5000); }
+  UsbTalk() { set("Usb1ReadTimeout", 5000); }
 
   // Replies to whatever goes out with `reply`.
   void answerWith(const char* reply) {
@@ -92,7 +92,7 @@ TEST_F(UsbTalk, RepliesMayComeInPiecesAndAmongAlerts) {
 }
 
 TEST_F(UsbTalk, WhatTheDeviceGetsWrongEndsWithACode) {
-  set("ReadTimeout", kShortTimeout);
+  set("Usb1ReadTimeout", kShortTimeout);
   begin();
   const struct {
     const char* what;

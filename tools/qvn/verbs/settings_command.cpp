@@ -41,6 +41,9 @@ constexpr Setting of(const LongSetting& setting, const char* meaning) {
 constexpr Setting ofIpv4(const char* name, std::uint32_t byDefault, const char* meaning) {
   return {name, "Ip1\\Settings\\", Type::Number, byDefault, meaning};
 }
+constexpr Setting ofUsb1(const char* name, std::uint32_t byDefault, const char* meaning) {
+  return {name, setting_key::kUsb1Settings, Type::Number, byDefault, meaning};
+}
 constexpr Setting ofLog(const char* component, std::uint32_t byDefault, const char* meaning) {
   return {component, setting_key::kLogger, Type::Mask, byDefault, meaning};
 }
@@ -65,6 +68,13 @@ constexpr Setting kSettings[] = {
     ofIpv4("ReadTimeout", 15000, "IPv4: ms from a packet to its reply"),
     ofIpv4("PJLWriteTimeout", 30000, "IPv4: ms without the device taking any print data"),
     ofIpv4("9200UnicastDiscoveryTimeout", 1000, "IPv4: ms that a discovery waits for answers"),
+    ofUsb1("Usb1NpaWriteTimeout", 10000, "USB1: ms until a packet has gone out"),
+    ofUsb1("Usb1ReadTimeout", 15000, "USB1: ms from a packet to its reply"),
+    ofUsb1("Usb1PJLWriteTimeout", 30000, "USB1: ms without the device taking any print data"),
+    ofUsb1("Usb1WriteSize", 65536, "USB1: bytes that one transfer sends"),
+    ofUsb1("Usb1ReadSize", 16384, "USB1: bytes that one transfer asks for"),
+    ofUsb1("Usb1DetachKernelDriver", 1,
+           "1: an interface is taken from a driver of the system that nobody uses"),
     of(setting::kDeleteStoreOnUninstall, "1: uninstalling also deletes what installations share"),
     {"DefaultModelId", "Runtime\\", Type::Number, 0,
      "the default model: USB vendor id times 65536 plus product id"},

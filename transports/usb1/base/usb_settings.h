@@ -15,9 +15,9 @@ inline constexpr char kDevicesKey[] = "Usb1\\Devices\\";  // what names the devi
 // As they are set now.
 inline shared::Timeouts currentTimeouts() {
   return {.connect = 0,
-          .npaWrite = transportSetting(kSettingsKey, "NpaWriteTimeout", 10000),
-          .reply = transportSetting(kSettingsKey, "ReadTimeout", 15000),
-          .printWrite = transportSetting(kSettingsKey, "PJLWriteTimeout", 30000)};
+          .npaWrite = transportSetting(kSettingsKey, "Usb1NpaWriteTimeout", 10000),
+          .reply = transportSetting(kSettingsKey, "Usb1ReadTimeout", 15000),
+          .printWrite = transportSetting(kSettingsKey, "Usb1PJLWriteTimeout", 30000)};
 }
 
 // How many bytes one transfer has.
