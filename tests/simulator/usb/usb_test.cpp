@@ -212,6 +212,30 @@ TEST_F(SimulatedUsb, TellsWhatWasTakenOfATransferThatIsTakenBack) {
   EXPECT_EQ(stored(1), data);
 }
 
+TEST_F(SimulatedUsb, LosesNothingThatItHasTaken) {
+  int job = 0;
+  for (const char* const ending :
+       {"01 0B 00 00 00 00 00 00", "21 02 00 00 00 00 00 00", "00 09 01 00 00 00 00 00"}) {
+    SimulatorProcess device = start({"--family", "BpdPrinter", "--fault", "slow-print=0"});
+    UsbipHost host(device);
+    host.selectPackets();
+    const auto taken = host.unlink(host.beginOut(0x01, repeated(std::size_t{256} << 10, 'p'))).second;
+    host.control(ending);
+    device.order("clear-faults");
+    ASSERT_TRUE(taken) << ending;
+    EXPECT_EQ(device.nextJob().at("bytes"), taken->length) << ending;
+    EXPECT_EQ(stored(++job), repeated(taken->length, 'p')) << ending;
+  }
+  SimulatorProcess device = start({"--family", "BpdPrinter"});
+  UsbipHost host(device);
+  host.selectPackets();
+  const Bytes half = hex("A5 7F FF") + repeated(kPacket - 3, 'p');
+  host.out(0x01, half);
+  host.selectPackets();
+  device.nextJob();
+  EXPECT_EQ(stored(++job), half) << "it has not become a packet";
+}
+
 TEST_F(SimulatedUsb, EndsItsConnectionsToThePorts) {
   SimulatorProcess device = start();
   UsbipHost host(device);

@@ -118,7 +118,7 @@ Pipe* Device::pipe(std::uint8_t endpoint) {
 }
 
 void Device::resetPrinter() {
-  if (jobsEndInSilence_) printLink_.close();  // else a job ends as its packets say
+  if (jobsEndInSilence_) printOut_.endPrintData(true);  // else a job ends as its packets say
   for (Pipe* const of : {static_cast<Pipe*>(&printOut_), static_cast<Pipe*>(&packetsIn_)}) {
     of->discard();
     of->clearHalt();
@@ -128,7 +128,10 @@ void Device::resetPrinter() {
 
 void Device::setUp(std::uint8_t interface, std::uint8_t alternate) {
   alternates_.at(interface) = alternate;
-  if (interface == kPrinterInterface) printOut_.tellPackets(alternate == 1);
+  if (interface == kPrinterInterface) {
+    printOut_.tellPackets(alternate == 1);
+    if (isPlugged_) printOut_.endPrintData(false);
+  }
   for (const auto& [address, part] : parts_) {
     if (part.interface != interface) continue;
     part.link.close();

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <utility>
 
 #include "base/bytes.h"
 #include "usb/port_link.h"
@@ -24,6 +25,8 @@ class PortFeed {
   // connection.
   std::optional<bool> flush();
   void discard() { rest_.clear(); }
+  // Ends the connection behind what was taken.
+  void finish() { link_.closeBehind(std::exchange(rest_, {})); }
   bool isEmpty() const { return rest_.empty(); }
 
  private:

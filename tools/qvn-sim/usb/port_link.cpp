@@ -12,6 +12,9 @@ namespace {
 constexpr std::size_t kLongestMessage = std::size_t{256} << 10;
 constexpr std::size_t kReadAhead = std::size_t{64} << 10;
 
+// For more than an endpoint ever keeps of what it has taken.
+constexpr int kRoomForTheLast = 256 << 10;
+
 }  // namespace
 
 PortLink::PortLink(EventLoop& loop, std::function<void(Descriptor)> connect, Kind kind, int ahead)
@@ -30,6 +33,15 @@ void PortLink::close() {
   loop_.unwatch(socket_.get());
   socket_.close();
   waitsToSend_ = waitsToReceive_ = false;
+}
+
+void PortLink::closeBehind(ByteView last) {
+  if (!last.empty()) {
+    open();
+    setsockopt(socket_.get(), SOL_SOCKET, SO_SNDBUF, &kRoomForTheLast, sizeof kRoomForTheLast);
+    ::send(socket_.get(), last.data(), last.size(), MSG_NOSIGNAL);  // a port that has ended misses nothing
+  }
+  close();
 }
 
 std::optional<std::size_t> PortLink::send(ByteView bytes) {

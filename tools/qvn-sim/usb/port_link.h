@@ -38,6 +38,8 @@ class PortLink {
   void open();
   // The port sees the end of the connection, behind what was sent.
   void close();
+  // The same, behind some last bytes, whether the port reads or not.
+  void closeBehind(ByteView last);
 
   // How many of the bytes went; fewer than all when the port does not read, and nothing at all when it has
   // ended the connection, which is closed then. Opens.

@@ -33,7 +33,7 @@ PrintPipe::PrintPipe(EventLoop& loop, FaultSwitches& faults, PortLink& print, Po
       endsInSilence_(endsInSilence),
       events_(std::move(events)),
       silence_(
-          loop, [this] { return hasWaiting() || !print_.isEmpty(); }, [&print] { print.close(); }) {}
+          loop, [this] { return hasWaiting() || !print_.isEmpty(); }, [this] { print_.finish(); }) {}
 
 void PrintPipe::serve() {
   while (flush() && hasWaiting()) {
@@ -52,6 +52,11 @@ void PrintPipe::serve() {
     if (endsInShortPacket(transfer)) endUnit();
     finishCurrent(Status::Done);
   }
+}
+
+void PrintPipe::endPrintData(bool forgetsUnit) {
+  if (!forgetsUnit && !held_.empty()) passHeldOn();
+  print_.finish();
 }
 
 void PrintPipe::discard() {

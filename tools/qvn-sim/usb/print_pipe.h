@@ -34,6 +34,10 @@ class PrintPipe : public Pipe {
   // Whether NPA packets are told from print data; not at first.
   void tellPackets(bool tells) { tellsPackets_ = tells; }
 
+  // Ends the connection to the print port, with all that was taken as print data. A unit that has begun and
+  // may become a packet is print data too, unless it is to be forgotten.
+  void endPrintData(bool forgetsUnit);
+
   void serve() override;
   void discard() override;
 
