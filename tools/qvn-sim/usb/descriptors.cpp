@@ -87,7 +87,7 @@ Bytes string(std::string text) {
   std::size_t left = text.size();
   char* to = wide.data();
   std::size_t room = wide.size();
-  const iconv_t converter = iconv_open("UTF-16LE", "UTF-8");
+  iconv_t converter = iconv_open("UTF-16LE", "UTF-8");
   iconv(converter, &from, &left, &to, &room);
   iconv_close(converter);
   Bytes bytes = {static_cast<std::uint8_t>(2 + (to - wide.data())), kStringDescriptor};
