@@ -6,13 +6,13 @@ set -euo pipefail
 
 packages=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
+. scripts/bare-root.sh
 [ "$(id -u)" -eq 0 ] || { echo "check-packages: only root can make a root of its own" >&2; exit 1; }
 work=$(mktemp -d)
 root=$work/root
 trap 'rm -rf --one-file-system "$work"' EXIT
 
 say() { printf '\n== %s\n' "$*"; }
-inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"; }
 # Every file but those that any installation touches, and what the scheduler keeps of its own.
 files() {
   (cd "$root" && find . -xdev \( -path ./proc -o -path ./sys -o -path ./dev -o -path ./tmp -o -path ./var/cache \
@@ -21,13 +21,9 @@ files() {
 }
 
 say "A bare root"
-debootstrap --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" >"$work/log" 2>&1 ||
-  { tail -20 "$work/log"; exit 1; }
+bare_root >"$work/log" 2>&1 || { tail -20 "$work/log"; exit 1; }
 mkdir "$root/packages"
 cp "$packages"/*.deb scripts/first-day.sh "$root/packages/"
-# Nothing is started in here.
-printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
-chmod 755 "$root/usr/sbin/policy-rc.d"
 # What the packages depend on is there before, so that what is found after the purge is theirs.
 mapfile -t names < <(for file in "$packages"/*.deb; do dpkg-deb -f "$file" Package; done)
 inside apt-get update -qq

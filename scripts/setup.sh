@@ -11,14 +11,16 @@ packages=(
 )
 # What the tests print through, print to and are found by.
 programs=(cups-daemon cups-client p910nd socat dbus-daemon avahi-daemon sane-utils iproute2)
+packaging=(dpkg-dev file debootstrap)
 case "${1:-build}" in
   build) ;;
   test) packages+=("${programs[@]}") ;;
   bench) packages+=("${programs[@]}" cups python3-matplotlib) ;;
   pictures) packages=(graphviz) ;;
-  package) packages+=(dpkg-dev file debootstrap) ;;
+  package) packages+=("${packaging[@]}") ;;
+  vm) packages+=("${packaging[@]}" qemu-system-x86 e2fsprogs) ;;
   check) packages+=("${programs[@]}" clang clang-format clang-tidy libclang-rt-14-dev llvm) ;;
-  *) echo "usage: setup.sh [build|test|bench|pictures|package|check]" >&2; exit 2 ;;
+  *) echo "usage: setup.sh [build|test|bench|pictures|package|vm|check]" >&2; exit 2 ;;
 esac
 
 missing=()
