@@ -13,6 +13,9 @@ set(qvn_packages
   "cups-backend cups-backend-qvn  net         runtime"
   "sane-backend libsane-qvn       libs        runtime"
   "python      python3-qvn        python      runtime")
+if(QVN_WITH_USB)
+  list(APPEND qvn_packages "usb qvn-usb net runtime")
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
@@ -47,6 +50,10 @@ printer on loopback that takes jobs, raises alerts and misbehaves on request.")
 set(CPACK_COMPONENT_TRANSPORTS_DESCRIPTION "transport plug-ins of the QR__serv communication library
 Modules that reach devices; the one for network printers over IPv4 is here.
 They are registered with the command qvn of the package qvn-tools.")
+set(CPACK_COMPONENT_USB_DESCRIPTION "USB transport plug-in of the QR__serv communication library
+The module that reaches printers, scanners and HID devices on USB, and the udev
+rules that let the group lp use them. It is registered with the command qvn of
+the package qvn-tools.")
 set(CPACK_COMPONENT_CUPS-BACKEND_DESCRIPTION "CUPS backend for printers of the QR__serv communication library
 Queues with a device of the form qvn://PORTNAME print through the library,
 show the printer's alerts as their states and cancel jobs on the printer.")
@@ -67,6 +74,8 @@ set(CPACK_DEBIAN_CUPS-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
 set(CPACK_DEBIAN_SANE-BACKEND_PACKAGE_RECOMMENDS "qvn-tools, qvn-transports")
 # The administrator's changes to what SANE loads survive an upgrade.
 set(CPACK_DEBIAN_SANE-BACKEND_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/conffiles)
+set(CPACK_DEBIAN_USB_PACKAGE_RECOMMENDS "qvn-tools, udev")
+set(CPACK_DEBIAN_USB_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/usb/postinst)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9)")

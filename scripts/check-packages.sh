@@ -28,14 +28,14 @@ cp "$packages"/*.deb scripts/first-day.sh "$root/packages/"
 mapfile -t names < <(for file in "$packages"/*.deb; do dpkg-deb -f "$file" Package; done)
 inside apt-get update -qq
 inside apt-get install -y -qq --no-install-recommends cups-daemon cups-client sane-utils liblmdb0 \
-  libtiff6 libpng16-16 python3 >>"$work/log" 2>&1
+  libtiff6 libpng16-16 libusb-1.0-0 python3 >>"$work/log" 2>&1
 files >"$work/before"
 
 say "Installing ${names[*]}"
 inside sh -c 'apt-get install -y -qq --no-install-recommends /packages/*.deb' >>"$work/log" 2>&1 ||
   { tail -20 "$work/log"; exit 1; }
 inside qvn --version
-inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn /usr/lib/*/sane/libsane-qvn.so.1' | grep 'not found' &&
+inside sh -c 'for tool in qvn qvn-sim; do ldd "/usr/bin/$tool"; done; ldd /usr/lib/cups/backend/qvn /usr/lib/*/sane/libsane-qvn.so.1 /usr/lib/*/qvn/transports/*.so' | grep 'not found' &&
   { echo "a library is missing" >&2; exit 1; }
 inside python3 -c 'import qvn; print("python3-qvn:", len(qvn._FUNCTIONS), "functions,", qvn.c.QvnSuspend())'
 
