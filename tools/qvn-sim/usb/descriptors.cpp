@@ -90,8 +90,10 @@ Bytes string(std::string text) {
   iconv_t converter = iconv_open("UTF-16LE", "UTF-8");
   iconv(converter, &from, &left, &to, &room);
   iconv_close(converter);
-  Bytes bytes = {static_cast<std::uint8_t>(2 + (to - wide.data())), kStringDescriptor};
-  bytes.insert(bytes.end(), wide.data(), to);
+  Bytes bytes(2 + static_cast<std::size_t>(to - wide.data()));
+  bytes[0] = static_cast<std::uint8_t>(bytes.size());
+  bytes[1] = kStringDescriptor;
+  std::copy(wide.data(), to, bytes.begin() + 2);
   return bytes;
 }
 
@@ -143,10 +145,10 @@ Bytes deviceId(const Description& device, IdLength order) {
   const std::string text = "MFG:Qvn;MDL:" + device.model + ";CMD:" + (device.takesPackets ? "NPA," : "") +
                            "PJL;CLS:PRINTER;SN:" + device.serial + ";FAM:" + device.family + ";";
   const std::size_t length = 2 + text.size();
-  Bytes bytes(2);
+  Bytes bytes(length);
   writeLittle16(bytes.data(), length);
   if (order == IdLength::BigEndian) std::swap(bytes[0], bytes[1]);
-  bytes.insert(bytes.end(), text.begin(), text.end());
+  std::copy(text.begin(), text.end(), bytes.begin() + 2);
   return bytes;
 }
 

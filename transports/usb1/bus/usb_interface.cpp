@@ -64,7 +64,7 @@ std::uint32_t UsbInterface::claimNow(const KnownDevice& device) {
     return codeFromError(error);
   }
   isClaimed_ = true;
-  if (!function_.hasAlternates) return QRN_ERROR_SUCCESS;
+  if (!function_.isChosen) return QRN_ERROR_SUCCESS;
   return codeFromError(libusb_set_interface_alt_setting(device_, number, function_.alternate));
 }
 

@@ -66,11 +66,11 @@ Pipe findPipe(const libusb_interface_descriptor& descriptor, std::uint8_t direct
   return {};
 }
 
-Function describe(const libusb_interface_descriptor& descriptor, Kind kind, bool hasAlternates) {
+Function describe(const libusb_interface_descriptor& descriptor, Kind kind, bool isChosen) {
   const std::uint8_t type = kind == Kind::Hid ? LIBUSB_TRANSFER_TYPE_INTERRUPT : LIBUSB_TRANSFER_TYPE_BULK;
   return {.interface = descriptor.bInterfaceNumber,
           .alternate = descriptor.bAlternateSetting,
-          .hasAlternates = hasAlternates,
+          .isChosen = isChosen,
           .out = kind == Kind::Hid ? Pipe() : findPipe(descriptor, LIBUSB_ENDPOINT_OUT, type),
           .in = findPipe(descriptor, LIBUSB_ENDPOINT_IN, type)};
 }
@@ -101,7 +101,8 @@ Functions findFunctions(std::uint16_t vendor, const libusb_config_descriptor& co
       const InterfaceKind* const kind = kindOf(vendor, setting);
       if (kind == nullptr) continue;
       if (kind->kind == Kind::BootHid) hasBootHid = true;
-      const Function candidate = describe(setting, kind->kind, interface.num_altsetting > 1);
+      const Function candidate =
+          describe(setting, kind->kind, kind->kind == Kind::Scanner || interface.num_altsetting > 1);
       if (!isComplete(candidate, kind->kind) || (best != nullptr && best->rank >= kind->rank)) continue;
       best = kind;
       function = candidate;

@@ -19,9 +19,9 @@ struct Pipe {
 struct Function {
   std::uint8_t interface = 0;
   std::uint8_t alternate = 0;
-  bool hasAlternates = false;  // so that one must be chosen
-  Pipe out;                    // bulk
-  Pipe in;                     // bulk, or of a HID interrupt
+  bool isChosen = false;  // the alternate setting is asked for, which begins anew what is over the interface
+  Pipe out;               // bulk
+  Pipe in;                // bulk, or of a HID interrupt
 };
 
 struct Scanner : Function {
