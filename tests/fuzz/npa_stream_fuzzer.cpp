@@ -7,7 +7,7 @@
 #include "fuzz/pieces.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  using namespace qvn::ipv4;
+  using namespace qvn::shared;
   const auto packets = qvn::fuzz::findHoweverCut<NpaStream>({bytes, size}, [](PacketView packet) {
     QVN_FUZZ_CHECK(isWellFormed(packet));
     return qvn::fuzz::Bytes(packet.begin(), packet.end());

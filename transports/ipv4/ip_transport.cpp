@@ -19,7 +19,7 @@ class IpTransport : public shared::Transport {
   Discoverer& discoverer() override { return discoverer_; }
 
  private:
-  const IpPlaces places_;
+  const IpPlaces places_{};
   shared::DeviceConnections connections_{places_};
   shared::DeviceVisitors visitors_{connections_, places_};
   IpDiscoverer discoverer_;
