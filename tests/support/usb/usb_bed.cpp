@@ -172,8 +172,14 @@ UsbBed::UsbBed() : tree_(std::make_unique<Tree>()) {
   add(kRootHub, "local root-hub", rootHubDescriptors(), {"Linux", "Root Hub", "0000:00:14.0"}, 1);
 }
 
+// The tree goes without events.
 UsbBed::~UsbBed() {
-  while (plugged_.size() > 1) unplug(plugged_.begin()->first);
+  for (const auto& [port, plugged] : plugged_) kill(plugged);
+}
+
+void UsbBed::kill(const Plugged& plugged) const {
+  usbfs::unplug(path("/dev/" + nodeOf(plugged.number)));
+  if (!plugged.localName.empty()) usbfs::setLocalDevice(plugged.localName, nullptr);
 }
 
 std::string UsbBed::path(const std::string& below) const { return tree_->root() + below; }
@@ -187,7 +193,7 @@ UsbBed::Plugged& UsbBed::at(const std::string& port) {
 std::string UsbBed::node(const std::string& port) const { return "/dev/" + nodeOf(plugged_.at(port).number); }
 
 void UsbBed::plug(ScriptedDevice& device, const std::string& port) {
-  const unsigned number = ++lastNumber_;
+  const unsigned number = take(port);
   const std::string name = "device" + std::to_string(number);
   usbfs::setLocalDevice(name, &device);
   add(port, "local " + name, device.descriptors(), device.strings(), number);
@@ -195,7 +201,7 @@ void UsbBed::plug(ScriptedDevice& device, const std::string& port) {
 }
 
 void UsbBed::plug(std::uint16_t serverPort, const std::string& port, const std::string& busId) {
-  const unsigned number = ++lastNumber_;
+  const unsigned number = take(port);
   const std::string line = "usbip 127.0.0.1 " + std::to_string(serverPort) + " " + busId;
   const fs::path file = path("/dev/" + nodeOf(number));
   fs::create_directories(file.parent_path());
@@ -211,6 +217,11 @@ void UsbBed::plug(std::uint16_t serverPort, const std::string& port, const std::
     throw;
   }
   add(port, line, descriptors, strings, number);
+}
+
+unsigned UsbBed::take(const std::string& port) {
+  if (plugged_.count(port) != 0) throw std::runtime_error("something is plugged into " + port);
+  return ++lastNumber_;
 }
 
 void UsbBed::add(const std::string& port, const std::string& line, const Bytes& descriptors,
@@ -274,13 +285,12 @@ void UsbBed::unplug(const std::string& port) {
   const fs::path file = path(node(port));
   plugged_.erase(port);
   // First the device is dead, then its node goes, then udev tells so.
-  usbfs::unplug(file);
+  kill(gone);
   for (const auto& beside : fs::directory_iterator(file.parent_path())) {
     if (beside.path().filename().string().starts_with(file.filename().string())) fs::remove(beside.path());
   }
   for (const std::string& interface : gone.interfaces) tree_->remove(gone.sysPath + "/" + interface);
   tree_->remove(gone.sysPath);
-  if (!gone.localName.empty()) usbfs::setLocalDevice(gone.localName, nullptr);
 }
 
 std::string UsbBed::bindUsblp(unsigned interface, const std::string& port) {

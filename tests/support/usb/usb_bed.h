@@ -55,6 +55,10 @@ class UsbBed {
   class Tree;
 
   Plugged& at(const std::string& port);
+  // The number of the device that is plugged in there now.
+  unsigned take(const std::string& port);
+  // Ends this process's openings.
+  void kill(const Plugged& plugged) const;
   std::string path(const std::string& below) const;
   void add(const std::string& port, const std::string& line, const Bytes& descriptors,
            const std::vector<std::string>& strings, unsigned number);
