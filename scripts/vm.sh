@@ -110,7 +110,7 @@ say "A machine with our packages"
 { make_first_files; make_disk; } &>"$log"
 rm "$log"
 
-timeout --kill-after=5 "$time_limit" qemu-system-x86_64 -machine q35 -accel tcg -cpu max -smp 2 -m 1G \
+timeout --foreground --kill-after=5 "$time_limit" qemu-system-x86_64 -machine q35 -accel tcg -cpu max -smp 2 -m 1G \
   -nodefaults -no-user-config -display none -no-reboot -serial stdio \
   -kernel "$kept/vmlinux" -initrd "$work/first-files" \
   -append "console=ttyS0 quiet panic=-1 oops=panic" \

@@ -72,6 +72,7 @@ say "A printer with scanner and buttons is plugged in: the kernel and udev know 
 simulate OFFICE --feeder 2
 plug_in
 run ls -l /dev/usb/lp0
+run readlink /sys/bus/usb/devices/1-1:1.0/driver
 node=$(ls /dev/bus/usb/001/* | tail -n 1)
 run udevadm info --query=property --property=ID_USB_INTERFACES,TAGS --name="$node" | tee properties
 grep -q uaccess properties
@@ -100,6 +101,7 @@ run lpadmin -p office -v qvn://USB_OFFICE -m raw -E 2>/dev/null
 run lp -d office -o raw document
 received 2 document
 await test -c /dev/usb/lp0
+run readlink /sys/bus/usb/devices/1-1:1.0/driver
 
 say "The plug is pulled in the middle of a job of the scheduler"
 # Slow enough that there is a middle.
