@@ -6,6 +6,7 @@
 
 #include "fuzz/check.h"
 #include "ipv4/discovery/services.h"
+#include "shared/base/plain_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace qvn::ipv4;
@@ -21,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const auto device = describeService(service);
   if (!device) return 0;
   for (const std::string_view text : {device->family, device->model, device->serial, device->name}) {
-    QVN_FUZZ_CHECK(isPlainText(text));
+    QVN_FUZZ_CHECK(qvn::shared::isPlainText(text));
   }
   return 0;
 }
