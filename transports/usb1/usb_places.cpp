@@ -46,7 +46,7 @@ class UsbPlace : public shared::Place {
     const std::optional<Function> function = functionOf(device->functions, part_);
     if (!function) return QRN_ERROR_INVALID_FUNCTION;
     UsbInterfaces::Use use;
-    rc = interfaces_.use(device, *function, use);
+    rc = interfaces_.use(*device, *function, use);
     if (rc != QRN_ERROR_SUCCESS) return rc;
     std::unique_ptr<UsbChannel> made = make(*device, std::move(use));
     rc = made->start();

@@ -68,7 +68,7 @@ std::uint32_t InPipe::receive(std::span<std::uint8_t> room, std::size_t& receive
       received += part;
       room = room.subspan(part);
     }
-  } while (received == 0 && stalled_ != nullptr && clearStall(lock));
+  } while (received == 0 && !stalled_.empty() && clearStall(lock));
   tellLocked();
   return received == 0 && come_.empty() ? endedBy_ : std::uint32_t{QRN_ERROR_SUCCESS};
 }
@@ -76,7 +76,7 @@ std::uint32_t InPipe::receive(std::span<std::uint8_t> room, std::size_t& receive
 std::uint32_t InPipe::receiveOne(std::span<std::uint8_t> room, std::size_t& received) {
   received = 0;
   std::unique_lock<std::mutex> lock(mutex_);
-  while (!takeLocked(room, received) && stalled_ != nullptr && clearStall(lock)) {
+  while (!takeLocked(room, received) && !stalled_.empty() && clearStall(lock)) {
   }
   tellLocked();
   return received == 0 && come_.empty() ? endedBy_ : std::uint32_t{QRN_ERROR_SUCCESS};
@@ -122,7 +122,7 @@ bool InPipe::takeLocked(std::span<std::uint8_t> room, std::size_t& received) {
 }
 
 bool InPipe::clearStall(std::unique_lock<std::mutex>& lock) {
-  Slot& slot = *std::exchange(stalled_, nullptr);
+  const std::vector<Slot*> stalled = std::exchange(stalled_, {});
   if (endedBy_ != 0) return false;
   if (++stalls_ > kMostStalls) {
     endLocked(QRN_ERROR_IO_DEVICE);
@@ -131,12 +131,12 @@ bool InPipe::clearStall(std::unique_lock<std::mutex>& lock) {
   lock.unlock();
   libusb_clear_halt(device_, pipe_.address);
   lock.lock();
-  submitLocked(slot);
+  for (Slot* slot : stalled) submitLocked(*slot);
   return true;
 }
 
 void InPipe::tellLocked() {
-  const bool hasCome = !come_.empty() || stalled_ != nullptr || endedBy_ != 0;
+  const bool hasCome = !come_.empty() || !stalled_.empty() || endedBy_ != 0;
   std::atomic_ref<int>(arrived_).store(hasCome || isInterrupted_ ? 1 : 0, std::memory_order_release);
   if (hasCome == isRaised_) return;
   isRaised_ = hasCome;
@@ -161,7 +161,7 @@ void InPipe::endedTransfer(Slot& slot) {
     hasSent_ = true;
     come_.push_back(&slot);
   } else if (isStall && !hasSent_) {
-    stalled_ = &slot;  // the halt of before
+    stalled_.push_back(&slot);  // the halt of before
   } else if (status == LIBUSB_TRANSFER_COMPLETED) {
     submitLocked(slot);  // a packet without anything
   }

@@ -34,8 +34,8 @@ class InPipe {
   std::uint32_t start();
 
   // As of a channel (shared/channel/channel.h): 64 when the device is gone or stalls after it has sent
-  // something, 13 when it sent more than fits into its packets, 1117 when it goes on to stall, 1236 when it was
-  // ended here.
+  // something, 13 when it sent more than fits into its packets, 1117 when it goes on to stall, 1236 when it
+  // was ended here.
   void wait(UsbBus::Clock::time_point deadline);
   void interrupt();
   std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received);
@@ -72,7 +72,7 @@ class InPipe {
   std::deque<Slot*> come_;
   std::size_t taken_ = 0;  // of the first of these
   std::size_t flying_ = 0;
-  Slot* stalled_ = nullptr;
+  std::vector<Slot*> stalled_;
   int stalls_ = 0;
   bool hasSent_ = false;
   std::uint32_t endedBy_ = 0;

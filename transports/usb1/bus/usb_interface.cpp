@@ -72,21 +72,20 @@ Transfer::Result UsbInterface::control(const Setup& setup, std::span<std::uint8_
   return Transfer(bus_).control(device_, setup, answer, UsbBus::Clock::now() + kControlTimeout);
 }
 
-std::uint32_t UsbInterfaces::use(const std::shared_ptr<const KnownDevice>& device, const Function& function,
-                                 Use& use) {
+std::uint32_t UsbInterfaces::use(const KnownDevice& device, const Function& function, Use& use) {
   std::shared_ptr<Slot> slot;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    std::shared_ptr<Slot>& known = slots_[{device->node, function.interface}];
+    std::shared_ptr<Slot>& known = slots_[{device.node, function.interface}];
     if (known == nullptr) known = std::make_shared<Slot>();
     slot = known;
   }
   const std::lock_guard<std::mutex> lock(slot->mutex);
-  if (slot->interface == nullptr || slot->device.lock() != device) {
+  if (slot->interface == nullptr || slot->device != device.device.get()) {
     auto interface = std::make_shared<UsbInterface>(bus_, function);
-    if (const std::uint32_t rc = interface->claim(*device); rc != QRN_ERROR_SUCCESS) return rc;
+    if (const std::uint32_t rc = interface->claim(device); rc != QRN_ERROR_SUCCESS) return rc;
     slot->interface = std::move(interface);
-    slot->device = device;
+    slot->device = device.device.get();
   }
   use.slot_ = slot;
   use.interface_ = slot->interface;

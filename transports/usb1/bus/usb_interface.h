@@ -83,13 +83,13 @@ class UsbInterfaces {
   };
 
   // 0, or why it cannot be claimed. Any thread.
-  std::uint32_t use(const std::shared_ptr<const KnownDevice>& device, const Function& function, Use& use);
+  std::uint32_t use(const KnownDevice& device, const Function& function, Use& use);
 
  private:
   // Held while the interface is claimed or released.
   struct Slot {
     std::mutex mutex;
-    std::weak_ptr<const KnownDevice> device;  // of the interface
+    libusb_device* device = nullptr;  // of the interface, which keeps it
     std::shared_ptr<UsbInterface> interface;
   };
 

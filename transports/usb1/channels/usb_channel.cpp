@@ -45,8 +45,10 @@ UsbChannel::UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens)
   const Function& function = use->function();
   if (function.out) pipes_->out = std::make_unique<OutSender>(*use, kind);
   if (listens == Listens::Yes && function.in) {
-    pipes_->in =
-        std::make_unique<InPipe>(bus_, use->device(), function.in, !function.out, readSize(), raised_);
+    // A report ends with its packet, which need not be a short one.
+    const bool isHid = !function.out;
+    const std::size_t size = isHid ? function.in.packetSize : readSize();
+    pipes_->in = std::make_unique<InPipe>(bus_, use->device(), function.in, isHid, size, raised_);
   }
   pipes_->interface = std::move(use);
 }
