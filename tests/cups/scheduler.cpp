@@ -2,6 +2,7 @@
 
 #include <signal.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 #include <utility>
@@ -20,6 +21,20 @@ constexpr char kBackends[] = "/usr/lib/cups/";
 
 void write(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
 
+// As a copy, or by a script that gives it what the scheduler keeps from its backends: what programs need on a
+// bus of the test's own.
+void install(const fs::path& program, const fs::path& backend) {
+  std::string bus;
+  for (const char* name : {"LD_PRELOAD", "UMOCKDEV_DIR"}) {
+    if (const char* const value = std::getenv(name)) bus += std::string(name) + "='" + value + "' ";
+  }
+  if (bus.empty()) {
+    fs::copy_file(program, backend);
+  } else {
+    write(backend, "#!/bin/sh\n" + bus + "exec " + program.string() + " \"$@\"\n");
+  }
+}
+
 }  // namespace
 
 Scheduler::Scheduler(const fs::path& directory, const fs::path& home, std::uint16_t sharedAt)
@@ -37,7 +52,7 @@ Scheduler::Scheduler(const fs::path& directory, const fs::path& home, std::uint1
   for (const auto& [program, name] :
        {std::pair{QVN_CUPS_BACKEND, "qvn"}, {"/usr/lib/cups/backend/ipp", "ipp"}}) {
     const fs::path backend = directory / "bin/backend" / name;
-    fs::copy_file(program, backend);
+    install(program, backend);
     fs::permissions(backend, fs::perms::owner_all | fs::perms::group_read | fs::perms::others_read);
   }
 

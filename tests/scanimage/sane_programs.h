@@ -1,6 +1,7 @@
 // A scan station whose scanner is used by Debian's programs for SANE, with the backend under test.
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -27,10 +28,16 @@ class SanePrograms : public ScanStation {
   std::vector<std::pair<std::string, std::string>> environmentOf(const std::string& machine) const {
     return {{"SANE_CONFIG_DIR", (home() / "sane" / machine).string()},
             {"LD_LIBRARY_PATH", QVN_SANE_BACKEND_DIRECTORY},
-            {"LD_PRELOAD", QVN_SANITIZER_RUNTIME},
+            {"LD_PRELOAD", preloaded()},
             // What the programs and the loader of the backends leave behind is theirs.
             {"ASAN_OPTIONS", "detect_leaks=0"},
             {"LC_ALL", "C"}};
+  }
+
+  // The sanitizer's runtime before all that is loaded anyhow.
+  static std::string preloaded() {
+    const char* const also = std::getenv("LD_PRELOAD");
+    return QVN_SANITIZER_RUNTIME + (also != nullptr ? std::string(":") + also : std::string());
   }
 
   Result scanimage(const std::string& machine, std::vector<std::string> arguments) const {
