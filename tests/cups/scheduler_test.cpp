@@ -104,7 +104,7 @@ TEST_F(Cups, WaitsForAPrinterThatSomebodyElseHas) {
 
 TEST_F(Cups, ShowsTheAlertsOfThePrinterAsStatesOfTheQueue) {
   startQueue();
-  device().command("fault slow-print=0");
+  device().command("fault " + DeviceLink::slowestPrint());
   print(file("a.prn", noise(2000000)));
   ASSERT_TRUE(queueSays("sending the job"));
   EXPECT_THAT(queue(), testing::Not(HasSubstr("media-empty")));

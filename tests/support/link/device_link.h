@@ -22,6 +22,8 @@ class DeviceLink {
 
   // Whether programs can use one part of a device at the same time; else the later one finds it busy.
   static bool servesSeveralHosts();
+  // The fault with which a printer that is still heard takes its data most slowly.
+  static std::string slowestPrint();
   // The fault with which a job's connection breaks, once, after about so many bytes.
   static std::string breaksAfter(std::size_t bytes);
 

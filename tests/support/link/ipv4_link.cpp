@@ -16,7 +16,10 @@ void DeviceLink::connect(const SimulatorProcess& device) {
 }
 
 bool DeviceLink::servesSeveralHosts() { return true; }
-std::string DeviceLink::breaksAfter(std::size_t bytes) { return "close-mid-job=" + std::to_string(bytes) + ":1"; }
+std::string DeviceLink::slowestPrint() { return "slow-print=0"; }
+std::string DeviceLink::breaksAfter(std::size_t bytes) {
+  return "close-mid-job=" + std::to_string(bytes) + ":1";
+}
 
 std::string DeviceLink::portname(const std::string& serial) { return "IP_" + serial; }
 std::string DeviceLink::printerHandle() { return "40001"; }
