@@ -20,6 +20,10 @@ class Channel {
   // A descriptor that is readable when there is something to receive, or the channel has ended.
   virtual int readable() const = 0;
 
+  // From now on what comes is somebody's who waits by himself, and need not make the descriptor readable; or
+  // it does again. False when the descriptor knows no difference. Any thread.
+  virtual bool keepQuiet(bool /*quiet*/) { return false; }
+
   // Returns when there is something to receive or the channel has ended, at the deadline, or once after an
   // interrupt. One thread at a time.
   virtual void wait(std::chrono::steady_clock::time_point deadline) = 0;

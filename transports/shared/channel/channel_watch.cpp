@@ -10,12 +10,12 @@
 
 namespace qvn::shared {
 
-std::uint32_t ChannelWatch::open(int readable) {
-  readable_ = readable;
+std::uint32_t ChannelWatch::open(Channel& channel) {
+  channel_ = &channel;
   set_ = platform::UniqueDescriptor(epoll_create1(EPOLL_CLOEXEC));
   if (!set_) return platform::errorFromErrno(errno);
   if (const std::uint32_t rc = called_.open(); rc != QRN_ERROR_SUCCESS) return rc;
-  for (const int fd : {readable_, called_.fd()}) {
+  for (const int fd : {channel_->readable(), called_.fd()}) {
     epoll_event event{.events = EPOLLIN, .data = {.fd = fd}};
     if (epoll_ctl(set_.get(), EPOLL_CTL_ADD, fd, &event) != 0) return platform::errorFromErrno(errno);
   }
@@ -30,11 +30,17 @@ void ChannelWatch::wait(int timeout) {
   }
 }
 
-void ChannelWatch::resume() { watchFor(EPOLLIN); }
+void ChannelWatch::pause() {
+  if (!channel_->keepQuiet(true)) watchFor(0);
+}
+
+void ChannelWatch::resume() {
+  if (!channel_->keepQuiet(false)) watchFor(EPOLLIN);
+}
 
 void ChannelWatch::watchFor(std::uint32_t events) {
-  epoll_event event{.events = events, .data = {.fd = readable_}};
-  epoll_ctl(set_.get(), EPOLL_CTL_MOD, readable_, &event);
+  epoll_event event{.events = events, .data = {.fd = channel_->readable()}};
+  epoll_ctl(set_.get(), EPOLL_CTL_MOD, channel_->readable(), &event);
 }
 
 }  // namespace qvn::shared

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "platform/base/unique_descriptor.h"
+#include "shared/channel/channel.h"
 #include "shared/channel/wake_up.h"
 
 namespace qvn::shared {
@@ -12,7 +13,7 @@ namespace qvn::shared {
 class ChannelWatch {
  public:
   // Before all others: 0, or why the system has no descriptors for it.
-  std::uint32_t open(int readable);
+  std::uint32_t open(Channel& channel);
 
   // Returns when the channel has something to read or has ended, after a call, or after so many milliseconds
   // (-1: never).
@@ -22,13 +23,13 @@ class ChannelWatch {
   void call() { called_.raise(); }
 
   // From now on what comes is somebody else's, until the watch is resumed.
-  void pause() { watchFor(0); }
+  void pause();
   void resume();
 
  private:
   void watchFor(std::uint32_t events);
 
-  int readable_ = -1;
+  Channel* channel_ = nullptr;
   platform::UniqueDescriptor set_;
   WakeUp called_;
 };

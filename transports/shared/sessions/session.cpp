@@ -23,7 +23,7 @@ constexpr milliseconds kUnreadTimeout{100};
 }  // namespace
 
 std::uint32_t Session::startThreads() {
-  const std::uint32_t rc = watch_.open(channel_->readable());
+  const std::uint32_t rc = watch_.open(*channel_);
   return rc != QRN_ERROR_SUCCESS ? rc : startThread([this] { serve(); });
 }
 

@@ -44,6 +44,12 @@ std::uint32_t InPipe::start() {
   return endedBy_;
 }
 
+void InPipe::keepQuiet(bool quiet) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  isQuiet_ = quiet;
+  tellLocked();
+}
+
 void InPipe::wait(UsbBus::Clock::time_point deadline) {
   bus_.waitFor(arrived_, deadline);
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -138,9 +144,10 @@ bool InPipe::clearStall(std::unique_lock<std::mutex>& lock) {
 void InPipe::tellLocked() {
   const bool hasCome = !come_.empty() || !stalled_.empty() || endedBy_ != 0;
   std::atomic_ref<int>(arrived_).store(hasCome || isInterrupted_ ? 1 : 0, std::memory_order_release);
-  if (hasCome == isRaised_) return;
-  isRaised_ = hasCome;
-  if (hasCome) {
+  const bool isReadable = hasCome && !isQuiet_;
+  if (isReadable == isRaised_) return;
+  isRaised_ = isReadable;
+  if (isReadable) {
     raised_->raise();
   } else {
     raised_->take();

@@ -36,6 +36,7 @@ class InPipe {
   // As of a channel (shared/channel/channel.h): 64 when the device is gone or stalls after it has sent
   // something, 13 when it sent more than fits into its packets, 1117 when it goes on to stall, 1236 when it
   // was ended here.
+  void keepQuiet(bool quiet);
   void wait(UsbBus::Clock::time_point deadline);
   void interrupt();
   std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received);
@@ -76,6 +77,7 @@ class InPipe {
   int stalls_ = 0;
   bool hasSent_ = false;
   std::uint32_t endedBy_ = 0;
+  bool isQuiet_ = false;
   bool isRaised_ = false;
   bool isInterrupted_ = false;
   int arrived_ = 0;  // something to take, or the end, or an interrupt

@@ -61,6 +61,11 @@ std::uint32_t UsbChannel::start() {
 
 int UsbChannel::readable() const { return raised_->fd(); }
 
+bool UsbChannel::keepQuiet(bool quiet) {
+  if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->keepQuiet(quiet);
+  return true;
+}
+
 void UsbChannel::wait(std::chrono::steady_clock::time_point deadline) {
   if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->wait(deadline);
 }

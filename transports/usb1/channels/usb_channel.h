@@ -28,6 +28,7 @@ class UsbChannel : public shared::Channel {
   std::uint32_t start();
 
   int readable() const override;
+  bool keepQuiet(bool quiet) override;
   void wait(std::chrono::steady_clock::time_point deadline) override;
   void interrupt() override;
   std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received) override;
