@@ -3,7 +3,6 @@
 #include <stdlib.h>
 
 #include <algorithm>
-#include <stdexcept>
 
 #include "measure.h"
 #include "platform/registry/registry.h"
@@ -46,16 +45,9 @@ void store(const registry::Key& devices, std::uint32_t handle, const std::string
   require(registry::setValue(devices, std::to_string(handle), registry::ValueType::String, text), "setValue");
 }
 
-std::filesystem::path makeHome() {
-  std::string home = (std::filesystem::temp_directory_path() / "qvn-bench-XXXXXX").string();
-  if (mkdtemp(home.data()) == nullptr) throw std::runtime_error("cannot make a state directory");
-  return home;
-}
-
 }  // namespace
 
-Installation::Installation() : home_(makeHome()) {
-  setenv("QVN_HOME", home_.c_str(), 1);
+Installation::Installation() {
   setenv("QVN_TRANSPORT_PATH", QVN_TRANSPORT_DIRECTORY, 1);
   openKey("Settings");
   require(QvnInitialize(), "QvnInitialize");
@@ -63,11 +55,7 @@ Installation::Installation() : home_(makeHome()) {
   require(QvnAddTransport("qvn_ipv4.so"), "QvnAddTransport");
 }
 
-Installation::~Installation() {
-  QvnUninitialize();
-  std::error_code ignored;
-  std::filesystem::remove_all(home_, ignored);
-}
+Installation::~Installation() { QvnUninitialize(); }
 
 void Installation::set(const std::string& name, std::uint32_t value) const {
   const std::string bytes(reinterpret_cast<const char*>(&value), sizeof value);

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include "home.h"
+
 namespace qvn::bench {
 
 class Installation {
@@ -16,7 +18,7 @@ class Installation {
   Installation& operator=(const Installation&) = delete;
 
   std::uint32_t client() const { return client_; }
-  const std::filesystem::path& home() const { return home_; }
+  const std::filesystem::path& home() const { return home_.path(); }
 
   // A value below "Settings\".
   void set(const std::string& name, std::uint32_t value) const;
@@ -34,7 +36,7 @@ class Installation {
   void removePrinters(std::uint32_t first, std::uint32_t count) const;
 
  private:
-  std::filesystem::path home_;
+  const Home home_;
   std::uint32_t client_ = 0;
 };
 

@@ -10,7 +10,9 @@ scripts=${0%/*}
 run=$build/bench.json
 "$build/bench/qvn_bench_parts" --benchmark_min_time=0.05 --benchmark_format=json >"$build/bench-parts.json" \
   2>/dev/null
-for program in qvn_bench_pairs QR__bench_store qvn_bench_spooler qvn_bench_scan_command qvn_bench_startup; do
+for program in qvn_bench_pairs QR__bench_store qvn_bench_spooler qvn_bench_scan_command qvn_bench_usb qvn_bench_startup; do
+  # Without libusb there is nothing to measure on USB.
+  [ "$program" != qvn_bench_usb ] || [ -x "$build/bench/$program" ] || continue
   "$build/bench/$program" "$run" >/dev/null
 done
 "$scripts/bench_chart.py" "$run" "$build/bench.svg"
