@@ -107,15 +107,9 @@ class SessionConnection : public TransportConnection {
   // The session to use for these bytes, with turn_ held: a new one, prepared, when the old one has ended or
   // is not usable for them.
   std::uint32_t readySession(Session::Bytes bytes, std::shared_ptr<SessionType>& session) {
-    std::shared_ptr<const Place> place;
-    Timeouts timeouts;
-    DeviceReference device;
     {
       const std::lock_guard<std::mutex> lock(mutex_);
       session = session_;
-      place = place_;
-      timeouts = timeouts_;
-      device = device_;
     }
     if (session == nullptr) return QRN_ERROR_CONNECTION_INVALID;
     const bool isAlive = session->isAlive();
@@ -123,6 +117,15 @@ class SessionConnection : public TransportConnection {
     if (!isAlive) session->waitForEnd();
     // The old one goes first: the device may take only one connection, or hold a lock for it.
     session->close();
+    std::shared_ptr<const Place> place;
+    Timeouts timeouts;
+    DeviceReference device;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      place = place_;
+      timeouts = timeouts_;
+      device = device_;
+    }
     std::shared_ptr<SessionType> made;
     const std::uint32_t rc = startSession(*place, timeouts, device, made);
     if (rc != QRN_ERROR_SUCCESS) return rc;

@@ -52,21 +52,19 @@ void InPipe::keepQuiet(bool quiet) {
 
 void InPipe::wait(UsbBus::Clock::time_point deadline) {
   bus_.waitFor(arrived_, deadline);
+  if (!isInterrupted_.exchange(false)) return;
   const std::lock_guard<std::mutex> lock(mutex_);
-  isInterrupted_ = false;
   tellLocked();
 }
 
 void InPipe::interrupt() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    isInterrupted_ = true;
-  }
+  isInterrupted_ = true;
   bus_.finishFromOutside(arrived_);
 }
 
 std::uint32_t InPipe::receive(std::span<std::uint8_t> room, std::size_t& received) {
   received = 0;
+  if (!UsbBus::isFinished(arrived_)) return QRN_ERROR_SUCCESS;
   std::unique_lock<std::mutex> lock(mutex_);
   do {
     std::size_t part = 0;

@@ -5,6 +5,7 @@
 #include <libusb.h>
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -79,9 +80,9 @@ class InPipe {
   std::uint32_t endedBy_ = 0;
   bool isQuiet_ = false;
   bool isRaised_ = false;
-  bool isInterrupted_ = false;
-  int arrived_ = 0;  // something to take, or the end, or an interrupt
-  int landed_ = 0;   // once it has ended: nothing flies any more
+  std::atomic<bool> isInterrupted_{false};  // without the lock
+  int arrived_ = 0;                         // something to take, or the end, or an interrupt
+  int landed_ = 0;                          // once it has ended: nothing flies any more
 };
 
 }  // namespace qvn::usb1

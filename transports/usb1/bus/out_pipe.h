@@ -26,6 +26,13 @@ enum class OutKind : std::uint8_t {
 
 // What all senders over an interface have in common.
 class OutPipe {
+ public:
+  // The device begins anew: with a unit.
+  void beginAnew() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    insideUnit_ = false;
+  }
+
  private:
   friend class OutSender;
 

@@ -48,15 +48,15 @@ Transfer::Result Transfer::run(UsbBus::Clock::time_point deadline) {
   }
   bus_.waitFor(done_, deadline);
   bool isLate = false;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (flies_) {
-      isLate = !cancelled_;
-      libusb_cancel_transfer(transfer_.get());
+  if (!UsbBus::isFinished(done_)) {
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      isLate = flies_ && !cancelled_;
+      if (flies_) libusb_cancel_transfer(transfer_.get());
     }
+    // The system gives every transfer back, also of a device that is gone.
+    bus_.waitFor(done_);
   }
-  // The system gives every transfer back, also of a device that is gone.
-  bus_.waitFor(done_);
   const auto count = static_cast<std::size_t>(std::max(transfer_->actual_length, 0));
   const bool isCancelled = transfer_->status == LIBUSB_TRANSFER_CANCELLED;
   return {isCancelled && isLate ? std::uint32_t{QRN_ERROR_TIMEOUT} : codeFromStatus(transfer_->status),

@@ -28,8 +28,6 @@ timeval timevalOf(microseconds time) {
           .tv_usec = static_cast<suseconds_t>(time.count() % 1'000'000)};
 }
 
-bool isSet(int& done) { return std::atomic_ref<int>(done).load(std::memory_order_acquire) != 0; }
-
 }  // namespace
 
 // While it exists the bus's thread leaves the events to its maker.
@@ -82,9 +80,9 @@ std::uint32_t UsbBus::start() {
 }
 
 void UsbBus::waitFor(int& done, Clock::time_point deadline) {
-  if (isSet(done)) return;
+  if (isFinished(done)) return;
   const Waiting waiting(*this);
-  while (!isSet(done)) {
+  while (!isFinished(done)) {
     const auto now = Clock::now();
     if (now >= deadline) return;
     const auto left =
@@ -93,6 +91,8 @@ void UsbBus::waitFor(int& done, Clock::time_point deadline) {
     libusb_handle_events_timeout_completed(context_, &time, &done);
   }
 }
+
+bool UsbBus::isFinished(int& done) { return std::atomic_ref<int>(done).load(std::memory_order_acquire) != 0; }
 
 void UsbBus::finish(int& done) { std::atomic_ref<int>(done).store(1, std::memory_order_release); }
 

@@ -34,6 +34,7 @@ class UsbBus {
   void waitFor(int& done, Clock::time_point deadline);
   void waitFor(int& done) { waitFor(done, Clock::time_point::max()); }
 
+  static bool isFinished(int& done);
   // From a callback: whoever handles events returns from it by itself.
   static void finish(int& done);
   // From elsewhere.

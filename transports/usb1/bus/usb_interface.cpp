@@ -64,8 +64,23 @@ std::uint32_t UsbInterface::claimNow(const KnownDevice& device) {
     return codeFromError(error);
   }
   isClaimed_ = true;
-  if (!function_.isChosen) return QRN_ERROR_SUCCESS;
-  return codeFromError(libusb_set_interface_alt_setting(device_, number, function_.alternate));
+  return QRN_ERROR_SUCCESS;
+}
+
+std::uint32_t UsbInterface::enter() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (channels_ == 0 && function_.isChosen) {
+    const int error = libusb_set_interface_alt_setting(device_, function_.interface, function_.alternate);
+    if (error != LIBUSB_SUCCESS) return codeFromError(error);
+    outPipe_.beginAnew();
+  }
+  ++channels_;
+  return QRN_ERROR_SUCCESS;
+}
+
+void UsbInterface::leave() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  --channels_;
 }
 
 Transfer::Result UsbInterface::control(const Setup& setup, std::span<std::uint8_t> answer) {

@@ -40,6 +40,12 @@ class UsbInterface {
   const Function& function() const { return function_; }
   OutPipe& outPipe() { return outPipe_; }
 
+  // A channel over it begins, and has ended. The first of several chooses the alternate setting, with which
+  // the device begins anew: what it had still to say to an earlier one does not come any more. 0, or why it
+  // cannot.
+  std::uint32_t enter();
+  void leave();
+
   // A request to the interface.
   Transfer::Result control(const Setup& setup, std::span<std::uint8_t> answer);
 
@@ -51,6 +57,9 @@ class UsbInterface {
   libusb_device_handle* device_ = nullptr;
   bool isClaimed_ = false;
   OutPipe outPipe_;
+
+  std::mutex mutex_;
+  int channels_ = 0;
 };
 
 // The interfaces in use, each claimed once however many channels there are over it.

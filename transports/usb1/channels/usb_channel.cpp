@@ -53,9 +53,15 @@ UsbChannel::UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens)
   pipes_->interface = std::move(use);
 }
 
+UsbChannel::~UsbChannel() {
+  if (pipes_ != nullptr && hasEntered_) pipes_->interface->leave();
+}
+
 std::uint32_t UsbChannel::start() {
-  if (pipes_->in == nullptr) return QRN_ERROR_SUCCESS;
-  const std::uint32_t rc = raised_->open();
+  std::uint32_t rc = pipes_->interface->enter();
+  hasEntered_ = rc == QRN_ERROR_SUCCESS;
+  if (rc != QRN_ERROR_SUCCESS || pipes_->in == nullptr) return rc;
+  rc = raised_->open();
   return rc == QRN_ERROR_SUCCESS ? pipes_->in->start() : rc;
 }
 
@@ -109,6 +115,7 @@ void UsbChannel::shutDown() {
     ending = std::exchange(pipes_, nullptr);
   }
   if (ending == nullptr) return;
+  ending->interface->leave();
   if (ending->out != nullptr) ending->out->shutDown();
   if (ending->in != nullptr) ending->in->shutDown();
   bus_.dispose(std::move(ending));

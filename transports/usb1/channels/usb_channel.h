@@ -23,6 +23,7 @@ class UsbChannel : public shared::Channel {
   enum class Listens : bool { No, Yes };
 
   UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens);
+  ~UsbChannel() override;
 
   // Before all others: 0, or why there is no channel after all.
   std::uint32_t start();
@@ -47,6 +48,7 @@ class UsbChannel : public shared::Channel {
 
   UsbBus& bus_;
   const std::shared_ptr<shared::WakeUp> raised_;
+  bool hasEntered_ = false;
   mutable std::mutex mutex_;
   std::shared_ptr<Pipes> pipes_;  // null once it is shut down
 };

@@ -19,9 +19,10 @@ struct Pipe {
 struct Function {
   std::uint8_t interface = 0;
   std::uint8_t alternate = 0;
-  bool isChosen = false;  // the alternate setting is asked for, which begins anew what is over the interface
-  Pipe out;               // bulk
-  Pipe in;                // bulk, or of a HID interrupt
+  bool isChosen =
+      false;  // the alternate setting is asked for, with which what is over the interface begins anew
+  Pipe out;   // bulk
+  Pipe in;    // bulk, or of a HID interrupt
 };
 
 struct Scanner : Function {
