@@ -159,6 +159,7 @@ Session::Turn Session::takeTurn(bool onlyReplies) {
   if (turn.left) return turn;
   std::uint32_t endCode = receive(turn.received);
   turn.left = deliverAll(onlyReplies) == Progress::Left;
+  if (turn.received && buffer().isPartial()) lastReceived_ = Clock::now();
   if (endCode == QRN_ERROR_SUCCESS) endCode = streamError();
   if (endCode != QRN_ERROR_SUCCESS) {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -181,7 +182,6 @@ std::uint32_t Session::receive(bool& received) {
     return QRN_ERROR_SUCCESS;
   }
   buffer().add(count);
-  lastReceived_ = Clock::now();
   received = true;
   return QRN_ERROR_SUCCESS;
 }

@@ -68,7 +68,7 @@ class Questions {
       if (units[i + 1] != 0) return {};
       text += static_cast<char>(units[i]);
     }
-    text.resize(std::min(text.size(), text.find_last_not_of(" ") + 1));
+    text.resize(std::min(text.size(), text.find_last_not_of(' ') + 1));
     return shared::isPlainText(text) ? text : std::string();
   }
 

@@ -40,6 +40,30 @@ struct UsbChannel::Pipes {
   std::unique_ptr<InPipe> in;
 };
 
+// Keeps them for the time of a call, unless the channel is shut down. The last one has them ended where
+// nobody waits.
+class UsbChannel::Pass {
+ public:
+  explicit Pass(const UsbChannel& channel) : channel_(channel) {
+    unsigned users = channel_.users_;
+    while (users != 0 && !channel_.users_.compare_exchange_weak(users, users + 1)) {
+    }
+    isIn_ = users != 0;
+  }
+  Pass(const Pass&) = delete;
+  Pass& operator=(const Pass&) = delete;
+  ~Pass() {
+    if (isIn_ && --channel_.users_ == 0) channel_.bus_.dispose(std::move(channel_.pipes_));
+  }
+
+  explicit operator bool() const { return isIn_ && !channel_.isShutDown_; }
+  Pipes* operator->() const { return channel_.pipes_.get(); }
+
+ private:
+  const UsbChannel& channel_;
+  bool isIn_;
+};
+
 UsbChannel::UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens)
     : bus_(use->bus()), raised_(std::make_shared<shared::WakeUp>()), pipes_(std::make_shared<Pipes>()) {
   const Function& function = use->function();
@@ -54,7 +78,7 @@ UsbChannel::UsbChannel(UsbInterfaces::Use use, OutKind kind, Listens listens)
 }
 
 UsbChannel::~UsbChannel() {
-  if (pipes_ != nullptr && hasEntered_) pipes_->interface->leave();
+  if (!isShutDown_ && hasEntered_) pipes_->interface->leave();
 }
 
 std::uint32_t UsbChannel::start() {
@@ -68,22 +92,22 @@ std::uint32_t UsbChannel::start() {
 int UsbChannel::readable() const { return raised_->fd(); }
 
 bool UsbChannel::keepQuiet(bool quiet) {
-  if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->keepQuiet(quiet);
+  if (const Pass pipes(*this); pipes && pipes->in != nullptr) pipes->in->keepQuiet(quiet);
   return true;
 }
 
 void UsbChannel::wait(std::chrono::steady_clock::time_point deadline) {
-  if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->wait(deadline);
+  if (const Pass pipes(*this); pipes && pipes->in != nullptr) pipes->in->wait(deadline);
 }
 
 void UsbChannel::interrupt() {
-  if (const auto pipes = this->pipes(); pipes != nullptr && pipes->in != nullptr) pipes->in->interrupt();
+  if (const Pass pipes(*this); pipes && pipes->in != nullptr) pipes->in->interrupt();
 }
 
 std::uint32_t UsbChannel::receive(std::span<std::uint8_t> room, std::size_t& received) {
   received = 0;
-  const auto pipes = this->pipes();
-  if (pipes == nullptr) return QRN_ERROR_CONNECTION_ABORTED;
+  const Pass pipes(*this);
+  if (!pipes) return QRN_ERROR_CONNECTION_ABORTED;
   return pipes->in != nullptr ? receiveFrom(*pipes->in, room, received)
                               : std::uint32_t{QRN_ERROR_INVALID_FUNCTION};
 }
@@ -91,8 +115,8 @@ std::uint32_t UsbChannel::receive(std::span<std::uint8_t> room, std::size_t& rec
 std::uint32_t UsbChannel::send(std::span<const std::uint8_t> bytes, std::uint32_t timeout,
                                std::size_t& sent) {
   sent = 0;
-  const auto pipes = this->pipes();
-  if (pipes == nullptr) return QRN_ERROR_CONNECTION_ABORTED;
+  const Pass pipes(*this);
+  if (!pipes) return QRN_ERROR_CONNECTION_ABORTED;
   if (pipes->out == nullptr) return QRN_ERROR_INVALID_FUNCTION;
   const std::uint32_t rc = pipes->out->send(bytes, timeout, sent);
   if (rc == QRN_ERROR_TIMEOUT && pipes->in == nullptr) logPortStatus(*pipes->interface);
@@ -100,8 +124,8 @@ std::uint32_t UsbChannel::send(std::span<const std::uint8_t> bytes, std::uint32_
 }
 
 std::uint32_t UsbChannel::flush() {
-  const auto pipes = this->pipes();
-  if (pipes == nullptr) return QRN_ERROR_CONNECTION_ABORTED;
+  const Pass pipes(*this);
+  if (!pipes) return QRN_ERROR_CONNECTION_ABORTED;
   UsbInterface& interface = *pipes->interface;
   const auto result = interface.control(
       {request_type::kInterfaceClassOut, kSoftReset, 0, interface.function().interface}, {});
@@ -109,21 +133,12 @@ std::uint32_t UsbChannel::flush() {
 }
 
 void UsbChannel::shutDown() {
-  std::shared_ptr<Pipes> ending;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    ending = std::exchange(pipes_, nullptr);
-  }
-  if (ending == nullptr) return;
-  ending->interface->leave();
-  if (ending->out != nullptr) ending->out->shutDown();
-  if (ending->in != nullptr) ending->in->shutDown();
-  bus_.dispose(std::move(ending));
-}
-
-std::shared_ptr<UsbChannel::Pipes> UsbChannel::pipes() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return pipes_;
+  const Pass pipes(*this);
+  if (!pipes || isShutDown_.exchange(true)) return;
+  pipes->interface->leave();
+  if (pipes->out != nullptr) pipes->out->shutDown();
+  if (pipes->in != nullptr) pipes->in->shutDown();
+  --users_;  // not the last
 }
 
 std::uint32_t HidReportChannel::receiveFrom(InPipe& in, std::span<std::uint8_t> room, std::size_t& received) {

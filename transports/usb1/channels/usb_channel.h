@@ -1,11 +1,11 @@
 // The way over an interface of a device.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 
 #include "bus/in_pipe.h"
@@ -41,7 +41,7 @@ class UsbChannel : public shared::Channel {
 
  private:
   struct Pipes;
-  std::shared_ptr<Pipes> pipes() const;
+  class Pass;
   virtual std::uint32_t receiveFrom(InPipe& in, std::span<std::uint8_t> room, std::size_t& received) {
     return in.receive(room, received);
   }
@@ -49,8 +49,10 @@ class UsbChannel : public shared::Channel {
   UsbBus& bus_;
   const std::shared_ptr<shared::WakeUp> raised_;
   bool hasEntered_ = false;
-  mutable std::mutex mutex_;
-  std::shared_ptr<Pipes> pipes_;  // null once it is shut down
+  mutable std::shared_ptr<Pipes> pipes_;
+  // Who uses them, and once more until it is shut down.
+  mutable std::atomic<unsigned> users_{1};
+  std::atomic<bool> isShutDown_{false};
 };
 
 // Of a HID whose transfers are its reports: each is put into a frame as on a HID port.
