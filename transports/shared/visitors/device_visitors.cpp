@@ -36,12 +36,15 @@ class PacketVisitor : public Visitor {
   void visit(Connectable& connection) final {
     if (data_ == nullptr || device_ == nullptr) {
       result_ = QRN_ERROR_INVALID_PARAMETER;
+    } else if (auto* const npa = dynamic_cast<NpaConnection*>(&connection)) {
+      result_ = doSend(*npa);
     } else if (dynamic_cast<PrintConnection*>(&connection) != nullptr) {
       Connectable* const bidi = connections_.getConnection(device_->getAttributes(), connection_name::kBidi);
-      result_ = sendOn(dynamic_cast<NpaConnection*>(bidi));
+      auto* const ofDevice = dynamic_cast<NpaConnection*>(bidi);
+      result_ = ofDevice != nullptr ? doSend(*ofDevice) : std::uint32_t{QRN_ERROR_INVALID_FUNCTION};
       connections_.releaseConnection(bidi);
     } else {
-      result_ = sendOn(dynamic_cast<NpaConnection*>(&connection));
+      result_ = QRN_ERROR_INVALID_FUNCTION;
     }
   }
 
@@ -49,10 +52,6 @@ class PacketVisitor : public Visitor {
   virtual std::uint32_t doSend(NpaConnection& npa) = 0;
 
  private:
-  std::uint32_t sendOn(NpaConnection* npa) {
-    return npa != nullptr ? doSend(*npa) : QRN_ERROR_INVALID_FUNCTION;
-  }
-
   DeviceConnections& connections_;
 };
 

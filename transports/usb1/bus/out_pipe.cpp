@@ -40,7 +40,7 @@ std::uint32_t OutSender::send(std::span<const std::uint8_t> bytes, std::uint32_t
   sent = 0;
   if (kind_ == OutKind::Packet) return sendPacket(bytes, timeout, sent);
   while (sent < bytes.size()) {
-    if (const std::uint32_t rc = takeTurn(deadlineFor(timeout)); rc != QRN_ERROR_SUCCESS) return rc;
+    if (const std::uint32_t rc = takeTurn(timeout); rc != QRN_ERROR_SUCCESS) return rc;
     auto piece = bytes.subspan(sent, std::min(bytes.size() - sent, pieceSize_));
     if (kind_ == OutKind::Data && !pipe_.insideUnit_ && piece[0] == kStartOfPacket) piece = piece.first(1);
     std::size_t taken = 0;
@@ -66,7 +66,7 @@ std::uint32_t OutSender::sendPacket(std::span<const std::uint8_t> bytes, std::ui
                                     std::size_t& sent) {
   std::uint32_t rc = QRN_ERROR_SUCCESS;
   if (packetLeft_ == 0) {
-    rc = takeTurn(deadlineFor(timeout));
+    rc = takeTurn(timeout);
     if (rc == QRN_ERROR_SUCCESS) rc = endUnit(timeout);
     if (rc != QRN_ERROR_SUCCESS) {
       giveTurn();
@@ -121,14 +121,14 @@ std::uint32_t OutSender::endUnit(std::uint32_t timeout) {
   return pipe_.insideUnit_ ? sendPiece({}, timeout, nothing) : std::uint32_t{QRN_ERROR_SUCCESS};
 }
 
-std::uint32_t OutSender::takeTurn(UsbBus::Clock::time_point deadline) {
+std::uint32_t OutSender::takeTurn(std::uint32_t timeout) {
   std::unique_lock<std::mutex> lock(pipe_.mutex_);
   const bool isPacket = kind_ == OutKind::Packet;
   const auto mayGo = [&] {
     return isShutDown_ || (!pipe_.isTaken_ && (isPacket || pipe_.waitingPackets_ == 0));
   };
   if (isPacket) ++pipe_.waitingPackets_;
-  const bool isInTime = pipe_.changed_.wait_until(lock, deadline, mayGo);
+  const bool isInTime = mayGo() || pipe_.changed_.wait_until(lock, deadlineFor(timeout), mayGo);
   if (isPacket) --pipe_.waitingPackets_;
   if (isShutDown_) return QRN_ERROR_CONNECTION_ABORTED;
   if (!isInTime) return QRN_ERROR_TIMEOUT;

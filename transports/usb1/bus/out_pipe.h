@@ -60,7 +60,7 @@ class OutSender {
   std::uint32_t sendPacket(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent);
   std::uint32_t sendAll(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent);
   std::uint32_t endUnit(std::uint32_t timeout);
-  std::uint32_t takeTurn(UsbBus::Clock::time_point deadline);
+  std::uint32_t takeTurn(std::uint32_t timeout);
   void giveTurn();
 
   UsbInterface& interface_;
