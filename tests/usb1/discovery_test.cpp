@@ -1,4 +1,6 @@
 // Devices on the bus become attribute texts, whatever their descriptors say.
+#include <deque>
+
 #include "usb1/usb_test.h"
 
 namespace qvn::test {
@@ -109,6 +111,18 @@ TEST_F(UsbDiscovery, DevicesMayComeAndGo) {
     bed.unplug();
   }
   EXPECT_EQ(module->discoverer.discoverSpecific(printer()), 1167u);
+}
+
+TEST_F(UsbDiscovery, AHundredMayBePluggedIn) {
+  std::deque<TestDevice> devices;
+  for (int i = 1; i <= 100; ++i) {
+    bed.plug(devices.emplace_back(allInOne(), kNpaDeviceId, std::to_string(i)), "1-" + std::to_string(i));
+  }
+  module.emplace();
+  texts = discovered(*module);
+  ASSERT_THAT(texts, SizeIs(300));
+  OpenConnection print(*module, texts.at(297), "print");
+  EXPECT_EQ(print.openCode(), 0u);
 }
 
 TEST_F(UsbDiscovery, OptionsAreNone) {
