@@ -58,6 +58,10 @@ TEST_F(UsbDiscovery, TwoWithOneSerialNumberAreTwo) {
   OpenConnection first(*module, texts[0], "print");
   OpenConnection second(*module, texts[3], "print");
   EXPECT_EQ(second.openCode(), 0u);
+  Data data(3, 'x');
+  second->write(data);
+  EXPECT_THAT(twin.takeReceived(endpoint::kPrintOut), SizeIs(1));
+  EXPECT_THAT(device.takeReceived(endpoint::kPrintOut), IsEmpty());
   bed.unplug("1-2");
 }
 
