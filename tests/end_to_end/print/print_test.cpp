@@ -43,19 +43,19 @@ TEST_F(Printing, TellsWhetherThePrinterSaidThatItCameOut) {
   start();
   const std::string printed = ok({"print", "--json", "--copies", "2", file("a.prn", "12345")});
   EXPECT_EQ(printed, [] {
-    const std::string line =
-        R"({"job":"a.prn","handle":)" + DeviceLink::printerHandle() + R"(,"portname":")" + DeviceLink::portname() +
-        R"(","bytes":5,"confirmed":true})"
-        "\n";
+    const std::string line = R"({"job":"a.prn","handle":)" + DeviceLink::printerHandle() +
+                             R"(,"portname":")" + DeviceLink::portname() +
+                             R"(","bytes":5,"confirmed":true})"
+                             "\n";
     return line + line;
   }());
   device().command("fault never-finish");
   ok({"settings", "set", "TeojDuration", "100"});
-  EXPECT_EQ(ok({"print"}, "12345"),
-            "sent 'standard input' to printer " + DeviceLink::printerHandle() + " (" + DeviceLink::portname() +
-            "), 5 bytes; the printer did not say within "
-            "0 s that "
-            "it came out\n");
+  EXPECT_EQ(ok({"print"}, "12345"), "sent 'standard input' to printer " + DeviceLink::printerHandle() + " (" +
+                                        DeviceLink::portname() +
+                                        "), 5 bytes; the printer did not say within "
+                                        "0 s that "
+                                        "it came out\n");
 }
 
 TEST_F(Printing, CancelsTheJobOnTheDeviceWhenInterrupted) {
@@ -68,7 +68,8 @@ TEST_F(Printing, CancelsTheJobOnTheDeviceWhenInterrupted) {
     printing.write(noise(1000000));
     printing.signal(signal);
     EXPECT_EQ(printing.wait(), 130);
-    EXPECT_THAT(printing.errors(), HasSubstr("'standard input' on printer " + DeviceLink::printerHandle() + " was cancelled after "));
+    EXPECT_THAT(printing.errors(), HasSubstr("'standard input' on printer " + DeviceLink::printerHandle() +
+                                             " was cancelled after "));
     EXPECT_EQ(device().nextJob().at("outcome"), "cancelled");
   }
   ok({"print", file("next.prn", "next")});

@@ -75,7 +75,8 @@ void BidiPort::reply(ConnectionId id, std::optional<npa::Command> command, Bytes
   if (faults_.strike(ReplyFault::Misframe, command)) {
     npa::writeBig16(packet, 1, static_cast<std::uint16_t>(packet.size() - npa::kUncounted + kMisframeBy));
   }
-  const int times = faults_.strike(ReplyFault::Double, command) ? 2 : 1;
+  // Both at once: a host that asks again at the first one has the second one before it already.
+  if (faults_.strike(ReplyFault::Double, command)) packet.insert(packet.end(), packet.begin(), packet.end());
 
   auto when = std::max(EventLoop::Clock::now(), host->earliestReply);
   if (const auto delay = faults_.strike(ReplyFault::Delay, command)) {
@@ -83,9 +84,7 @@ void BidiPort::reply(ConnectionId id, std::optional<npa::Command> command, Bytes
     host->earliestReply = when;
   }
   if (const auto delay = faults_.strike(ReplyFault::Late, command)) when += *delay;
-  loop_.atOrNow(when, [this, id, times, late = std::move(packet)] {
-    for (int i = 0; i < times; ++i) send(id, late);
-  });
+  loop_.atOrNow(when, [this, id, late = std::move(packet)] { send(id, late); });
 }
 
 void BidiPort::send(ConnectionId id, ByteView bytes) {
