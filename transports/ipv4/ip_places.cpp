@@ -18,7 +18,8 @@ constexpr std::uint32_t kMaxUnsentPrintData = std::uint32_t{64} << 10;
 
 class IpPlace : public shared::Place {
  public:
-  explicit IpPlace(const Endpoint& endpoint) : endpoint_(endpoint) {}
+  explicit IpPlace(const Endpoint& endpoint, std::uint32_t maxUnsent = 0)
+      : endpoint_(endpoint), maxUnsent_(maxUnsent) {}
 
   shared::Timeouts timeouts() const override { return currentTimeouts(); }
 
@@ -27,24 +28,14 @@ class IpPlace : public shared::Place {
     auto socket = std::make_unique<TcpSocket>();
     const std::uint32_t rc = socket->connect(endpoint_, timeouts.connect);
     if (rc != QRN_ERROR_SUCCESS) return rc;
-    prepare(*socket);
+    if (maxUnsent_ != 0) socket->limitUnsent(maxUnsent_);
     channel = std::move(socket);
     return QRN_ERROR_SUCCESS;
   }
 
- protected:
-  virtual void prepare(TcpSocket&) const {}
-
  private:
   const Endpoint endpoint_;
-};
-
-class PrintPlace : public IpPlace {
- public:
-  using IpPlace::IpPlace;
-
- protected:
-  void prepare(TcpSocket& socket) const override { socket.limitUnsent(kMaxUnsentPrintData); }
+  const std::uint32_t maxUnsent_;  // 0: as the system has it
 };
 
 // False when the text does not say where the device is.
@@ -68,7 +59,7 @@ Endpoint endpointOf(const std::string& deviceAttributes, const char* portDescrip
 }  // namespace
 
 std::shared_ptr<const shared::Place> IpPlaces::printPlace(const std::string& deviceAttributes) const {
-  return std::make_shared<PrintPlace>(endpointOf(deviceAttributes, attribute::kIpPort));
+  return std::make_shared<IpPlace>(endpointOf(deviceAttributes, attribute::kIpPort), kMaxUnsentPrintData);
 }
 
 std::shared_ptr<const shared::Place> IpPlaces::talkPlace(const std::string& deviceAttributes) const {

@@ -13,6 +13,10 @@ std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) 
 
 }  // namespace
 
+std::array<std::uint8_t, kHidFrameHeader> hidFrameHeader(std::uint8_t type, std::size_t length) {
+  return {type, static_cast<std::uint8_t>(length & 0xFF), static_cast<std::uint8_t>(length >> 8 & 0xFF)};
+}
+
 std::optional<HidFrame> HidStream::next() {
   const std::span<const std::uint8_t> unread = bytes();
   if (unread.size() < kHidFrameHeader) return std::nullopt;

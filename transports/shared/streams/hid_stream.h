@@ -2,6 +2,7 @@
 // little-endian, and those bytes.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -11,12 +12,16 @@
 
 namespace qvn::shared {
 
+inline constexpr std::size_t kHidFrameHeader = 3;  // type and length
+
+// Of content that is not longer than 16 bits say.
+std::array<std::uint8_t, kHidFrameHeader> hidFrameHeader(std::uint8_t type, std::size_t length);
+
 struct HidFrame {
   std::uint8_t type;
   std::span<const std::uint8_t> content;  // in the buffer
 };
 
-inline constexpr std::size_t kHidFrameHeader = 3;  // type and length
 inline constexpr std::uint8_t kHidReport = 1;
 inline constexpr std::uint8_t kHidEvent = 2;
 

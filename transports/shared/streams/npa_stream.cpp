@@ -6,7 +6,6 @@
 namespace qvn::shared {
 namespace {
 
-constexpr std::uint8_t kStartOfPacket = 0xA5;
 constexpr std::size_t kCommand = 4;
 constexpr std::size_t kSubCommand = 5;
 constexpr std::size_t kExtendedUse = 6;

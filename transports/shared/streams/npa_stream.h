@@ -15,6 +15,8 @@ namespace qvn::shared {
 using Packet = std::vector<std::uint8_t>;
 using PacketView = std::span<const std::uint8_t>;
 
+inline constexpr std::uint8_t kStartOfPacket = 0xA5;
+
 // A packet that may be sent: complete, with the length that it says.
 bool isWellFormed(PacketView packet);
 

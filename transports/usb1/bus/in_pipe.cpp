@@ -62,26 +62,17 @@ void InPipe::interrupt() {
   bus_.finishFromOutside(arrived_);
 }
 
-std::uint32_t InPipe::receive(std::span<std::uint8_t> room, std::size_t& received) {
+std::uint32_t InPipe::receive(std::span<std::uint8_t> room, std::size_t& received, std::size_t most) {
   received = 0;
   if (!UsbBus::isFinished(arrived_)) return QRN_ERROR_SUCCESS;
   std::unique_lock<std::mutex> lock(mutex_);
   do {
     std::size_t part = 0;
-    while (!room.empty() && takeLocked(room, part)) {
+    for (std::size_t taken = 0; taken < most && !room.empty() && takeLocked(room, part); ++taken) {
       received += part;
       room = room.subspan(part);
     }
   } while (received == 0 && !stalled_.empty() && clearStall(lock));
-  tellLocked();
-  return received == 0 && come_.empty() ? endedBy_ : std::uint32_t{QRN_ERROR_SUCCESS};
-}
-
-std::uint32_t InPipe::receiveOne(std::span<std::uint8_t> room, std::size_t& received) {
-  received = 0;
-  std::unique_lock<std::mutex> lock(mutex_);
-  while (!takeLocked(room, received) && !stalled_.empty() && clearStall(lock)) {
-  }
   tellLocked();
   return received == 0 && come_.empty() ? endedBy_ : std::uint32_t{QRN_ERROR_SUCCESS};
 }

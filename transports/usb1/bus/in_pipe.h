@@ -40,11 +40,15 @@ class InPipe {
   void keepQuiet(bool quiet);
   void wait(UsbBus::Clock::time_point deadline);
   void interrupt();
-  std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received);
+  std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received) {
+    return receive(room, received, kSlots);
+  }
   void shutDown();
 
-  // The same, one transfer at a time: empty when there is none. Room for a whole transfer is needed.
-  std::uint32_t receiveOne(std::span<std::uint8_t> room, std::size_t& received);
+  // The same, one transfer at a time. Room for a whole one is needed.
+  std::uint32_t receiveOne(std::span<std::uint8_t> room, std::size_t& received) {
+    return receive(room, received, 1);
+  }
 
  private:
   struct Slot {
@@ -56,6 +60,9 @@ class InPipe {
 
   static void LIBUSB_CALL onEnd(libusb_transfer* transfer);
   void endedTransfer(Slot& slot);
+
+  // At most so many transfers.
+  std::uint32_t receive(std::span<std::uint8_t> room, std::size_t& received, std::size_t most);
 
   void endLocked(std::uint32_t code);
   void submitLocked(Slot& slot);

@@ -29,6 +29,12 @@ struct KnownDevice {
   Functions functions;
   DeviceId id;             // of a printer
   bool isComplete = true;  // it has answered in time
+
+  // Where the system tells of it and of one of its interfaces, which lies in the same folder.
+  std::string sysfs() const { return "/sys/bus/usb/devices/" + port; }
+  std::string interfaceSuffix(const Function& function) const {
+    return ':' + std::to_string(configuration) + '.' + std::to_string(function.interface);
+  }
 };
 
 }  // namespace qvn::usb1

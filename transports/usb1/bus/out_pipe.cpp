@@ -6,6 +6,7 @@
 #include "base/usb_settings.h"
 #include "bus/usb_interface.h"
 #include "qvn/result_codes.h"
+#include "shared/streams/npa_stream.h"
 
 namespace qvn::usb1 {
 namespace {
@@ -17,8 +18,6 @@ constexpr milliseconds kBriefly{20};
 
 // A device that stalls again and again without taking anything will do so for ever.
 constexpr int kMostStalls = 3;
-
-constexpr std::uint8_t kStartOfPacket = 0xA5;
 
 UsbBus::Clock::time_point deadlineFor(std::uint32_t timeout) {
   return UsbBus::Clock::now() + (timeout != 0 ? milliseconds(timeout) : kBriefly);
@@ -42,9 +41,10 @@ std::uint32_t OutSender::send(std::span<const std::uint8_t> bytes, std::uint32_t
   while (sent < bytes.size()) {
     if (const std::uint32_t rc = takeTurn(timeout); rc != QRN_ERROR_SUCCESS) return rc;
     auto piece = bytes.subspan(sent, std::min(bytes.size() - sent, pieceSize_));
-    if (kind_ == OutKind::Data && !pipe_.insideUnit_ && piece[0] == kStartOfPacket) piece = piece.first(1);
+    if (kind_ == OutKind::Data && !pipe_.insideUnit_ && piece[0] == shared::kStartOfPacket)
+      piece = piece.first(1);
     std::size_t taken = 0;
-    const std::uint32_t rc = sendPiece(piece, timeout, taken);
+    const std::uint32_t rc = sendAll(piece, timeout, taken);
     giveTurn();
     sent += taken;
     if (rc != QRN_ERROR_SUCCESS) return rc;
@@ -81,26 +81,15 @@ std::uint32_t OutSender::sendPacket(std::span<const std::uint8_t> bytes, std::ui
   return rc;
 }
 
+// A transfer after another until all has gone out, as long as the device takes something.
 std::uint32_t OutSender::sendAll(std::span<const std::uint8_t> bytes, std::uint32_t timeout,
                                  std::size_t& sent) {
-  while (sent < bytes.size()) {
-    std::size_t taken = 0;
-    const auto piece = bytes.subspan(sent, std::min(bytes.size() - sent, pieceSize_));
-    const std::uint32_t rc = sendPiece(piece, timeout, taken);
-    sent += taken;
-    if (rc != QRN_ERROR_SUCCESS) return rc;
-  }
-  return QRN_ERROR_SUCCESS;
-}
-
-// A transfer after another until the piece has gone out, as long as the device takes something.
-std::uint32_t OutSender::sendPiece(std::span<const std::uint8_t> piece, std::uint32_t timeout,
-                                   std::size_t& sent) {
   const Pipe& out = interface_.function().out;
   int stalls = 0;
   do {
+    const auto piece = bytes.subspan(sent, std::min(bytes.size() - sent, pieceSize_));
     const Transfer::Result result =
-        transfer_.send(interface_.device(), out.address, piece.subspan(sent), deadlineFor(timeout));
+        transfer_.send(interface_.device(), out.address, piece, deadlineFor(timeout));
     sent += result.count;
     if (result.count != 0) stalls = 0;
     if (result.count != 0 || piece.empty())
@@ -112,13 +101,13 @@ std::uint32_t OutSender::sendPiece(std::span<const std::uint8_t> piece, std::uin
     } else if (result.code != QRN_ERROR_SUCCESS) {
       return result.code;
     }
-  } while (sent < piece.size());
+  } while (sent < bytes.size());
   return QRN_ERROR_SUCCESS;
 }
 
 std::uint32_t OutSender::endUnit(std::uint32_t timeout) {
   std::size_t nothing = 0;
-  return pipe_.insideUnit_ ? sendPiece({}, timeout, nothing) : std::uint32_t{QRN_ERROR_SUCCESS};
+  return pipe_.insideUnit_ ? sendAll({}, timeout, nothing) : std::uint32_t{QRN_ERROR_SUCCESS};
 }
 
 std::uint32_t OutSender::takeTurn(std::uint32_t timeout) {

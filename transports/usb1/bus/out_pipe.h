@@ -56,7 +56,6 @@ class OutSender {
   void shutDown();
 
  private:
-  std::uint32_t sendPiece(std::span<const std::uint8_t> piece, std::uint32_t timeout, std::size_t& sent);
   std::uint32_t sendPacket(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent);
   std::uint32_t sendAll(std::span<const std::uint8_t> bytes, std::uint32_t timeout, std::size_t& sent);
   std::uint32_t endUnit(std::uint32_t timeout);

@@ -51,9 +51,7 @@ std::uint32_t UsbInterface::claimNow(const KnownDevice& device) {
       log(device.node + " has a driver of the system, and Usb1DetachKernelDriver is 0");
       return QRN_ERROR_BUSY;
     }
-    if (isInUse("/sys/bus/usb/devices/" + device.port + ":" + std::to_string(device.configuration) + "." +
-                    std::to_string(number),
-                held)) {
+    if (isInUse(device.sysfs() + device.interfaceSuffix(function_), held)) {
       log(device.node + " is in use through a driver of the system");
       return QRN_ERROR_BUSY;
     }

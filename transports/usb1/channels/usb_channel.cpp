@@ -1,5 +1,6 @@
 #include "channels/usb_channel.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/transport_identity.h"
@@ -147,9 +148,8 @@ std::uint32_t HidReportChannel::receiveFrom(InPipe& in, std::span<std::uint8_t> 
   std::size_t length = 0;
   const std::uint32_t rc = in.receiveOne(room.subspan(shared::kHidFrameHeader), length);
   if (rc != QRN_ERROR_SUCCESS || length == 0) return rc;
-  room[0] = shared::kHidReport;
-  room[1] = static_cast<std::uint8_t>(length & 0xFF);
-  room[2] = static_cast<std::uint8_t>(length >> 8 & 0xFF);
+  const auto header = shared::hidFrameHeader(shared::kHidReport, length);
+  std::copy(header.begin(), header.end(), room.begin());
   received = shared::kHidFrameHeader + length;
   return QRN_ERROR_SUCCESS;
 }

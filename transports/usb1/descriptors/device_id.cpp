@@ -74,9 +74,7 @@ DeviceId parseDeviceId(std::span<const std::uint8_t> answer) {
     std::string_view value = take(text, ';');
     const std::string_view key = take(value, ':');
     value = trimmed(value);
-    if (isOneOf(key, {"MFG", "MANUFACTURER"})) {
-      keep(id.manufacturer, value);
-    } else if (isOneOf(key, {"MDL", "MODEL"})) {
+    if (isOneOf(key, {"MDL", "MODEL"})) {
       keep(id.model, value);
     } else if (isOneOf(key, {"SN", "SERN", "SERIALNUMBER"})) {
       keep(id.serial, value);

@@ -10,11 +10,10 @@ namespace qvn::usb1 {
 
 // What is missing is empty. Texts are printable ASCII without < and >, of at most 63 characters.
 struct DeviceId {
-  std::string manufacturer;  // MFG, MANUFACTURER
-  std::string model;         // MDL, MODEL
-  std::string serial;        // SN, SERN, SERIALNUMBER
-  std::string family;        // FAM: what the library calls the device; empty when it is none of its printers
-  bool speaksNpa = false;    // NPA or NPAP among the commands, CMD or COMMAND SET (IEEE 1284.1)
+  std::string model;       // MDL, MODEL
+  std::string serial;      // SN, SERN, SERIALNUMBER
+  std::string family;      // FAM: what the library calls the device; empty when it is none of its printers
+  bool speaksNpa = false;  // NPA or NPAP among the commands, CMD or COMMAND SET (IEEE 1284.1)
 };
 
 // Of what came for GET_DEVICE_ID. The two bytes in front are the length, the highest first, those bytes

@@ -9,7 +9,7 @@
 namespace qvn::usb1 {
 namespace {
 
-enum class Kind : std::uint8_t { None, Printer, Scanner, Hid, BootHid };
+enum class Kind : std::uint8_t { Printer, Scanner, Hid, BootHid };
 
 struct InterfaceKind {
   std::uint16_t vendor;  // 0: of any

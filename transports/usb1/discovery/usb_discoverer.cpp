@@ -38,8 +38,7 @@ std::string modelOf(const KnownDevice& device) {
 std::string suffixOf(const KnownDevice& device, const Function& function, const Pipe& pipe) {
   char endpoint[8];
   std::snprintf(endpoint, sizeof endpoint, "ep_%02x", unsigned{pipe.address});
-  return ':' + std::to_string(device.configuration) + '.' + std::to_string(function.interface) + '/' +
-         endpoint;
+  return device.interfaceSuffix(function) + '/' + endpoint;
 }
 
 std::string describe(const KnownDevice& device, const Function& function, const char* family,
@@ -55,7 +54,7 @@ std::string describe(const KnownDevice& device, const Function& function, const 
   AttributeCodec::setLong(text, attribute::kVid, device.vendor);
   AttributeCodec::setLong(text, attribute::kPid, device.product);
   if (!device.productName.empty()) AttributeCodec::setString(text, attribute::kUsbName, device.productName);
-  AttributeCodec::setString(text, attribute::kDevicePath, "/sys/bus/usb/devices/" + device.port);
+  AttributeCodec::setString(text, attribute::kDevicePath, device.sysfs());
   if (function.out) {
     AttributeCodec::setLong(text, attribute::kWritePacketSize, function.out.packetSize);
     AttributeCodec::setString(text, attribute::kEndpoint1Type, "Bulk OUT");
@@ -106,7 +105,7 @@ std::uint32_t UsbDiscoverer::discoverSpecific(const std::string& deviceAttribute
   if (!device->isComplete) return QRN_ERROR_TIMEOUT;
   std::string text = deviceAttributes;
   AttributeCodec::setString(text, attribute::kAddress, device->port);
-  AttributeCodec::setString(text, attribute::kDevicePath, "/sys/bus/usb/devices/" + device->port);
+  AttributeCodec::setString(text, attribute::kDevicePath, device->sysfs());
   notify(text);
   return QRN_ERROR_SUCCESS;
 }
