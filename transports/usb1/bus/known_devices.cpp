@@ -9,6 +9,7 @@
 
 #include "base/transport_identity.h"
 #include "bus/libusb_code.h"
+#include "bus/open_device.h"
 #include "bus/transfer.h"
 #include "qvn/result_codes.h"
 #include "qvn/transport/log.h"
@@ -21,11 +22,6 @@ namespace {
 constexpr std::chrono::milliseconds kAnswerTimeout{200};
 
 constexpr std::uint8_t kGetDeviceId = 0;
-
-struct CloseDevice {
-  void operator()(libusb_device_handle* device) const { libusb_close(device); }
-};
-using OpenDevice = std::unique_ptr<libusb_device_handle, CloseDevice>;
 
 struct FreeConfiguration {
   void operator()(libusb_config_descriptor* configuration) const {
@@ -181,15 +177,10 @@ std::uint32_t KnownDevices::learn(libusb_device* device, std::shared_ptr<const K
   learnt->port = portOf(device);
   learnt->node = nodeOf(device);
 
-  libusb_device_handle* opened = nullptr;
-  if (const int error = libusb_open(device, &opened); error != LIBUSB_SUCCESS) {
-    if (error == LIBUSB_ERROR_ACCESS) {
-      transportLog(kDiscoveryLogComponent, log_level::kError, learnt->node + kNoPermission);
-    }
-    return codeFromError(error);
-  }
-  const OpenDevice open(opened);
-  Questions questions(bus_, opened);
+  OpenDevice opened;
+  if (const std::uint32_t rc = openDevice(*learnt, kDiscoveryLogComponent, opened); rc != QRN_ERROR_SUCCESS)
+    return rc;
+  Questions questions(bus_, opened.get());
   learnt->serial = questions.text(descriptor.iSerialNumber);
   if (learnt->functions.printer) learnt->id = questions.deviceId(*learnt);
   learnt->productName = questions.text(descriptor.iProduct);

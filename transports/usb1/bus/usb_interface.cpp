@@ -24,8 +24,7 @@ void log(const std::string& text) { transportLog(kLogComponent, log_level::kErro
 }  // namespace
 
 UsbInterface::~UsbInterface() {
-  if (isClaimed_) libusb_release_interface(device_, function_.interface);
-  if (device_ != nullptr) libusb_close(device_);
+  if (isClaimed_) libusb_release_interface(device(), function_.interface);
 }
 
 std::uint32_t UsbInterface::claim(const KnownDevice& device) {
@@ -39,14 +38,10 @@ std::uint32_t UsbInterface::claim(const KnownDevice& device) {
 }
 
 std::uint32_t UsbInterface::claimNow(const KnownDevice& device) {
-  if (const int error = libusb_open(device.device.get(), &device_); error != LIBUSB_SUCCESS) {
-    device_ = nullptr;
-    if (error == LIBUSB_ERROR_ACCESS) log(device.node + kNoPermission);
-    return codeFromError(error);
-  }
+  if (const std::uint32_t rc = openDevice(device, kLogComponent, device_); rc != QRN_ERROR_SUCCESS) return rc;
   const int number = function_.interface;
   platform::UniqueDescriptor held;  // until it is ours
-  if (libusb_kernel_driver_active(device_, number) == 1) {
+  if (libusb_kernel_driver_active(device_.get(), number) == 1) {
     if (!mayDetachKernelDriver()) {
       log(device.node + " has a driver of the system, and Usb1DetachKernelDriver is 0");
       return QRN_ERROR_BUSY;
@@ -55,9 +50,9 @@ std::uint32_t UsbInterface::claimNow(const KnownDevice& device) {
       log(device.node + " is in use through a driver of the system");
       return QRN_ERROR_BUSY;
     }
-    libusb_set_auto_detach_kernel_driver(device_, 1);
+    libusb_set_auto_detach_kernel_driver(device_.get(), 1);
   }
-  if (const int error = libusb_claim_interface(device_, number); error != LIBUSB_SUCCESS) {
+  if (const int error = libusb_claim_interface(device_.get(), number); error != LIBUSB_SUCCESS) {
     if (error == LIBUSB_ERROR_BUSY) log(device.node + " is in use by another program");
     return codeFromError(error);
   }
@@ -68,7 +63,8 @@ std::uint32_t UsbInterface::claimNow(const KnownDevice& device) {
 std::uint32_t UsbInterface::enter() {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (channels_ == 0 && function_.isChosen) {
-    const int error = libusb_set_interface_alt_setting(device_, function_.interface, function_.alternate);
+    const int error =
+        libusb_set_interface_alt_setting(device_.get(), function_.interface, function_.alternate);
     if (error != LIBUSB_SUCCESS) return codeFromError(error);
     outPipe_.beginAnew();
   }
@@ -82,7 +78,7 @@ void UsbInterface::leave() {
 }
 
 Transfer::Result UsbInterface::control(const Setup& setup, std::span<std::uint8_t> answer) {
-  return Transfer(bus_).control(device_, setup, answer, UsbBus::Clock::now() + kControlTimeout);
+  return Transfer(bus_).control(device_.get(), setup, answer, UsbBus::Clock::now() + kControlTimeout);
 }
 
 std::uint32_t UsbInterfaces::use(const KnownDevice& device, const Function& function, Use& use) {

@@ -12,14 +12,14 @@
 #include <span>
 #include <string>
 
+#include "bus/known_device.h"
+#include "bus/open_device.h"
 #include "bus/out_pipe.h"
 #include "bus/transfer.h"
 #include "bus/usb_bus.h"
 #include "descriptors/functions.h"
 
 namespace qvn::usb1 {
-
-struct KnownDevice;
 
 // One interface, claimed until this ends. A device that was unplugged stays so: what comes back is another
 // one.
@@ -36,7 +36,7 @@ class UsbInterface {
   std::uint32_t claim(const KnownDevice& device);
 
   UsbBus& bus() const { return bus_; }
-  libusb_device_handle* device() const { return device_; }
+  libusb_device_handle* device() const { return device_.get(); }
   const Function& function() const { return function_; }
   OutPipe& outPipe() { return outPipe_; }
 
@@ -54,7 +54,7 @@ class UsbInterface {
 
   UsbBus& bus_;
   const Function function_;
-  libusb_device_handle* device_ = nullptr;
+  OpenDevice device_;
   bool isClaimed_ = false;
   OutPipe outPipe_;
 
