@@ -23,9 +23,8 @@ class PrintServer : public testing::Test {
   void start(const std::vector<std::string>& faults = {}, const std::string& family = "CpdPrinter") {
     std::vector<std::string> arguments = {"--family", family, "--events", "--jobs",
                                           (home_ / "jobs").string()};
-    for (const std::string& argument : DeviceLink::simulatorArguments()) arguments.push_back(argument);
     for (const std::string& fault : faults) arguments.insert(arguments.end(), {"--fault", fault});
-    device_ = std::make_unique<SimulatorProcess>(arguments);
+    device_ = DeviceLink::start(std::move(arguments));
     ok({"registry", "import", "-"}, "[-Software]");
     // The true end of a job is asked for at intervals, and a job that is lost has none.
     ok({"settings", "set", "TeojInterval", "20"});

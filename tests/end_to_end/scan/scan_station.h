@@ -39,8 +39,7 @@ class ScanStation : public testing::Test {
     writePng(home_ / "glass.png", picture_);
     arguments.insert(arguments.end(), {"--family", family_, "--page", (home_ / "glass.png").string(),
                                        "--scans", scans().string(), "--trace", trace().string()});
-    for (const std::string& argument : DeviceLink::simulatorArguments()) arguments.push_back(argument);
-    device_ = std::make_unique<SimulatorProcess>(arguments);
+    device_ = DeviceLink::start(std::move(arguments));
     ok({"registry", "import", "-"}, "[-Software]");
     link_.connect(*device_);
   }

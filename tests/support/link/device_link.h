@@ -1,4 +1,5 @@
-// How a suite's machine reaches its simulated device: over TCP, or on a USB bus of its own. A suite links one of both.
+// How a suite's machine reaches its simulated device: over TCP, or on a USB bus of its own. A suite links one
+// of both.
 #pragma once
 
 #include <memory>
@@ -14,8 +15,8 @@ class DeviceLink {
   DeviceLink();
   ~DeviceLink();
 
-  // What a device is started with.
-  static std::vector<std::string> simulatorArguments();
+  // Starts a device that can be reached over the link.
+  static std::unique_ptr<SimulatorProcess> start(std::vector<std::string> arguments);
 
   // Adds the transport to an installation without any and has it find the device.
   void connect(const SimulatorProcess& device);

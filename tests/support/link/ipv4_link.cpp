@@ -8,7 +8,9 @@ struct DeviceLink::Bus {};
 DeviceLink::DeviceLink() = default;
 DeviceLink::~DeviceLink() = default;
 
-std::vector<std::string> DeviceLink::simulatorArguments() { return {}; }
+std::unique_ptr<SimulatorProcess> DeviceLink::start(std::vector<std::string> arguments) {
+  return std::make_unique<SimulatorProcess>(std::move(arguments));
+}
 
 void DeviceLink::connect(const SimulatorProcess& device) {
   ok({"transport", "add", "qvn_ipv4.so"});

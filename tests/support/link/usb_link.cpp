@@ -15,7 +15,10 @@ struct DeviceLink::Bus {
 DeviceLink::DeviceLink() : bus_(std::make_unique<Bus>()) {}
 DeviceLink::~DeviceLink() = default;
 
-std::vector<std::string> DeviceLink::simulatorArguments() { return {"--usb=0"}; }
+std::unique_ptr<SimulatorProcess> DeviceLink::start(std::vector<std::string> arguments) {
+  arguments.emplace_back("--usb=0");
+  return std::make_unique<SimulatorProcess>(std::move(arguments));
+}
 
 void DeviceLink::connect(const SimulatorProcess& device) {
   if (std::exchange(bus_->isPlugged, true)) bus_->bed.unplug();
