@@ -27,7 +27,8 @@ TEST_P(Scanimage, ListsTheScannerAndItsOptions) {
   start();
   const Result list = scanimage({"-L"});
   EXPECT_EQ(list.exitCode, 0) << list.errors;
-  EXPECT_THAT(list.output, HasSubstr("device `qvn:" + DeviceLink::portname() + "' is a Noname Simulated Printer"));
+  EXPECT_THAT(list.output,
+              HasSubstr("device `qvn:" + DeviceLink::portname() + "' is a Noname Simulated Printer"));
 
   const Result options = scanimage({"-A"});
   EXPECT_EQ(options.exitCode, 0) << options.errors;
@@ -56,7 +57,8 @@ TEST_P(Scanimage, ScansWhatLiesOnTheGlass) {
   int page = 0;
   for (const auto& [options, width, height] : cases) {
     SCOPED_TRACE(testing::PrintToString(options));
-    std::vector<std::string> arguments = {"-d", "qvn:" + DeviceLink::portname(), "--format=png", "-o", out("page.png")};
+    std::vector<std::string> arguments = {"-d", "qvn:" + DeviceLink::portname(), "--format=png", "-o",
+                                          out("page.png")};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const Result scan = scanimage(arguments);
     EXPECT_EQ(scan.exitCode, 0) << scan.errors;
